@@ -1,0 +1,31 @@
+# The two commands for a fresh machine:
+#   make run    set up, build, run the main job
+#   make test   set up, build, pass all tests through CTest
+BUILD ?= build
+JOBS  ?= $(shell nproc)
+CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=Release
+
+.PHONY: all setup configure build test run bench clean
+
+all: build
+
+setup:
+	@scripts/setup
+
+configure: setup
+	@if [ ! -f $(BUILD)/build.ninja ]; then cmake -S . -B $(BUILD) -G Ninja $(CMAKE_FLAGS); fi
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+run: build
+	scripts/run-example $(BUILD)
+
+bench: build
+	$(BUILD)/bin/tarno-bench
+
+clean:
+	rm -rf $(BUILD)
