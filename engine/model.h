@@ -1,0 +1,108 @@
+#pragma once
+// The model of the solver as plain data. The command-language reader fills a
+// Model; the engine (engine/solution.h) solves it. Units are those of the model:
+// lengths in the model's unit, time in days. Signs: a well's discharge > 0 and a
+// line-sink's strength > 0 take water out of the aquifer.
+
+#include <string>
+#include <vector>
+
+namespace tarno::engine {
+
+// The aquifer: one layer, uniform properties.
+struct Aquifer {
+    double base = 0.0;          // elevation of the aquifer's base
+    double conductivity = 1.0;  // hydraulic conductivity k
+    double thickness = 1.0;     // thickness H (confined where the head lies above base + H)
+    double porosity = 0.3;
+
+    // Uniform discharge vector (L^2/T), far from all elements.
+    double qx0 = 0.0;
+    double qy0 = 0.0;
+
+    // The point of given head that fixes the constant of the potential.
+    bool hasReference = false;
+    double referenceX = 0.0;
+    double referenceY = 0.0;
+    double referenceHead = 0.0;
+
+    // Salt water interface data: stored and saved, not yet used by the mathematics.
+    bool hasInterface = false;
+    double freshGravity = 1.0;
+    double saltGravity = 1.025;
+    double seaLevel = 0.0;
+};
+
+// A fully penetrating well. `value` is the discharge when headSpecified is false and
+// the head at the screen radius when it is true.
+struct Well {
+    double x = 0.0;
+    double y = 0.0;
+    double radius = 0.1;
+    double value = 0.0;
+    bool headSpecified = false;
+    std::string label;
+};
+
+enum class LineSinkKind {
+    Discharge,  // segments of given strength sigma (L^2/T)
+    Head,       // head-specified, optionally with resistance, width and depth
+    Drain,      // as Head, but never recharges the aquifer (sigma >= 0)
+    Gallery,    // one common head, a given total discharge
+    Stream,     // routed: inflows accumulate downstream
+};
+
+// One segment of a line-sink string. `value` is the specified head at the segment's
+// centre, or the strength sigma for a discharge string.
+struct Segment {
+    double x1 = 0.0;
+    double y1 = 0.0;
+    double x2 = 0.0;
+    double y2 = 0.0;
+    double value = 0.0;
+    std::string label;
+};
+
+struct LineSinkString {
+    LineSinkKind kind = LineSinkKind::Head;
+    bool farField = false;     // no resistance whatever the other fields say
+    double resistance = 0.0;   // c (T); 0: the head condition holds at the centre
+    double width = 0.0;        // w (L)
+    int locationCode = 0;      // 0 unknown, 1 stream centre line, 2 water's edge (kept, reported)
+    double depth = 0.0;        // d (L); <= 0: no percolation limit
+    double pumping = 0.0;      // Gallery: the total discharge (L^3/T)
+    double endInflow = 0.0;    // Stream: inflow at the upstream end (L^3/T)
+    bool end = false;          // Stream: the network ends at this string's last vertex
+    double overlandFlow = 0.0; // Stream: overland inflow per unit length along the string (L^2/T)
+    std::string label;         // optional name of the string (segments carry their own labels)
+    // Commands of the stream menu that the mathematics does not handle yet
+    // (inlet, outlet and lake tables). Kept so that the reader can store them and
+    // the solver warns about them.
+    bool inlet = false;
+    std::string outletTable;
+    std::vector<Segment> segments;
+};
+
+// The map window: Left, Bottom, Right, Top.
+struct Window {
+    bool given = false;
+    double x1 = 0.0;
+    double y1 = 0.0;
+    double x2 = 0.0;
+    double y2 = 0.0;
+};
+
+struct Model {
+    std::string title;
+    std::string baseName;      // the name used for reports
+    double originX = 0.0;      // model origin in map units (logged, not used)
+    double originY = 0.0;
+    int unitCode = 2;
+    Aquifer aquifer;
+    std::vector<Well> wells;
+    std::vector<LineSinkString> lineSinks;
+    Window window;
+    double time = 0.0;         // time of evaluation for transient elements (days)
+};
+
+}  // namespace tarno::engine

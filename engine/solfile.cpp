@@ -1,0 +1,209 @@
+// The .SOL file: the model and the state of its solution, as text.
+//
+// Layout: the first line "TARNO-SOL <version>", then one item per line: numbers with 17
+// significant digits (they read back to the same double), texts as "<length> <text>".
+// The last line is "END". A file whose first line differs, whose version differs, or that
+// ends before "END" is refused.
+#include "engine/solution.h"
+#include "engine/state.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace tarno::engine {
+
+namespace {
+
+constexpr const char* kMagic = "TARNO-SOL";
+constexpr int kVersion = 1;
+
+class Writer {
+public:
+    explicit Writer(std::ostream& o) : o_(o) {}
+    void num(double v) {
+        char b[40];
+        std::snprintf(b, sizeof b, "%.17g\n", v);
+        o_ << b;
+    }
+    void i(long v) { o_ << v << '\n'; }
+    void str(const std::string& s) { o_ << s.size() << ' ' << s << '\n'; }
+private:
+    std::ostream& o_;
+};
+
+class Reader {
+public:
+    Reader(std::istream& in, std::string path) : in_(in), path_(std::move(path)) {}
+    std::string line() {
+        std::string l;
+        if (!std::getline(in_, l)) fail("it ends too early");
+        ++lineNo_;
+        if (!l.empty() && l.back() == '\r') l.pop_back();
+        return l;
+    }
+    double num() {
+        const std::string l = line();
+        char* end = nullptr;
+        errno = 0;
+        const double v = std::strtod(l.c_str(), &end);
+        if (l.empty() || *end != '\0') fail("line " + std::to_string(lineNo_) + " holds \"" + l + "\" where a number belongs");
+        return v;
+    }
+    long i() {
+        const double v = num();
+        if (v != (double)(long)v) fail("line " + std::to_string(lineNo_) + " holds a fraction where a count belongs");
+        return (long)v;
+    }
+    long count(long max) {
+        const long v = i();
+        if (v < 0 || v > max) fail("line " + std::to_string(lineNo_) + " holds the count " + std::to_string(v) + ", which is not possible");
+        return v;
+    }
+    std::string str() {
+        const std::string l = line();
+        const size_t sp = l.find(' ');
+        char* end = nullptr;
+        const long n = sp == std::string::npos ? -1 : std::strtol(l.c_str(), &end, 10);
+        if (sp == std::string::npos || end != l.c_str() + sp || n < 0 || (size_t)n != l.size() - sp - 1)
+            fail("line " + std::to_string(lineNo_) + " is not a text item");
+        return l.substr(sp + 1);
+    }
+    [[noreturn]] void fail(const std::string& why) {
+        throw FatalError("The solution file " + path_ + " cannot be loaded: " + why + ".");
+    }
+private:
+    std::istream& in_;
+    std::string path_;
+    int lineNo_ = 0;
+};
+
+void writeModel(Writer& w, const Model& m) {
+    w.str(m.title);
+    w.str(m.baseName);
+    w.num(m.originX); w.num(m.originY); w.i(m.unitCode);
+    const Aquifer& a = m.aquifer;
+    w.num(a.base); w.num(a.conductivity); w.num(a.thickness); w.num(a.porosity);
+    w.num(a.qx0); w.num(a.qy0);
+    w.i(a.hasReference); w.num(a.referenceX); w.num(a.referenceY); w.num(a.referenceHead);
+    w.i(a.hasInterface); w.num(a.freshGravity); w.num(a.saltGravity); w.num(a.seaLevel);
+    w.i(m.window.given); w.num(m.window.x1); w.num(m.window.y1); w.num(m.window.x2); w.num(m.window.y2);
+    w.num(m.time);
+    w.i((long)m.wells.size());
+    for (const auto& e : m.wells) {
+        w.num(e.x); w.num(e.y); w.num(e.radius); w.num(e.value); w.i(e.headSpecified); w.str(e.label);
+    }
+    w.i((long)m.lineSinks.size());
+    for (const auto& ls : m.lineSinks) {
+        w.i((int)ls.kind); w.i(ls.farField); w.num(ls.resistance); w.num(ls.width); w.i(ls.locationCode);
+        w.num(ls.depth); w.num(ls.pumping); w.num(ls.endInflow); w.i(ls.end); w.num(ls.overlandFlow);
+        w.str(ls.label); w.i(ls.inlet); w.str(ls.outletTable);
+        w.i((long)ls.segments.size());
+        for (const auto& s : ls.segments) {
+            w.num(s.x1); w.num(s.y1); w.num(s.x2); w.num(s.y2); w.num(s.value); w.str(s.label);
+        }
+    }
+}
+
+Model readModel(Reader& r) {
+    constexpr long kMaxItems = 100000000;
+    Model m;
+    m.title = r.str();
+    m.baseName = r.str();
+    m.originX = r.num(); m.originY = r.num(); m.unitCode = (int)r.i();
+    Aquifer& a = m.aquifer;
+    a.base = r.num(); a.conductivity = r.num(); a.thickness = r.num(); a.porosity = r.num();
+    a.qx0 = r.num(); a.qy0 = r.num();
+    a.hasReference = r.i() != 0; a.referenceX = r.num(); a.referenceY = r.num(); a.referenceHead = r.num();
+    a.hasInterface = r.i() != 0; a.freshGravity = r.num(); a.saltGravity = r.num(); a.seaLevel = r.num();
+    m.window.given = r.i() != 0; m.window.x1 = r.num(); m.window.y1 = r.num(); m.window.x2 = r.num(); m.window.y2 = r.num();
+    m.time = r.num();
+    m.wells.resize(r.count(kMaxItems));
+    for (auto& e : m.wells) {
+        e.x = r.num(); e.y = r.num(); e.radius = r.num(); e.value = r.num(); e.headSpecified = r.i() != 0; e.label = r.str();
+    }
+    m.lineSinks.resize(r.count(kMaxItems));
+    for (auto& ls : m.lineSinks) {
+        const long k = r.count(4);
+        ls.kind = (LineSinkKind)k;
+        ls.farField = r.i() != 0; ls.resistance = r.num(); ls.width = r.num(); ls.locationCode = (int)r.i();
+        ls.depth = r.num(); ls.pumping = r.num(); ls.endInflow = r.num(); ls.end = r.i() != 0; ls.overlandFlow = r.num();
+        ls.label = r.str(); ls.inlet = r.i() != 0; ls.outletTable = r.str();
+        ls.segments.resize(r.count(kMaxItems));
+        for (auto& s : ls.segments) {
+            s.x1 = r.num(); s.y1 = r.num(); s.x2 = r.num(); s.y2 = r.num(); s.value = r.num(); s.label = r.str();
+        }
+    }
+    return m;
+}
+
+}  // namespace
+
+void Solution::save(const std::string& path) const {
+    const State& s = *s_;
+    std::ostringstream o;
+    Writer w(o);
+    o << kMagic << ' ' << kVersion << '\n';
+    writeModel(w, s.model);
+    w.i(s.solved);
+    w.i(s.iterationsDone);
+    w.i(s.n);
+    for (int i = 0; i < s.n; ++i) { w.num(s.x[i]); w.num(s.phiPts[i]); w.num(s.rhs[i]); }
+    w.i((long)s.segs.size());
+    for (const auto& e : s.segs) { w.i((int)e.state); w.num(e.fixedValue); w.num(e.a); }
+    w.i((long)s.galleries.size());
+    for (const auto& g : s.galleries) w.i(g.allHeld);
+    o << "END\n";
+    std::ofstream f(path, std::ios::binary | std::ios::trunc);
+    if (!f) throw FatalError("The solution file " + path + " cannot be written.");
+    f << o.str();
+    f.flush();
+    if (!f) throw FatalError("The solution file " + path + " could not be written completely.");
+}
+
+Solution Solution::load(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    if (!f) throw FatalError("The solution file " + path + " cannot be loaded: it does not exist or cannot be read.");
+    Reader r(f, path);
+    std::string head;
+    if (!std::getline(f, head)) r.fail("it is empty");
+    if (!head.empty() && head.back() == '\r') head.pop_back();
+    const std::string magic = std::string(kMagic) + ' ';
+    if (head.compare(0, magic.size(), magic) != 0) r.fail("it is not a solution file of this program");
+    const std::string ver = head.substr(magic.size());
+    if (ver != std::to_string(kVersion))
+        r.fail("it was written in version " + ver + " of the format; this program reads version " + std::to_string(kVersion));
+    Model m = readModel(r);
+    Solution sol(std::move(m));
+    State& s = *sol.s_;
+    const bool solved = r.i() != 0;
+    const long iters = r.i();
+    const long n = r.i();
+    if (n != s.n) r.fail("its number of unknowns does not match its elements");
+    for (int i = 0; i < s.n; ++i) { s.x[i] = r.num(); s.phiPts[i] = r.num(); s.rhs[i] = r.num(); }
+    const long ns = r.i();
+    if (ns != (long)s.segs.size()) r.fail("its number of segments does not match its elements");
+    for (auto& e : s.segs) {
+        const long st = r.i();
+        if (st < 0 || st > 4) r.fail("a segment has an unknown state");
+        e.state = (SegState)st;
+        e.fixedValue = r.num();
+        e.a = r.num();
+    }
+    const long ng = r.i();
+    if (ng != (long)s.galleries.size()) r.fail("its number of galleries does not match its elements");
+    for (auto& g : s.galleries) g.allHeld = r.i() != 0;
+    if (r.line() != "END") r.fail("it does not end where it should");
+    s.solved = solved;
+    s.iterationsDone = (int)iters;
+    s.factorsValid = false;
+    s.syncStrengths(false);
+    s.route(false);
+    return sol;
+}
+
+}  // namespace tarno::engine

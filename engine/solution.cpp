@@ -1,0 +1,1034 @@
+// The analytic element solution: preparation of the elements, the collocation
+// system, the iterations for the nonlinear conditions, and the results.
+#include "engine/solution.h"
+
+#include "engine/fields.h"
+#include "engine/kernels.h"
+#include "engine/lapack.h"
+#include "engine/state.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+namespace tarno::engine {
+
+using detail::kPi;
+
+namespace {
+
+std::string fmt(const char* f, double v) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, f, v);
+    return buf;
+}
+
+double seconds(std::chrono::steady_clock::time_point a) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - a).count();
+}
+
+bool isPhiRow(const Solution::State& s, int i) {
+    switch (s.ukind[i]) {
+    case UnknownKind::WellQ:
+    case UnknownKind::Constant:
+        return true;
+    case UnknownKind::GalleryPhi:
+        return false;
+    case UnknownKind::SegSigma: {
+        const SegState st = s.segs[s.uowner[i]].state;
+        return st == SegState::Free || st == SegState::Held;
+    }
+    }
+    return false;
+}
+
+// A segment whose row includes the common gallery potential.
+bool followsGallery(const SegEl& e) { return e.gallery >= 0 && e.state == SegState::Free; }
+
+}  // namespace
+
+const char* kindName(LineSinkKind k) {
+    switch (k) {
+    case LineSinkKind::Discharge: return "discharge";
+    case LineSinkKind::Head: return "head";
+    case LineSinkKind::Drain: return "drain";
+    case LineSinkKind::Gallery: return "gallery";
+    case LineSinkKind::Stream: return "stream";
+    }
+    return "?";
+}
+
+void Solution::State::warn(const std::string& w) {
+    warnings.push_back(w);
+    if (warnSink) warnSink(w);
+}
+
+// Turns the model into elements and unknowns. Runs once per Solution.
+void Solution::State::prepare() {
+    const Aquifer& A = model.aquifer;
+    if (!(A.conductivity > 0.0))
+        throw FatalError("The aquifer's conductivity must be positive; it is " + fmt("%g", A.conductivity) + ".");
+    if (!(A.thickness > 0.0))
+        throw FatalError("The aquifer's thickness must be positive; it is " + fmt("%g", A.thickness) + ".");
+    aq = detail::AquiferFn{A.base, A.conductivity, A.thickness};
+
+    // Extent of the elements, for tolerances and a missing reference point.
+    double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
+    auto grow = [&](double x, double y) {
+        xmin = std::min(xmin, x); xmax = std::max(xmax, x);
+        ymin = std::min(ymin, y); ymax = std::max(ymax, y);
+    };
+    for (const auto& w : model.wells) grow(w.x, w.y);
+    for (const auto& ls : model.lineSinks)
+        for (const auto& sg : ls.segments) { grow(sg.x1, sg.y1); grow(sg.x2, sg.y2); }
+    if (model.window.given) { grow(model.window.x1, model.window.y1); grow(model.window.x2, model.window.y2); }
+    if (xmin > xmax) { xmin = ymin = -1.0; xmax = ymax = 1.0; }
+    const double size = std::max(std::hypot(xmax - xmin, ymax - ymin), 1e-6);
+    const double tol = 1e-6 * size;
+
+    wells.clear();
+    for (int i = 0; i < (int)model.wells.size(); ++i) {
+        const Well& w = model.wells[i];
+        WellEl e;
+        e.model = i;
+        e.x = w.x; e.y = w.y; e.rw = w.radius;
+        if (!(w.radius > 0.0)) {
+            e.rw = 1e-4 * size;
+            warn("well " + w.label + ": radius " + fmt("%g", w.radius) + " is not positive; " + fmt("%g", e.rw) + " used");
+        }
+        e.headSpecified = w.headSpecified;
+        e.value = w.value;
+        e.q = w.headSpecified ? 0.0 : w.value;
+        wells.push_back(e);
+    }
+
+    segs.clear();
+    galleries.clear();
+    for (int si = 0; si < (int)model.lineSinks.size(); ++si) {
+        const LineSinkString& ls = model.lineSinks[si];
+        const bool headLike = ls.kind != LineSinkKind::Discharge;
+        const bool resist = headLike && !ls.farField && ls.resistance > 0.0 && ls.width > 0.0;
+        if (headLike && !ls.farField && ls.resistance > 0.0 && !(ls.width > 0.0))
+            warn("line-sink string " + ls.label + ": resistance without a positive width; the head condition holds without resistance");
+        if (ls.kind == LineSinkKind::Stream && (ls.inlet || !ls.outletTable.empty()))
+            warn("line-sink string " + ls.label + ": inlet, outlet and lake tables are not handled by this solver; the string is routed as a plain stream");
+        int gal = -1;
+        if (ls.kind == LineSinkKind::Gallery) {
+            GalleryEl g;
+            g.string = si;
+            g.total = ls.pumping;
+            galleries.push_back(g);
+            gal = (int)galleries.size() - 1;
+        }
+        int kept = 0;
+        for (int k = 0; k < (int)ls.segments.size(); ++k) {
+            const Segment& sg = ls.segments[k];
+            if (std::hypot(sg.x2 - sg.x1, sg.y2 - sg.y1) <= tol) {
+                warn("line-sink string " + ls.label + ": segment " + sg.label + " has coincident vertices and is skipped");
+                continue;
+            }
+            SegEl e;
+            e.string = si;
+            e.index = kept++;
+            e.modelSeg = k;
+            e.kind = ls.kind;
+            e.x1 = sg.x1; e.y1 = sg.y1; e.x2 = sg.x2; e.y2 = sg.y2;
+            e.value = sg.value;
+            e.resist = resist;
+            e.c = ls.resistance; e.w = ls.width; e.d = ls.depth;
+            if (resist) e.a = ls.resistance * aq.transmissivity(sg.value) / ls.width;
+            e.gallery = gal;
+            if (!headLike) e.fixedValue = sg.value;
+            segs.push_back(e);
+            if (gal >= 0) galleries[gal].segs.push_back((int)segs.size() - 1);
+        }
+        if (kept == 0) warn("line-sink string " + ls.label + " has no segment of positive length and is skipped");
+    }
+    for (auto& g : galleries)
+        if (g.segs.empty()) g.allHeld = true;
+
+    // Reference point.
+    if (A.hasReference) {
+        refX = A.referenceX; refY = A.referenceY; refHead = A.referenceHead;
+    } else {
+        const double r = 0.5 * size;
+        refX = 0.5 * (xmin + xmax) + 10.0 * r;
+        refY = 0.5 * (ymin + ymax) + 10.0 * r;
+        refHead = A.base + A.thickness;
+        warn("no reference point: the head at (" + fmt("%g", refX) + ", " + fmt("%g", refY) +
+             "), ten model sizes from the model, is set to the top of the aquifer");
+    }
+
+    // Unknowns: head-specified wells, segment strengths, gallery potentials, the constant.
+    ukind.clear(); uowner.clear(); px.clear(); py.clear();
+    for (int i = 0; i < (int)wells.size(); ++i) {
+        if (!wells[i].headSpecified) continue;
+        wells[i].unknown = (int)ukind.size();
+        ukind.push_back(UnknownKind::WellQ); uowner.push_back(i);
+        px.push_back(wells[i].x + wells[i].rw); py.push_back(wells[i].y);
+    }
+    for (int i = 0; i < (int)segs.size(); ++i) {
+        if (segs[i].kind == LineSinkKind::Discharge) continue;
+        segs[i].unknown = (int)ukind.size();
+        ukind.push_back(UnknownKind::SegSigma); uowner.push_back(i);
+        px.push_back(0.5 * (segs[i].x1 + segs[i].x2)); py.push_back(0.5 * (segs[i].y1 + segs[i].y2));
+    }
+    for (int i = 0; i < (int)galleries.size(); ++i) {
+        galleries[i].unknown = (int)ukind.size();
+        ukind.push_back(UnknownKind::GalleryPhi); uowner.push_back(i);
+        px.push_back(refX); py.push_back(refY);  // no point of its own; the row is the total discharge
+    }
+    ukind.push_back(UnknownKind::Constant); uowner.push_back(0);
+    px.push_back(refX); py.push_back(refY);
+    n = (int)ukind.size();
+    x.assign(n, 0.0);
+    rhs.assign(n, 0.0);
+    phiPts.assign(n, std::numeric_limits<double>::quiet_NaN());
+
+    // Evaluation arrays.
+    const int ns = (int)segs.size();
+    scx.resize(ns); scy.resize(ns); sihr.resize(ns); sihi.resize(ns); sscale.resize(ns); sc0.resize(ns);
+    ssig.assign(ns, 0.0);
+    for (int j = 0; j < ns; ++j) {
+        const auto g = detail::makeGeom(segs[j].x1, segs[j].y1, segs[j].x2, segs[j].y2);
+        scx[j] = g.cx; scy[j] = g.cy; sihr[j] = g.ihr; sihi[j] = g.ihi; sscale[j] = g.scale; sc0[j] = g.c0;
+    }
+    wx.resize(wells.size()); wy.resize(wells.size()); wq.assign(wells.size(), 0.0);
+    for (size_t j = 0; j < wells.size(); ++j) { wx[j] = wells[j].x; wy[j] = wells[j].y; }
+
+    // Potential of the known elements (uniform flow, discharge wells and strings) at the points.
+    {
+        std::vector<double> kq(wells.size(), 0.0), ks(ns, 0.0);
+        for (size_t j = 0; j < wells.size(); ++j) kq[j] = wells[j].headSpecified ? 0.0 : wells[j].value;
+        for (int j = 0; j < ns; ++j) ks[j] = segs[j].kind == LineSinkKind::Discharge ? segs[j].value : 0.0;
+        known.assign(n, 0.0);
+#pragma omp parallel for schedule(static)
+        for (int i = 0; i < n; ++i) {
+            known[i] = -(A.qx0 * px[i] + A.qy0 * py[i]) +
+                       detail::wellSum(wx.data(), wy.data(), kq.data(), (int)wells.size(), px[i], py[i]) +
+                       detail::lineSinkSum(scx.data(), scy.data(), sihr.data(), sihi.data(), sscale.data(),
+                                           sc0.data(), ks.data(), ns, px[i], py[i]);
+        }
+    }
+
+    // Stream network: strings join where the last vertex of one coincides with the first
+    // vertex of a segment of another routed string.
+    streamOrder.clear();
+    std::vector<int> firstSeg(model.lineSinks.size(), -1), lastSeg(model.lineSinks.size(), -1);
+    for (int i = 0; i < ns; ++i) {
+        if (segs[i].kind != LineSinkKind::Stream) continue;
+        if (firstSeg[segs[i].string] < 0) firstSeg[segs[i].string] = i;
+        lastSeg[segs[i].string] = i;
+    }
+    for (int i = 0; i < ns; ++i) {
+        if (segs[i].kind != LineSinkKind::Stream) continue;
+        if (i != lastSeg[segs[i].string]) { segs[i].downstream = i + 1; continue; }
+        if (model.lineSinks[segs[i].string].end) continue;
+        for (int j = 0; j < ns; ++j) {
+            if (segs[j].kind != LineSinkKind::Stream || segs[j].string == segs[i].string) continue;
+            if (std::hypot(segs[j].x1 - segs[i].x2, segs[j].y1 - segs[i].y2) <= tol) {
+                segs[i].downstream = j;
+                break;
+            }
+        }
+    }
+    {
+        std::vector<int> indeg(ns, 0);
+        for (int i = 0; i < ns; ++i)
+            if (segs[i].kind == LineSinkKind::Stream && segs[i].downstream >= 0) ++indeg[segs[i].downstream];
+        std::vector<int> queue;
+        for (int i = 0; i < ns; ++i)
+            if (segs[i].kind == LineSinkKind::Stream && indeg[i] == 0) queue.push_back(i);
+        for (size_t q = 0; q < queue.size(); ++q) {
+            const int i = queue[q];
+            streamOrder.push_back(i);
+            const int d = segs[i].downstream;
+            if (d >= 0 && --indeg[d] == 0) queue.push_back(d);
+        }
+        for (int i = 0; i < ns; ++i) {
+            if (segs[i].kind == LineSinkKind::Stream && indeg[i] > 0) {
+                warn("stream segment " + model.lineSinks[segs[i].string].segments[segs[i].modelSeg].label +
+                     " lies on a closed loop of streams; the loop is cut there");
+                // Cut the loop: whatever flows into it from inside the loop is dropped.
+                for (int j = 0; j < ns; ++j)
+                    if (segs[j].downstream == i && indeg[j] > 0) segs[j].downstream = -1;
+                std::vector<int> q2{i};
+                indeg[i] = 0;
+                for (size_t q = 0; q < q2.size(); ++q) {
+                    const int a = q2[q];
+                    streamOrder.push_back(a);
+                    const int d = segs[a].downstream;
+                    if (d >= 0 && indeg[d] > 0 && --indeg[d] == 0) q2.push_back(d);
+                }
+            }
+        }
+    }
+    prepared = true;
+}
+
+// Copies the unknowns into the strength arrays used by evaluation.
+void Solution::State::syncStrengths(bool applyFixed) {
+    for (size_t j = 0; j < wells.size(); ++j) {
+        if (wells[j].headSpecified) wells[j].q = x[wells[j].unknown];
+        wq[j] = wells[j].q;
+    }
+    for (size_t j = 0; j < segs.size(); ++j) {
+        SegEl& e = segs[j];
+        const bool fixed = e.unknown < 0 || (applyFixed && (e.state == SegState::Percolating ||
+                                                            e.state == SegState::Off || e.state == SegState::Limited));
+        // Rows that fix a strength give it only up to round-off: use the exact value.
+        if (fixed && e.unknown >= 0) x[e.unknown] = e.fixedValue;
+        ssig[j] = fixed ? e.fixedValue : x[e.unknown];
+    }
+    constant = x[n - 1];
+}
+
+double Solution::State::potentialAt(double px_, double py_) const {
+    return -(model.aquifer.qx0 * px_ + model.aquifer.qy0 * py_) + constant +
+           detail::wellSum(wx.data(), wy.data(), wq.data(), (int)wq.size(), px_, py_) +
+           detail::lineSinkSum(scx.data(), scy.data(), sihr.data(), sihi.data(), sscale.data(), sc0.data(),
+                               ssig.data(), (int)ssig.size(), px_, py_);
+}
+
+std::complex<double> Solution::State::wAt(double x_, double y_) const {
+    std::complex<double> w(model.aquifer.qx0, -model.aquifer.qy0);
+    for (size_t j = 0; j < wq.size(); ++j) {
+        if (wq[j] == 0.0) continue;
+        std::complex<double> d(x_ - wx[j], y_ - wy[j]);
+        if (std::abs(d) < 1e-300) continue;
+        w -= wq[j] / (2.0 * kPi) / d;
+    }
+    for (size_t j = 0; j < ssig.size(); ++j) {
+        if (ssig[j] == 0.0) continue;
+        detail::LsGeom g{scx[j], scy[j], sihr[j], sihi[j], sscale[j], sc0[j], 4.0 * kPi * sscale[j]};
+        w += ssig[j] * detail::lsW(g, x_, y_);
+    }
+    return w;
+}
+
+// ---------------------------------------------------------------------------------
+
+Solution::Solution(Model model) : s_(std::make_unique<State>()) {
+    s_->model = std::move(model);
+    s_->prepare();
+}
+Solution::~Solution() = default;
+Solution::Solution(Solution&&) noexcept = default;
+Solution& Solution::operator=(Solution&&) noexcept = default;
+
+const Model& Solution::model() const { return s_->model; }
+
+void Solution::setWarningSink(LineSink sink) {
+    s_->warnSink = std::move(sink);
+    if (s_->warnSink)
+        for (const auto& w : s_->warnings) s_->warnSink(w);
+}
+const std::vector<std::string>& Solution::warnings() const { return s_->warnings; }
+bool Solution::solved() const { return s_->solved; }
+void Solution::setTime(double t) { s_->model.time = t; }
+int Solution::unknowns() const { return s_->n; }
+
+namespace {
+
+// Assembles the matrix for the current states and factorises it into s.lu.
+void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
+    const int n = s.n;
+    const auto t0 = std::chrono::steady_clock::now();
+    try {
+        s.lu.resize((size_t)n * n);
+        s.ipiv.resize(n);
+    } catch (const std::bad_alloc&) {
+        throw FatalError("Not enough memory for the " + std::to_string(n) + " equations of this model.");
+    }
+    double* A = s.lu.data();
+    // Resistance coefficients follow the transmissivity at the current aquifer head.
+    for (auto& e : s.segs) {
+        if (!e.resist || e.unknown < 0) continue;
+        const double phi = s.phiPts[e.unknown];
+        const double h = std::isfinite(phi) ? s.aq.headFromPhiExtended(phi) : e.value;
+        e.a = e.c * s.aq.transmissivity(h) / e.w;
+    }
+#pragma omp parallel for schedule(dynamic, 4)
+    for (int j = 0; j < n; ++j) {
+        double* col = A + (size_t)j * n;
+        switch (s.ukind[j]) {
+        case UnknownKind::WellQ: {
+            const WellEl& w = s.wells[s.uowner[j]];
+            detail::wellColumn(w.x, w.y, s.px.data(), s.py.data(), n, col);
+            break;
+        }
+        case UnknownKind::SegSigma: {
+            const int k = s.uowner[j];
+            detail::LsGeom g{s.scx[k], s.scy[k], s.sihr[k], s.sihi[k], s.sscale[k], s.sc0[k], 0.0};
+            detail::lineSinkColumn(g, s.px.data(), s.py.data(), n, col);
+            break;
+        }
+        case UnknownKind::GalleryPhi:
+            std::fill(col, col + n, 0.0);
+            break;
+        case UnknownKind::Constant:
+            std::fill(col, col + n, 1.0);
+            break;
+        }
+    }
+    // Rows that are not potential conditions.
+    for (int i = 0; i < n; ++i) {
+        if (isPhiRow(s, i)) continue;
+        for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
+        if (s.ukind[i] == UnknownKind::SegSigma) A[i + (size_t)i * n] = 1.0;
+    }
+    for (const auto& e : s.segs) {
+        if (e.unknown < 0 || !(e.state == SegState::Free || e.state == SegState::Held)) continue;
+        const int i = e.unknown;
+        if (e.resist) A[i + (size_t)i * n] -= e.a;
+        if (followsGallery(e)) A[i + (size_t)s.galleries[e.gallery].unknown * n] = -1.0;
+    }
+    for (const auto& g : s.galleries) {
+        const int i = g.unknown;
+        if (g.allHeld) {
+            A[i + (size_t)i * n] = 1.0;
+        } else {
+            for (int k : g.segs) {
+                const SegEl& e = s.segs[k];
+                A[i + (size_t)e.unknown * n] = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+            }
+        }
+    }
+    tAssemble += seconds(t0);
+
+    const auto t1 = std::chrono::steady_clock::now();
+    int info = 0;
+    dgetrf_(&n, &n, A, &n, s.ipiv.data(), &info);
+    tFactor += seconds(t1);
+    if (info != 0) {
+        std::string what = "unknown " + std::to_string(info);
+        if (info > 0) {
+            const int j = info - 1;
+            switch (s.ukind[j]) {
+            case UnknownKind::WellQ: what = "the discharge of well " + s.model.wells[s.wells[s.uowner[j]].model].label; break;
+            case UnknownKind::SegSigma: {
+                const SegEl& e = s.segs[s.uowner[j]];
+                what = "the strength of line-sink segment " + s.model.lineSinks[e.string].segments[e.modelSeg].label;
+                break;
+            }
+            case UnknownKind::GalleryPhi: what = "the head of gallery " + s.model.lineSinks[s.galleries[s.uowner[j]].string].label; break;
+            case UnknownKind::Constant: what = "the constant fixed by the reference point"; break;
+            }
+        }
+        s.factorsValid = false;
+        throw FatalError("The system of equations is singular at " + what +
+                         ". Elements may coincide, or a condition is given twice at one place.");
+    }
+    s.factorsValid = true;
+}
+
+void buildRhs(Solution::State& s) {
+    const auto& aq = s.aq;
+    for (int i = 0; i < s.n; ++i) {
+        double r = 0.0;
+        switch (s.ukind[i]) {
+        case UnknownKind::WellQ:
+            r = aq.phiFromHead(s.wells[s.uowner[i]].value) - s.known[i];
+            break;
+        case UnknownKind::Constant:
+            r = aq.phiFromHead(s.refHead) - s.known[i];
+            break;
+        case UnknownKind::GalleryPhi: {
+            const GalleryEl& g = s.galleries[s.uowner[i]];
+            if (!g.allHeld) {
+                r = g.total;
+            } else {
+                double hmin = 1e300;
+                for (int k : g.segs) hmin = std::min(hmin, s.segs[k].value);
+                r = g.segs.empty() ? 0.0 : aq.phiFromHead(hmin);
+            }
+            break;
+        }
+        case UnknownKind::SegSigma: {
+            const SegEl& e = s.segs[s.uowner[i]];
+            const double phiOld = s.phiPts[i];
+            switch (e.state) {
+            case SegState::Percolating:
+            case SegState::Off:
+            case SegState::Limited:
+                r = e.fixedValue;
+                break;
+            case SegState::Free:
+            case SegState::Held:
+                if (followsGallery(e)) {
+                    const GalleryEl& g = s.galleries[e.gallery];
+                    const double phiG = s.x[g.unknown];
+                    if (e.resist && std::isfinite(phiOld) && s.solved) {
+                        const double gOld = e.w / e.c * (aq.headFromPhiExtended(phiOld) - aq.headFromPhiExtended(phiG));
+                        r = (phiOld - phiG - e.a * gOld) - s.known[i];
+                    } else {
+                        r = -s.known[i];
+                    }
+                } else if (e.resist && std::isfinite(phiOld)) {
+                    const double gOld = e.w / e.c * (aq.headFromPhiExtended(phiOld) - e.value);
+                    r = (phiOld - e.a * gOld) - s.known[i];
+                } else {
+                    r = aq.phiFromHead(e.value) - s.known[i];
+                }
+                break;
+            }
+            break;
+        }
+        }
+        s.rhs[i] = r;
+    }
+}
+
+}  // namespace
+
+// Stream flows along the network from the current strengths. With setLimited, limited
+// segments first get the strength that takes exactly the flow reaching them. Returns the
+// largest difference, in head, between a limited segment's strength and the one the
+// flow reaching it asks for.
+double Solution::State::route(bool setLimited) {
+    State& s = *this;
+    const int ns = (int)s.segs.size();
+    double mismatch = 0.0;
+    std::vector<double> inQ(ns, 0.0), inBase(ns, 0.0), inOver(ns, 0.0);
+    for (int i : s.streamOrder) {
+        SegEl& e = s.segs[i];
+        if (e.index == 0) {
+            inQ[i] += s.model.lineSinks[e.string].endInflow;
+            inOver[i] += s.model.lineSinks[e.string].endInflow;
+        }
+    }
+    for (int i : s.streamOrder) {
+        SegEl& e = s.segs[i];
+        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
+        e.qUp = inQ[i];
+        if (e.state == SegState::Limited) {
+            const double want = -std::max(e.qUp + ql, 0.0) / L;
+            const double scale = e.resist ? e.c / e.w : L / (s.aq.k * s.aq.H);
+            mismatch = std::max(mismatch, std::fabs(want - e.fixedValue) * scale);
+            if (setLimited) {
+                e.fixedValue = want;
+                s.ssig[i] = want;
+                if (e.unknown >= 0) s.x[e.unknown] = want;
+            }
+        }
+        const double sig = s.ssig[i];
+        e.qDown = e.qUp + ql + sig * L;
+        e.baseDown = inBase[i] + sig * L;
+        e.overDown = inOver[i] + ql;
+        if (e.downstream >= 0) {
+            inQ[e.downstream] += e.qDown;
+            inBase[e.downstream] += e.baseDown;
+            inOver[e.downstream] += e.overDown;
+        }
+    }
+    return mismatch;
+}
+
+namespace {
+
+struct UpdateResult {
+    double residual = 0.0;
+    int switches = 0;
+};
+
+// After a solve: potentials at the collocation points, residuals in head, and the
+// switches of the inner loop (percolation, drains, galleries).
+UpdateResult updateStates(Solution::State& s) {
+    const auto& aq = s.aq;
+    UpdateResult u;
+    // Potentials at the points: from the rows where they are potential conditions,
+    // by evaluation where the row fixes a strength.
+    std::vector<int> direct;
+    for (int i = 0; i < s.n; ++i) {
+        if (s.ukind[i] == UnknownKind::GalleryPhi) continue;
+        if (!isPhiRow(s, i)) { direct.push_back(i); continue; }
+        double phi = s.known[i] + s.rhs[i];
+        if (s.ukind[i] == UnknownKind::SegSigma) {
+            const SegEl& e = s.segs[s.uowner[i]];
+            if (e.resist) phi += e.a * s.x[i];
+            if (followsGallery(e)) phi += s.x[s.galleries[e.gallery].unknown];
+        }
+        s.phiPts[i] = phi;
+    }
+#pragma omp parallel for schedule(dynamic, 8)
+    for (int k = 0; k < (int)direct.size(); ++k) s.phiPts[direct[k]] = s.potentialAt(s.px[direct[k]], s.py[direct[k]]);
+
+    for (int i = 0; i < s.n; ++i) {
+        const double phi = s.phiPts[i];
+        switch (s.ukind[i]) {
+        case UnknownKind::WellQ:
+            u.residual = std::max(u.residual, std::fabs(aq.headFromPhiExtended(phi) - s.wells[s.uowner[i]].value));
+            break;
+        case UnknownKind::Constant:
+            u.residual = std::max(u.residual, std::fabs(aq.headFromPhiExtended(phi) - s.refHead));
+            break;
+        default:
+            break;
+        }
+    }
+
+    // Segments.
+    for (auto& e : s.segs) {
+        if (e.unknown < 0) continue;
+        const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
+        const double sig = s.x[e.unknown];
+        double target = e.value;
+        if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
+        switch (e.state) {
+        case SegState::Free:
+        case SegState::Held: {
+            const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
+            u.residual = std::max(u.residual, std::fabs(res));
+            if (e.kind == LineSinkKind::Drain && sig < 0.0) {
+                e.state = SegState::Off; e.fixedValue = 0.0; ++u.switches;
+            } else if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 && h < e.value - e.d) {
+                e.state = SegState::Percolating; e.fixedValue = -e.w * e.d / e.c; ++u.switches;
+            }
+            break;
+        }
+        case SegState::Percolating:
+            if (h >= e.value - e.d) { e.state = SegState::Free; ++u.switches; }
+            break;
+        case SegState::Off:
+            if (h > e.value) { e.state = SegState::Free; ++u.switches; }
+            break;
+        case SegState::Limited:
+            if (e.resist) u.residual = std::max(u.residual, std::fabs(e.c * (sig - e.fixedValue) / e.w));
+            break;
+        }
+    }
+
+    // Galleries: segments whose minimum head lies above the common head are held there.
+    for (auto& g : s.galleries) {
+        if (g.segs.empty()) continue;
+        const double hg = aq.headFromPhiExtended(s.x[g.unknown]);
+        if (g.allHeld) {
+            double delivered = 0.0;
+            for (int k : g.segs) {
+                const SegEl& e = s.segs[k];
+                delivered += s.x[e.unknown] * std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+            }
+            if (delivered > g.total) {  // can deliver the total again: release all
+                g.allHeld = false;
+                for (int k : g.segs) s.segs[k].state = SegState::Free;
+                ++u.switches;
+            }
+            continue;
+        }
+        int held = 0, toHold = 0;
+        for (int k : g.segs) {
+            const SegEl& e = s.segs[k];
+            if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) ++toHold;
+        }
+        if (toHold > 0) {
+            for (int k : g.segs) {
+                SegEl& e = s.segs[k];
+                if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) {
+                    e.state = SegState::Held; ++u.switches;
+                }
+            }
+        } else {
+            for (int k : g.segs) {
+                SegEl& e = s.segs[k];
+                if (e.state == SegState::Held && hg >= e.value) { e.state = SegState::Free; ++u.switches; }
+            }
+        }
+        for (int k : g.segs) held += s.segs[k].state == SegState::Held;
+        if (held == (int)g.segs.size() && !g.allHeld) g.allHeld = true;
+    }
+    return u;
+}
+
+// Outer loop step for streams: reaches whose flow would become negative are limited,
+// limited reaches whose own condition would take less than the flow they get are freed.
+// The flows are followed downstream as if the switches were made. With apply false
+// nothing is changed; the count of switches that are due is returned either way.
+int updateStreams(Solution::State& s, bool apply) {
+    const auto& aq = s.aq;
+    int switches = 0;
+    const int ns = (int)s.segs.size();
+    std::vector<double> inQ(ns, 0.0);
+    for (int i : s.streamOrder) {
+        SegEl& e = s.segs[i];
+        if (e.index == 0) inQ[i] += s.model.lineSinks[e.string].endInflow;
+    }
+    for (int i : s.streamOrder) {
+        SegEl& e = s.segs[i];
+        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
+        const double avail = std::max(inQ[i] + ql, 0.0);
+        double sig = s.ssig[i];
+        if (e.state == SegState::Limited) {
+            const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
+            bool release;
+            if (e.resist) {
+                double free = e.w * (h - e.value) / e.c;
+                if (e.d > 0.0) free = std::max(free, -e.w * e.d / e.c);
+                release = free * L > -avail + 1e-12 * (1.0 + avail);
+            } else {
+                release = h >= e.value;
+            }
+            if (release) {
+                ++switches;
+                if (apply) e.state = SegState::Free;
+            } else {
+                sig = -avail / L;
+            }
+        } else if (avail + sig * L < -1e-12 * (1.0 + avail)) {
+            sig = -avail / L;
+            ++switches;
+            if (apply) { e.state = SegState::Limited; e.fixedValue = sig; }
+        }
+        if (e.downstream >= 0) inQ[e.downstream] += avail + sig * L;
+    }
+    return switches;
+}
+
+}  // namespace
+
+SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
+    State& s = *s_;
+    auto say = [&](const std::string& l) { if (log) log(l); };
+    const auto tStart = std::chrono::steady_clock::now();
+    SolveReport rep;
+    rep.wells = (int)s.wells.size();
+    for (const auto& ls : s.model.lineSinks) {
+        ++rep.lineSinkStrings;
+        rep.lineSinkSegments += (int)ls.segments.size();
+    }
+    rep.unknowns = s.n;
+    int headWells = 0;
+    for (const auto& w : s.wells) headWells += w.headSpecified;
+    say("Elements: " + std::to_string(rep.wells) + " wells (" + std::to_string(headWells) + " head specified), " +
+        std::to_string(rep.lineSinkStrings) + " line-sink strings with " + std::to_string(s.segs.size()) +
+        " segments, " + std::to_string(s.galleries.size()) + " galleries");
+    say("Equations: " + std::to_string(s.n));
+    if (o.storeOnDisk) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
+
+    const int outerMax = std::max(1, o.outerIterations);
+    const int innerMax = std::max(1, o.innerIterations);
+    const bool hasStreams = !s.streamOrder.empty();
+    const double tol = 1e-9 * (1.0 + s.aq.H + std::fabs(s.refHead - s.aq.B));
+    bool converged = false;
+    for (int outer = 1; outer <= outerMax; ++outer) {
+        bool innerConverged = false;
+        for (int inner = 1; inner <= innerMax; ++inner) {
+            IterationReport it;
+            it.outer = outer;
+            it.inner = inner;
+            if (!s.factorsValid || o.fullFactorisation) {
+                assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
+                it.refactorised = true;
+            }
+            if (hasStreams) s.route(true);
+            buildRhs(s);
+            std::vector<double> b = s.rhs;
+            int info = 0, one = 1;
+            const char tr = 'N';
+            dgetrs_(&tr, &s.n, &one, s.lu.data(), &s.n, s.ipiv.data(), b.data(), &s.n, &info, 1);
+            for (double v : b)
+                if (!std::isfinite(v))
+                    throw FatalError("The solution of the system of equations is not finite; the system is singular or badly scaled.");
+            double change = 0.0;
+            for (int i = 0; i < s.n; ++i) change = std::max(change, std::fabs(b[i] - s.x[i]));
+            s.x = std::move(b);
+            s.syncStrengths(true);
+            s.solved = true;
+            UpdateResult u = updateStates(s);
+            if (hasStreams) u.residual = std::max(u.residual, s.route(false));
+            it.largestChange = change;
+            it.largestResidual = u.residual;
+            it.switches = u.switches;
+            if (u.switches > 0) s.factorsValid = false;
+            ++s.iterationsDone;
+            rep.iterations.push_back(it);
+            say("Iteration " + std::to_string(s.iterationsDone) + (outerMax > 1 ? " (outer " + std::to_string(outer) + ")" : "") +
+                ": largest change " + fmt("%.6E", change) + ", largest residual " + fmt("%.6E", u.residual) +
+                (u.switches ? ", " + std::to_string(u.switches) + " conditions switched" : ""));
+            if (u.switches == 0 && u.residual <= tol) { innerConverged = true; break; }
+        }
+        int outerSwitches = 0;
+        if (hasStreams) {
+            // After the last outer iteration the switches are only counted, so that the
+            // strengths stay those of the last solution.
+            outerSwitches = updateStreams(s, outer < outerMax);
+            if (outerSwitches > 0 && outer < outerMax) {
+                s.factorsValid = false;
+                say("Stream routing: " + std::to_string(outerSwitches) + " reaches changed between flowing and dry");
+            }
+        }
+        if (outerSwitches == 0) { converged = innerConverged; break; }
+        if (outer == outerMax)
+            s.warn("stream routing had not settled after " + std::to_string(outerMax) + " outer iterations");
+    }
+    if (!converged) s.warn("the iterations ended before every condition was met; a further solve continues them");
+    rep.converged = converged;
+    rep.balance = waterBalance();
+    for (const auto& l : formatBalance(rep.balance)) say(l);
+    rep.totalSeconds = seconds(tStart);
+    say("Times: assembly " + fmt("%.3f", rep.assemblySeconds) + " s, factorisation " + fmt("%.3f", rep.factorSeconds) +
+        " s, total " + fmt("%.3f", rep.totalSeconds) + " s");
+    return rep;
+}
+
+// ---------------------------------------------------------------------------------
+// Evaluation
+
+double Solution::potential(double x, double y) const { return s_->potentialAt(x, y); }
+
+double Solution::head(double x, double y) const { return s_->aq.headFromPhi(s_->potentialAt(x, y)); }
+
+std::pair<double, double> Solution::discharge(double x, double y) const {
+    const auto w = s_->wAt(x, y);
+    return {w.real(), -w.imag()};
+}
+
+std::vector<double> Solution::heads(const std::vector<double>& xs, const std::vector<double>& ys) const {
+    const size_t m = std::min(xs.size(), ys.size());
+    std::vector<double> h(m);
+#pragma omp parallel for schedule(dynamic, 16)
+    for (long i = 0; i < (long)m; ++i) h[i] = s_->aq.headFromPhi(s_->potentialAt(xs[i], ys[i]));
+    return h;
+}
+
+PointValues Solution::evaluate(double x, double y, std::optional<double> z) const {
+    const State& s = *s_;
+    PointValues p;
+    p.x = x;
+    p.y = y;
+    p.potential = s.potentialAt(x, y);
+    const auto w = s.wAt(x, y);
+    p.qx = w.real();
+    p.qy = -w.imag();
+    p.porosity = s.model.aquifer.porosity;
+    p.conductivity = s.aq.k;
+    p.base = s.aq.B;
+    p.recharge = 0.0;
+    p.head = s.aq.headFromPhi(p.potential);
+    if (p.head == kDryHead) {
+        p.z = z ? *z : s.aq.B;
+        return p;  // dry: no velocities
+    }
+    const double b = s.aq.saturated(p.head);
+    p.z = z ? *z : s.aq.B + b;
+    if (b > 0.0 && p.porosity > 0.0) {
+        p.vx = p.qx / (p.porosity * b);
+        p.vy = p.qy / (p.porosity * b);
+        // Dupuit vertical velocity without recharge: the saturated thickness changes
+        // along the flow in the unconfined zone, grad b = -Q / (k b).
+        if (p.head < s.aq.B + s.aq.H) {
+            const double q2 = p.qx * p.qx + p.qy * p.qy;
+            p.vz = -(p.z - s.aq.B) * q2 / (s.aq.k * b * b * b * p.porosity);
+        }
+    }
+    return p;
+}
+
+double Solution::streamFunction(double x, double y) const {
+    const State& s = *s_;
+    double psi = s.model.aquifer.qy0 * x - s.model.aquifer.qx0 * y;
+    for (size_t j = 0; j < s.wq.size(); ++j) psi += s.wq[j] / (2.0 * kPi) * std::atan2(y - s.wy[j], x - s.wx[j]);
+    for (size_t j = 0; j < s.ssig.size(); ++j) {
+        detail::LsGeom g{s.scx[j], s.scy[j], s.sihr[j], s.sihi[j], s.sscale[j], s.sc0[j], 0.0};
+        psi += s.ssig[j] * s.sscale[j] * detail::lsImF(detail::localZ(g, x, y));
+    }
+    return psi;
+}
+
+// ---------------------------------------------------------------------------------
+// Results
+
+std::vector<WellResult> Solution::wellResults() const {
+    const State& s = *s_;
+    std::vector<WellResult> r;
+    for (const auto& e : s.wells) {
+        WellResult w;
+        w.label = s.model.wells[e.model].label;
+        w.x = e.x; w.y = e.y; w.radius = e.rw;
+        w.headSpecified = e.headSpecified;
+        w.discharge = e.q;
+        w.head = head(e.x + e.rw, e.y);
+        if (e.headSpecified) {
+            w.specifiedHead = e.value;
+            w.headError = w.head - e.value;
+        }
+        r.push_back(w);
+    }
+    return r;
+}
+
+std::vector<SegmentResult> Solution::segmentResults() const {
+    const State& s = *s_;
+    std::vector<SegmentResult> r(s.segs.size());
+    std::vector<double> hc(s.segs.size());
+#pragma omp parallel for schedule(dynamic, 8)
+    for (long i = 0; i < (long)s.segs.size(); ++i)
+        hc[i] = s.aq.headFromPhi(s.potentialAt(s.scx[i], s.scy[i]));
+    for (size_t i = 0; i < s.segs.size(); ++i) {
+        const SegEl& e = s.segs[i];
+        const LineSinkString& ls = s.model.lineSinks[e.string];
+        SegmentResult& o = r[i];
+        o.label = ls.segments[e.modelSeg].label;
+        o.stringLabel = ls.label;
+        o.kind = e.kind;
+        o.x1 = e.x1; o.y1 = e.y1; o.x2 = e.x2; o.y2 = e.y2;
+        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        o.strength = s.ssig[i];
+        o.discharge = o.strength * L;
+        o.specifiedHead = e.value;
+        o.calculatedHead = hc[i];
+        o.width = ls.farField ? 0.0 : ls.width;
+        o.resistance = ls.farField ? 0.0 : ls.resistance;
+        o.depth = ls.farField ? 0.0 : ls.depth;
+        o.percolating = e.state == SegState::Percolating;
+        o.inactive = e.state == SegState::Off || e.state == SegState::Limited || e.state == SegState::Held;
+        if (e.kind != LineSinkKind::Discharge && hc[i] != kDryHead) {
+            double target = e.value;
+            if (followsGallery(e)) target = s.aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
+            switch (e.state) {
+            case SegState::Free:
+            case SegState::Held:
+                o.error = e.resist ? hc[i] - target - e.c * o.strength / e.w : hc[i] - target;
+                break;
+            case SegState::Percolating: o.error = std::max(0.0, hc[i] - (e.value - e.d)); break;
+            case SegState::Off: o.error = std::max(0.0, hc[i] - e.value); break;
+            case SegState::Limited: o.error = 0.0; break;
+            }
+        }
+        if (e.kind == LineSinkKind::Stream) {
+            o.baseFlow = e.baseDown;
+            o.overlandFlow = e.overDown;
+            if (e.downstream >= 0) {
+                const SegEl& d = s.segs[e.downstream];
+                o.downstreamLabel = s.model.lineSinks[d.string].segments[d.modelSeg].label;
+            }
+        }
+    }
+    return r;
+}
+
+double Solution::gageFlow(double x, double y) const {
+    const State& s = *s_;
+    double best = 1e300, q = 0.0;
+    for (int i : s.streamOrder) {
+        const SegEl& e = s.segs[i];
+        const double dx = e.x2 - e.x1, dy = e.y2 - e.y1;
+        const double l2 = dx * dx + dy * dy;
+        double t = l2 > 0 ? ((x - e.x1) * dx + (y - e.y1) * dy) / l2 : 0.0;
+        t = std::clamp(t, 0.0, 1.0);
+        const double d = std::hypot(x - (e.x1 + t * dx), y - (e.y1 + t * dy));
+        if (d < best) { best = d; q = e.qDown; }
+    }
+    return q;
+}
+
+// Flow across a polyline from the change of the stream function along each piece,
+// with the jumps of the principal branches removed where a piece crosses a branch cut.
+double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
+    const State& s = *s_;
+    double dpsi = 0.0;  // continuous change of the stream function along the polyline
+    for (size_t k = 1; k < pl.size(); ++k) {
+        const double ax = pl[k - 1].first, ay = pl[k - 1].second, bx = pl[k].first, by = pl[k].second;
+        dpsi += s.model.aquifer.qy0 * (bx - ax) - s.model.aquifer.qx0 * (by - ay);
+        for (size_t j = 0; j < s.wq.size(); ++j) {
+            if (s.wq[j] == 0.0) continue;
+            const std::complex<double> za(ax - s.wx[j], ay - s.wy[j]), zb(bx - s.wx[j], by - s.wy[j]);
+            if (std::abs(za) == 0.0 || std::abs(zb) == 0.0) continue;
+            dpsi += s.wq[j] / (2.0 * kPi) * std::arg(zb / za);
+        }
+        for (size_t j = 0; j < s.ssig.size(); ++j) {
+            if (s.ssig[j] == 0.0) continue;
+            detail::LsGeom g{s.scx[j], s.scy[j], s.sihr[j], s.sihi[j], s.sscale[j], s.sc0[j], 0.0};
+            std::complex<double> Za = detail::localZ(g, ax, ay), Zb = detail::localZ(g, bx, by);
+            // Points on the element's line are moved off it to the side of the other end.
+            const double eps = 1e-12;
+            double ya = Za.imag(), yb = Zb.imag();
+            if (std::fabs(ya) < eps && std::fabs(yb) < eps) { ya = yb = eps; }
+            else if (std::fabs(ya) < eps) ya = yb > 0 ? eps : -eps;
+            else if (std::fabs(yb) < eps) yb = ya > 0 ? eps : -eps;
+            Za = {Za.real(), ya};
+            Zb = {Zb.real(), yb};
+            double d = detail::lsImF(Zb) - detail::lsImF(Za);
+            if ((ya < 0) != (yb < 0)) {
+                const double xc = Za.real() + (Zb.real() - Za.real()) * ya / (ya - yb);
+                const double jump = detail::lsImFJump(xc);
+                d -= ya < 0 ? jump : -jump;
+            }
+            dpsi += s.ssig[j] * s.sscale[j] * d;
+        }
+    }
+    return -dpsi;
+}
+
+WaterBalance Solution::waterBalance() const {
+    const State& s = *s_;
+    WaterBalance b;
+    auto add = [&](const std::string& kind, double extraction) {
+        auto it = std::find_if(b.terms.begin(), b.terms.end(), [&](const BalanceTerm& t) { return t.kind == kind; });
+        if (it == b.terms.end()) { b.terms.push_back({kind, 0.0, 0.0}); it = b.terms.end() - 1; }
+        if (extraction > 0) it->out += extraction; else it->in -= extraction;
+    };
+    for (const auto& w : s.wells) add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
+    for (size_t i = 0; i < s.segs.size(); ++i) {
+        const SegEl& e = s.segs[i];
+        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        std::string kind;
+        switch (e.kind) {
+        case LineSinkKind::Discharge: kind = "line-sinks, discharge specified"; break;
+        case LineSinkKind::Head: kind = "line-sinks, head specified"; break;
+        case LineSinkKind::Drain: kind = "drains"; break;
+        case LineSinkKind::Gallery: kind = "galleries"; break;
+        case LineSinkKind::Stream: kind = "streams"; break;
+        }
+        add(kind, s.ssig[i] * L);
+    }
+    // The far field: inflow across a circle around every element, by the trapezoidal
+    // rule, which converges geometrically for this periodic, analytic integrand.
+    double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
+    auto grow = [&](double x, double y) {
+        xmin = std::min(xmin, x); xmax = std::max(xmax, x);
+        ymin = std::min(ymin, y); ymax = std::max(ymax, y);
+    };
+    for (const auto& w : s.wells) grow(w.x, w.y);
+    for (const auto& e : s.segs) { grow(e.x1, e.y1); grow(e.x2, e.y2); }
+    if (xmin <= xmax) {
+        const double cx = 0.5 * (xmin + xmax), cy = 0.5 * (ymin + ymax);
+        const double R = std::max(std::hypot(xmax - xmin, ymax - ymin), 1e-3);  // twice the enclosing radius
+        const int m = 256;
+        double inflow = 0.0;
+#pragma omp parallel for reduction(+ : inflow)
+        for (int k = 0; k < m; ++k) {
+            const double t = 2.0 * kPi * k / m;
+            const std::complex<double> e(std::cos(t), std::sin(t));
+            const std::complex<double> w = s.wAt(cx + R * e.real(), cy + R * e.imag());
+            inflow -= (w * e).real() * R * (2.0 * kPi / m);
+        }
+        add("far field", -inflow);
+    }
+    for (const auto& t : b.terms) { b.totalIn += t.in; b.totalOut += t.out; }
+    b.difference = b.totalIn - b.totalOut;
+    const double big = std::max(b.totalIn, b.totalOut);
+    b.closureError = big > 0 ? std::fabs(b.difference) / big : 0.0;
+    return b;
+}
+
+std::vector<std::string> formatBalance(const WaterBalance& b) {
+    std::vector<std::string> out;
+    out.push_back("Water balance (inflow into the aquifer, outflow from it):");
+    char buf[200];
+    for (const auto& t : b.terms) {
+        std::snprintf(buf, sizeof buf, "  %-34s in %15.6E  out %15.6E", t.kind.c_str(), t.in, t.out);
+        out.push_back(buf);
+    }
+    std::snprintf(buf, sizeof buf, "  %-34s in %15.6E  out %15.6E", "total", b.totalIn, b.totalOut);
+    out.push_back(buf);
+    std::snprintf(buf, sizeof buf, "  difference %15.6E (relative %.3E)", b.difference, b.closureError);
+    out.push_back(buf);
+    return out;
+}
+
+}  // namespace tarno::engine

@@ -1,0 +1,205 @@
+#pragma once
+// The analytic element solution of a Model: solve, evaluate, report, save and load.
+//
+// Typical use by a program:
+//
+//   tarno::engine::Solution s(model);
+//   s.setWarningSink([&](const std::string& w) { errorLog << w << '\n'; });
+//   s.solve({inner, outer, store, full}, [&](const std::string& l) { messageLog << l << '\n'; });
+//   auto p = s.evaluate(x, y);          // the twelve numbers of a point record
+//   s.save("NAME.SOL");
+//   auto t = tarno::engine::Solution::load("NAME.SOL");   // then t.solve(...) continues
+//
+// Every fatal condition (a singular system, memory exhausted, a .SOL that cannot be
+// read) throws FatalError whose what() is a sentence for the user.
+
+#include "engine/model.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarno::engine {
+
+class FatalError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The head reported for a dry point.
+inline constexpr double kDryHead = -9999.0;
+
+struct SolveOptions {
+    int innerIterations = 5;       // I of " solve I O S F": at most this many inner iterations
+    int outerIterations = 1;       // O: bounds the outer loop of stream routing
+    bool storeOnDisk = false;      // S: accepted; the matrix is always kept in memory
+    bool fullFactorisation = false;// F: true refactorises the matrix in every iteration
+};
+
+// One line of the message log per call.
+using LineSink = std::function<void(const std::string&)>;
+
+struct IterationReport {
+    int outer = 0;                 // 1-based
+    int inner = 0;                 // 1-based
+    double largestChange = 0.0;    // largest change of any unknown (its own units)
+    double largestResidual = 0.0;  // largest residual of any condition, in head
+    int switches = 0;              // conditions that changed their type after this iteration
+    bool refactorised = false;     // the matrix was (re)factorised in this iteration
+};
+
+// Flows by element kind. `in` is water put into the aquifer, `out` water taken out,
+// both >= 0. The far-field term is the net flow across a large circle that encloses
+// every element, found by integrating the normal discharge (it is what an infinite
+// aquifer supplies to balance the elements). `closureError` is
+// |in - out| / max(in, out) over all terms including the far field.
+struct BalanceTerm {
+    std::string kind;
+    double in = 0.0;
+    double out = 0.0;
+};
+
+struct WaterBalance {
+    std::vector<BalanceTerm> terms;
+    double totalIn = 0.0;
+    double totalOut = 0.0;
+    double difference = 0.0;       // totalIn - totalOut
+    double closureError = 0.0;     // |difference| / max(totalIn, totalOut)
+};
+
+struct SolveReport {
+    int wells = 0;
+    int lineSinkStrings = 0;
+    int lineSinkSegments = 0;
+    int unknowns = 0;              // equals the number of equations
+    std::vector<IterationReport> iterations;
+    bool converged = false;
+    WaterBalance balance;
+    double assemblySeconds = 0.0;
+    double factorSeconds = 0.0;
+    double totalSeconds = 0.0;
+};
+
+// The twelve numbers of a point record (after X and Y).
+struct PointValues {
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;              // elevation of evaluation (top of the saturated zone unless given)
+    double potential = 0.0;      // discharge potential
+    double qx = 0.0;
+    double qy = 0.0;
+    double vx = 0.0;             // average velocities (Q / (porosity * saturated thickness))
+    double vy = 0.0;
+    double head = 0.0;           // kDryHead where the aquifer is dry
+    double vz = 0.0;
+    double porosity = 0.0;
+    double conductivity = 0.0;
+    double base = 0.0;
+    double recharge = 0.0;       // local areal recharge rate (no area elements yet: 0)
+};
+
+struct WellResult {
+    std::string label;
+    double x = 0.0;
+    double y = 0.0;
+    double radius = 0.0;
+    bool headSpecified = false;
+    double discharge = 0.0;      // > 0 pumping
+    double head = 0.0;           // head at the screen radius (kDryHead when dry)
+    double specifiedHead = 0.0;  // head-specified wells only
+    double headError = 0.0;      // computed minus specified (head-specified wells only)
+};
+
+struct SegmentResult {
+    std::string label;
+    std::string stringLabel;
+    LineSinkKind kind = LineSinkKind::Head;
+    double x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0;
+    double strength = 0.0;       // sigma (L^2/T), > 0 takes water out of the aquifer
+    double discharge = 0.0;      // total inflow: sigma * length
+    double specifiedHead = 0.0;  // the head of the condition (sigma for discharge segments)
+    double calculatedHead = 0.0; // aquifer head at the segment's centre
+    double error = 0.0;          // residual of the segment's condition, in head
+    double width = 0.0;
+    double resistance = 0.0;
+    double depth = 0.0;
+    double baseFlow = 0.0;       // routed: groundwater part of the stream flow at the downstream end
+    double overlandFlow = 0.0;   // routed: end inflows and overland flow part of it
+    std::string downstreamLabel; // routed: the segment this one flows into ("" at an end)
+    bool percolating = false;    // held at -w d / c
+    bool inactive = false;       // a drain taking nothing, a dry stream reach, a held gallery segment
+};
+
+class Solution {
+public:
+    explicit Solution(Model model);
+    ~Solution();
+    Solution(Solution&&) noexcept;
+    Solution& operator=(Solution&&) noexcept;
+    Solution(const Solution&) = delete;
+    Solution& operator=(const Solution&) = delete;
+
+    const Model& model() const;
+
+    // Warnings about the model (skipped strings, conditions that cannot be met, ...):
+    // each is sent to the sink when one is set, and always kept in warnings().
+    void setWarningSink(LineSink sink);
+    const std::vector<std::string>& warnings() const;
+
+    // Runs the iterations; a second call continues from the current state.
+    // Lines for the message log go to `log` (may be empty). Throws FatalError.
+    SolveReport solve(const SolveOptions& options, const LineSink& log = {});
+    bool solved() const;
+
+    // The time of evaluation for transient elements (kept and saved).
+    void setTime(double t);
+
+    // Point evaluation. `z` is the elevation of evaluation; without it the top of the
+    // saturated zone is used.
+    PointValues evaluate(double x, double y, std::optional<double> z = std::nullopt) const;
+    double potential(double x, double y) const;
+    double head(double x, double y) const;
+    std::pair<double, double> discharge(double x, double y) const;  // (Qx, Qy)
+    // Heads at many points at once (in parallel).
+    std::vector<double> heads(const std::vector<double>& xs, const std::vector<double>& ys) const;
+    // The stream function (branch cuts run from each well in the -x direction and from
+    // each line-sink along its own line beyond its first vertex).
+    double streamFunction(double x, double y) const;
+
+    std::vector<WellResult> wellResults() const;
+    std::vector<SegmentResult> segmentResults() const;
+
+    // Total flow across the polyline, counted positive from the left to the right
+    // of the direction in which the vertices are given.
+    double flux(const std::vector<std::pair<double, double>>& polyline) const;
+
+    // The stream flow at the downstream end of the routed segment nearest to the point
+    // (0 when the model has no routed segment).
+    double gageFlow(double x, double y) const;
+
+    WaterBalance waterBalance() const;
+
+    // <name>.SOL: the whole state, so that a later load can evaluate and continue.
+    void save(const std::string& path) const;
+    static Solution load(const std::string& path);
+
+    // The number of unknowns (= equations) of the current model.
+    int unknowns() const;
+
+    struct State;  // internal
+
+private:
+    std::unique_ptr<State> s_;
+};
+
+// Log text for a water balance (several lines).
+std::vector<std::string> formatBalance(const WaterBalance& b);
+
+// The name of a line-sink kind as used in logs ("head", "drain", ...).
+const char* kindName(LineSinkKind k);
+
+}  // namespace tarno::engine

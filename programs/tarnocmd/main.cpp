@@ -1,0 +1,104 @@
+// tarnocmd: the batch front end of TARNO.
+//
+//   tarnocmd new <path> [--description TEXT] [--map-units meters|feet]
+//                       [--model-units meters|feet] [--base-name NAME] [--yes | --no]
+//   tarnocmd info <path>
+//   tarnocmd help
+//
+// "new" runs the same project life cycle as the desktop program: the new-project
+// wizard is answered from the options, the settings dialog of the new project is
+// accepted (with the default base name unless --base-name is given), and the
+// questions asked on the way are answered by the defaults documented in
+// docs/tarnocmd.md. "info" reads a project without changing it. Messages go to
+// standard error as "<title>: <line>"; results go to standard output.
+//
+// Exit status: 0 success, 1 the operation failed or was refused, 2 bad usage.
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/console_ui.h"
+#include "core/text.h"
+#include "tarnocmd_commands.h"
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+int Usage(std::ostream& out, int status) {
+  out << tarno::cmd::UsageText();
+  return status;
+}
+
+int BadUsage(const std::string& message) {
+  std::cerr << "tarnocmd: " << message << "\n";
+  std::cerr << "Run \"tarnocmd help\" for the usage.\n";
+  return kUsageError;
+}
+
+std::optional<bool> ParseUnits(const std::string& text) {
+  std::string t;
+  for (char c : text) t += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (t == "meters" || t == "metres" || t == "m") return true;
+  if (t == "feet" || t == "ft") return false;
+  return std::nullopt;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  if (args.empty()) return Usage(std::cerr, kUsageError);
+  const std::string command = args[0];
+
+  if (command == "help" || command == "--help" || command == "-h") return Usage(std::cout, 0);
+
+  if (command == "info") {
+    if (args.size() != 2) return BadUsage("info takes exactly one project path");
+    return tarno::cmd::Info(args[1], std::cout, std::cerr);
+  }
+
+  if (command == "new") {
+    tarno::cmd::NewOptions options;
+    std::optional<std::string> path;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+      const std::string& a = args[i];
+      auto value = [&](const char* name) -> std::optional<std::string> {
+        if (i + 1 >= args.size()) return std::nullopt;
+        (void)name;
+        return args[++i];
+      };
+      if (a == "--description") {
+        auto v = value("--description");
+        if (!v) return BadUsage("--description needs a text");
+        options.description = *v;
+      } else if (a == "--map-units" || a == "--model-units") {
+        auto v = value(a.c_str());
+        if (!v) return BadUsage(a + " needs meters or feet");
+        auto meters = ParseUnits(*v);
+        if (!meters) return BadUsage("invalid value \"" + *v + "\" for " + a + " (expected meters or feet)");
+        (a == "--map-units" ? options.basemapMeters : options.computeMeters) = *meters;
+      } else if (a == "--base-name") {
+        auto v = value("--base-name");
+        if (!v) return BadUsage("--base-name needs a name");
+        options.baseName = *v;
+      } else if (a == "--yes") {
+        options.answers = tarno::cmd::Answers::Yes;
+      } else if (a == "--no") {
+        options.answers = tarno::cmd::Answers::No;
+      } else if (!a.empty() && a[0] == '-' && a != "-") {
+        return BadUsage("unknown option \"" + a + "\"");
+      } else if (path) {
+        return BadUsage("new takes one project path");
+      } else {
+        path = a;
+      }
+    }
+    if (!path || path->empty()) return BadUsage("new needs the path of the project to create");
+    options.path = *path;
+    return tarno::cmd::New(options, std::cout, std::cerr);
+  }
+
+  return BadUsage("unknown command \"" + command + "\"");
+}

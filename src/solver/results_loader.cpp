@@ -1,0 +1,478 @@
+#include "solver/results_loader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "core/error.h"
+#include "core/text.h"
+#include "store/database.h"
+
+namespace tarno {
+
+int SectionOfHeadLine(const std::string& headText) {
+  // Order matters: the first name the head line holds wins, so that "discharge
+  // specified wells" is tested before "head specified wells", "drain" before the
+  // line-sink sections, and so on.
+  static const std::pair<const char*, int> kNames[] = {
+      {"discharge specified wells", kSectionDischargeWells},
+      {"head specified wells", kSectionHeadWells},
+      {"discharge specified line sinks", kSectionDischargeLinesinks},
+      {"drain", kSectionDrains},
+      {"galleries", kSectionGalleries},
+      {"head specified line sinks", kSectionHeadLinesinks},
+      {"trans", kSectionInhomogeneities},
+      {"slurry", kSectionBarriers},
+      {"flux", kSectionFlux},
+      {"head specified partially penetrating wells", kSectionHeadPPWells},
+      {"discharge specified partially penetrating wells", kSectionDischargePPWells},
+      {"Theis wells", kSectionTheisWells},
+      {"stream linkages", kSectionStreamLinks},
+  };
+  for (const auto& [name, section] : kNames)
+    if (headText.find(name) != std::string::npos) return section;
+  return kSectionNone;
+}
+
+std::filesystem::path FindExtractFile(const std::filesystem::path& directory,
+                                      const std::string& baseName) {
+  const std::filesystem::path exact = directory / (baseName + ".xtr");
+  std::error_code ec;
+  if (std::filesystem::is_regular_file(exact, ec)) return exact;
+  std::string wanted = baseName + ".xtr";
+  auto lower = [](std::string s) {
+    std::transform(s.begin(), s.end(), s.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return s;
+  };
+  wanted = lower(wanted);
+  std::filesystem::path found;
+  for (const auto& entry : std::filesystem::directory_iterator(directory, ec)) {
+    if (!entry.is_regular_file(ec)) continue;
+    const std::string name = entry.path().filename().string();
+    if (lower(name) != wanted) continue;
+    // Of several spellings take the first by name, so that the choice is stable.
+    if (found.empty() || name < found.filename().string()) found = entry.path();
+  }
+  return found;
+}
+
+namespace {
+
+std::string Upper(std::string s) {
+  std::transform(s.begin(), s.end(), s.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return s;
+}
+
+// The rows of one result table by their solver label. Labels compare without
+// regard to case, as the store's text columns do; the first row of a label is the
+// one a filtered lookup finds.
+class LabelIndex {
+ public:
+  LabelIndex(Database& db, const char* table) {
+    Statement st = db.PrepareRaw(std::string("select rowid, TARNOLabel from ") + table +
+                                 " order by rowid");
+    while (st.Step()) rows_.emplace(Upper(st.GetText(1)), st.GetInt64(0));
+  }
+  std::optional<std::int64_t> Find(const std::string& label) const {
+    const auto it = rows_.find(Upper(label));
+    if (it == rows_.end()) return std::nullopt;
+    return it->second;
+  }
+
+ private:
+  std::unordered_map<std::string, std::int64_t> rows_;  // emplace keeps the first
+};
+
+// The number in the last six characters of a test point label ("TP_000012" -> 12).
+std::int64_t VidOfLabel(const std::string& trimmedLabel) {
+  const std::string tail =
+      trimmedLabel.size() > 6 ? trimmedLabel.substr(trimmedLabel.size() - 6) : trimmedLabel;
+  return static_cast<std::int64_t>(Val(tail));
+}
+
+// The number at the end of a label ("FL_000007" -> 7): its trailing digits.
+std::int64_t NumberAtEnd(const std::string& trimmedLabel) {
+  std::size_t i = trimmedLabel.size();
+  while (i > 0 && std::isdigit(static_cast<unsigned char>(trimmedLabel[i - 1]))) --i;
+  return static_cast<std::int64_t>(Val(trimmedLabel.substr(i)));
+}
+
+bool EndsWith(const std::string& s, const std::string& tail) {
+  return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+const char* BadRecordName(int section) {
+  switch (section) {
+    case kSectionHeadWells:
+    case kSectionHeadPPWells:
+      return "Bad HEAD WELL record: Record ";
+    case kSectionDischargeWells:
+    case kSectionDischargePPWells:
+    case kSectionTheisWells:
+      return "Bad DISCHARGE WELL record: Record ";
+    case kSectionHeadLinesinks:
+      return "Bad HEAD LINESINK record: Record ";
+    case kSectionDrains:
+      return "Bad DRAIN record: Record ";
+    case kSectionGalleries:
+      return "Bad GALLERY record: Record ";
+    case kSectionDischargeLinesinks:
+      return "Bad DISCHARGE LINESINK record: Record ";
+    case kSectionInhomogeneities:
+      return "Bad Inhomogeneity Record: Record ";
+    case kSectionBarriers:
+      return "Bad Horizontal Barrier record: Record ";
+    case kSectionFlux:
+      return "Bad FLUX INSPECTOR record: Record ";
+    default:
+      return "Bad DATA record: Record ";
+  }
+}
+
+class Loader {
+ public:
+  Loader(Database& db, const ModelFrame& frame, UserInterface& ui)
+      : db_(db), frame_(frame), ui_(ui) {}
+
+  void PrepareTestPoints() {
+    db_.Execute("DELETE * FROM TPResults;");
+    db_.Execute("DELETE * FROM FIResults;");
+    db_.Execute(
+        "INSERT INTO TPResults SELECT TestPoints.Label, TestPoints.VID, TestPoints.ObsHead, 0.0 "
+        "as ModelHead, 0.0 as Difference, Vertices.X, Vertices.Y, TestPoints.ObsStreamFlow, 0.0 "
+        "as ModelFlow, TestPoints.Type FROM TestPoints INNER JOIN Vertices ON "
+        "TestPoints.VID=Vertices.VID;");
+  }
+
+  void Read(std::istream& in, LoadSummary& summary) {
+    Prepare();
+    std::string line;
+    int section = kSectionNone;
+    while (std::getline(in, line)) {
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      ++summary.linesRead;
+      if (line.empty()) continue;
+      const char kind = line[0];
+      if (kind == '*') {
+        const int s = SectionOfHeadLine(line.substr(1));
+        if (s != kSectionNone) section = s;
+      } else if (kind == '@') {
+        if (!DataRecord(line.substr(1))) Bad(kSectionNone, summary, line);
+      } else if (kind == ' ') {
+        if (!SectionRecord(section, line)) Bad(section, summary, line);
+      }
+    }
+    summary.rowsUpdated = updated_;
+  }
+
+  void SearchTypes() {
+    // Each string's kind: NearField, then each test that holds overwrites it.
+    std::unordered_map<std::string, std::string> kinds;
+    Statement ls = db_.Prepare("SELECT * FROM LinesinkStrings order by PID");
+    while (ls.Step()) {
+      const std::string key = Upper(ls.GetText("Label"));
+      if (kinds.count(key) != 0) continue;  // the first string of a label decides
+      std::string type = "NearField";
+      if (ls.GetInt64("FarField") != 0) type = "Farfield";
+      if (ls.GetInt64("Drain") != 0) type = "Drain";
+      if (ls.GetInt64("Gallery") != 0) type = "Galleries";
+      if (ls.GetInt64("HeadSpecified") == 0) type = "Discharge";
+      if (ls.GetInt64("Lake") != 0) type = "Lake";
+      if (ls.GetInt64("Routing") != 0) type = "Stream";
+      kinds.emplace(key, type);
+    }
+    Statement rows = db_.PrepareRaw("select rowid, Label from LSResults");
+    Statement up = db_.PrepareRaw("update LSResults set SearchType=? where rowid=?");
+    std::vector<std::pair<std::int64_t, std::string>> changes;
+    while (rows.Step()) {
+      const auto it = kinds.find(Upper(rows.GetText(1)));
+      // A row whose string is gone keeps the type it has.
+      if (it != kinds.end()) changes.emplace_back(rows.GetInt64(0), it->second);
+    }
+    for (const auto& [rowid, type] : changes) {
+      up.Reset();
+      up.Bind(1, type).Bind(2, rowid);
+      up.Run();
+    }
+  }
+
+ private:
+  void Prepare() {
+    wl_.emplace(db_, "WLResults");
+    ls_.emplace(db_, "LSResults");
+    in_.emplace(db_, "INResults");
+    nf_.emplace(db_, "NFResults");
+    {
+      Statement st = db_.PrepareRaw("select rowid, VID from TPResults order by rowid");
+      while (st.Step()) tp_.emplace(st.GetInt64(1), st.GetInt64(0));
+    }
+    tpFlow_ = db_.PrepareRaw(
+        "update TPResults set ModelFlow=?1, Difference=?1-coalesce(ObsStreamFlow,0) where rowid=?2");
+    tpHead_ = db_.PrepareRaw(
+        "update TPResults set ModelHead=?1, Difference=?1-coalesce(ObsHead,0) where rowid=?2");
+    headWell_ = db_.PrepareRaw(
+        "update WLResults set X=?, Y=?, Radius=?, Discharge=?, SpecifiedHead=?, Head=? where "
+        "rowid=?");
+    dischargeWell_ = db_.PrepareRaw(
+        "update WLResults set X=?, Y=?, Radius=?, Discharge=?, Head=? where rowid=?");
+    lsFull_ = db_.PrepareRaw(
+        "update LSResults set X1=?, Y1=?, X2=?, Y2=?, SpecifiedHead=?, CalculatedHead=?, "
+        "Discharge=?, Width=?, Resistance=?, Depth=?, BaseFlow=?, OverlandFlow=?, Error=? where "
+        "rowid=?");
+    lsDischarge_ = db_.PrepareRaw(
+        "update LSResults set X1=?, Y1=?, X2=?, Y2=?, Discharge=? where rowid=?");
+    lsLink_ = db_.PrepareRaw("update LSResults set LinkedTo=? where rowid=?");
+    inNode_ = db_.PrepareRaw(
+        "update INResults set Conductivity=?, BottomElev=?, ExtractRate=?, Porosity=?, "
+        "DomainArea=?, AvgPotJump=?, X1=?, Y1=?, XC=?, YC=?, StrPotJumpNode=?, "
+        "ParabStrPotJump=?, RealStrExtrNode=?, ImagStrExtrNode=?, RealStrExtrCntr=?, Tfac=?, "
+        "DeltaPNode=?, DeltaPCntr=? where rowid=?");
+    nfNode_ = db_.PrepareRaw(
+        "update NFResults set Conductivity=?, Width=?, Porosity=?, WallBottomElev=?, X1=?, Y1=?, "
+        "XC=?, YC=?, StrPotJumpNode=?, ParabStrPotJump=?, DeltaFlowCntr=?, DeltaFlowNode=? where "
+        "rowid=?");
+    flux_ = db_.PrepareRaw("insert into FIResults (Label, PID, TotalFlux) values (?, ?, ?)");
+  }
+
+  void Bad(int section, LoadSummary& summary, const std::string& line) {
+    ++summary.badRecords;
+    // The message asks a question but offers only OK, so reading always goes on.
+    ui_.MessageBox("Import error",
+                   {std::string(BadRecordName(section)) + std::to_string(summary.linesRead) +
+                        " of TARNO results file:",
+                    line, "Continue reading the results file?"},
+                   Buttons::OK, Icon::Critical);
+  }
+
+  double X(const std::string& f) const { return MToW_X(frame_, Val(f)); }
+  double Y(const std::string& f) const { return MToW_Y(frame_, Val(f)); }
+
+  void Run(Statement& st) {
+    st.Run();
+    ++updated_;
+  }
+
+  // A "@" record; false when it is bad.
+  bool DataRecord(const std::string& body) {
+    int n = 0;
+    std::vector<std::string> f;
+    ParseString(body, ",", f, n);
+    if (n < 1) return false;
+    const std::string kind = TrimST(f[1]);
+    if (EndsWith(kind, "gage") || EndsWith(kind, "lake_stage")) {
+      if (n < 5) return false;
+      const auto it = tp_.find(VidOfLabel(TrimST(f[5])));
+      if (it == tp_.end()) return true;  // no such test point: nothing changes
+      Statement& st = EndsWith(kind, "gage") ? tpFlow_ : tpHead_;
+      st.Reset();
+      st.Bind(1, Val(f[4])).Bind(2, it->second);
+      Run(st);
+      return true;
+    }
+    if (n < 13) return false;
+    const std::string label = n >= 15 ? TrimST(f[15]) : std::string();
+    if (label.rfind("_GR_", 0) == 0) {
+      ui_.MessageBox("Not Available", {"Grid extractions not yet supported"});
+      return true;
+    }
+    const auto it = tp_.find(VidOfLabel(label));
+    if (it == tp_.end()) return true;
+    tpHead_.Reset();
+    tpHead_.Bind(1, Val(f[9])).Bind(2, it->second);
+    Run(tpHead_);
+    return true;
+  }
+
+  // A record of the current section; false when it is bad.
+  bool SectionRecord(int section, const std::string& line) {
+    int n = 0;
+    std::vector<std::string> f;
+    ParseString(line, ",", f, n);
+    switch (section) {
+      case kSectionHeadWells:
+      case kSectionHeadPPWells: {
+        if (n < 7) return false;
+        const auto row = wl_->Find(TrimST(f[7]));
+        if (!row) return true;
+        headWell_.Reset();
+        headWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
+        headWell_.Bind(5, Val(f[5])).Bind(6, Val(f[5]) + Val(f[6])).Bind(7, *row);
+        Run(headWell_);
+        return true;
+      }
+      case kSectionDischargeWells:
+      case kSectionDischargePPWells:
+      case kSectionTheisWells: {
+        if (n < 6) return false;
+        const auto row = wl_->Find(TrimST(f[6]));
+        if (!row) return true;
+        dischargeWell_.Reset();
+        dischargeWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
+        dischargeWell_.Bind(5, Val(f[5])).Bind(6, *row);
+        Run(dischargeWell_);
+        return true;
+      }
+      case kSectionHeadLinesinks: {
+        if (n < 14) return false;
+        // The base flow and overland flow of the last head line-sink record are what
+        // the drain and gallery records that follow receive.
+        baseFlow_ = Val(f[11]);
+        overlandFlow_ = Val(f[12]);
+        return LinesinkFull(f, f[13], f[14]);
+      }
+      case kSectionDrains:
+      case kSectionGalleries:
+        if (n < 12) return false;
+        return LinesinkFull(f, f[11], f[12]);
+      case kSectionDischargeLinesinks: {
+        if (n < 6) return false;
+        const auto row = ls_->Find(TrimST(f[6]));
+        if (!row) return true;
+        lsDischarge_.Reset();
+        lsDischarge_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, X(f[3])).Bind(4, Y(f[4]));
+        lsDischarge_.Bind(5, Val(f[5])).Bind(6, *row);
+        Run(lsDischarge_);
+        return true;
+      }
+      case kSectionInhomogeneities:
+        if (n != 14) {
+          // A header line: its values hold for the node lines that follow.
+          if (n < 7) return false;
+          for (int i = 0; i < 6; ++i) inHeader_[i] = Val(f[i + 2]);
+          return true;
+        } else {
+          const auto row = in_->Find(TrimST(f[1]));
+          if (!row) return true;
+          inNode_.Reset();
+          int k = 1;
+          for (double v : inHeader_) inNode_.Bind(k++, v);
+          inNode_.Bind(k++, X(f[2]));
+          inNode_.Bind(k++, Y(f[3]));
+          inNode_.Bind(k++, X(f[4]));
+          inNode_.Bind(k++, Y(f[5]));
+          for (int i = 6; i <= 13; ++i) inNode_.Bind(k++, Val(f[i]));
+          inNode_.Bind(k, *row);
+          Run(inNode_);
+          return true;
+        }
+      case kSectionBarriers:
+        if (n != 10) {
+          if (n < 5) return false;
+          for (int i = 0; i < 4; ++i) nfHeader_[i] = Val(f[i + 2]);
+          return true;
+        } else {
+          const auto row = nf_->Find(TrimST(f[1]));
+          if (!row) return true;
+          nfNode_.Reset();
+          int k = 1;
+          for (double v : nfHeader_) nfNode_.Bind(k++, v);
+          nfNode_.Bind(k++, X(f[2]));
+          nfNode_.Bind(k++, Y(f[3]));
+          nfNode_.Bind(k++, X(f[4]));
+          nfNode_.Bind(k++, Y(f[5]));
+          for (int i = 6; i <= 9; ++i) nfNode_.Bind(k++, Val(f[i]));
+          nfNode_.Bind(k, *row);
+          Run(nfNode_);
+          return true;
+        }
+      case kSectionFlux: {
+        if (n < 2) return false;
+        const std::string label = TrimST(f[1]);
+        flux_.Reset();
+        flux_.Bind(1, label).Bind(2, NumberAtEnd(label)).Bind(3, Val(f[2]));
+        Run(flux_);
+        return true;
+      }
+      case kSectionStreamLinks: {
+        // A link without its second label has nothing to store; there is no
+        // message for this form.
+        if (n < 2) return true;
+        const auto row = ls_->Find(TrimST(f[1]));
+        if (!row) return true;
+        lsLink_.Reset();
+        lsLink_.Bind(1, TrimST(f[2])).Bind(2, *row);
+        Run(lsLink_);
+        return true;
+      }
+      default:
+        return true;  // a record before any known section is skipped
+    }
+  }
+
+  bool LinesinkFull(const std::vector<std::string>& f, const std::string& error,
+                    const std::string& label) {
+    const auto row = ls_->Find(TrimST(label));
+    if (!row) return true;
+    lsFull_.Reset();
+    lsFull_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, X(f[3])).Bind(4, Y(f[4]));
+    lsFull_.Bind(5, Val(f[5])).Bind(6, Val(f[6])).Bind(7, Val(f[7]));
+    lsFull_.Bind(8, Val(f[8])).Bind(9, Val(f[9])).Bind(10, Val(f[10]));
+    lsFull_.Bind(11, baseFlow_).Bind(12, overlandFlow_).Bind(13, Val(error)).Bind(14, *row);
+    Run(lsFull_);
+    return true;
+  }
+
+  Database& db_;
+  const ModelFrame& frame_;
+  UserInterface& ui_;
+  std::optional<LabelIndex> wl_, ls_, in_, nf_;
+  std::map<std::int64_t, std::int64_t> tp_;  // VID -> first row
+  Statement tpFlow_, tpHead_, headWell_, dischargeWell_, lsFull_, lsDischarge_, lsLink_, inNode_,
+      nfNode_, flux_;
+  double baseFlow_ = 0.0;
+  double overlandFlow_ = 0.0;
+  double inHeader_[6] = {0, 0, 0, 0, 0, 0};
+  double nfHeader_[4] = {0, 0, 0, 0};
+  int updated_ = 0;
+};
+
+}  // namespace
+
+LoadSummary LoadTARNOResultsFile(Database& db, const std::filesystem::path& extractFile,
+                                 const ModelFrame& frame, UserInterface& ui) {
+  LoadSummary summary;
+  ui.PleaseWaitShow("Loading Results...", 0);
+  try {
+    Transaction tx(db);
+    Loader loader(db, frame, ui);
+    loader.PrepareTestPoints();
+    std::ifstream in(extractFile, std::ios::binary);
+    if (extractFile.empty() || !in) {
+      // The prepared test point rows stay; the other tables keep their blank rows.
+      tx.Commit();
+      throw Error("File not found: \"" + extractFile.string() + "\"", error_number::kFileNotFound);
+    }
+    loader.Read(in, summary);
+    loader.SearchTypes();
+    tx.Commit();
+  } catch (...) {
+    ui.PleaseWaitHide();
+    throw;
+  }
+  ui.PleaseWaitHide();
+  return summary;
+}
+
+LoadSummary ModelLoadTARNOResults(const std::filesystem::path& projectPath, const ModelFrame& frame,
+                                  UserInterface& ui) {
+  Database db = Database::Open(projectPath);
+  std::string base;
+  std::filesystem::path dir;
+  {
+    Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
+    if (!p.Step()) throw Error("The Project table has no row");
+    base = p.GetText("TARNOBaseName");
+    dir = p.GetText("TARNOBasePath");
+  }
+  std::filesystem::path file = FindExtractFile(dir, base);
+  if (file.empty()) file = dir / (base + ".xtr");  // reported as not found
+  return LoadTARNOResultsFile(db, file, frame, ui);
+}
+
+}  // namespace tarno

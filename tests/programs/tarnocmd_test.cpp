@@ -1,0 +1,220 @@
+// The batch front end, run as a program: exit status, output and the files it makes.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "store/database.h"
+#include "store/dialogs.h"
+#include "store/schema.h"
+
+namespace tarno::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct RunResult {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+std::string ReadAll(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+class TarnocmdTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string tmpl = (fs::temp_directory_path() / "tarno-cmd-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
+    dir_ = tmpl;
+    fs::create_directories(dir_ / "elsewhere");
+  }
+  void TearDown() override {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+
+  // Runs tarnocmd with `args` in the directory `cwd` (the test folder by default).
+  RunResult Run(const std::vector<std::string>& args, const fs::path& cwd = {}) {
+    std::string cmd = "cd " + Quote((cwd.empty() ? dir_ : cwd).string()) +
+                      " && TARNO_CONFIG_DIR=" + Quote((dir_ / "config").string()) + " " +
+                      Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
+    for (const auto& a : args) cmd += " " + Quote(a);
+    cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
+    const int raw = std::system(cmd.c_str());
+    RunResult r;
+    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.out = ReadAll(dir_ / "out.txt");
+    r.err = ReadAll(dir_ / "err.txt");
+    return r;
+  }
+  std::string P(const std::string& name) const { return (dir_ / name).string(); }
+
+  static std::string Text(const std::string& path, const std::string& sql) {
+    Database db = Database::Open(path);
+    Statement st = db.PrepareRaw(sql);
+    return st.Step() ? st.GetText(0) : "<no row>";
+  }
+
+  fs::path dir_;
+};
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_F(TarnocmdTest, HelpAndBadUsage) {
+  RunResult r = Run({"help"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_TRUE(Contains(r.out, "tarnocmd new <path>"));
+  EXPECT_TRUE(Contains(r.out, "tarnocmd info <path>"));
+
+  r = Run({});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_TRUE(Contains(r.err, "Usage:"));
+
+  r = Run({"frobnicate"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_TRUE(Contains(r.err, "unknown command \"frobnicate\""));
+
+  r = Run({"new", P("a.trn"), "--map-units", "yards"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_TRUE(Contains(r.err, "\"yards\""));
+  EXPECT_FALSE(fs::exists(P("a.trn")));
+
+  r = Run({"new"});
+  EXPECT_EQ(r.status, 2);
+  r = Run({"new", P("a.trn"), "--bogus"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_TRUE(Contains(r.err, "--bogus"));
+  r = Run({"info"});
+  EXPECT_EQ(r.status, 2);
+}
+
+TEST_F(TarnocmdTest, NewCreatesTheFullSchemaWithDefaults) {
+  const std::string path = P("model.trn");
+  // Run from another directory: the solver directory question is answered Yes.
+  RunResult r = Run({"new", path, "--description", "Vincennes test", "--map-units", "feet",
+                     "--model-units", "meters"},
+                    dir_ / "elsewhere");
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(Contains(r.out, "Created " + path));
+  EXPECT_TRUE(Contains(r.err, "TARNO: Your Project File and your Intermediate Model Files"));
+
+  Database db = Database::Open(path);
+  std::set<std::string> tables;
+  {
+    Statement st = db.PrepareRaw(
+        "select name from sqlite_master where type='table' and name not like 'sqlite_%';");
+    while (st.Step()) tables.insert(st.GetText(0));
+  }
+  EXPECT_EQ(tables.size(), 24u);
+  for (const TableDef& t : ProjectSchema()) EXPECT_EQ(tables.count(std::string(t.name)), 1u) << t.name;
+
+  Statement m = db.Prepare("select * from Model;");
+  ASSERT_TRUE(m.Step());
+  EXPECT_EQ(m.GetText("AQThickness"), "1");
+  EXPECT_EQ(m.GetDouble("SOLVERX0"), -100);
+  EXPECT_EQ(m.GetDouble("SOLVERY0"), -100);
+  EXPECT_EQ(m.GetDouble("WINDOWX1"), 100);
+  EXPECT_EQ(m.GetDouble("WINDOWX2"), -100);
+  EXPECT_FALSE(m.GetBool("BasemapMeters"));
+  EXPECT_TRUE(m.GetBool("ComputeMeters"));
+  EXPECT_FALSE(m.Step());
+
+  Statement p = db.Prepare("select * from Project;");
+  ASSERT_TRUE(p.Step());
+  EXPECT_EQ(p.GetText("Description"), "Vincennes test");
+  EXPECT_EQ(p.GetInt64("ProjectVersion"), 123);
+  EXPECT_EQ(p.GetText("TARNOBasePath"), dir_.string());
+  const std::string base = p.GetText("TARNOBaseName");
+  EXPECT_TRUE(ProjectSettings::ValidBaseName(base)) << base;
+  EXPECT_NE(base, "basename");
+  EXPECT_FALSE(fs::exists(path + ".compress"));
+}
+
+TEST_F(TarnocmdTest, NewAnswersNoAndKeepsExistingFiles) {
+  const std::string path = P("keep.trn");
+  RunResult r = Run({"new", path, "--no", "--base-name", "run7"}, dir_ / "elsewhere");
+  ASSERT_EQ(r.status, 0) << r.err;
+  // The solver directory question was answered No: it stays where the program ran.
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), (dir_ / "elsewhere").string());
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run7");
+  EXPECT_EQ(Text(path, "select Description from Project"), "New TARNO Project\n");
+
+  const std::string before = ReadAll(path);
+  r = Run({"new", path, "--description", "second"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "File Exists: " + path + " already exists -- should I overwrite it?"));
+  EXPECT_TRUE(Contains(r.err, "Aborted: New file creation aborted"));
+  EXPECT_EQ(ReadAll(path), before);
+
+  r = Run({"new", path, "--description", "second", "--yes"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(Text(path, "select Description from Project"), "second");
+}
+
+TEST_F(TarnocmdTest, NewWithABadBaseNameFails) {
+  RunResult r = Run({"new", P("bad.trn"), "--base-name", "too long name"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "Bad file name: Base file name must be less than 8 characters, with no spaces"));
+}
+
+TEST_F(TarnocmdTest, InfoShowsCountsAndExtents) {
+  const std::string path = P("info.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "inf1"}).status, 0);
+  RunResult r = Run({"info", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(Contains(r.out, "Version: 123"));
+  EXPECT_TRUE(Contains(r.out, "Base name: inf1"));
+  EXPECT_TRUE(Contains(r.out, "Basemap units: Meters"));
+  EXPECT_TRUE(Contains(r.out, "  Wells            0\n"));
+  EXPECT_TRUE(Contains(r.out, "Extents: no elements"));
+
+  {
+    Database db = Database::Open(path);
+    db.ExecuteRaw(
+        "insert into Vertices(PID, Seq, X, Y) values (-1, -1, 10.5, -3);"
+        "insert into Vertices(PID, Seq, X, Y) values (-1, -1, 250, 40);"
+        "insert into Polygons(Closed) values (0);"
+        "insert into Vertices(PID, Seq, X, Y) values (1, 0, -7, 12);");
+  }
+  const std::string before = ReadAll(path);
+  r = Run({"info", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(Contains(r.out, "  Vertices         3\n"));
+  EXPECT_TRUE(Contains(r.out, "  Polygons         1\n"));
+  EXPECT_TRUE(Contains(r.out, "Extents: X -7 to 250, Y -3 to 40"));
+  EXPECT_EQ(ReadAll(path), before);  // info changes nothing
+}
+
+TEST_F(TarnocmdTest, InfoOfBadFilesFails) {
+  RunResult r = Run({"info", P("missing.trn")});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "missing.trn"));
+
+  { std::ofstream(P("notes.trn")) << "hello\n"; }
+  r = Run({"info", P("notes.trn")});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "Not a Project File"));
+  EXPECT_TRUE(Contains(r.err, "notes.trn"));
+  EXPECT_EQ(r.out, "");
+}
+
+}  // namespace
+}  // namespace tarno::test

@@ -1,0 +1,237 @@
+// The new-project road, save as, closing, the settings dialog and the unit change.
+#include <filesystem>
+
+#include "lifecycle_fixture.h"
+#include "store/default_dirs.h"
+
+namespace tarno::test {
+namespace {
+
+namespace lt = lifecycle_text;
+
+class NewProjectTest : public LifecycleTest {
+ protected:
+  // Scripts the wizard and the settings dialog of a new project.
+  void ExpectWizardAndSettings(const std::string& description, bool mapMeters, bool compMeters,
+                               std::string baseName = "") {
+    ui_.ExpectModal<NewDatabaseWizard>("NewDatabaseWizard", [=](NewDatabaseWizard& w) {
+      EXPECT_EQ(w.Title(), "New Database Wizard                                    (F1 for help)");
+      EXPECT_EQ(w.Description, "New TARNO Project\n");
+      w.Description = description;
+      w.BasemapMeters = mapMeters;
+      w.ComputeMeters = compMeters;
+      w.Create();
+    });
+    ui_.ExpectModal<ProjectSettings>("ProjectSettings", [=, this](ProjectSettings& s) {
+      EXPECT_FALSE(s.CancelEnabled);
+      EXPECT_EQ(s.BaseName, "c25a0");
+      EXPECT_EQ(s.MapUnits(), UnitText(mapMeters));
+      EXPECT_EQ(s.CompUnits(), UnitText(compMeters));
+      if (!baseName.empty()) s.BaseName = baseName;
+      EXPECT_TRUE(s.OK(ui_));
+    });
+    if (std::filesystem::current_path() != dir_) ui_.ExpectMessageTitled("TARNO", Answer::Yes);
+  }
+};
+
+TEST_F(NewProjectTest, CreatesAndOpensANewProject) {
+  const std::string path = P("new.trn");
+  ui_.ExpectSaveFile(path).Title("Create New Project Database");
+  ExpectWizardAndSettings("My model", /*mapMeters=*/false, /*compMeters=*/true);
+  ASSERT_TRUE(session_->FileNewProject());
+  ui_.Verify();
+  const auto dialogs = ui_.CallsOf(UiCallKind::SaveFile);
+  ASSERT_EQ(dialogs.size(), 1u);
+  EXPECT_EQ(dialogs[0].file.defaultExtension, "wrk");
+  EXPECT_EQ(dialogs[0].file.filter, "Project Database Files (*.trn)|*.trn");
+  EXPECT_TRUE(session_->ProjectOpen());
+  EXPECT_EQ(Text(path, "select Description from Project"), "My model");
+  EXPECT_EQ(Int(path, "select BasemapMeters from Model"), 0);
+  EXPECT_EQ(Int(path, "select ComputeMeters from Model"), 1);
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "c25a0");
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), Dir());
+  EXPECT_EQ(session_->UnitsText(), " ft");
+  EXPECT_EQ(DefaultDirectories(kOpenProjectPathKey, DirectoryMode::Read), Dir() + "/");
+}
+
+TEST_F(NewProjectTest, CancelledDialogOrAbortedWizardMakesNothing) {
+  ui_.ExpectSaveFile(std::nullopt);
+  EXPECT_FALSE(session_->FileNewProject());
+  ui_.Verify();
+
+  ui_.ExpectSaveFile(P("x.trn"));
+  ui_.ExpectModal<NewDatabaseWizard>("NewDatabaseWizard",
+                                     [](NewDatabaseWizard& w) { w.Abort(); });
+  EXPECT_FALSE(session_->FileNewProject());
+  ui_.Verify();
+  EXPECT_FALSE(std::filesystem::exists(P("x.trn")));
+
+  // A wizard closed without either button aborts as well.
+  ui_.ExpectSaveFile(P("x.trn"));
+  ui_.ExpectModal("NewDatabaseWizard");
+  EXPECT_FALSE(session_->FileNewProject());
+  ui_.Verify();
+  EXPECT_FALSE(std::filesystem::exists(P("x.trn")));
+  EXPECT_FALSE(session_->ProjectOpen());
+}
+
+TEST_F(NewProjectTest, ExistingFileOverwriteOrCancel) {
+  const std::string path = MakeProject("exists.trn");
+  Exec(path, "update Project set Description = 'old one';");
+  const std::string before = Bytes(path);
+  ui_.ExpectSaveFile(path);
+  ui_.ExpectMessage("File Exists", {path + " already exists -- should I overwrite it?"},
+                    Answer::Cancel)
+      .WithButtons(Buttons::OKCancel)
+      .WithIcon(Icon::Exclamation);
+  ui_.ExpectMessage("Aborted", {"New file creation aborted"});
+  EXPECT_FALSE(session_->FileNewProject());
+  ui_.Verify();
+  EXPECT_EQ(Bytes(path), before);
+
+  ui_.ExpectSaveFile(path);
+  ui_.ExpectMessageTitled("File Exists", Answer::OK);
+  ExpectWizardAndSettings("replacement", true, true);
+  ASSERT_TRUE(session_->FileNewProject());
+  ui_.Verify();
+  EXPECT_EQ(Text(path, "select Description from Project"), "replacement");
+}
+
+TEST_F(NewProjectTest, BaseNameCheckOfTheSettingsDialog) {
+  const std::string path = P("names.trn");
+  ui_.ExpectSaveFile(path);
+  ui_.ExpectModal<NewDatabaseWizard>("NewDatabaseWizard", [](NewDatabaseWizard& w) { w.Create(); });
+  const std::vector<std::string> bads = {"ninechars", "a b", "", "   "};
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this, bads](ProjectSettings& s) {
+    for (const std::string& bad : bads) {
+      SCOPED_TRACE(bad);
+      s.BaseName = bad;
+      EXPECT_FALSE(s.OK(ui_));
+      EXPECT_EQ(s.Result, -1);  // the dialog stays
+    }
+    s.BaseName = "  eight888  ";
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  for (std::size_t i = 0; i < bads.size(); ++i)
+    ui_.ExpectMessage("Bad file name",
+                      {"Base file name must be less than 8 characters, with no spaces"});
+  if (std::filesystem::current_path() != dir_) ui_.ExpectMessageTitled("TARNO", Answer::No);
+  ASSERT_TRUE(session_->FileNewProject());
+  ui_.Verify();
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "eight888");
+}
+
+TEST_F(LifecycleTest, ProjectSettingsOKWritesAndCancelRestores) {
+  const std::string path = MakeProject("s.trn");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) {
+    EXPECT_TRUE(s.CancelEnabled);
+    s.Description = "changed";
+    s.BaseName = "run1";
+    s.BasePath = Dir() + "/";
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_EQ(Text(path, "select Description from Project"), "changed");
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run1");
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), Dir());
+  EXPECT_EQ(session_->Settings().TARNOBaseName, "run1");
+
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [](ProjectSettings& s) {
+    s.BaseName = "other";
+    s.Description = "not kept";
+    EXPECT_TRUE(s.Cancel());
+  });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_EQ(session_->Settings().Result, ProjectSettings::kCancel);
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run1");
+  EXPECT_EQ(Text(path, "select Description from Project"), "changed");
+  EXPECT_EQ(session_->Settings().BaseName, "run1");
+}
+
+TEST_F(LifecycleTest, UnitChangeWarnsThenWritesOnlyTheDesignation) {
+  const std::string path = MakeProject("u.trn", /*meters=*/true);
+  Exec(path, "update Model set AQHydCond = 12.5;");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+
+  ui_.ExpectMessage("                                           STOP!", UnitChangeWarningLines(),
+                    Answer::No)
+      .WithButtons(Buttons::YesNo);
+  EXPECT_FALSE(session_->UnitChange());
+  ui_.Verify();
+  EXPECT_EQ(Int(path, "select BasemapMeters from Model"), 1);
+
+  ui_.ExpectMessageTitled("                                           STOP!", Answer::Yes);
+  ui_.ExpectModal<UnitChange>("UnitChange", [](UnitChange& d) {
+    EXPECT_TRUE(d.ComputeMeters);
+    EXPECT_TRUE(d.BasemapMeters);
+    d.BasemapMeters = false;
+    d.OK();
+  });
+  ui_.ExpectMessage("Reopen Project", {"You must now close and reopen your project.",
+                                       "Failure to do so may lead to unexpected", "results!"});
+  EXPECT_TRUE(session_->UnitChange());
+  ui_.Verify();
+  EXPECT_EQ(Int(path, "select BasemapMeters from Model"), 0);
+  EXPECT_EQ(Int(path, "select ComputeMeters from Model"), 1);
+  EXPECT_EQ(Text(path, "select AQHydCond from Model"), "12.5");
+  EXPECT_EQ(session_->Settings().MapUnits(), "Feet");
+
+  ASSERT_EQ(UnitChangeWarningLines().size(), 11u);
+  EXPECT_EQ(UnitChangeWarningLines()[9], "                no data conversion takes place.");
+}
+
+TEST_F(LifecycleTest, CloseCompactsAndResetsTheState) {
+  const std::string path = MakeProject("c.trn");
+  Exec(path, "create table Junk(x); insert into Junk values (zeroblob(200000)); drop table Junk;");
+  const auto sizeBefore = std::filesystem::file_size(path);
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ASSERT_TRUE(session_->FileCloseProject());
+  EXPECT_FALSE(session_->ProjectOpen());
+  EXPECT_EQ(session_->Caption(), "TARNO");
+  EXPECT_EQ(session_->Settings().Caption, "Project Settings");
+  EXPECT_EQ(session_->Settings().DBName, "");
+  EXPECT_EQ(session_->ProjectDirectory(), P("app") + "/");
+  EXPECT_FALSE(hooks_.menusOn);
+  EXPECT_LT(std::filesystem::file_size(path), sizeBefore);
+  EXPECT_FALSE(std::filesystem::exists(path + ".compress"));
+  EXPECT_FALSE(ui_.WaitWindowVisible());
+  EXPECT_EQ(ui_.WaitTexts().size(), 1u);
+  EXPECT_EQ(Text(path, "select Description from Project"), "Test project");
+  // Closing with nothing open compacts nothing.
+  ASSERT_TRUE(session_->FileCloseProject());
+  EXPECT_EQ(ui_.WaitTexts().size(), 1u);
+}
+
+TEST_F(LifecycleTest, SaveAsCopiesAndOpensTheCopy) {
+  const std::string path = MakeProject("orig.trn");
+  const std::string copy = P("copy.trn");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(copy).Title("Save As");
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(session_->Settings().DBName, copy);
+  EXPECT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(Text(copy, "select Description from Project"), "Test project");
+
+  // Onto an existing file, then onto itself: the project must survive.
+  ui_.ExpectSaveFile(copy);
+  ui_.ExpectMessageTitled("File Exists", Answer::OK);
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_TRUE(session_->ProjectOpen());
+  EXPECT_EQ(Text(copy, "select Description from Project"), "Test project");
+}
+
+TEST_F(LifecycleTest, DestroyingTheSessionClosesTheProject) {
+  const std::string path = MakeProject("d.trn");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  session_.reset();
+  EXPECT_EQ(ui_.WaitTexts().size(), 1u);
+  EXPECT_EQ(Text(path, "select Description from Project"), "Test project");
+}
+
+}  // namespace
+}  // namespace tarno::test
