@@ -1,0 +1,296 @@
+#pragma once
+// The command language of the solver: a reader that turns a command file into
+// a list of steps (what to build, solve, save, load and extract, in order) and a
+// list of the problems met on the way. The reader does no mathematics and opens
+// no files; it only reads text, so that it can be exercised with any input.
+//
+// Rules of the language as read here:
+// - one command per line; LF or CR LF line ends; lines of blanks are skipped;
+// - a line whose first character is '*' is a comment;
+// - keywords are case-insensitive and may carry trailing blanks; leading blanks
+//   are not required (the wall lines "slurry ..." have none);
+// - a line whose first item is a number (or, in the extract menu, the word
+//   "gage" or "lake_stage") is a data line of the open menu;
+// - numbers come in fixed or exponent form, with or without a digit before the
+//   point (".1234567E+02", "-.5E+01", "12.000000E+00");
+// - answer lines ("yes", "y") are accepted anywhere and change nothing;
+// - " quit" closes the innermost open menu and does nothing at the top level;
+//   a top-level command met inside a menu closes the open menus first (reported);
+// - a parameter field ("!name!", "! name !") where a number belongs is fatal;
+// - an unknown command or an unreadable data line is reported and skipped;
+// - " stop" ends the file; later lines are not read.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace tarno::engine {
+
+// Something the reader or the run has to tell the user, tied to a line.
+struct Diagnostic {
+  int line = 0;          // 1-based line of the command file; 0 when not tied to a line
+  std::string text;      // the line as read (shortened when very long)
+  std::string message;   // what is wrong and what was done about it
+};
+
+// ---- Element data, exactly as the command file gives it -------------------
+
+struct WellInput {
+  int line = 0;
+  double x = 0, y = 0;
+  double value = 0;  // discharge Q (> 0 pumps) or the specified head
+  double radius = 0;
+  bool headSpecified = false;
+  std::string label;
+};
+
+// Partially penetrating well: x y top bottom Q|h rw label.
+struct PartialWellInput {
+  int line = 0;
+  double x = 0, y = 0, top = 0, bottom = 0, value = 0, radius = 0;
+  bool headSpecified = false;
+  std::string label;
+};
+
+// Transient (Theis) well, one line of a pumping schedule: x y Q t0 h0 S rw label.
+struct TheisWellInput {
+  int line = 0;
+  double x = 0, y = 0, discharge = 0, startTime = 0, startHead = 0, storage = 0, radius = 0;
+  std::string label;
+};
+
+// Pond: centre (x1, y1), radius the distance to (x2, y2); value is the rate per
+// area (discharge mode) or the head (head mode).
+struct SinkDiskInput {
+  int line = 0;
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0, value = 0;
+  bool headSpecified = false;
+  std::string label;
+};
+
+enum class StringKind { Discharge, Head, Drain, Gallery, Stream };
+
+struct SegmentInput {
+  int line = 0;
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  double value = 0;  // strength sigma (discharge strings) or specified head
+  std::string label;
+};
+
+// A line-sink string. Discharge segments that follow one another end to start
+// form one string; a head, drain, gallery or stream string is everything from
+// its mode word to the next mode word or the end of the menu.
+struct StringInput {
+  int line = 0;  // line of the word that opened the string
+  StringKind kind = StringKind::Discharge;
+  double resistance = 0, width = 0, depth = 0;
+  int locationCode = 0;
+  double pumping = 0;        // gallery: total discharge
+  bool pumpingGiven = false;
+  double endInflow = 0;      // stream: inflow at the upstream end
+  double overlandFlow = 0;   // stream
+  bool endFlag = false;      // stream: " end"
+  // Stream links to lakes and outlets, read but not computed by this version.
+  bool inlet = false;
+  std::optional<std::string> outletTable, lakeTable;
+  std::optional<std::array<double, 2>> levels;
+  int lakeLinkLine = 0;      // first line of Inlet/Outlet/Lake/Levels
+  std::vector<SegmentInput> segments;
+};
+
+enum class PolygonKind { Transmissivity, WallOpen, WallClosed, WallOutside, WallInside, Lake };
+
+struct VertexInput {
+  int line = 0;
+  double x = 0, y = 0;
+  std::string label;
+};
+
+// Area elements and walls: the opening line and its vertices.
+// Transmissivity: params K B A N P; walls: K T P Bw; lake: K Nadd E R (+ table).
+struct PolygonInput {
+  int line = 0;
+  PolygonKind kind = PolygonKind::Transmissivity;
+  std::vector<double> params;
+  std::string table;  // lake stage table file (may be empty)
+  std::string label;
+  std::vector<VertexInput> vertices;
+};
+
+// Everything an element menu added to the model.
+struct ElementsInput {
+  std::vector<WellInput> wells;
+  std::vector<PartialWellInput> partialWells;
+  std::vector<TheisWellInput> theisWells;
+  std::vector<SinkDiskInput> sinkDisks;
+  std::vector<StringInput> strings;
+  std::vector<PolygonInput> polygons;
+  bool empty() const {
+    return wells.empty() && partialWells.empty() && theisWells.empty() && sinkDisks.empty() &&
+           strings.empty() && polygons.empty();
+  }
+};
+
+// What one aquifer menu set; unset values keep what they were.
+struct AquiferInput {
+  std::optional<double> base, permeability, thickness, porosity;
+  std::optional<std::array<double, 3>> interface;  // fresh gravity, salt gravity, sea level
+  std::optional<std::array<double, 2>> uniflow;    // Qx0, Qy0
+  std::optional<std::array<double, 3>> reference;  // x, y, head
+  int interfaceLine = 0;
+};
+
+struct WindowInput {
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;  // Left, Bottom, Right, Top
+};
+
+// ---- Results requested --------------------------------------------------
+
+struct ExtractPoint {
+  enum class Kind { Point, Gage, LakeStage };
+  int line = 0;
+  Kind kind = Kind::Point;
+  double x = 0, y = 0;
+  std::optional<double> z;  // elevation of evaluation, when the line gives one
+  std::string label;
+};
+
+enum class ExtractRequest {
+  WellDischarge,
+  WellHead,
+  PartialWellDischarge,
+  PartialWellHead,
+  TheisWell,
+  LineSinkDischarge,
+  LineSinkHead,
+  Inhomogeneity,
+  Leakage,
+};
+
+struct FluxLineInput {
+  int line = 0;
+  std::string label;
+  std::vector<std::array<double, 2>> points;
+};
+
+struct InterfacePointInput {
+  int line = 0;
+  double x = 0, y = 0;
+};
+
+struct ExtractInput {
+  int line = 0;
+  std::string file;  // as given after " file", empty when none was given
+  std::vector<ExtractPoint> points;
+  std::vector<InterfacePointInput> interfacePoints;
+  std::vector<ExtractRequest> requests;  // in the order given, each once
+  std::vector<FluxLineInput> fluxLines;
+};
+
+// Grid and trace blocks are read in full; computing them is not part of this version.
+struct GridInput {
+  int line = 0;
+  std::optional<WindowInput> window;
+  std::optional<std::array<double, 2>> elevations;  // Z of the two corners, when given
+  int horizontalPoints = 0;
+  std::string plot;
+  bool go = false;
+  std::vector<std::string> saves, minusGrids, surferFiles;
+};
+
+struct TracePointInput {
+  int line = 0;
+  double x = 0, y = 0, z = 0, direction = 1;
+};
+
+struct TraceWellInput {
+  int line = 0;
+  double x = 0, y = 0, z = 0;
+  int particles = 0;
+};
+
+struct TraceInput {
+  int line = 0;
+  std::string file;
+  std::optional<double> time, step;
+  std::vector<TracePointInput> points;
+  std::vector<TraceWellInput> wells;
+  bool go = false;
+};
+
+struct LeakageInput {
+  int line = 0;
+  std::optional<std::array<double, 2>> origin;
+  std::optional<std::array<double, 5>> solve;
+  std::vector<std::array<double, 5>> checks;
+};
+
+// ---- Steps --------------------------------------------------------------
+
+struct LogCommand {
+  enum class Kind { Error, Message, Echo };
+  Kind kind = Kind::Error;
+  std::string file;
+};
+struct TitleCommand { std::string text; };
+struct BaseNameCommand { std::string name; };
+struct OriginCommand { double x0 = 0, y0 = 0; int code = 2; };
+struct PictureCommand { std::string setting; };
+struct SolveCommand {
+  int inner = 1, outer = 3, store = 0, full = 1;
+  bool conjunctive = false;
+};
+struct TimeCommand { double time = 0; };
+struct SaveCommand { std::string name; };
+struct LoadCommand { std::string name; };
+struct StopCommand {};
+
+using StepData = std::variant<LogCommand, TitleCommand, BaseNameCommand, OriginCommand, PictureCommand,
+                              AquiferInput, WindowInput, ElementsInput, SolveCommand, TimeCommand,
+                              SaveCommand, LoadCommand, ExtractInput, GridInput, TraceInput,
+                              LeakageInput, StopCommand>;
+
+struct Step {
+  int line = 0;
+  StepData data;
+};
+
+// The whole command file as read.
+struct CommandFile {
+  std::vector<std::string> lines;    // every line read (up to " stop"), line ends removed
+  std::vector<Step> steps;           // in the order of the file
+  std::vector<Diagnostic> problems;  // reported in the error log, the run goes on
+  std::optional<Diagnostic> fatal;   // set when reading had to stop (a parameter field)
+  bool stopped = false;              // " stop" was read
+};
+
+// Limits that keep the reader bounded whatever the input.
+inline constexpr size_t kMaxLineLength = 65536;    // longer lines are reported and skipped
+inline constexpr size_t kMaxDataItems = 20000000;  // data lines kept, all kinds together
+inline constexpr size_t kMaxProblems = 10000;      // further problems are counted, not listed
+
+CommandFile parseCommandFile(std::string_view text);
+
+// Reads one number as the command files write it: fixed or exponent form, an
+// optional sign, with or without a digit before the point. The whole token must
+// be used, and the value must be finite.
+std::optional<double> parseNumber(std::string_view token);
+
+// True when `token` is a parameter field of an estimation template ("!name!").
+bool isParameterField(std::string_view token);
+
+// Splits a line into items: blanks and tabs separate items; a parameter field
+// written with inner blanks ("! name !") is one item.
+std::vector<std::string_view> splitItems(std::string_view line);
+
+// Separates numbers that a mask wrote without a blank between them: after an
+// exponent of two digits ("4.5678900E+0310.00") or at a sign that does not
+// belong to an exponent ("10.00-1"). Items that are numbers, or that cannot be
+// split into two numbers, stay as they are.
+std::vector<std::string_view> splitGluedNumbers(const std::vector<std::string_view>& items);
+
+}  // namespace tarno::engine

@@ -1,0 +1,221 @@
+#include "engine/extract.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace tarno::engine {
+
+namespace {
+
+constexpr double kNotFinite = -9999.0;
+
+// Commas separate the fields of a record, so a label may not carry one.
+std::string cleanLabel(const std::string& label) {
+  std::string s = label;
+  for (char& c : s)
+    if (c == ',' || c == '\r' || c == '\n') c = '_';
+  return s;
+}
+
+struct Finite {
+  int* count;
+  double operator()(double v) const {
+    if (std::isfinite(v)) return v;
+    if (count) ++*count;
+    return kNotFinite;
+  }
+};
+
+void appendFormatted(std::string& s, const char* fmt, double v) {
+  char buf[64];
+  int n = std::snprintf(buf, sizeof buf, fmt, v);
+  if (n > 0) s.append(buf, static_cast<size_t>(std::min(n, static_cast<int>(sizeof buf) - 1)));
+}
+
+}  // namespace
+
+std::string formatPointRecord(const PointValues& v, const std::string& label) {
+  const double f[14] = {v.x,  v.y,  v.z,  v.potential, v.qx,       v.qy,           v.vx,
+                        v.vy, v.head, v.vz, v.porosity, v.conductivity, v.base, v.recharge};
+  std::string s = "@";
+  appendFormatted(s, "%15.6E", f[0]);
+  for (int i = 1; i < 14; ++i) {
+    s += ',';
+    appendFormatted(s, "%14.6E", f[i]);
+  }
+  s += ',';
+  s += cleanLabel(label);
+  return s;
+}
+
+std::string formatGageRecord(double x, double y, double flow, const std::string& label) {
+  std::string s = "@";
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%13s", "gage");
+  s += buf;
+  for (double v : {x, y, flow}) {
+    s += ',';
+    appendFormatted(s, "%13.5E", v);
+  }
+  s += ',';
+  s += cleanLabel(label);
+  return s;
+}
+
+std::string formatLakeStageRecord(double x, double y, double head, const std::string& label) {
+  std::string s = "@";
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%19s", "lake_stage");
+  s += buf;
+  for (double v : {x, y, head}) {
+    s += ',';
+    appendFormatted(s, "%13.5E", v);
+  }
+  s += ',';
+  s += cleanLabel(label);
+  return s;
+}
+
+std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
+  std::string s;
+  for (double v : values) {
+    s += ' ';
+    appendFormatted(s, "%.8E", v);
+    s += ',';
+  }
+  s += ' ';
+  s += cleanLabel(label);
+  return s;
+}
+
+void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSource& source, int* nonFinite) {
+  Finite fin{nonFinite};
+  out << kHeadDataPoints << '\n';
+  for (const ExtractPoint& p : block.points) {
+    switch (p.kind) {
+      case ExtractPoint::Kind::Point: {
+        PointValues v = source.point(p.x, p.y, p.z);
+        v.x = p.x;
+        v.y = p.y;
+        for (double* d : {&v.z, &v.potential, &v.qx, &v.qy, &v.vx, &v.vy, &v.head, &v.vz, &v.porosity,
+                          &v.conductivity, &v.base, &v.recharge})
+          *d = fin(*d);
+        out << formatPointRecord(v, p.label) << '\n';
+        break;
+      }
+      case ExtractPoint::Kind::Gage:
+        out << formatGageRecord(p.x, p.y, fin(source.gageFlow(p.x, p.y)), p.label) << '\n';
+        break;
+      case ExtractPoint::Kind::LakeStage:
+        out << formatLakeStageRecord(p.x, p.y, fin(source.lakeStage(p.x, p.y)), p.label) << '\n';
+        break;
+    }
+  }
+
+  bool needWells = false, needSegments = false;
+  for (ExtractRequest r : block.requests) {
+    needWells = needWells || r == ExtractRequest::WellDischarge || r == ExtractRequest::WellHead;
+    needSegments = needSegments || r == ExtractRequest::LineSinkDischarge || r == ExtractRequest::LineSinkHead;
+  }
+  std::vector<WellResult> wells;
+  std::vector<SegmentResult> segments;
+  if (needWells) wells = source.wells();
+  if (needSegments) segments = source.segments();
+
+  auto wellSection = [&](bool headSpecified) {
+    out << (headSpecified ? kHeadHeadWells : kHeadDischargeWells) << '\n';
+    for (const WellResult& w : wells) {
+      if (w.headSpecified != headSpecified) continue;
+      if (headSpecified)
+        out << formatSectionRecord({fin(w.x), fin(w.y), fin(w.radius), fin(w.discharge), fin(w.specifiedHead),
+                                    fin(w.headError)},
+                                   w.label)
+            << '\n';
+      else
+        out << formatSectionRecord({fin(w.x), fin(w.y), fin(w.radius), fin(w.discharge), fin(w.head)}, w.label)
+            << '\n';
+    }
+  };
+  auto headSegment = [&](const SegmentResult& s, bool routedFields) {
+    std::vector<double> v = {fin(s.x1), fin(s.y1), fin(s.x2), fin(s.y2), fin(s.specifiedHead), fin(s.calculatedHead),
+                             fin(s.discharge), fin(s.width), fin(s.resistance), fin(s.depth)};
+    if (routedFields) {
+      v.push_back(fin(s.baseFlow));
+      v.push_back(fin(s.overlandFlow));
+    }
+    v.push_back(fin(s.error));
+    return formatSectionRecord(v, s.label);
+  };
+
+  for (ExtractRequest r : block.requests) {
+    switch (r) {
+      case ExtractRequest::WellDischarge: wellSection(false); break;
+      case ExtractRequest::WellHead: wellSection(true); break;
+      // Partially penetrating and transient wells are not part of this version's
+      // models: their sections are written without records.
+      case ExtractRequest::PartialWellDischarge: out << kHeadDischargePartialWells << '\n'; break;
+      case ExtractRequest::PartialWellHead: out << kHeadHeadPartialWells << '\n'; break;
+      case ExtractRequest::TheisWell: out << kHeadTheisWells << '\n'; break;
+      case ExtractRequest::LineSinkDischarge:
+        out << kHeadDischargeLineSinks << '\n';
+        for (const SegmentResult& s : segments)
+          if (s.kind == LineSinkKind::Discharge)
+            out << formatSectionRecord({fin(s.x1), fin(s.y1), fin(s.x2), fin(s.y2), fin(s.discharge)}, s.label) << '\n';
+        break;
+      case ExtractRequest::LineSinkHead: {
+        out << kHeadHeadLineSinks << '\n';
+        for (const SegmentResult& s : segments)
+          if (s.kind == LineSinkKind::Head || s.kind == LineSinkKind::Stream) out << headSegment(s, true) << '\n';
+        out << kHeadDrains << '\n';
+        for (const SegmentResult& s : segments)
+          if (s.kind == LineSinkKind::Drain) out << headSegment(s, false) << '\n';
+        out << kHeadGalleries << '\n';
+        for (const SegmentResult& s : segments)
+          if (s.kind == LineSinkKind::Gallery) out << headSegment(s, false) << '\n';
+        bool anyLink = false;
+        for (const SegmentResult& s : segments)
+          if (s.kind == LineSinkKind::Stream) anyLink = true;
+        if (anyLink) {
+          out << kHeadStreamLinkages << '\n';
+          for (const SegmentResult& s : segments)
+            if (s.kind == LineSinkKind::Stream && !s.downstreamLabel.empty())
+              out << ' ' << cleanLabel(s.label) << ", " << cleanLabel(s.downstreamLabel) << '\n';
+        }
+        break;
+      }
+      // Area elements and walls are not part of this version's models.
+      case ExtractRequest::Inhomogeneity:
+        out << kHeadInhomogeneities << '\n';
+        out << kHeadWalls << '\n';
+        break;
+      case ExtractRequest::Leakage:
+        out << "! leakage: not computed by this version\n";
+        break;
+    }
+  }
+
+  if (!block.fluxLines.empty()) {
+    out << kHeadFluxLines << '\n';
+    for (const FluxLineInput& f : block.fluxLines) {
+      std::vector<std::pair<double, double>> poly;
+      poly.reserve(f.points.size());
+      for (const auto& p : f.points) poly.emplace_back(p[0], p[1]);
+      double q = poly.size() >= 2 ? source.flux(poly) : 0.0;
+      out << ' ' << cleanLabel(f.label) << ", ";
+      std::string num;
+      appendFormatted(num, "%.8E", fin(q));
+      out << num << '\n';
+    }
+  }
+
+  for (const InterfacePointInput& p : block.interfacePoints) {
+    std::string s = "! interface at ";
+    appendFormatted(s, "%.8E", p.x);
+    s += ", ";
+    appendFormatted(s, "%.8E", p.y);
+    out << s << ": the salt water interface is not computed by this version\n";
+  }
+}
+
+}  // namespace tarno::engine

@@ -1,0 +1,87 @@
+#pragma once
+// The extract file: the results a front end reads back after a run.
+//
+// Layout (the first character of each line gives its kind):
+//   * data points                      first line, always
+//   @<point records>                   one per point line, in the order given
+//   * <section head>                   the requested sections, each followed by
+//    <record>, <record>, ...           records that begin with a blank
+//   ! ...                              lines the reader skips (notes, values
+//                                      of parts not computed by this version)
+//
+// Point record: '@', then 15 comma-separated fields: X as %15.6E, then Y, Z,
+// potential, Qx, Qy, vx, vy, head, vz, porosity, conductivity, base, recharge as
+// %14.6E, then the label. The head occupies columns 123-136.
+// Gage record: '@', "gage" right-aligned in 13 characters, X, Y and the stream
+// flow as %13.5E, the label: the flow occupies columns 44-56.
+// Lake stage record: '@', "lake_stage" right-aligned in 19 characters, X, Y and
+// the head as %13.5E, the label: the head occupies columns 50-62.
+// Section records: numbers as %.8E separated by ", ".
+
+#include "engine/command.h"
+#include "engine/solution.h"
+
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarno::engine {
+
+// Where the extract file's values come from: the solution, or a stand-in in tests.
+class ExtractSource {
+ public:
+  virtual ~ExtractSource() = default;
+  virtual PointValues point(double x, double y, std::optional<double> z) const = 0;
+  virtual double gageFlow(double x, double y) const = 0;
+  // The stage of the lake whose boundary lies nearest the point.
+  virtual double lakeStage(double x, double y) const = 0;
+  virtual std::vector<WellResult> wells() const = 0;
+  virtual std::vector<SegmentResult> segments() const = 0;
+  virtual double flux(const std::vector<std::pair<double, double>>& polyline) const = 0;
+};
+
+// The source backed by a solved Solution. This version has no lakes: a lake
+// stage point reports the aquifer head at the point.
+class SolutionSource : public ExtractSource {
+ public:
+  explicit SolutionSource(const Solution& s) : s_(s) {}
+  PointValues point(double x, double y, std::optional<double> z) const override { return s_.evaluate(x, y, z); }
+  double gageFlow(double x, double y) const override { return s_.gageFlow(x, y); }
+  double lakeStage(double x, double y) const override { return s_.head(x, y); }
+  std::vector<WellResult> wells() const override { return s_.wellResults(); }
+  std::vector<SegmentResult> segments() const override { return s_.segmentResults(); }
+  double flux(const std::vector<std::pair<double, double>>& p) const override { return s_.flux(p); }
+
+ private:
+  const Solution& s_;
+};
+
+// Exact head texts of the sections.
+inline constexpr const char* kHeadDataPoints = "* data points";
+inline constexpr const char* kHeadDischargeWells = "* discharge specified wells";
+inline constexpr const char* kHeadHeadWells = "* head specified wells";
+inline constexpr const char* kHeadDischargePartialWells = "* discharge specified partially penetrating wells";
+inline constexpr const char* kHeadHeadPartialWells = "* head specified partially penetrating wells";
+inline constexpr const char* kHeadTheisWells = "* Theis wells";
+inline constexpr const char* kHeadDischargeLineSinks = "* discharge specified line sinks";
+inline constexpr const char* kHeadHeadLineSinks = "* head specified line sinks";
+inline constexpr const char* kHeadDrains = "* drains";
+inline constexpr const char* kHeadGalleries = "* galleries";
+inline constexpr const char* kHeadInhomogeneities = "* transmissivity inhomogeneities";
+inline constexpr const char* kHeadWalls = "* slurry walls";
+inline constexpr const char* kHeadFluxLines = "* flux inspection lines";
+inline constexpr const char* kHeadStreamLinkages = "* stream linkages";
+
+// Record formatters (one line each, without line end).
+std::string formatPointRecord(const PointValues& v, const std::string& label);
+std::string formatGageRecord(double x, double y, double flow, const std::string& label);
+std::string formatLakeStageRecord(double x, double y, double head, const std::string& label);
+// " v1, v2, ..., label": numbers as %.8E.
+std::string formatSectionRecord(const std::vector<double>& values, const std::string& label);
+
+// Writes the whole extract file for one extract block. Values that are not
+// finite are written as -9999 and counted in `nonFinite` (for the error log).
+void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSource& source, int* nonFinite = nullptr);
+
+}  // namespace tarno::engine

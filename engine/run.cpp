@@ -1,0 +1,512 @@
+#include "engine/run.h"
+
+#include "engine/extract.h"
+#include "engine/files.h"
+#include "engine/logs.h"
+#include "engine/solution.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <new>
+#include <optional>
+#include <sstream>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace tarno::engine {
+
+namespace {
+
+// Ends the run: the lines go to TARNO.OPS.
+struct RunFatal {
+  int line = 0;
+  std::vector<std::string> lines;
+};
+
+std::string number(double v) {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "%.6G", v);
+  return buf;
+}
+
+std::string stringLabelOf(const std::string& segmentLabel) {
+  size_t us = segmentLabel.rfind('_');
+  return (us == std::string::npos || us == 0) ? segmentLabel : segmentLabel.substr(0, us);
+}
+
+LineSinkKind toKind(StringKind k) {
+  switch (k) {
+    case StringKind::Discharge: return LineSinkKind::Discharge;
+    case StringKind::Head: return LineSinkKind::Head;
+    case StringKind::Drain: return LineSinkKind::Drain;
+    case StringKind::Gallery: return LineSinkKind::Gallery;
+    case StringKind::Stream: return LineSinkKind::Stream;
+  }
+  return LineSinkKind::Head;
+}
+
+std::string clockText() {
+  std::time_t t = std::time(nullptr);
+  char buf[64];
+  std::tm tmv{};
+  localtime_r(&t, &tmv);
+  std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tmv);
+  return buf;
+}
+
+void removeStaleFatalReport(const fs::path& workDir) {
+  std::error_code ec;
+  // Only one spelling can be found at a time; a few rounds remove them all.
+  for (int i = 0; i < 8; ++i) {
+    auto p = findFileNoCase(workDir, kFatalReportName);
+    if (!p || !fs::remove(*p, ec)) break;
+  }
+}
+
+}  // namespace
+
+void applyAquifer(Model& model, const AquiferInput& a) {
+  Aquifer& q = model.aquifer;
+  if (a.base) q.base = *a.base;
+  if (a.permeability) q.conductivity = *a.permeability;
+  if (a.thickness) q.thickness = *a.thickness;
+  if (a.porosity) q.porosity = *a.porosity;
+  if (a.uniflow) {
+    q.qx0 = (*a.uniflow)[0];
+    q.qy0 = (*a.uniflow)[1];
+  }
+  if (a.reference) {
+    q.hasReference = true;
+    q.referenceX = (*a.reference)[0];
+    q.referenceY = (*a.reference)[1];
+    q.referenceHead = (*a.reference)[2];
+  }
+  if (a.interface) {
+    q.hasInterface = true;
+    q.freshGravity = (*a.interface)[0];
+    q.saltGravity = (*a.interface)[1];
+    q.seaLevel = (*a.interface)[2];
+  }
+}
+
+void addElements(Model& model, const ElementsInput& e) {
+  for (const WellInput& w : e.wells) {
+    Well well;
+    well.x = w.x;
+    well.y = w.y;
+    well.radius = w.radius;
+    well.value = w.value;
+    well.headSpecified = w.headSpecified;
+    well.label = w.label;
+    model.wells.push_back(std::move(well));
+  }
+  for (const StringInput& s : e.strings) {
+    if (s.segments.empty()) continue;
+    LineSinkString ls;
+    ls.kind = toKind(s.kind);
+    ls.resistance = s.resistance;
+    ls.width = s.width;
+    ls.locationCode = s.locationCode;
+    ls.depth = s.depth;
+    ls.pumping = s.pumping;
+    ls.endInflow = s.endInflow;
+    ls.end = s.endFlag;
+    ls.overlandFlow = s.overlandFlow;
+    ls.inlet = s.inlet;
+    if (s.outletTable) ls.outletTable = *s.outletTable;
+    ls.label = stringLabelOf(s.segments.front().label);
+    for (const SegmentInput& g : s.segments) ls.segments.push_back(Segment{g.x1, g.y1, g.x2, g.y2, g.value, g.label});
+    model.lineSinks.push_back(std::move(ls));
+  }
+}
+
+std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
+  std::vector<UnsupportedKind> kinds;
+  const std::string leftOut = "they are left out and the rest of the model is solved without them";
+  auto note = [&](const std::string& key, const std::string& words, int line, size_t count,
+                  const std::string& result = "") {
+    for (auto& k : kinds)
+      if (k.key == key) {
+        k.count += count;
+        return;
+      }
+    kinds.push_back(UnsupportedKind{key, words, result.empty() ? leftOut : result, line, count});
+  };
+  for (const Step& step : file.steps) {
+    if (auto* e = std::get_if<ElementsInput>(&step.data)) {
+      for (const auto& w : e->partialWells) note("ppwell", "partially penetrating wells (ppwell)", w.line, 1);
+      for (const auto& w : e->theisWells) note("twell", "transient Theis wells (twell)", w.line, 1);
+      for (const auto& d : e->sinkDisks) note("sinkdisk", "ponds (sinkdisk)", d.line, 1);
+      for (const auto& p : e->polygons) {
+        size_t n = 1 + p.vertices.size();
+        switch (p.kind) {
+          case PolygonKind::Transmissivity:
+            note("transmissivity", "transmissivity inhomogeneities (inhomogeneity transmissivity)", p.line, n);
+            break;
+          case PolygonKind::Lake: note("lake", "lakes (Inhomogeneity Lake)", p.line, n); break;
+          default: note("slurry", "slurry walls (slurry)", p.line, n); break;
+        }
+      }
+      for (const auto& s : e->strings)
+        if (s.lakeLinkLine > 0)
+          note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
+    } else if (auto* a = std::get_if<AquiferInput>(&step.data)) {
+      if (a->interface) note("interface", "the salt water interface (aquifer interface)", a->interfaceLine, 1);
+    } else if (std::get_if<LeakageInput>(&step.data)) {
+      note("leakage", "leakage to a lower model (leakage)", step.line, 1);
+    } else if (auto* s = std::get_if<SolveCommand>(&step.data)) {
+      if (s->conjunctive)
+        note("conjunctive", "conjunctive solutions with a lower model (solve conjunctive)", step.line, 1,
+             "solved as plain solves");
+    } else if (std::get_if<GridInput>(&step.data)) {
+      note("grid", "contour grids (grid)", step.line, 1, "no grid file is written");
+    } else if (std::get_if<TraceInput>(&step.data)) {
+      note("trace", "pathlines (trace)", step.line, 1, "no pathline file is written");
+    } else if (auto* x = std::get_if<ExtractInput>(&step.data)) {
+      for (const auto& p : x->interfacePoints)
+        note("interfacepoint", "inspections of the salt water interface (extract interface)", p.line, 1,
+             "a comment line stands in the extract file for each");
+      for (auto r : x->requests)
+        if (r == ExtractRequest::Leakage) note("leakage", "leakage to a lower model (leakage)", x->line, 1);
+    }
+  }
+  return kinds;
+}
+
+namespace {
+
+class Runner {
+ public:
+  Runner(const CommandFile& file, fs::path commandFile, fs::path workDir, std::string sizeArg)
+      : file_(file), commandFile_(std::move(commandFile)), workDir_(std::move(workDir)), sizeArg_(std::move(sizeArg)),
+        logs_(workDir_) {}
+
+  int run() {
+    start_ = std::chrono::steady_clock::now();
+    try {
+      return runSteps();
+    } catch (const RunFatal& f) {
+      return fatal(f);
+    } catch (const std::bad_alloc&) {
+      return fatal(RunFatal{currentLine_, {"The solver ran out of memory while working on line " +
+                                               std::to_string(currentLine_) + " of " + commandFile_.filename().string() + ".",
+                                           "The model is too large for the memory of this computer."}});
+    } catch (const std::exception& e) {
+      return fatal(RunFatal{currentLine_, {"The solver stopped at line " + std::to_string(currentLine_) + " of " +
+                                               commandFile_.filename().string() + ": " + e.what()}});
+    }
+  }
+
+ private:
+  const CommandFile& file_;
+  fs::path commandFile_, workDir_;
+  std::string sizeArg_;
+  RunLogs logs_;
+  Model model_;
+  std::optional<Solution> solution_;
+  bool modelChanged_ = false;
+  int currentLine_ = 0;
+  std::string baseName_;
+  std::chrono::steady_clock::time_point start_;
+
+  // Warnings of the engine go to the error log under the line of the step that
+  // caused them. Set once per solution: setting the sink replays earlier warnings.
+  void attachWarnings() {
+    solution_->setWarningSink([this](const std::string& w) { logs_.problem(currentLine_, "", w); });
+  }
+
+  int fatal(const RunFatal& f) {
+    for (const auto& l : f.lines) logs_.problem(f.line, "", "fatal: " + l);
+    logs_.message("The run ended with a fatal error (see " + std::string(kFatalReportName) + ").");
+    logs_.finish();
+    logs_.writeFatalReport(f.lines);
+    return kExitFatal;
+  }
+
+  std::string where(int line) const {
+    return "line " + std::to_string(line) + " of " + commandFile_.filename().string();
+  }
+
+  int runSteps() {
+    for (const Step& s : file_.steps)
+      if (auto* l = std::get_if<LogCommand>(&s.data)) {
+        if (l->kind == LogCommand::Kind::Error) logs_.openError(l->file, s.line);
+        else if (l->kind == LogCommand::Kind::Message) logs_.openMessage(l->file, s.line);
+        else logs_.openEcho(l->file, s.line, file_.lines);
+      }
+    logs_.message("tarno1: analytic element solver");
+    logs_.message("Started " + clockText());
+    logs_.message("Command file: " + commandFile_.string() + " (" + std::to_string(file_.lines.size()) + " lines read)");
+    if (!sizeArg_.empty()) {
+      char* end = nullptr;
+      long size = std::strtol(sizeArg_.c_str(), &end, 10);
+      if (end == sizeArg_.c_str() || *end != '\0' || size < 0)
+        logs_.problem(0, "", "the size argument \"" + sizeArg_ + "\" is not a number of equations; it is only logged, the run goes on");
+      logs_.message("Estimated number of equations (from the caller): " + sizeArg_);
+    }
+    for (const Diagnostic& d : file_.problems) logs_.problem(d);
+    if (file_.fatal) {
+      const Diagnostic& d = *file_.fatal;
+      logs_.problem(Diagnostic{d.line, d.text, "fatal: " + d.message});
+      throw RunFatal{0, {"The command file " + commandFile_.filename().string() + " cannot be solved.",
+                         "Line " + std::to_string(d.line) + ": \"" + d.text + "\"",
+                         d.message + "."}};
+    }
+    for (const UnsupportedKind& k : findUnsupported(file_))
+      logs_.problem(k.firstLine, "",
+                    k.words + " are not supported by this version: " + std::to_string(k.count) +
+                        (k.count == 1 ? " item was" : " items were") + " read; " + k.result);
+
+    for (const Step& step : file_.steps) {
+      currentLine_ = step.line;
+      if (std::get_if<StopCommand>(&step.data)) break;
+      std::visit([&](const auto& d) { this->apply(step.line, d); }, step.data);
+    }
+    if (!file_.stopped) logs_.message("End of the command file reached without \" stop\".");
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    logs_.message("Files written: " + std::to_string(logs_.filesWritten().size()));
+    for (const auto& f : logs_.filesWritten()) logs_.message("  " + f);
+    logs_.message("Problems reported in the error log: " + std::to_string(logs_.problems().size()));
+    logs_.message("Run finished " + clockText() + " after " + number(seconds) + " s");
+    logs_.finish();
+    return kExitOk;
+  }
+
+  // ---- steps ----------------------------------------------------------------
+
+  void apply(int, const LogCommand&) {}
+  void apply(int, const PictureCommand&) {}
+  void apply(int, const StopCommand&) {}
+  void apply(int, const GridInput&) {}     // reported as not supported
+  void apply(int, const TraceInput&) {}    // reported as not supported
+  void apply(int, const LeakageInput&) {}  // reported as not supported
+
+  void apply(int, const TitleCommand& c) {
+    model_.title = c.text;
+    logs_.message("Title: " + c.text);
+  }
+
+  void apply(int, const BaseNameCommand& c) {
+    baseName_ = c.name;
+    model_.baseName = c.name;
+    logs_.message("Base name: " + c.name);
+  }
+
+  void apply(int, const OriginCommand& c) {
+    model_.originX = c.x0;
+    model_.originY = c.y0;
+    model_.unitCode = c.code;
+    logs_.message("Model origin (map units): " + number(c.x0) + " " + number(c.y0) + ", unit code " +
+                  std::to_string(c.code) + "; coordinates that follow are model coordinates");
+  }
+
+  void apply(int line, const AquiferInput& a) {
+    applyAquifer(model_, a);
+    modelChanged_ = true;
+    const Aquifer& q = model_.aquifer;
+    if (q.conductivity <= 0) logs_.problem(line, "", "the aquifer's permeability is not positive");
+    if (q.thickness <= 0) logs_.problem(line, "", "the aquifer's thickness is not positive");
+    if (q.porosity <= 0 || q.porosity > 1) logs_.problem(line, "", "the aquifer's porosity is not between 0 and 1");
+    logs_.message("Aquifer: base " + number(q.base) + ", permeability " + number(q.conductivity) + ", thickness " +
+                  number(q.thickness) + ", porosity " + number(q.porosity));
+  }
+
+  void apply(int, const WindowInput& w) {
+    model_.window = Window{true, w.x1, w.y1, w.x2, w.y2};
+    logs_.message("Window: " + number(w.x1) + " " + number(w.y1) + " " + number(w.x2) + " " + number(w.y2));
+  }
+
+  void apply(int, const ElementsInput& e) {
+    for (const WellInput& w : e.wells)
+      if (!(w.radius > 0))
+        logs_.problem(w.line, "", "well " + w.label + " has a radius that is not positive; the well was skipped");
+    ElementsInput kept = e;
+    std::erase_if(kept.wells, [](const WellInput& w) { return !(w.radius > 0); });
+    size_t wellsBefore = model_.wells.size(), stringsBefore = model_.lineSinks.size();
+    addElements(model_, kept);
+    if (model_.wells.size() != wellsBefore || model_.lineSinks.size() != stringsBefore) modelChanged_ = true;
+  }
+
+  void apply(int line, const SolveCommand& c) {
+    if (!solution_ || modelChanged_) {
+      solution_.reset();
+      solution_.emplace(model_);
+      attachWarnings();
+      modelChanged_ = false;
+    } else {
+      logs_.message("Continuing the iterations of the present solution.");
+    }
+    solution_->setTime(model_.time);
+    SolveOptions opt;
+    opt.innerIterations = c.inner;
+    opt.outerIterations = c.outer;
+    opt.storeOnDisk = c.store != 0;
+    opt.fullFactorisation = c.full != 0;
+    logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
+                  " outer iterations at most");
+    SolveReport r;
+    try {
+      r = solution_->solve(opt, [this](const std::string& l) { logs_.message(l); });
+    } catch (const FatalError& e) {
+      solution_.reset();
+      throw RunFatal{line, {"The model could not be solved (" + where(line) + ").", e.what()}};
+    }
+    // The engine writes the counts, the iterations, the water balance and the
+    // times to the message log itself (through the callback above), and warns
+    // through the warning sink when the iterations did not meet every condition.
+    (void)r;
+  }
+
+  void apply(int, const TimeCommand& c) {
+    model_.time = c.time;
+    if (solution_) solution_->setTime(c.time);
+    logs_.message("Time of evaluation: " + number(c.time) + " days");
+  }
+
+  void apply(int line, const SaveCommand& c) {
+    if (!solution_) {
+      logs_.problem(line, "", "\"save\" before any solve or load: there is no solution to save; line skipped");
+      return;
+    }
+    fs::path p = prepareOutputFile(workDir_, withDefaultExtension(c.name, ".SOL"));
+    try {
+      solution_->save(p.string());
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (const std::exception& e) {
+      logs_.problem(line, "", std::string("the solution could not be written to ") + p.filename().string() + ": " +
+                                  e.what());
+      return;
+    }
+    logs_.wrote("solution", p);
+  }
+
+  void apply(int line, const LoadCommand& c) {
+    std::string name = withDefaultExtension(c.name, ".SOL");
+    auto p = findFileNoCase(workDir_, name);
+    if (!p)
+      throw RunFatal{line,
+                     {"The saved solution " + name + " was not found in " + workDir_.string() + " (" + where(line) + ").",
+                      "Solve the model again to create it."}};
+    try {
+      solution_.reset();
+      solution_.emplace(Solution::load(p->string()));
+      attachWarnings();
+    } catch (const FatalError& e) {
+      solution_.reset();
+      throw RunFatal{line, {"The saved solution " + p->filename().string() + " cannot be loaded (" + where(line) + ").",
+                            e.what()}};
+    }
+    // The window and time of the command file, when given, stay in force.
+    Window window = model_.window;
+    double time = model_.time;
+    model_ = solution_->model();
+    if (window.given) model_.window = window;
+    if (time != 0) {
+      model_.time = time;
+      solution_->setTime(time);
+    }
+    modelChanged_ = false;
+    logs_.message("Loaded the solution " + p->filename().string() + ": " + std::to_string(model_.wells.size()) +
+                  " wells, " + std::to_string(model_.lineSinks.size()) + " line-sink strings, " +
+                  std::to_string(solution_->unknowns()) + " equations");
+  }
+
+  void apply(int line, const ExtractInput& x) {
+    std::string name = x.file;
+    if (name.empty()) {
+      name = baseName_.empty() ? commandFile_.stem().string() : baseName_;
+      logs_.problem(line, "", "the extract menu names no file; the results go to " + withDefaultExtension(name, ".XTR"));
+    }
+    fs::path p = prepareOutputFile(workDir_, withDefaultExtension(name, ".XTR"));
+    if (!solution_) {
+      logs_.problem(line, "", "\"extract\" before any solve or load: there are no results; " + p.filename().string() +
+                                  " was not written");
+      return;
+    }
+    if (!solution_->solved()) {
+      logs_.problem(line, "", "\"extract\" before the model was solved: there are no results; " +
+                                  p.filename().string() + " was not written");
+      return;
+    }
+    if (modelChanged_)
+      logs_.problem(line, "", "elements or aquifer data given after the last solve are not in the solution that " +
+                                  p.filename().string() + " reports");
+    std::ostringstream text;
+    int nonFinite = 0;
+    SolutionSource source(*solution_);
+    writeExtract(text, x, source, &nonFinite);
+    if (nonFinite > 0)
+      logs_.problem(line, "", std::to_string(nonFinite) + " values of " + p.filename().string() +
+                                  " could not be computed (not finite) and were written as -9999");
+    std::ofstream f(p, std::ios::binary | std::ios::trunc);
+    f << text.str();
+    f.close();
+    if (!f) {
+      logs_.problem(line, "", "the extract file " + p.filename().string() + " could not be written");
+      return;
+    }
+    logs_.wrote("extract file", p);
+  }
+};
+
+}  // namespace
+
+int runCommands(const CommandFile& file, const fs::path& commandFile, const fs::path& workDir, const std::string& sizeArg) {
+  Runner r(file, commandFile, workDir, sizeArg);
+  return r.run();
+}
+
+int runSolverProgram(const std::vector<std::string>& args, const fs::path& workDir) {
+  RunLogs reporter(workDir);
+  try {
+    removeStaleFatalReport(workDir);
+    if (args.size() < 2) {
+      std::fprintf(stderr, "usage: tarno1 <size> <name>\n");
+      reporter.writeFatalReport({"The solver was started without its two arguments: the estimated number of "
+                                 "equations and the name of the command file."});
+      return kExitUsage;
+    }
+    const std::string& nameArg = args[1];
+    auto path = findCommandFile(workDir, nameArg);
+    if (!path) {
+      reporter.writeFatalReport({"The command file " + commandFileName(nameArg) + " was not found in " +
+                                     workDir.string() + ".",
+                                 "Nothing was solved."});
+      return kExitFatal;
+    }
+    std::error_code ec;
+    auto size = fs::file_size(*path, ec);
+    constexpr std::uintmax_t kMaxFileSize = std::uintmax_t(1) << 31;
+    if (ec || size > kMaxFileSize) {
+      reporter.writeFatalReport({"The command file " + path->filename().string() + " cannot be read" +
+                                 (ec ? ": " + ec.message() : std::string(": it is larger than 2 GB")) + "."});
+      return kExitFatal;
+    }
+    std::ifstream in(*path, std::ios::binary);
+    std::string text;
+    text.resize(static_cast<size_t>(size));
+    if (!in || !in.read(text.data(), static_cast<std::streamsize>(size))) {
+      reporter.writeFatalReport({"The command file " + path->filename().string() + " cannot be read."});
+      return kExitFatal;
+    }
+    CommandFile file = parseCommandFile(text);
+    text.clear();
+    text.shrink_to_fit();
+    return runCommands(file, *path, workDir, args[0]);
+  } catch (const std::bad_alloc&) {
+    reporter.writeFatalReport({"The solver ran out of memory while reading the command file.",
+                               "The model is too large for the memory of this computer."});
+    return kExitFatal;
+  } catch (const std::exception& e) {
+    reporter.writeFatalReport({std::string("The solver stopped: ") + e.what()});
+    return kExitFatal;
+  }
+}
+
+}  // namespace tarno::engine

@@ -1,0 +1,355 @@
+// The solver program run end to end on small command files in a temporary
+// directory: logs, extract file, save and load, the once-per-kind report of
+// input this version does not compute, and the fatal paths with TARNO.OPS.
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class TempDir {
+ public:
+  TempDir() {
+    std::string tmpl = (fs::temp_directory_path() / "tarno1-test-XXXXXX").string();
+    path_ = mkdtemp(tmpl.data());
+  }
+  ~TempDir() {
+    std::error_code ec;
+    fs::remove_all(path_, ec);
+  }
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+void writeLines(const fs::path& p, const std::vector<std::string>& lines, const char* eol = "\r\n") {
+  std::ofstream f(p, std::ios::binary);
+  for (const auto& l : lines) f << l << eol;
+}
+
+std::string readAll(const fs::path& p) {
+  std::ifstream f(p, std::ios::binary);
+  std::stringstream s;
+  s << f.rdbuf();
+  return s.str();
+}
+
+std::vector<std::string> readLines(const fs::path& p) {
+  std::vector<std::string> out;
+  std::ifstream f(p, std::ios::binary);
+  std::string l;
+  while (std::getline(f, l)) out.push_back(l);
+  return out;
+}
+
+// Runs the program in `dir`; returns its exit status.
+int runTarno1(const fs::path& dir, const std::string& args) {
+  std::string cmd = "cd '" + dir.string() + "' && '" + std::string(TARNO_BIN_DIR) + "/tarno1' " + args +
+                    " >/dev/null 2>&1";
+  int status = std::system(cmd.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+const std::vector<std::string> kHeader = {"* Written by TARNO for Windows 2.2.4", " error error.log", " yes",
+                                          " message message.log", " yes", " echo echo.log", " yes", " picture off",
+                                          " quit", " ", " bfname  demo"};
+
+std::vector<std::string> with(std::vector<std::string> a, const std::vector<std::string>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+// An unconfined aquifer (base 0, thickness 50, heads near 10, k = 10) with a
+// long straight river along x = 0 at head 10, from y = -100 km to 100 km in
+// segments of 250 m near the well growing to 50 km far from it, a far reference
+// point, and a well pumping 500 at (200, 0).
+std::vector<std::string> wellAndRiver() {
+  std::vector<std::string> m = {" modelorigin 0 0 2", " title well and river", " aquifer", " base .0000E+00",
+                                " permeability .1000000E+02", " thickness .5000000E+02", " porosity .2500000E+00",
+                                " reference    -.2000000E+06 .0000000E+00 .1000000E+02 ", " quit ", " well ",
+                                " discharge ", "  2.000000E+02 0.000000E+00 5.00000E+02 1.00000E-01 WL_000001",
+                                " quit ", " linesink ", " head ", " resistance 0", " width .000000E+00  0",
+                                " depth .000000E+00 "};
+  std::vector<double> ys = {-100000, -50000, -20000, -10000, -5000};
+  for (int i = 1; i <= 40; ++i) ys.push_back(-5000.0 + 250.0 * i);
+  for (double y : {10000.0, 20000.0, 50000.0, 100000.0}) ys.push_back(y);
+  for (size_t i = 0; i + 1 < ys.size(); ++i) {
+    char buf[160];
+    std::snprintf(buf, sizeof buf, "  .0000000E+00 %.7E .0000000E+00 %.7E .1000000E+02 LS_000002_%04d", ys[i],
+                  ys[i + 1], static_cast<int>(i + 2) * 100);
+    m.push_back(buf);
+  }
+  m.push_back(" quit ");
+  return m;
+}
+
+const std::vector<std::string> kSolveAndExtract = {
+    " layout ", " window -1000.00 -1000.00 1000.00 1000.00 ", " quit ", " time 0", " solve 3 3 0 1", " ",
+    " save demo", "y", " time          0", " extract", " file demo", " y", "  100.00 0.00 TP_000003",
+    "  400.00 0.00 TP_000004", "  gage 10.00 20.00 TG_000005", "  lake_stage 100.00 0.00 TS_000006",
+    " well discharge", " well head", " linesink discharge", " linesink head", " inhomogeneity", " flux FL_000007",
+    "  150.00 -50.00", "  250.00 -50.00", "  250.00 50.00", "  150.00 50.00", "  150.00 -50.00", " quit", " quit",
+    " stop"};
+
+// Head from columns 123-136 of the record whose label ends the line.
+double headOf(const std::vector<std::string>& xtr, const std::string& label) {
+  for (const auto& l : xtr) {
+    std::string line = l;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.size() > 136 && line[0] == '@' && line.ends_with(label)) return std::strtod(line.substr(122, 14).c_str(), nullptr);
+  }
+  ADD_FAILURE() << "no record for " << label;
+  return 0;
+}
+
+std::vector<std::string> recordAfter(const std::vector<std::string>& xtr, const std::string& head) {
+  for (size_t i = 0; i + 1 < xtr.size(); ++i)
+    if (xtr[i] == head) {
+      std::vector<std::string> fields;
+      std::stringstream s(xtr[i + 1]);
+      std::string f;
+      while (std::getline(s, f, ',')) fields.push_back(f);
+      return fields;
+    }
+  return {};
+}
+
+}  // namespace
+
+TEST(ProgramRun, WellAndRiverEndToEnd) {
+  TempDir dir;
+  auto file = with(with(kHeader, wellAndRiver()), kSolveAndExtract);
+  writeLines(dir.path() / "DEMO.DAT", file);
+  // A report left by an earlier failed run is not this run's.
+  writeLines(dir.path() / "TARNO.OPS", {"old"});
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
+  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+  ASSERT_TRUE(fs::exists(dir.path() / "demo.SOL"));
+  ASSERT_TRUE(fs::exists(dir.path() / "demo.XTR"));
+
+  auto echo = readLines(dir.path() / "echo.log");
+  ASSERT_EQ(echo.size(), file.size());
+  EXPECT_NE(echo[12].find("13"), std::string::npos);
+  EXPECT_NE(echo[12].find(file[12]), std::string::npos);
+  std::string message = readAll(dir.path() / "message.log");
+  EXPECT_NE(message.find("DEMO.DAT"), std::string::npos);
+  EXPECT_NE(message.find("demo.XTR"), std::string::npos);
+  EXPECT_NE(message.find("demo.SOL"), std::string::npos);
+
+  auto xtr = readLines(dir.path() / "demo.XTR");
+  ASSERT_FALSE(xtr.empty());
+  EXPECT_EQ(xtr[0], "* data points");
+  // Drawdown: the head falls from the river towards the well and rises beyond it.
+  double hNear = headOf(xtr, "TP_000003"), hFar = headOf(xtr, "TP_000004");
+  EXPECT_LT(hNear, 10.0);
+  EXPECT_GT(hNear, 5.0);
+  EXPECT_LT(hFar, 10.0);
+  // The image-well solution of an unconfined aquifer: Phi = Phi_river + Q/(4 pi) ln(r1^2/r2^2).
+  auto image = [](double x) {
+    double phiRiver = 0.5 * 10.0 * 10.0 * 10.0;
+    double phi = phiRiver + 500.0 / (4.0 * M_PI) * std::log(std::pow(x - 200.0, 2) / std::pow(x + 200.0, 2));
+    return std::sqrt(2.0 * phi / 10.0);
+  };
+  // A river of finite length and a far reference point let some water come from
+  // far away, so the drawdown is a little larger than that of the image well
+  // (by about 3 cm of 0.9 m here).
+  EXPECT_NEAR(hNear, image(100.0), 0.05);
+  EXPECT_NEAR(hFar, image(400.0), 0.05);
+  // The lake stage point reports the aquifer head at its place; no stream, no gage flow.
+  std::string stageLine, gageLine;
+  for (const auto& l : xtr) {
+    if (l.ends_with("TS_000006")) stageLine = l;
+    if (l.ends_with("TG_000005")) gageLine = l;
+  }
+  ASSERT_GT(stageLine.size(), 62u);
+  EXPECT_NEAR(std::strtod(stageLine.substr(49, 13).c_str(), nullptr), hNear, 1e-4);
+  ASSERT_GT(gageLine.size(), 56u);
+  EXPECT_EQ(std::strtod(gageLine.substr(43, 13).c_str(), nullptr), 0.0);
+
+  auto well = recordAfter(xtr, "* discharge specified wells");
+  ASSERT_EQ(well.size(), 6u);
+  EXPECT_DOUBLE_EQ(std::strtod(well[3].c_str(), nullptr), 500.0);
+  auto river = recordAfter(xtr, "* head specified line sinks");
+  ASSERT_EQ(river.size(), 14u);
+  EXPECT_NEAR(std::strtod(river[5].c_str(), nullptr), 10.0, 1e-6);  // calculated head at the centre
+  // The flux around the well alone is its discharge.
+  auto flux = recordAfter(xtr, "* flux inspection lines");
+  ASSERT_EQ(flux.size(), 2u);
+  EXPECT_NEAR(std::fabs(std::strtod(flux[1].c_str(), nullptr)), 500.0, 5.0);
+}
+
+TEST(ProgramRun, LoadedSolutionGivesTheSameResults) {
+  TempDir dir;
+  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  auto first = readLines(dir.path() / "demo.XTR");
+  fs::rename(dir.path() / "demo.SOL", dir.path() / "DEMO.SOL");  // any spelling is found
+  // A post-processing file: load, no elements, extract under another name given with its extension.
+  writeLines(dir.path() / "REGRID.DAT",
+             with(kHeader, {" load demo", " time 0", " extract", " file again.XTR", " y", "  100.00 0.00 TP_000003",
+                            "  400.00 0.00 TP_000004", " quit", " stop"}));
+  ASSERT_EQ(runTarno1(dir.path(), "61 regrid.dat"), 0);
+  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+  auto again = readLines(dir.path() / "again.XTR");
+  EXPECT_DOUBLE_EQ(headOf(again, "TP_000003"), headOf(first, "TP_000003"));
+  EXPECT_DOUBLE_EQ(headOf(again, "TP_000004"), headOf(first, "TP_000004"));
+  // Continue: load, further iterations, save again.
+  writeLines(dir.path() / "DEMO.DAT", with(kHeader, {" load demo", " solve 2 1 0 0", " save demo", "y", " stop"}));
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+}
+
+TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
+  TempDir dir;
+  auto file = with(kHeader, wellAndRiver());
+  file = with(file, {" ppwell ", " discharge ", "  1 2 3 4 5 .5 WL_000011", "  3 4 3 4 5 .5 WL_000012", " quit ",
+                     " ppwell ", " head ", "  5 6 3 4 5 .5 WL_000013", " quit ", " twell ", " discharge ",
+                     "  .1E+03 .2E+03 .5E+03 .0E+00 .1E+02 .1E-03 .1E+00 WL_000014", " quit ", " inhomogeneity ",
+                     "slurry open     .00000E+00 .10000E+01 .30000E+00 .50000E+01 HB_000004_0000",
+                     "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " frobnicate"});
+  file = with(file, kSolveAndExtract);
+  file.insert(file.end() - 1, {" grid", " window 0 0 10 10", " go", " quit", " grid", " go", " quit"});
+  writeLines(dir.path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
+  auto err = readLines(dir.path() / "error.log");
+  auto count = [&](const std::string& word) {
+    int n = 0;
+    for (const auto& l : err) n += l.find(word) != std::string::npos;
+    return n;
+  };
+  EXPECT_EQ(count("(ppwell)"), 1);
+  EXPECT_EQ(count("(twell)"), 1);
+  EXPECT_EQ(count("(slurry)"), 1);
+  EXPECT_EQ(count("(grid)"), 1);
+  EXPECT_EQ(count("not supported by this version"), 4);
+  EXPECT_EQ(count("frobnicate"), 1);
+  // The report names the first line of each kind and how many items were read.
+  for (const auto& l : err)
+    if (l.find("(ppwell)") != std::string::npos) {
+      EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 3), 0), 0u) << l;
+      EXPECT_NE(l.find("3 items"), std::string::npos) << l;
+    }
+  // The wells and the river were solved all the same.
+  auto xtr = readLines(dir.path() / "demo.XTR");
+  EXPECT_LT(headOf(xtr, "TP_000003"), 10.0);
+}
+
+TEST(ProgramRun, UnknownCommandsAreLoggedWithTheirLine) {
+  TempDir dir;
+  writeLines(dir.path() / "x.dat", {" error ERR.LOG", " frobnicate 3", " well", " discharge", "  1 2 q .1 W", " quit",
+                                    " stop"},
+             "\n");
+  ASSERT_EQ(runTarno1(dir.path(), "61 X.DAT"), 0);
+  auto err = readLines(dir.path() / "ERR.LOG");
+  ASSERT_EQ(err.size(), 2u);
+  EXPECT_EQ(err[0].rfind("line 2 (\" frobnicate 3\")", 0), 0u) << err[0];
+  EXPECT_EQ(err[1].rfind("line 5", 0), 0u) << err[1];
+}
+
+TEST(ProgramRun, FatalPathsWriteTheReportAndFail) {
+  TempDir dir;
+  // No arguments.
+  EXPECT_NE(runTarno1(dir.path(), ""), 0);
+  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+  // A command file that does not exist.
+  fs::remove(dir.path() / "TARNO.OPS");
+  EXPECT_NE(runTarno1(dir.path(), "61 nothing"), 0);
+  std::string ops = readAll(dir.path() / "TARNO.OPS");
+  EXPECT_NE(ops.find("nothing.DAT"), std::string::npos) << ops;
+
+  // An estimation template.
+  fs::remove(dir.path() / "TARNO.OPS");
+  writeLines(dir.path() / "TPL.DAT", with(kHeader, {" aquifer", " base !Base________!", " quit", " solve 1 1 0 1", " stop"}));
+  EXPECT_NE(runTarno1(dir.path(), "61 tpl"), 0);
+  ops = readAll(dir.path() / "TARNO.OPS");
+  EXPECT_NE(ops.find("Line 13"), std::string::npos) << ops;
+  EXPECT_NE(ops.find("!Base________!"), std::string::npos) << ops;
+  EXPECT_NE(ops.find("estimation template"), std::string::npos) << ops;
+  EXPECT_NE(readAll(dir.path() / "error.log").find("line 13"), std::string::npos);
+
+  // A solution file that is missing, and one that is not a solution.
+  fs::remove(dir.path() / "TARNO.OPS");
+  writeLines(dir.path() / "LOAD.DAT", with(kHeader, {" load absent", " stop"}));
+  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
+  EXPECT_NE(readAll(dir.path() / "TARNO.OPS").find("absent.SOL"), std::string::npos);
+  fs::remove(dir.path() / "TARNO.OPS");
+  writeLines(dir.path() / "absent.SOL", {"this is not a solution"});
+  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
+  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+  // A truncated solution.
+  fs::remove(dir.path() / "TARNO.OPS");
+  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  std::string sol = readAll(dir.path() / "demo.SOL");
+  {
+    std::ofstream f(dir.path() / "absent.SOL", std::ios::binary);
+    f << sol.substr(0, sol.size() / 2);
+  }
+  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
+  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+}
+
+TEST(ProgramRun, SingularSystemIsFatal) {
+  TempDir dir;
+  // Two head-specified wells at one place: two conditions for one point.
+  writeLines(dir.path() / "S.DAT", with(kHeader, {" aquifer", " base 0", " permeability 10", " thickness 50",
+                                                 " reference 1000 0 10", " quit", " well", " head", "  0 0 8 .1 W1",
+                                                 "  0 0 9 .1 W2", " quit", " solve 1 1 0 1", " save s", "y",
+                                                 " stop"}));
+  EXPECT_NE(runTarno1(dir.path(), "61 s"), 0);
+  std::string ops = readAll(dir.path() / "TARNO.OPS");
+  EXPECT_NE(ops.find("singular"), std::string::npos) << ops;
+  EXPECT_NE(ops.find("line 23"), std::string::npos) << ops;
+  EXPECT_FALSE(fs::exists(dir.path() / "s.SOL"));  // the run ended at the solve
+}
+
+TEST(ProgramRun, NoLogsNamedAndNoStopStillSucceeds) {
+  TempDir dir;
+  writeLines(dir.path() / "bare.DAT", with(wellAndRiver(), {" solve 1 1 0 1", " extract", " file bare", "  100 0 TP_1", " quit"}),
+             "\n");
+  ASSERT_EQ(runTarno1(dir.path(), "61 bare"), 0);
+  EXPECT_TRUE(fs::exists(dir.path() / "bare.XTR"));
+  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
+}
+
+TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
+  // A command file written by the front end's command file writer (its test sample).
+  fs::path sample = fs::path(TARNO_SOURCE_DIR) / "tests/solver/data/golden_new_solve.dat";
+  if (!fs::exists(sample)) GTEST_SKIP() << "no front end sample at " << sample;
+  TempDir dir;
+  fs::copy_file(sample, dir.path() / "golden_new_solve.dat");
+  ASSERT_EQ(runTarno1(dir.path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
+  // Every line is read; only the kinds this version does not compute are reported, once each.
+  auto err = readLines(dir.path() / "error.log");
+  ASSERT_EQ(err.size(), 5u);
+  for (const char* kind : {"(Inhomogeneity Lake)", "(inhomogeneity transmissivity)", "(slurry)", "(grid)", "(trace)"}) {
+    int n = 0;
+    for (const auto& l : err) n += l.find(kind) != std::string::npos;
+    EXPECT_EQ(n, 1) << kind;
+  }
+  auto xtr = readLines(dir.path() / "golden.XTR");
+  ASSERT_GT(xtr.size(), 3u);
+  EXPECT_EQ(xtr[0], "* data points");
+  EXPECT_EQ(xtr[1].rfind("@", 0), 0u);
+  // The gage lies near the stream: its flow is that of a routed segment, not 0.
+  ASSERT_TRUE(xtr[2].ends_with("TG_000004"));
+  EXPECT_GT(std::fabs(std::strtod(xtr[2].substr(43, 13).c_str(), nullptr)), 0.0);
+  auto link = recordAfter(xtr, "* stream linkages");
+  ASSERT_EQ(link.size(), 2u);
+  EXPECT_EQ(link[0], " LS_000006_0100");
+  EXPECT_EQ(link[1], " LS_000006_0200");
+}
