@@ -122,8 +122,10 @@ int main(int argc, char** argv) {
             if (!std::isfinite(sum)) std::printf("heads not finite\n");
         }
         const double nn = (double)s.unknowns() * s.unknowns();
-        std::printf("%8d %9.3fs %9.3fs %9.3fs %9.3fs %12.3e %10.2f %9.3fs\n", s.unknowns(), r.assemblySeconds,
-                    r.factorSeconds, r.totalSeconds, lu, nn / r.assemblySeconds, r.totalSeconds / lu, headsTime);
+        char heads[32] = "         -";
+        if (headsTime >= 0) std::snprintf(heads, sizeof heads, "%9.3fs", headsTime);
+        std::printf("%8d %9.3fs %9.3fs %9.3fs %9.3fs %12.3e %10.2f %s\n", s.unknowns(), r.assemblySeconds,
+                    r.factorSeconds, r.totalSeconds, lu, nn / r.assemblySeconds, r.totalSeconds / lu, heads);
         std::printf("         balance closure %.2e, residual %.2e\n", r.balance.closureError,
                     r.iterations.empty() ? 0.0 : r.iterations.back().largestResidual);
         std::fflush(stdout);
