@@ -3,6 +3,8 @@
 //   tarnocmd new <path> [--description TEXT] [--map-units meters|feet]
 //                       [--model-units meters|feet] [--base-name NAME] [--yes | --no]
 //   tarnocmd info <path>
+//   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
+//   tarnocmd results <path> <table>
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -98,6 +100,43 @@ int main(int argc, char** argv) {
     if (!path || path->empty()) return BadUsage("new needs the path of the project to create");
     options.path = *path;
     return tarno::cmd::New(options, std::cout, std::cerr);
+  }
+
+  if (command == "solve") {
+    tarno::cmd::SolveCommandOptions options;
+    std::optional<std::string> path;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+      const std::string& a = args[i];
+      if (a == "--regrid") {
+        options.regrid = true;
+      } else if (a == "--continue") {
+        if (i + 1 >= args.size()) return BadUsage("--continue needs a number of iterations");
+        const std::string& n = args[++i];
+        if (n.empty() || n.find_first_not_of("0123456789") != std::string::npos || std::stol(n) <= 0)
+          return BadUsage("invalid number of iterations \"" + n + "\" for --continue");
+        options.continueIterations = n;
+      } else if (a == "--yes") {
+        options.answers = tarno::cmd::Answers::Yes;
+      } else if (a == "--no") {
+        options.answers = tarno::cmd::Answers::No;
+      } else if (!a.empty() && a[0] == '-' && a != "-") {
+        return BadUsage("unknown option \"" + a + "\"");
+      } else if (path) {
+        return BadUsage("solve takes one project path");
+      } else {
+        path = a;
+      }
+    }
+    if (!path || path->empty()) return BadUsage("solve needs the path of a project");
+    if (options.regrid && !options.continueIterations.empty())
+      return BadUsage("--regrid and --continue exclude each other");
+    options.path = *path;
+    return tarno::cmd::Solve(options, std::cout, std::cerr);
+  }
+
+  if (command == "results") {
+    if (args.size() != 3) return BadUsage("results takes a project path and a table name");
+    return tarno::cmd::Results(args[1], args[2], std::cout, std::cerr);
   }
 
   return BadUsage("unknown command \"" + command + "\"");

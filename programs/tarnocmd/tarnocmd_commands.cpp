@@ -26,6 +26,12 @@ std::string UsageText() {
          "  tarnocmd info <path>\n"
          "      Shows the version, description, units, solver file names, element\n"
          "      counts and extents of a project without changing it.\n"
+         "  tarnocmd solve <path> [--regrid] [--continue <iterations>] [--yes | --no]\n"
+         "      Writes the command file, runs tarno1 (and contour on a new grid) from the\n"
+         "      program directory and loads the results. A present solution is solved\n"
+         "      anew unless --no (regrid only) is given.\n"
+         "  tarnocmd results <path> <table>\n"
+         "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
          "  tarnocmd help\n"
          "      Shows this text.\n"
          "Messages go to standard error. Exit status: 0 success, 1 failure, 2 bad usage.\n";

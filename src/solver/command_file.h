@@ -65,6 +65,10 @@ struct SolutionState {
   bool ContoursPresent = false;
   bool PathsPresent = false;
   std::string Note;  // the map's note, set by the grid block
+  // Set and cleared by the solve controller (solver/solve_controller.h): a solution
+  // file belongs to the present model; the contourer has turned the grid into lines.
+  bool SolutionPresent = false;
+  bool ContourLinesPresent = false;
 };
 
 // The MODFLOW coupling as the writer sees it: whether a grid is defined, the

@@ -22,8 +22,8 @@ namespace tarno {
 
 class ProjectSession;
 
-// A map window in world coordinates, as stored in the Model row.
-struct MapWindow {
+// The map window as stored in the Model row (WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2).
+struct StoredWindow {
   double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
 };
 
@@ -68,7 +68,7 @@ class SessionHooks {
   virtual void CheckGradient(ProjectSession& session) {}
   virtual void DBIntegrity(ProjectSession& session) {}
   // May widen `window` so that it covers the model's extents.
-  virtual void ModelCheckExtents(ProjectSession& session, MapWindow& window) {}
+  virtual void ModelCheckExtents(ProjectSession& session, StoredWindow& window) {}
 };
 
 // The fixed texts of the life cycle.
@@ -172,7 +172,7 @@ class ProjectSession {
   const std::string& Caption() const { return caption_; }
   // " m" or " ft": the unit text of the status bar.
   const std::string& UnitsText() const { return unitsText_; }
-  const MapWindow& Window() const { return window_; }
+  const StoredWindow& Window() const { return window_; }
   double MarginLeft() const { return marginLeft_; }
   double MarginRight() const { return marginRight_; }
   double MarginTop() const { return marginTop_; }
@@ -215,7 +215,7 @@ class ProjectSession {
   std::string applicationDataDirectory_;
   std::string caption_;
   std::string unitsText_;
-  MapWindow window_;
+  StoredWindow window_;
   double marginLeft_ = 1, marginRight_ = 1, marginTop_ = 1, marginBottom_ = 1;
   bool marginDrawBox_ = true;
   double editGridSpacing_ = 10;

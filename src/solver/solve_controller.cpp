@@ -1,0 +1,529 @@
+#include "solver/solve_controller.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "core/error.h"
+#include "core/error_trap.h"
+#include "core/scripted_ui.h"
+#include "solver/model_settings.h"
+#include "solver/plot_files.h"
+#include "solver/process.h"
+#include "solver/solve_dialogs.h"
+#include "store/database.h"
+
+namespace tarno {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kWaitWidth = 3000;
+
+std::string Lower(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
+void Enable(const SolveContext& ctx, const char* entry, bool on) {
+  if (ctx.hooks.enableMenu) ctx.hooks.enableMenu(entry, on);
+}
+
+// Deletes every file of `directory` called `name` in any case of its letters;
+// errors are ignored. Records the names deleted.
+void DeleteNoCase(const fs::path& directory, const std::string& name,
+                  std::vector<std::string>* deleted) {
+  std::error_code ec;
+  const std::string want = Lower(name);
+  std::vector<fs::path> found;
+  for (fs::directory_iterator it(directory, ec), end; !ec && it != end; it.increment(ec)) {
+    if (Lower(it->path().filename().string()) == want) found.push_back(it->path());
+  }
+  for (const auto& p : found) {
+    std::error_code rc;
+    if (fs::remove(p, rc) && deleted) deleted->push_back(p.filename().string());
+  }
+}
+
+std::vector<std::string> ReadLines(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  std::vector<std::string> lines;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+struct ProjectFiles {
+  std::string base;
+  fs::path dir;
+};
+
+ProjectFiles ReadProjectFiles(Database& db) {
+  Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
+  if (!p.Step()) throw Error("The Project table has no row");
+  return {p.GetText("TARNOBaseName"), fs::path(p.GetText("TARNOBasePath"))};
+}
+
+// The levels of the contourer: from the grid's range for the stream function,
+// otherwise the texts of the settings as they stand.
+void ContourLevels(const ModelSettings& s, const fs::path& grid, std::string& min,
+                   std::string& interval, std::string& max) {
+  if (s.ContourProperty() == kContourStreamFunction) {
+    const GridRange r = ReadGridRange(grid);
+    double lines = 0;
+    try {
+      lines = std::stod(s.tbContourInt);
+    } catch (...) {
+      lines = 0;
+    }
+    if (lines - 1 == 0) throw Error("Division by zero", error_number::kDivisionByZero);
+    std::ostringstream a, b, c;
+    a.precision(15);
+    b.precision(15);
+    c.precision(15);
+    a << r.zlo;
+    b << (r.zhi - r.zlo) / (lines - 1);
+    c << r.zhi;
+    min = a.str();
+    interval = b.str();
+    max = c.str();
+  } else {
+    min = s.tbContourMin;
+    interval = s.tbContourInt;
+    max = s.tbContourMax;
+  }
+}
+
+// Runs the contourer on <base>.GRD and waits for it; returns its exit status.
+int RunContour(SolveContext& ctx, const ProjectFiles& pf, const std::string& min,
+               const std::string& interval, const std::string& max) {
+  UserInterface& ui = *ctx.ui;
+  noexecutable(ui, ctx.programDirectory, kContourProgram);
+  ui.PleaseWaitShow("Contouring...", kWaitWidth);
+  DeleteNoCase(pf.dir, pf.base + ".CTR", nullptr);
+  int status = -1;
+  try {
+    const pid_t pid = StartProgram(ctx.programDirectory / kContourProgram,
+                                   {pf.base, min, interval, max}, pf.dir, ctx.programOutput);
+    status = WaitForTerm1(*ctx.waiter, pid);
+  } catch (...) {
+    ui.PleaseWaitHide();
+    throw;
+  }
+  ui.PleaseWaitHide();
+  return status;
+}
+
+void CheckContext(const SolveContext& ctx) {
+  if (!ctx.settings || !ctx.state || !ctx.ui || !ctx.waiter)
+    throw InvalidArgumentError("The solve needs the model settings, state, interface and waiter");
+}
+
+int ErrorNumberOf(const std::exception& e) {
+  if (const auto* se = dynamic_cast<const StoreError*>(&e)) {
+    if ((se->code() & 0xff) == SQLITE_READONLY) return kErrorReadOnly;
+  }
+  if (const auto* te = dynamic_cast<const Error*>(&e)) return te->number();
+  return 0;
+}
+
+void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
+  CheckContext(ctx);
+  UserInterface& ui = *ctx.ui;
+  SolutionState& state = *ctx.state;
+  ModelSettings& settings = *ctx.settings;
+
+  // 1. The continue form.
+  std::string continueIterations = "1";
+  if (o.ContinueSolve) {
+    FormContinueSolve form;
+    form.Load(settings, ctx.projectPath);
+    ui.ShowModal(form);
+    if (form.Cancel) return;
+    continueIterations = form.tbIterations;
+  }
+
+  // 2. The project and its directory (the working directory of the solver).
+  Database db = Database::Open(ctx.projectPath);
+  const ProjectFiles pf = ReadProjectFiles(db);
+
+  // 3. New solution or not.
+  bool newSolution = false;
+  if (o.ForceRegrid) {
+    newSolution = false;
+  } else if (!state.SolutionPresent || FindFileNoCase(pf.dir, pf.base + ".SOL").empty()) {
+    newSolution = true;
+  } else if (o.ContinueSolve) {
+    newSolution = false;
+    ClearGridAndTraceFlags(state);
+  } else if (o.Prompt) {
+    SolvePrompt prompt;
+    ui.ShowModal(prompt);
+    if (prompt.Result == static_cast<int>(Answer::Yes)) {
+      newSolution = true;
+    } else if (prompt.Result == static_cast<int>(Answer::No)) {
+      newSolution = false;
+      o.ShowLogs = false;
+    } else {
+      return;
+    }
+  }
+  report.newSolution = newSolution;
+
+  // 4. Results are not to be looked at until the run is over.
+  Enable(ctx, "RESULTS_TABLE", false);
+  Enable(ctx, "MODELRUNFILES", false);
+
+  // 5. Stale files. The extract file goes in any case, so that a run that fails to
+  // start leaves no old results to be misread.
+  if (newSolution) {
+    for (const std::string& name :
+         {pf.base + ".DAT", pf.base + ".SOL", std::string("ERROR.LOG"), std::string("MESSAGE.LOG")})
+      DeleteNoCase(pf.dir, name, &report.deletedFiles);
+    ClearSolutionFlags(state);
+  }
+  for (const std::string& name : {pf.base + ".XTR", std::string("TARNO1.INI"), std::string("TARNO.OPS")})
+    DeleteNoCase(pf.dir, name, &report.deletedFiles);
+
+  // 6. The command file.
+  CommandFileContext wctx;
+  wctx.projectPath = ctx.projectPath;
+  wctx.settings = &settings;
+  wctx.state = &state;
+  wctx.window = ctx.window;
+  wctx.modflow = ctx.modflow;
+  wctx.continueIterations = continueIterations;
+  wctx.basemapExtents = ctx.basemapExtents;
+  wctx.ui = &ui;
+  int writeType = kWriteRegrid;
+  if (newSolution) {
+    writeType = kWriteNewSolve;
+  } else if (o.ContinueSolve) {
+    writeType = kWriteContinue;
+  }
+  report.writeType = writeType;
+  db.Close();  // the writer and the loader open the project themselves
+  if (writeType == kWriteRegrid && o.Rewrite) {
+    ModelWriteInputFile(kWriteNewSolve, false, false, wctx);
+    ModelWriteInputFile(kWriteRegrid, false, false, wctx);
+    state.ContourLinesPresent = false;
+  } else {
+    ModelWriteInputFile(writeType, false, false, wctx);
+  }
+
+  // 7, 8. The solver, from the program directory, in the project's directory.
+  noexecutable(ui, ctx.programDirectory, kSolverProgram);
+  {
+    Database sdb = Database::Open(ctx.projectPath);
+    ctx.Size = ModelGetSize(sdb, false, ui, ctx.leakageCells, ctx.modflow.GridPresent);
+  }
+  report.size = ctx.Size;
+  const std::string name = writeType == kWriteRegrid ? std::string("REGRID.DAT") : pf.base;
+  const pid_t pid = StartProgram(ctx.programDirectory / kSolverProgram,
+                                 {std::to_string(ctx.Size), name}, pf.dir, ctx.programOutput);
+
+  // 9. The wait.
+  ui.PleaseWaitShow("Running Solver...", kWaitWidth);
+  try {
+    report.solverStatus = WaitForTerm1(*ctx.waiter, pid);
+  } catch (...) {
+    ui.PleaseWaitHide();
+    throw;
+  }
+  ui.PleaseWaitHide();
+
+  // 10. A fatal run.
+  const fs::path ops = FindFileNoCase(pf.dir, "TARNO.OPS");
+  if (!ops.empty()) {
+    report.fatalLines = ReadLines(ops);
+    std::vector<std::string> lines{"TARNO Encountered a fatal error: ", ""};
+    lines.insert(lines.end(), report.fatalLines.begin(), report.fatalLines.end());
+    ui.MessageBox("Fatal execution error", lines, Buttons::OK, Icon::Critical);
+    ClearSolutionFlags(state);
+    std::error_code ec;
+    fs::remove(ops, ec);
+    report.outcome = SolveOutcome::Fatal;
+    return;
+  }
+
+  // 11. The results.
+  ModelProcessSolverResults(ctx, o.ShowResults, o.ShowLogs, report);
+  report.outcome = SolveOutcome::Completed;
+}
+
+}  // namespace
+
+fs::path FindFileNoCase(const fs::path& directory, const std::string& name) {
+  std::error_code ec;
+  if (fs::is_regular_file(directory / name, ec)) return directory / name;
+  const std::string want = Lower(name);
+  for (fs::directory_iterator it(directory, ec), end; !ec && it != end; it.increment(ec)) {
+    if (Lower(it->path().filename().string()) == want && it->is_regular_file(ec)) return it->path();
+  }
+  return {};
+}
+
+void ClearSolutionFlags(SolutionState& state) {
+  state.SolutionPresent = false;
+  ClearGridAndTraceFlags(state);
+}
+
+void ClearGridAndTraceFlags(SolutionState& state) {
+  state.ContoursPresent = false;
+  state.PathsPresent = false;
+  state.ContourLinesPresent = false;
+}
+
+bool noexecutable(UserInterface& ui, const fs::path& programDirectory, const std::string& name) {
+  std::error_code ec;
+  if (fs::exists(programDirectory / name, ec)) return true;
+  ui.MessageBox("Executable Missing", {name + " does not exist in the tarno directory!"});
+  return false;
+}
+
+void TARNOErrorAnalysis(UserInterface& ui, const std::string& operation,
+                        const std::string& description, int number) {
+  const std::string text = description + " (error number " + std::to_string(number) + ")";
+  if (number == kErrorReadOnly) {
+    ui.MessageBox("Read Only File",
+                  {text,
+                   " The file might be 'read only'. If the file was copied from, or opened from, "
+                   "a cd, the file will be 'read only'."},
+                  Buttons::OK, Icon::Critical);
+    return;
+  }
+  ui.MessageBox(kUnhandledErrorTitle, {"Unhandled error in " + operation, text, kPersistsLine},
+                Buttons::OK, Icon::Critical);
+}
+
+SolveReport ModelRunTARNO(SolveContext& ctx, SolveOptions& options) {
+  SolveReport report;
+  try {
+    RunSolve(ctx, options, report);
+  } catch (const UnexpectedUiCall&) {
+    throw;  // a test script's failure, not the operation's
+  } catch (const std::exception& e) {
+    report.outcome = SolveOutcome::Failed;
+    report.failure = e.what();
+    if (ctx.ui) TARNOErrorAnalysis(*ctx.ui, "ModelRunTARNO", e.what(), ErrorNumberOf(e));
+  }
+  return report;
+}
+
+void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLogs,
+                               SolveReport& report) {
+  CheckContext(ctx);
+  UserInterface& ui = *ctx.ui;
+  SolutionState& state = *ctx.state;
+  const ModelSettings& s = *ctx.settings;
+  Database db = Database::Open(ctx.projectPath);
+  const ProjectFiles pf = ReadProjectFiles(db);
+
+  Enable(ctx, "RESULTS_TABLE", true);
+  Enable(ctx, "MODELRUNFILES", true);
+  Enable(ctx, "CALIBRATION_STATS", true);
+
+  // The contourer runs on a grid that the solver has just written. A solver that
+  // asked for contours but wrote no grid reports why in its error log.
+  const fs::path grid = FindFileNoCase(pf.dir, pf.base + ".GRD");
+  if (!state.ContourLinesPresent && s.chkContour && !grid.empty()) {
+    std::string min, interval, max;
+    ContourLevels(s, grid, min, interval, max);
+    report.contourStatus = RunContour(ctx, pf, min, interval, max);
+    report.contourRun = true;
+    state.ContourLinesPresent = true;
+  }
+  Enable(ctx, "chkContour", state.ContourLinesPresent);
+  Enable(ctx, "chkComputePaths", !FindFileNoCase(pf.dir, pf.base + ".PTH").empty());
+  Enable(ctx, "TestPoints", true);
+
+  state.SolutionPresent = true;
+  Enable(ctx, "SolverIntegrityCheck", true);
+
+  const ModelFrame frame = ModelRestoreModelOrigin(db, s.BasemapConvert);
+  db.Close();
+  report.load = ModelLoadTARNOResults(ctx.projectPath, frame, ui);
+  // Not done yet: the leakage of a MODFLOW grid (<base>.vlk) is loaded here once the
+  // MODFLOW coupling exists.
+
+  if (ctx.hooks.redraw) ctx.hooks.redraw();
+  Enable(ctx, "MODEL_CMDS", true);
+
+  const bool regrid = report.writeType == kWriteRegrid;
+  report.messageLog = FindFileNoCase(pf.dir, regrid ? "message_gr.log" : "message.log");
+  report.errorLog = FindFileNoCase(pf.dir, regrid ? "error_gr.log" : "error.log");
+  if (s.chkViewMessage && !report.messageLog.empty()) ui.ShowTextFile(report.messageLog.string());
+  if (!report.errorLog.empty()) {
+    const auto lines = ReadLines(report.errorLog);
+    report.errorLogHasReport = lines.empty() || lines[0] != "*" || lines.size() > 1;
+    const bool drawdowns = s.ContourProperty() == kContourDrawdowns;
+    if (report.errorLogHasReport && ((showLogs && s.chkViewError) || drawdowns))
+      ui.ShowTextFile(report.errorLog.string());
+  }
+  (void)showResults;  // the map shows the results by the redraw above
+}
+
+int ModelGetSize(Database& db, bool show, UserInterface& ui, int leakageCells, bool gridPresent) {
+  std::map<std::int64_t, std::int64_t> vertices;
+  {
+    Statement st = db.PrepareRaw("select PID, count(*) from Vertices group by PID");
+    while (st.Step()) vertices[st.GetInt64(0)] = st.GetInt64(1);
+  }
+  auto countOf = [&](std::int64_t pid) {
+    auto it = vertices.find(pid);
+    return it == vertices.end() ? std::int64_t{0} : it->second;
+  };
+  std::int64_t wells2d = 0, ppWells = 0, transient = 0, wellUnknowns = 0;
+  {
+    Statement st = db.PrepareRaw("select HeadSpecified, PPWell, Transient from Wells");
+    while (st.Step()) {
+      const bool head = st.GetInt64(0) != 0, pp = st.GetInt64(1) != 0, tr = st.GetInt64(2) != 0;
+      if (pp) {
+        ++ppWells;
+        wellUnknowns += head ? 3 : 2;
+      } else if (tr) {
+        ++transient;
+      } else {
+        ++wells2d;
+        if (head) wellUnknowns += 1;
+      }
+    }
+  }
+  std::int64_t strings = 0, linesinks = 0;
+  {
+    Statement st = db.Prepare("select PID from LinesinkStrings");
+    while (st.Step()) {
+      ++strings;
+      linesinks += std::max<std::int64_t>(0, countOf(st.GetInt64(0)) - 1);
+    }
+  }
+  std::int64_t barriers = 0, barrierDoublets = 0;
+  {
+    Statement st = db.Prepare("select * from noflowStrings");
+    while (st.Step()) {
+      ++barriers;
+      const std::int64_t n = countOf(st.GetInt64("PID"));
+      barrierDoublets += st.GetBool("Closed") ? n : std::max<std::int64_t>(0, n - 1);
+    }
+  }
+  std::int64_t inhoms = 0, inhomDoublets = 0;
+  {
+    Statement st = db.Prepare("select * from inhomogeneities");
+    while (st.Step()) {
+      ++inhoms;
+      if (st.GetBool("ChangeK") || st.GetBool("ChangeB")) inhomDoublets += countOf(st.GetInt64("PID"));
+    }
+  }
+  std::int64_t size = linesinks + 2 * barrierDoublets + 2 * inhomDoublets + 1 + wellUnknowns +
+                      leakageCells + 25;
+  size = std::max<std::int64_t>(size, 61);
+  if (show) {
+    auto n = [](std::int64_t v) { return std::to_string(v); };
+    std::vector<std::string> lines{
+        "Current model size:",
+        "Number of wells (2-D): " + n(wells2d),
+        "Number of partially penetrating wells: " + n(ppWells),
+        "Number of transient wells: " + n(transient),
+        "Number of linesink strings: " + n(strings),
+        "Number of linesinks: " + n(linesinks),
+        "Number of inhomogeneities: " + n(inhoms),
+        "Number of inhomogeneity elements (line doublets): " + n(inhomDoublets),
+        "Number of barriers: " + n(barriers),
+        "Number of barrier elements (line doublets): " + n(barrierDoublets),
+    };
+    if (gridPresent) lines.push_back("Number of Leakage cells:" + n(leakageCells));
+    for (const char* limit :
+         {"Maximum number of wells (2-D) allowed:  2000",
+          "Maximum number of partially penetrating wells allowed:  200",
+          "Maximum number of transient wells allowed:  500",
+          "Maximum number of line-sinks allowed:  5000",
+          "Maximum number of inhomogeneities + barriers allowed:  1000",
+          "Maximum number of line doublets allowed:  3000", "Maximum number of equations allowed: 7000"})
+      lines.push_back(limit);
+    lines.push_back("Estimated number of equations is less than: " + n(size));
+    ui.MessageBox("Model Size", lines);
+  }
+  return static_cast<int>(size);
+}
+
+bool InvalidateSolution(SolveContext& ctx, bool ask, bool redraw) {
+  CheckContext(ctx);
+  SolutionState& state = *ctx.state;
+  bool removed = false;
+  if (state.SolutionPresent) {
+    if (ask && !ctx.ui->Question("Model Changed!",
+                                 {"This change may make the current solution inconsistent with your",
+                                  "current element layout.  Do you want to remove the current solution",
+                                  "results from view and invalidate the solution?  "})) {
+      return false;
+    }
+    Database db = Database::Open(ctx.projectPath);
+    const ProjectFiles pf = ReadProjectFiles(db);
+    for (const char* ext : {".SOL", ".DAT", ".XTR", ".PTH", ".CTR", ".GRD"})
+      DeleteNoCase(pf.dir, pf.base + ext, nullptr);
+    state.ContourLinesPresent = false;
+    state.ContoursPresent = false;
+    state.PathsPresent = false;
+    for (const char* entry : {"chkContour", "chkComputePaths", "TestPoints", "MODELRUNFILES",
+                              "RESULTS_TABLE", "CALIBRATION_STATS", "SolverIntegrityCheck"})
+      Enable(ctx, entry, false);
+    state.SolutionTime = 0;
+    state.SolutionPresent = false;
+    if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();
+    state.Note.clear();
+    for (const char* table :
+         {"NFResults", "TPResults", "FIResults", "INResults", "WLResults", "LSResults"})
+      db.Execute(std::string("DELETE * FROM ") + table + ";");
+    removed = true;
+  }
+  if (ctx.hooks.closeSearch) ctx.hooks.closeSearch();
+  return removed;
+}
+
+void InvalidateContours(SolveContext& ctx) {
+  CheckContext(ctx);
+  if (!ctx.state->SolutionPresent) return;
+  UserInterface& ui = *ctx.ui;
+  if (ui.Question("Recompute?", {"This change makes the current contour lines and/or pathlines invalid.",
+                                 "Recompute contours and pathlines based on the new settings?"},
+                  Icon::None)) {
+    try {
+      Database db = Database::Open(ctx.projectPath);
+      const ProjectFiles pf = ReadProjectFiles(db);
+      Statement m = db.Prepare("select CONTOURMinimum, CONTOURInterval, CONTOURMaximum from Model");
+      if (!m.Step()) throw Error("The Model table has no row");
+      // The numbers as text in their shortest form ("3", "0.5").
+      auto text = [&](int c) {
+        char buf[40];
+        std::snprintf(buf, sizeof buf, "%.15g", m.GetDouble(c));
+        return std::string(buf);
+      };
+      const std::string min = text(0), interval = text(1), max = text(2);
+      db.Close();
+      RunContour(ctx, pf, min, interval, max);
+      ctx.state->ContourLinesPresent = true;
+    } catch (const UnexpectedUiCall&) {
+      throw;
+    } catch (const std::exception&) {
+      ui.MessageBox(kUnhandledErrorTitle,
+                    {"Could not run the contouring program", kPersistsLine}, Buttons::OK,
+                    Icon::Critical);
+      return;
+    }
+    Enable(ctx, "chkContour", true);
+  } else {
+    Enable(ctx, "chkContour", false);
+  }
+  if (ctx.hooks.redraw) ctx.hooks.redraw();
+}
+
+}  // namespace tarno

@@ -1,0 +1,148 @@
+// tarnocmd solve and results, end to end with the real solver of the build.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "store/database.h"
+
+namespace tarno::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+std::string ReadAll(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class TarnocmdSolve : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string tmpl = (fs::temp_directory_path() / "tarno-solve-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
+    dir_ = tmpl;
+    project_ = (dir_ / "example.trn").string();
+    const Result r = Run({"new", project_, "--yes", "--base-name", "example"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    Database db = Database::Open(project_);
+    db.ExecuteRaw(ReadAll(fs::path(TARNO_SOURCE_DIR) / "examples" / "example-elements.sql"));
+  }
+  void TearDown() override {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+
+  Result Run(const std::vector<std::string>& args) {
+    std::string cmd = "cd " + Quote(dir_.string()) + " && TARNO_CONFIG_DIR=" +
+                      Quote((dir_ / "config").string()) + " " +
+                      Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
+    for (const auto& a : args) cmd += " " + Quote(a);
+    cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
+    const int raw = std::system(cmd.c_str());
+    Result r;
+    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.out = ReadAll(dir_ / "out.txt");
+    r.err = ReadAll(dir_ / "err.txt");
+    return r;
+  }
+
+  fs::path dir_;
+  std::string project_;
+};
+
+TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
+  const Result r = Run({"solve", project_});
+  ASSERT_EQ(r.status, 0) << r.out << r.err;
+  EXPECT_TRUE(Contains(r.out, "Run: new solution")) << r.out;
+  EXPECT_TRUE(Contains(r.out, "Water balance")) << r.out;
+  EXPECT_TRUE(Contains(r.out, "Result rows loaded: ")) << r.out;
+  EXPECT_TRUE(fs::exists(dir_ / "example.SOL"));
+
+  // The wells pump nothing, so their heads lie between the river's two heads.
+  Database db = Database::Open(project_);
+  Statement st = db.PrepareRaw("select Label, Head from WLResults order by Label");
+  int rows = 0;
+  while (st.Step()) {
+    ++rows;
+    EXPECT_GT(st.GetDouble(1), 118.5) << st.GetText(0);
+    EXPECT_LT(st.GetDouble(1), 120.0) << st.GetText(0);
+  }
+  EXPECT_EQ(rows, 3);
+  db.Close();
+
+  const Result csv = Run({"results", project_, "wlresults"});
+  ASSERT_EQ(csv.status, 0) << csv.err;
+  std::istringstream lines(csv.out);
+  std::string header, line;
+  std::getline(lines, header);
+  EXPECT_EQ(header.rfind("Label,TARNOLabel,", 0), 0u) << header;
+  EXPECT_TRUE(Contains(header, ",Head")) << header;
+  int n = 0;
+  while (std::getline(lines, line)) {
+    ++n;
+    EXPECT_EQ(std::count(line.begin(), line.end(), ','), std::count(header.begin(), header.end(), ','))
+        << line;
+  }
+  EXPECT_EQ(n, 3);
+  EXPECT_TRUE(Contains(csv.out, "Municipal1,WL_"));
+}
+
+TEST_F(TarnocmdSolve, RegridAndContinueAfterAFirstSolve) {
+  ASSERT_EQ(Run({"solve", project_}).status, 0);
+  const Result regrid = Run({"solve", project_, "--no"});
+  EXPECT_EQ(regrid.status, 0) << regrid.err;
+  EXPECT_TRUE(Contains(regrid.out, "Run: regrid")) << regrid.out;
+  const Result more = Run({"solve", project_, "--continue", "2"});
+  EXPECT_EQ(more.status, 0) << more.err;
+  EXPECT_TRUE(Contains(more.out, "Run: continued solution (2 more iterations)")) << more.out;
+  Database db = Database::Open(project_);
+  Statement st = db.PrepareRaw("select SOLVERIterations from Model");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetInt64(0), 2);
+}
+
+TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReport) {
+  ASSERT_EQ(Run({"solve", project_}).status, 0);
+  std::ofstream(dir_ / "example.SOL", std::ios::trunc) << "not a solution";
+  const Result r = Run({"solve", project_, "--continue", "1"});
+  EXPECT_EQ(r.status, 1) << r.out;
+  EXPECT_TRUE(Contains(r.err, "Fatal execution error: TARNO Encountered a fatal error: ")) << r.err;
+  EXPECT_TRUE(Contains(r.err, "fatal error:\n  ")) << r.err;
+  EXPECT_FALSE(fs::exists(dir_ / "TARNO.OPS"));
+}
+
+TEST_F(TarnocmdSolve, BadArgumentsAndTables) {
+  EXPECT_EQ(Run({"solve"}).status, 2);
+  EXPECT_EQ(Run({"solve", project_, "--continue", "0"}).status, 2);
+  EXPECT_EQ(Run({"solve", project_, "--regrid", "--continue", "3"}).status, 2);
+  EXPECT_EQ(Run({"results", project_, "Wells"}).status, 2);
+  const Result missing = Run({"solve", (dir_ / "nothing.trn").string()});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_TRUE(Contains(missing.err, "nothing.trn")) << missing.err;
+}
+
+}  // namespace
+}  // namespace tarno::test
