@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "program_test_util.h"
 #include "store/database.h"
 
 namespace tarno::test {
@@ -17,26 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Result {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
-
-std::string ReadAll(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 class TarnocmdSolve : public ::testing::Test {
  protected:
@@ -45,7 +26,7 @@ class TarnocmdSolve : public ::testing::Test {
     ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
     dir_ = tmpl;
     project_ = (dir_ / "example.trn").string();
-    const Result r = Run({"new", project_, "--yes", "--base-name", "example"});
+    const RunResult r = Run({"new", project_, "--yes", "--base-name", "example"});
     ASSERT_EQ(r.status, 0) << r.err;
     Database db = Database::Open(project_);
     db.ExecuteRaw(ReadAll(fs::path(TARNO_SOURCE_DIR) / "examples" / "example-elements.sql"));
@@ -55,14 +36,14 @@ class TarnocmdSolve : public ::testing::Test {
     fs::remove_all(dir_, ec);
   }
 
-  Result Run(const std::vector<std::string>& args) {
+  RunResult Run(const std::vector<std::string>& args) {
     std::string cmd = "cd " + Quote(dir_.string()) + " && TARNO_CONFIG_DIR=" +
                       Quote((dir_ / "config").string()) + " " +
                       Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
     for (const auto& a : args) cmd += " " + Quote(a);
     cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
     const int raw = std::system(cmd.c_str());
-    Result r;
+    RunResult r;
     r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     r.out = ReadAll(dir_ / "out.txt");
     r.err = ReadAll(dir_ / "err.txt");
@@ -74,7 +55,7 @@ class TarnocmdSolve : public ::testing::Test {
 };
 
 TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
-  const Result r = Run({"solve", project_});
+  const RunResult r = Run({"solve", project_});
   ASSERT_EQ(r.status, 0) << r.out << r.err;
   EXPECT_TRUE(Contains(r.out, "Run: new solution")) << r.out;
   EXPECT_TRUE(Contains(r.out, "Water balance")) << r.out;
@@ -98,7 +79,7 @@ TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
   EXPECT_NEAR(pumped, 1600.0, 1e-6);
   db.Close();
 
-  const Result csv = Run({"results", project_, "wlresults"});
+  const RunResult csv = Run({"results", project_, "wlresults"});
   ASSERT_EQ(csv.status, 0) << csv.err;
   std::istringstream lines(csv.out);
   std::string header, line;
@@ -117,10 +98,10 @@ TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
 
 TEST_F(TarnocmdSolve, RegridAndContinueAfterAFirstSolve) {
   ASSERT_EQ(Run({"solve", project_}).status, 0);
-  const Result regrid = Run({"solve", project_, "--no"});
+  const RunResult regrid = Run({"solve", project_, "--no"});
   EXPECT_EQ(regrid.status, 0) << regrid.err;
   EXPECT_TRUE(Contains(regrid.out, "Run: regrid")) << regrid.out;
-  const Result more = Run({"solve", project_, "--continue", "2"});
+  const RunResult more = Run({"solve", project_, "--continue", "2"});
   EXPECT_EQ(more.status, 0) << more.err;
   EXPECT_TRUE(Contains(more.out, "Run: continued solution (2 more iterations)")) << more.out;
   Database db = Database::Open(project_);
@@ -132,7 +113,7 @@ TEST_F(TarnocmdSolve, RegridAndContinueAfterAFirstSolve) {
 TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReport) {
   ASSERT_EQ(Run({"solve", project_}).status, 0);
   std::ofstream(dir_ / "example.SOL", std::ios::trunc) << "not a solution";
-  const Result r = Run({"solve", project_, "--continue", "1"});
+  const RunResult r = Run({"solve", project_, "--continue", "1"});
   EXPECT_EQ(r.status, 1) << r.out;
   EXPECT_TRUE(Contains(r.err, "Fatal execution error: TARNO Encountered a fatal error: ")) << r.err;
   EXPECT_TRUE(Contains(r.err, "fatal error:\n  ")) << r.err;
@@ -144,7 +125,7 @@ TEST_F(TarnocmdSolve, BadArgumentsAndTables) {
   EXPECT_EQ(Run({"solve", project_, "--continue", "0"}).status, 2);
   EXPECT_EQ(Run({"solve", project_, "--regrid", "--continue", "3"}).status, 2);
   EXPECT_EQ(Run({"results", project_, "Wells"}).status, 2);
-  const Result missing = Run({"solve", (dir_ / "nothing.trn").string()});
+  const RunResult missing = Run({"solve", (dir_ / "nothing.trn").string()});
   EXPECT_EQ(missing.status, 1);
   EXPECT_TRUE(Contains(missing.err, "nothing.trn")) << missing.err;
 }

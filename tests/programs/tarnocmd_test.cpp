@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "program_test_util.h"
 #include "store/database.h"
 #include "store/dialogs.h"
 #include "store/schema.h"
@@ -19,22 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct RunResult {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
-
-std::string ReadAll(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 class TarnocmdTest : public ::testing::Test {
  protected:
@@ -73,10 +58,6 @@ class TarnocmdTest : public ::testing::Test {
 
   fs::path dir_;
 };
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 TEST_F(TarnocmdTest, HelpAndBadUsage) {
   RunResult r = Run({"help"});
