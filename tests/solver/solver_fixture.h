@@ -78,7 +78,7 @@ class SolverProject : public ::testing::Test {
   void BuildGoldenProject() {
     Sql("update Model set AQBase=0, AQThickness='20', AQHydCond=10, AQPorosity=0.25");
     const auto w1 = Point(120, 60);
-    const auto w2 = Point(80, 40);
+    [[maybe_unused]] const auto w2 = Point(80, 40);  // its vertex is what counts
     const auto tp = Point(150, 75);
     const auto gage = Point(50, 25);
     const auto particle = Point(110, 55);
