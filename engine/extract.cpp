@@ -49,12 +49,15 @@ std::string formatPointRecord(const PointValues& v, const std::string& label) {
   return s;
 }
 
-std::string formatGageRecord(double x, double y, double flow, const std::string& label) {
+namespace {
+// A gage or lake stage record: the word right-aligned in its width, then X, Y and the value.
+std::string formatWordRecord(const char* wordFormat, const char* word, double x, double y, double value,
+                             const std::string& label) {
   std::string s = "@";
   char buf[32];
-  std::snprintf(buf, sizeof buf, "%13s", "gage");
+  std::snprintf(buf, sizeof buf, wordFormat, word);
   s += buf;
-  for (double v : {x, y, flow}) {
+  for (double v : {x, y, value}) {
     s += ',';
     appendFormatted(s, "%13.5E", v);
   }
@@ -62,19 +65,14 @@ std::string formatGageRecord(double x, double y, double flow, const std::string&
   s += cleanLabel(label);
   return s;
 }
+}  // namespace
+
+std::string formatGageRecord(double x, double y, double flow, const std::string& label) {
+  return formatWordRecord("%13s", "gage", x, y, flow, label);
+}
 
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label) {
-  std::string s = "@";
-  char buf[32];
-  std::snprintf(buf, sizeof buf, "%19s", "lake_stage");
-  s += buf;
-  for (double v : {x, y, head}) {
-    s += ',';
-    appendFormatted(s, "%13.5E", v);
-  }
-  s += ',';
-  s += cleanLabel(label);
-  return s;
+  return formatWordRecord("%19s", "lake_stage", x, y, head, label);
 }
 
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
