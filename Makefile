@@ -25,7 +25,9 @@ run: build
 	scripts/run-example $(BUILD)
 
 bench: build
-	$(BUILD)/bin/tarno-bench
+	@for b in tarno-bench tarno-bench-frontend tarno-bench-contour; do \
+	  if [ -x $(BUILD)/bin/$$b ]; then echo "== $$b"; $(BUILD)/bin/$$b || exit 1; fi; \
+	done
 
 clean:
 	rm -rf $(BUILD)

@@ -83,6 +83,57 @@ struct LineSinkString {
     std::vector<Segment> segments;
 };
 
+// "As the aquifer" in the properties of an area element.
+inline constexpr double kAsAquifer = -9999.0;
+
+struct Vertex {
+    double x = 0.0;
+    double y = 0.0;
+    std::string label;
+};
+
+// A polygon whose interior has its own properties (kAsAquifer: as the aquifer).
+// The vertices close implicitly (the last joins the first).
+struct Inhomogeneity {
+    double conductivity = kAsAquifer;
+    double base = kAsAquifer;
+    double averageHead = kAsAquifer;  // estimate of the average head inside
+    double extraction = 0.0;          // N (L/T): > 0 takes water out; recharge is -N
+    double porosity = kAsAquifer;
+    std::string label;
+    std::vector<Vertex> vertices;
+};
+
+enum class WallKind {
+    Open,     // a polyline
+    Closed,   // a closed polygon
+    Outside,  // closed; the region outside it is not part of the model
+    Inside,   // closed; the region inside it is not part of the model
+};
+
+// A barrier of conductivity K (0: impermeable), thickness T and porosity P whose
+// bottom lies at `bottom`.
+struct Wall {
+    WallKind kind = WallKind::Open;
+    double conductivity = 0.0;
+    double thickness = 1.0;
+    double porosity = 0.3;
+    double bottom = 0.0;
+    std::string label;
+    std::vector<Vertex> vertices;
+};
+
+// A pond: a circular area sink. `value` is the rate per area (> 0 puts water into
+// the aquifer) or, when headSpecified, the head at its centre.
+struct Pond {
+    double x = 0.0;
+    double y = 0.0;
+    double radius = 0.0;
+    double value = 0.0;
+    bool headSpecified = false;
+    std::string label;
+};
+
 // The map window: Left, Bottom, Right, Top.
 struct Window {
     bool given = false;
@@ -101,6 +152,9 @@ struct Model {
     Aquifer aquifer;
     std::vector<Well> wells;
     std::vector<LineSinkString> lineSinks;
+    std::vector<Inhomogeneity> inhomogeneities;
+    std::vector<Wall> walls;
+    std::vector<Pond> ponds;
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };
