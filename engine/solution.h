@@ -75,6 +75,9 @@ struct SolveReport {
     int wells = 0;
     int lineSinkStrings = 0;
     int lineSinkSegments = 0;
+    int inhomogeneities = 0;       // accepted ones (bad polygons are skipped)
+    int walls = 0;
+    int ponds = 0;
     int unknowns = 0;              // equals the number of equations
     std::vector<IterationReport> iterations;
     bool converged = false;
@@ -99,7 +102,7 @@ struct PointValues {
     double porosity = 0.0;
     double conductivity = 0.0;
     double base = 0.0;
-    double recharge = 0.0;       // local areal recharge rate (no area elements yet: 0)
+    double recharge = 0.0;       // local areal recharge rate: -N inside inhomogeneities, the rate inside ponds
 };
 
 struct WellResult {
@@ -166,8 +169,13 @@ public:
     std::pair<double, double> discharge(double x, double y) const;  // (Qx, Qy)
     // Heads at many points at once (in parallel).
     std::vector<double> heads(const std::vector<double>& xs, const std::vector<double>& ys) const;
-    // The stream function (branch cuts run from each well in the -x direction and from
-    // each line-sink along its own line beyond its first vertex).
+    // True where a wall of kind outside or inside excludes the point from the model
+    // (heads there are kDryHead; grids blank them).
+    bool ignored(double x, double y) const;
+    // The stream function (branch cuts run from each well and pond in the -x direction
+    // and from each line-sink along its own line beyond its first vertex). Line-doublets
+    // add their continuous part. Recharge polygons are left out: where water is recharged
+    // there is no stream function, so the value is that of the other elements only.
     double streamFunction(double x, double y) const;
 
     std::vector<WellResult> wellResults() const;
