@@ -180,7 +180,7 @@ void Solution::State::prepareAreaElements(double tol) {
     // Inhomogeneities: check the polygons and make their domains.
     for (int i = 0; i < (int)model.inhomogeneities.size(); ++i) {
         const Inhomogeneity& in = model.inhomogeneities[i];
-        const std::string who = "inhomogeneity " + in.label;
+        const std::string who = "inhomogeneity " + in.label + (in.line > 0 ? " (line " + std::to_string(in.line) + ")" : "");
         int dropped = 0;
         std::vector<int> kept = keptVertices(in.vertices, true, tol, dropped);
         if (kept.size() < 3) {
@@ -366,7 +366,7 @@ void Solution::State::prepareAreaElements(double tol) {
     for (int i = 0; i < (int)model.walls.size(); ++i) {
         const Wall& w = model.walls[i];
         const bool closed = w.kind != WallKind::Open;
-        const std::string who = "wall " + w.label;
+        const std::string who = "wall " + w.label + (w.line > 0 ? " (line " + std::to_string(w.line) + ")" : "");
         int dropped = 0;
         std::vector<int> kept = keptVertices(w.vertices, closed, tol, dropped);
         const size_t need = closed ? 3 : 2;
@@ -445,7 +445,7 @@ void Solution::State::prepareAreaElements(double tol) {
     for (int i = 0; i < (int)model.ponds.size(); ++i) {
         const Pond& p = model.ponds[i];
         if (!(p.radius > tol) || !std::isfinite(p.x) || !std::isfinite(p.y)) {
-            warn("pond " + p.label + ": radius " + num(p.radius) + " is not positive; the pond is skipped");
+            warn("pond " + p.label + (p.line > 0 ? " (line " + std::to_string(p.line) + ")" : "") + ": radius " + num(p.radius) + " is not positive; the pond is skipped");
             continue;
         }
         PondEl e;

@@ -233,9 +233,10 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   };
   EXPECT_EQ(count("(ppwell)"), 1);
   EXPECT_EQ(count("(twell)"), 1);
-  EXPECT_EQ(count("(slurry)"), 1);
   EXPECT_EQ(count("(grid)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 4);
+  EXPECT_EQ(count("not supported by this version"), 3);
+  // The wall is solved, not reported.
+  EXPECT_EQ(count("slurry"), 0);
   EXPECT_EQ(count("frobnicate"), 1);
   // The report names the first line of each kind and how many items were read.
   for (const auto& l : err)
@@ -334,12 +335,19 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   fs::copy_file(sample, dir.path() / "golden_new_solve.dat");
   ASSERT_EQ(runTarno1(dir.path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
   // Every line is read; only the kinds this version does not compute are reported, once each.
+  // The sample's three iterations leave the wall's unconfined condition just short of
+  // convergence, which the log says as well.
   auto err = readLines(dir.path() / "error.log");
-  ASSERT_EQ(err.size(), 5u);
-  for (const char* kind : {"(Inhomogeneity Lake)", "(inhomogeneity transmissivity)", "(slurry)", "(grid)", "(trace)"}) {
+  ASSERT_GE(err.size(), 3u);
+  ASSERT_LE(err.size(), 4u);
+  for (const char* kind : {"(Inhomogeneity Lake)", "(grid)", "(trace)"}) {
     int n = 0;
     for (const auto& l : err) n += l.find(kind) != std::string::npos;
     EXPECT_EQ(n, 1) << kind;
+  }
+  for (const auto& l : err) {
+    EXPECT_EQ(l.find("transmissivity"), std::string::npos) << l;
+    EXPECT_EQ(l.find("slurry"), std::string::npos) << l;
   }
   auto xtr = readLines(dir.path() / "golden.XTR");
   ASSERT_GT(xtr.size(), 3u);
