@@ -777,4 +777,132 @@ bool Solution::State::updateArea(double& residual) {
     return rebuild;
 }
 
+// ---------------------------------------------------------------------------------
+// Results
+
+namespace {
+
+// Residual of the jump condition at local X of an inhomogeneity edge, in potential:
+// the jump minus the jump that a common head on both sides asks for.
+double jumpError(const Solution::State& s, int e, double X) {
+    const DbEdge& d = s.edges[e];
+    const std::complex<double> z = std::complex<double>(d.g.cx, d.g.cy) + X / d.g.ih;
+    const double phiAvg = s.potentialAt(z.real(), z.imag());
+    const double h = commonHead(s.aqOf(d.dl), s.aqOf(d.dr), phiAvg);
+    return s.jumpAt(e, X) - (s.aqOf(d.dl).phiFromHead(h) - s.aqOf(d.dr).phiFromHead(h));
+}
+
+// Normal flow just right of the edge minus just left of it (left to right positive).
+double normalFlowJump(const Solution::State& s, int e, double X) {
+    const DbEdge& d = s.edges[e];
+    const std::complex<double> z = std::complex<double>(d.g.cx, d.g.cy) + X / d.g.ih;
+    const std::complex<double> left = std::complex<double>(0.0, 1e-7) / d.g.ih;  // 1e-7 half-lengths to the left
+    const std::complex<double> zl = z + left, zr = z - left;
+    return normalFlow(d, s.wAt(zr.real(), zr.imag())) - normalFlow(d, s.wAt(zl.real(), zl.imag()));
+}
+
+// Flow through a wall minus what its conductance passes for the head difference.
+double wallFlowError(const Solution::State& s, int e, double X, double* dhOut = nullptr) {
+    const DbEdge& d = s.edges[e];
+    const std::complex<double> z = std::complex<double>(d.g.cx, d.g.cy) + X / d.g.ih;
+    const double phiAvg = s.potentialAt(z.real(), z.imag());
+    const double mu = s.jumpAt(e, X);
+    const auto& aL = s.aqOf(d.dl);
+    const auto& aR = s.aqOf(d.dr);
+    const double hL = aL.headFromPhiExtended(phiAvg + 0.5 * mu), hR = aR.headFromPhiExtended(phiAvg - 0.5 * mu);
+    if (dhOut) *dhOut = hL - hR;
+    return normalFlow(d, s.wAt(z.real(), z.imag())) - wallConductance(d, aL, 0.5 * (hL + hR)) * (hL - hR);
+}
+
+}  // namespace
+
+std::vector<InhomogeneityResult> Solution::inhomogeneityResults() const {
+    const State& s = *s_;
+    std::vector<InhomogeneityResult> out;
+    for (const auto& o : s.inhos) {
+        const Inhomogeneity& in = s.model.inhomogeneities[o.model];
+        const DomainEl& dom = s.domains[o.domain];
+        InhomogeneityResult r;
+        r.label = in.label;
+        r.conductivity = dom.aq.k;
+        r.base = dom.aq.B;
+        r.extraction = dom.extraction;
+        r.porosity = dom.porosity;
+        r.area = dom.area;
+        const bool ccw = detail::signedArea(dom.poly) > 0;
+        const int n = (int)o.verts.size();
+        double jumpLength = 0.0, perimeter = 0.0;
+        for (int k = 0; k < n; ++k) {
+            const Vertex& a = in.vertices[o.verts[k]];
+            const Vertex& b = in.vertices[o.verts[(k + 1) % n]];
+            InhomogeneityNode nd;
+            nd.label = a.label;
+            nd.x1 = a.x; nd.y1 = a.y;
+            nd.xc = 0.5 * (a.x + b.x); nd.yc = 0.5 * (a.y + b.y);
+            nd.extractionNode = nd.extractionCentre = dom.extraction;
+            const double L = std::hypot(b.x - a.x, b.y - a.y);
+            perimeter += L;
+            const int e = o.edge[k];
+            if (e >= 0) {
+                const DbEdge& d = s.edges[e];
+                // Jump of the edge in the sense inside minus outside of this polygon.
+                const double f = (o.sign[k] > 0 ? 1.0 : -1.0) * (ccw ? 1.0 : -1.0);
+                const double Xnode = o.sign[k] > 0 ? -1.0 : 1.0;
+                nd.jumpNode = f * s.jumpAt(e, Xnode);
+                nd.jumpParabolic = f * d.val[2];
+                jumpLength += f * (0.5 * (d.val[0] + d.val[1]) + 2.0 / 3.0 * d.val[2]) * L;
+                const int inside = f > 0 ? d.dl : d.dr;
+                const int outside = inside == d.dl ? d.dr : d.dl;
+                const double hc = s.aqOf(inside).headFromPhiExtended(s.potentialAt(nd.xc, nd.yc));
+                nd.transmissivityFactor = s.aqOf(inside).transmissivity(hc) / s.aqOf(outside).transmissivity(hc);
+                nd.errorNode = f * jumpError(s, e, 0.98 * Xnode);
+                nd.errorCentre = f * jumpError(s, e, 0.0);
+                // Outward normal flow just outside minus just inside: whichever side of the
+                // edge is inside, that is the flow across the edge right minus left.
+                nd.flowErrorCentre = normalFlowJump(s, e, 0.0);
+            }
+            r.nodes.push_back(nd);
+        }
+        r.averageJump = perimeter > 0 ? jumpLength / perimeter : 0.0;
+        out.push_back(std::move(r));
+    }
+    return out;
+}
+
+std::vector<WallResult> Solution::wallResults() const {
+    const State& s = *s_;
+    std::vector<WallResult> out;
+    for (const auto& o : s.wallEls) {
+        const Wall& w = s.model.walls[o.model];
+        WallResult r;
+        r.label = w.label;
+        r.conductivity = w.conductivity;
+        r.thickness = w.thickness;
+        r.porosity = w.porosity;
+        r.bottom = w.bottom;
+        const int n = (int)o.verts.size();
+        // One record per segment, by the vertex it starts at; a wall that bounds an
+        // ignored region has no record for its closing segment.
+        const bool bounding = w.kind == WallKind::Outside || w.kind == WallKind::Inside;
+        const int records = (o.closed && !bounding) ? n : n - 1;
+        for (int k = 0; k < records; ++k) {
+            const int e = o.edge[k];
+            if (e < 0) continue;
+            const DbEdge& d = s.edges[e];
+            const Vertex& a = w.vertices[o.verts[k]];
+            WallNode nd;
+            nd.label = a.label;
+            nd.x1 = a.x; nd.y1 = a.y;
+            nd.xc = d.g.cx; nd.yc = d.g.cy;
+            nd.jumpNode = d.val[0];
+            nd.jumpParabolic = d.val[2];
+            nd.flowErrorCentre = wallFlowError(s, e, 0.0, &nd.headDifferenceCentre);
+            nd.flowErrorNode = wallFlowError(s, e, -0.98);
+            r.nodes.push_back(nd);
+        }
+        out.push_back(std::move(r));
+    }
+    return out;
+}
+
 }  // namespace tarno::engine

@@ -137,6 +137,50 @@ struct SegmentResult {
     bool inactive = false;       // a drain taking nothing, a dry stream reach, a held gallery segment
 };
 
+// One vertex of an inhomogeneity: the vertex, the centre of the edge that starts there,
+// and the state of the boundary. Jumps are Phi(inside) - Phi(outside); "errors" are the
+// residuals of the conditions: in potential for the jump condition, in discharge per
+// unit length for the normal flow (outside minus inside).
+struct InhomogeneityNode {
+    std::string label;
+    double x1 = 0, y1 = 0, xc = 0, yc = 0;
+    double jumpNode = 0.0;             // jump at the vertex
+    double jumpParabolic = 0.0;        // parabolic part of the jump at the edge's centre
+    double extractionNode = 0.0;       // extraction rate N at the vertex (real part)
+    double extractionNodeImag = 0.0;   // always 0: the area sink is uniform
+    double extractionCentre = 0.0;     // N at the edge's centre
+    double transmissivityFactor = 1.0; // inside over outside transmissivity at the edge's centre
+    double errorNode = 0.0;            // jump condition near the vertex (potential)
+    double errorCentre = 0.0;          // jump condition at the centre (potential)
+    double flowErrorCentre = 0.0;      // normal flow at the centre, outside minus inside
+};
+
+struct InhomogeneityResult {
+    std::string label;
+    double conductivity = 0, base = 0, extraction = 0, porosity = 0;  // as used (kAsAquifer resolved)
+    double area = 0;
+    double averageJump = 0;            // mean jump of the potential along the boundary
+    std::vector<InhomogeneityNode> nodes;
+};
+
+// One segment of a wall, by the vertex it starts at. Jumps are Phi(left) - Phi(right)
+// for the direction in which the vertices are given.
+struct WallNode {
+    std::string label;
+    double x1 = 0, y1 = 0, xc = 0, yc = 0;
+    double jumpNode = 0.0;
+    double jumpParabolic = 0.0;
+    double flowErrorCentre = 0.0;      // flow through the wall minus conductance times head difference
+    double flowErrorNode = 0.0;        // the same near the vertex
+    double headDifferenceCentre = 0.0; // head left minus head right at the centre
+};
+
+struct WallResult {
+    std::string label;
+    double conductivity = 0, thickness = 0, porosity = 0, bottom = 0;
+    std::vector<WallNode> nodes;
+};
+
 class Solution {
 public:
     explicit Solution(Model model);
@@ -180,6 +224,9 @@ public:
 
     std::vector<WellResult> wellResults() const;
     std::vector<SegmentResult> segmentResults() const;
+    // Accepted inhomogeneities and walls (skipped bad polygons are not listed).
+    std::vector<InhomogeneityResult> inhomogeneityResults() const;
+    std::vector<WallResult> wallResults() const;
 
     // Total flow across the polyline, counted positive from the left to the right
     // of the direction in which the vertices are given.

@@ -1,11 +1,15 @@
 // Area elements, walls and ponds against exact solutions.
+#include "engine/extract.h"
 #include "engine/solution.h"
 #include "helpers.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
+#include <cstdio>
+#include <sstream>
 
 using namespace tarno::engine;
 using namespace tarno::engine::testing;
@@ -380,4 +384,142 @@ TEST(Walls, IgnoredRegionsAreDry) {
     // Inside a closed impermeable wall the head-specified well delivers what the other pumps.
     EXPECT_NEAR(so.wellResults()[0].discharge, -300, 3.0);
     EXPECT_LT(so.waterBalance().closureError, 1e-6);
+}
+
+// ---------------------------------------------------------------------------------
+// Results: extract records, stream function and flux, save and load.
+
+namespace {
+
+// A model with one of everything: a recharge inhomogeneity of other conductivity, a
+// leaky open wall, a closed wall and both kinds of pond.
+Model mixedModel() {
+    Model m = aquiferModel(0, 10, 30, -4000, 0, 25);
+    m.aquifer.qx0 = 0.3;
+    Inhomogeneity in = inho(circle(0, 0, 150, 10, "IN_000001", false), 25, -0.002, "IN_000001_0000");
+    in.base = -5;
+    m.inhomogeneities.push_back(in);
+    m.walls.push_back(wall(WallKind::Open, straight(400, -200, 400, 200, 4), 0.05, 0.5, 2));
+    m.walls.push_back(wall(WallKind::Closed, circle(-500, 400, 80, 6, "HB_000002", false), 0, 1, -1, "HB_000002_0000"));
+    m.ponds.push_back(Pond{-300, -300, 40, 0.01, false, "WL_000021"});
+    m.ponds.push_back(Pond{250, 300, 30, 26, true, "WL_000022"});
+    return m;
+}
+
+std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> out;
+    size_t a = 0;
+    while (a < text.size()) {
+        size_t b = text.find('\n', a);
+        if (b == std::string::npos) b = text.size();
+        out.push_back(text.substr(a, b - a));
+        a = b + 1;
+    }
+    return out;
+}
+
+size_t fields(const std::string& line) { return 1 + std::count(line.begin(), line.end(), ','); }
+
+}  // namespace
+
+TEST(AreaResults, ExtractRecordsHaveTheFieldCountsTheFrontEndReads) {
+    Solution s(mixedModel());
+    const auto rep = s.solve(opts(10));
+    EXPECT_TRUE(rep.converged);
+    EXPECT_EQ(rep.inhomogeneities, 1);
+    EXPECT_EQ(rep.walls, 2);
+    EXPECT_EQ(rep.ponds, 2);
+    EXPECT_LT(rep.balance.closureError, 1e-6);
+    ExtractInput block;
+    block.requests = {ExtractRequest::Inhomogeneity};
+    std::ostringstream out;
+    SolutionSource src(s);
+    int nonFinite = 0;
+    writeExtract(out, block, src, &nonFinite);
+    EXPECT_EQ(nonFinite, 0);
+    const auto lines = splitLines(out.str());
+    auto at = std::find(lines.begin(), lines.end(), "* transmissivity inhomogeneities");
+    auto wl = std::find(lines.begin(), lines.end(), "* slurry walls");
+    ASSERT_NE(at, lines.end());
+    ASSERT_NE(wl, lines.end());
+    // Inhomogeneity: a header of 7 fields, then one node record of exactly 14 per vertex.
+    ASSERT_EQ(wl - at, 1 + 1 + 10);
+    EXPECT_EQ(fields(at[1]), 7u) << at[1];
+    EXPECT_EQ(at[1].rfind(" IN_000001_0000, ", 0), 0u) << at[1];
+    for (int k = 0; k < 10; ++k) {
+        EXPECT_EQ(fields(at[2 + k]), 14u) << at[2 + k];
+        EXPECT_EQ(at[2 + k].rfind(" IN_000001_" + std::string(k + 1 < 10 ? "000" : "00") + std::to_string(k + 1) + ",", 0), 0u);
+    }
+    // Walls: a header of 5 fields, one node record of exactly 10 per segment (an open wall
+    // of 5 vertices has 4 segments; a closed one of 6 vertices 6).
+    std::vector<std::string> wallLines(wl + 1, lines.end());
+    while (!wallLines.empty() && wallLines.back().empty()) wallLines.pop_back();
+    ASSERT_EQ(wallLines.size(), 1u + 4u + 1u + 6u);
+    EXPECT_EQ(fields(wallLines[0]), 5u);
+    for (int k = 1; k <= 4; ++k) EXPECT_EQ(fields(wallLines[k]), 10u) << wallLines[k];
+    EXPECT_EQ(fields(wallLines[5]), 5u);
+    for (int k = 6; k < 12; ++k) EXPECT_EQ(fields(wallLines[k]), 10u) << wallLines[k];
+
+    // The values: the conditions hold at the centres, the jump has the sign of the
+    // conductivity contrast (inside more conductive: Phi inside is larger).
+    const auto in = s.inhomogeneityResults();
+    ASSERT_EQ(in.size(), 1u);
+    EXPECT_EQ(in[0].conductivity, 25);
+    EXPECT_EQ(in[0].base, -5);
+    EXPECT_GT(in[0].averageJump, 0.0);
+    for (const auto& n : in[0].nodes) {
+        EXPECT_NEAR(n.errorCentre, 0.0, 1e-6 * 25 * 30 * 30);
+        EXPECT_NEAR(n.flowErrorCentre, 0.0, 1e-5);
+        EXPECT_GT(n.transmissivityFactor, 2.5);
+        EXPECT_EQ(n.extractionNode, -0.002);
+    }
+    const auto walls = s.wallResults();
+    ASSERT_EQ(walls.size(), 2u);
+    for (const auto& w : walls)
+        for (const auto& n : w.nodes) EXPECT_NEAR(n.flowErrorCentre, 0.0, 1e-6) << n.label;
+}
+
+// The flux across a polyline from the stream function (line-doublets included) agrees
+// with the integral of the normal discharge along it.
+TEST(AreaResults, FluxWithDoubletsMatchesIntegratedDischarge) {
+    Solution s(mixedModel());
+    s.solve(opts(10));
+    const std::vector<std::pair<double, double>> line = {{-50, -600}, {80, 0}, {600, 500}};
+    double q = 0.0;
+    const int m = 4000;
+    for (size_t k = 1; k < line.size(); ++k) {
+        const double ax = line[k - 1].first, ay = line[k - 1].second, bx = line[k].first, by = line[k].second;
+        const double L = std::hypot(bx - ax, by - ay), nx = (by - ay) / L, ny = -(bx - ax) / L;
+        for (int i = 0; i < m; ++i) {
+            const double t = (i + 0.5) / m;
+            const auto [qx, qy] = s.discharge(ax + t * (bx - ax), ay + t * (by - ay));
+            q += (qx * nx + qy * ny) * L / m;
+        }
+    }
+    EXPECT_NEAR(s.flux(line), q, 1e-3 * std::fabs(q));
+    // Around the closed impermeable wall nothing passes.
+    std::vector<std::pair<double, double>> around = {{-650, 250}, {-350, 250}, {-350, 550}, {-650, 550}, {-650, 250}};
+    EXPECT_NEAR(s.flux(around), 0.0, 1e-6 * std::fabs(q));
+}
+
+TEST(AreaResults, SaveAndLoadKeepTheAreaElements) {
+    const std::string path = ::testing::TempDir() + "area_elements_test.SOL";
+    Solution s(mixedModel());
+    s.solve(opts(10));
+    s.save(path);
+    Solution t = Solution::load(path);
+    EXPECT_EQ(t.model().inhomogeneities.size(), 1u);
+    EXPECT_EQ(t.model().walls.size(), 2u);
+    EXPECT_EQ(t.model().ponds.size(), 2u);
+    EXPECT_EQ(t.model().walls[1].kind, WallKind::Closed);
+    EXPECT_EQ(t.unknowns(), s.unknowns());
+    for (auto [x, y] : {std::pair{0.0, 0.0}, {420.0, 0.0}, {-300.0, -310.0}, {250.0, 300.0}, {-500.0, 400.0}}) {
+        EXPECT_DOUBLE_EQ(t.head(x, y), s.head(x, y)) << x << ", " << y;
+        EXPECT_EQ(t.evaluate(x, y).recharge, s.evaluate(x, y).recharge);
+    }
+    // Continuing from the loaded state changes nothing of substance.
+    const auto rep = t.solve(opts(3));
+    EXPECT_TRUE(rep.converged);
+    EXPECT_NEAR(t.head(100, 50), s.head(100, 50), 1e-7);
+    std::remove(path.c_str());
 }
