@@ -203,7 +203,11 @@ void Solution::State::prepareAreaElements(double tol) {
             warn(who + ": conductivity " + num(k) + " is not positive; the aquifer's conductivity is used");
             k = A.conductivity;
         }
-        const double B = asAquifer(in.base) ? A.base : in.base;
+        double B = asAquifer(in.base) ? A.base : in.base;
+        if (!std::isfinite(B)) {
+            warn(who + ": base " + num(B) + " is not a number; the aquifer's base is used");
+            B = A.base;
+        }
         double H = A.base + A.thickness - B;  // the top of the aquifer stays where it is
         if (!(H > 0.0)) {
             warn(who + ": base " + num(B) + " lies at or above the top of the aquifer; the aquifer's thickness is used above it");
@@ -384,11 +388,15 @@ void Solution::State::prepareAreaElements(double tol) {
         }
         if (dropped > 0)
             warn(who + ": " + std::to_string(dropped) + " repeated or unreadable vertices removed; the mended wall is used");
-        double K = w.conductivity, T = w.thickness;
+        double K = w.conductivity, T = w.thickness, bottom = w.bottom;
         const bool bounding = w.kind == WallKind::Outside || w.kind == WallKind::Inside;
-        if (!bounding && !(K >= 0.0)) {
-            warn(who + ": conductivity " + num(K) + " is negative; the wall is taken as impermeable");
+        if (!bounding && !(K >= 0.0 && std::isfinite(K))) {
+            warn(who + ": conductivity " + num(K) + " is negative or not finite; the wall is taken as impermeable");
             K = 0.0;
+        }
+        if (!std::isfinite(bottom)) {
+            warn(who + ": bottom " + num(bottom) + " is not a number; the wall reaches the base");
+            bottom = -std::numeric_limits<double>::infinity();
         }
         if (!bounding && K > 0.0 && !(T > 0.0)) {
             warn(who + ": thickness " + num(T) + " is not positive; the wall is taken as impermeable");
@@ -411,8 +419,8 @@ void Solution::State::prepareAreaElements(double tol) {
             d.owner = (int)wallEls.size();
             d.vertex = kept[k];
             sides(a, b, d.dl, d.dr);
-            d.K = K; d.T = T; d.Bw = w.bottom;
-            d.impermeable = bounding || (K == 0.0 && !(w.bottom > std::max(domains[d.dl].aq.B, domains[d.dr].aq.B)));
+            d.K = K; d.T = T; d.Bw = bottom;
+            d.impermeable = bounding || (K == 0.0 && !(bottom > std::max(domains[d.dl].aq.B, domains[d.dr].aq.B)));
             d.u[0] = (!closed && k == 0) ? -1 : -2;
             d.u[1] = (!closed && k == ne - 1) ? -1 : -2;
             d.u[2] = -2;
@@ -444,8 +452,13 @@ void Solution::State::prepareAreaElements(double tol) {
     // Ponds.
     for (int i = 0; i < (int)model.ponds.size(); ++i) {
         const Pond& p = model.ponds[i];
-        if (!(p.radius > tol) || !std::isfinite(p.x) || !std::isfinite(p.y)) {
-            warn("pond " + p.label + (p.line > 0 ? " (line " + std::to_string(p.line) + ")" : "") + ": radius " + num(p.radius) + " is not positive; the pond is skipped");
+        const std::string who = "pond " + p.label + (p.line > 0 ? " (line " + std::to_string(p.line) + ")" : "");
+        if (!(p.radius > tol) || !std::isfinite(p.radius) || !std::isfinite(p.x) || !std::isfinite(p.y)) {
+            warn(who + ": radius " + num(p.radius) + " is not positive; the pond is skipped");
+            continue;
+        }
+        if (!std::isfinite(p.value)) {
+            warn(who + ": " + std::string(p.headSpecified ? "head " : "rate ") + num(p.value) + " is not a number; the pond is skipped");
             continue;
         }
         PondEl e;
