@@ -87,6 +87,15 @@ std::string formatSectionRecord(const std::vector<double>& values, const std::st
   return s;
 }
 
+std::string formatLabelFirstRecord(const std::string& label, const std::vector<double>& values) {
+  std::string s = " " + cleanLabel(label);
+  for (double v : values) {
+    s += ", ";
+    appendFormatted(s, "%.8E", v);
+  }
+  return s;
+}
+
 void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSource& source, int* nonFinite) {
   Finite fin{nonFinite};
   out << kHeadDataPoints << '\n';
@@ -182,11 +191,31 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         }
         break;
       }
-      // Area elements and walls are not part of this version's models.
-      case ExtractRequest::Inhomogeneity:
+      case ExtractRequest::Inhomogeneity: {
         out << kHeadInhomogeneities << '\n';
+        for (const InhomogeneityResult& r : source.inhomogeneities()) {
+          out << formatLabelFirstRecord(r.label, {fin(r.conductivity), fin(r.base), fin(r.extraction), fin(r.porosity),
+                                                  fin(r.area), fin(r.averageJump)})
+              << '\n';
+          for (const InhomogeneityNode& n : r.nodes)
+            out << formatLabelFirstRecord(n.label, {fin(n.x1), fin(n.y1), fin(n.xc), fin(n.yc), fin(n.jumpNode),
+                                                    fin(n.jumpParabolic), fin(n.extractionNode), fin(n.extractionNodeImag),
+                                                    fin(n.extractionCentre), fin(n.transmissivityFactor), fin(n.errorNode),
+                                                    fin(n.errorCentre), fin(n.flowErrorCentre)})
+                << '\n';
+        }
         out << kHeadWalls << '\n';
+        for (const WallResult& r : source.walls()) {
+          out << formatLabelFirstRecord(r.label, {fin(r.conductivity), fin(r.thickness), fin(r.porosity), fin(r.bottom)})
+              << '\n';
+          for (const WallNode& n : r.nodes)
+            out << formatLabelFirstRecord(n.label, {fin(n.x1), fin(n.y1), fin(n.xc), fin(n.yc), fin(n.jumpNode),
+                                                    fin(n.jumpParabolic), fin(n.flowErrorCentre), fin(n.flowErrorNode),
+                                                    fin(n.headDifferenceCentre)})
+                << '\n';
+        }
         break;
+      }
       case ExtractRequest::Leakage:
         out << "! leakage: not computed by this version\n";
         break;

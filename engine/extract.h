@@ -17,6 +17,9 @@
 // Lake stage record: '@', "lake_stage" right-aligned in 19 characters, X, Y and
 // the head as %13.5E, the label: the head occupies columns 50-62.
 // Section records: numbers as %.8E separated by ", ".
+// Inhomogeneities: per element a header " label, K, B, N, P, area, average jump" (7 fields)
+// and per vertex a node record of 14 fields; walls: a header " label, K, T, P, bottom"
+// (5 fields) and per segment a node record of 10 fields (see InhomogeneityNode, WallNode).
 
 #include "engine/command.h"
 #include "engine/solution.h"
@@ -39,6 +42,8 @@ class ExtractSource {
   virtual std::vector<WellResult> wells() const = 0;
   virtual std::vector<SegmentResult> segments() const = 0;
   virtual double flux(const std::vector<std::pair<double, double>>& polyline) const = 0;
+  virtual std::vector<InhomogeneityResult> inhomogeneities() const { return {}; }
+  virtual std::vector<WallResult> walls() const { return {}; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake
@@ -52,6 +57,8 @@ class SolutionSource : public ExtractSource {
   std::vector<WellResult> wells() const override { return s_.wellResults(); }
   std::vector<SegmentResult> segments() const override { return s_.segmentResults(); }
   double flux(const std::vector<std::pair<double, double>>& p) const override { return s_.flux(p); }
+  std::vector<InhomogeneityResult> inhomogeneities() const override { return s_.inhomogeneityResults(); }
+  std::vector<WallResult> walls() const override { return s_.wallResults(); }
 
  private:
   const Solution& s_;
@@ -79,6 +86,8 @@ std::string formatGageRecord(double x, double y, double flow, const std::string&
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label);
 // " v1, v2, ..., label": numbers as %.8E.
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label);
+// " label, v1, v2, ...": the records of inhomogeneities and walls, label first.
+std::string formatLabelFirstRecord(const std::string& label, const std::vector<double>& values);
 
 // Writes the whole extract file for one extract block. Values that are not
 // finite are written as -9999 and counted in `nonFinite` (for the error log).

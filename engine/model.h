@@ -102,6 +102,7 @@ struct Inhomogeneity {
     double porosity = kAsAquifer;
     std::string label;
     std::vector<Vertex> vertices;
+    int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
 enum class WallKind {
@@ -121,6 +122,7 @@ struct Wall {
     double bottom = 0.0;
     std::string label;
     std::vector<Vertex> vertices;
+    int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
 // A pond: a circular area sink. `value` is the rate per area (> 0 puts water into
@@ -132,6 +134,7 @@ struct Pond {
     double value = 0.0;
     bool headSpecified = false;
     std::string label;
+    int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
 // The map window: Left, Bottom, Right, Top.

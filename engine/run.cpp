@@ -123,6 +123,58 @@ void addElements(Model& model, const ElementsInput& e) {
     for (const SegmentInput& g : s.segments) ls.segments.push_back(Segment{g.x1, g.y1, g.x2, g.y2, g.value, g.label});
     model.lineSinks.push_back(std::move(ls));
   }
+  for (const SinkDiskInput& d : e.sinkDisks) {
+    Pond p;
+    p.x = d.x1;
+    p.y = d.y1;
+    p.radius = std::hypot(d.x2 - d.x1, d.y2 - d.y1);
+    p.value = d.value;
+    p.headSpecified = d.headSpecified;
+    p.label = d.label;
+    p.line = d.line;
+    model.ponds.push_back(std::move(p));
+  }
+  for (const PolygonInput& p : e.polygons) {
+    auto param = [&](size_t i, double fallback) { return i < p.params.size() ? p.params[i] : fallback; };
+    std::vector<Vertex> vertices;
+    for (const VertexInput& v : p.vertices) vertices.push_back(Vertex{v.x, v.y, v.label});
+    switch (p.kind) {
+      case PolygonKind::Transmissivity: {
+        Inhomogeneity in;
+        in.conductivity = param(0, kAsAquifer);
+        in.base = param(1, kAsAquifer);
+        in.averageHead = param(2, kAsAquifer);
+        in.extraction = param(3, 0.0);
+        in.porosity = param(4, kAsAquifer);
+        in.label = p.label;
+        in.vertices = std::move(vertices);
+        in.line = p.line;
+        model.inhomogeneities.push_back(std::move(in));
+        break;
+      }
+      case PolygonKind::WallOpen:
+      case PolygonKind::WallClosed:
+      case PolygonKind::WallOutside:
+      case PolygonKind::WallInside: {
+        Wall w;
+        w.kind = p.kind == PolygonKind::WallOpen     ? WallKind::Open
+                 : p.kind == PolygonKind::WallClosed ? WallKind::Closed
+                 : p.kind == PolygonKind::WallOutside ? WallKind::Outside
+                                                      : WallKind::Inside;
+        w.conductivity = param(0, 0.0);
+        w.thickness = param(1, 1.0);
+        w.porosity = param(2, 0.3);
+        w.bottom = param(3, model.aquifer.base);
+        w.label = p.label;
+        w.vertices = std::move(vertices);
+        w.line = p.line;
+        model.walls.push_back(std::move(w));
+        break;
+      }
+      case PolygonKind::Lake:
+        break;  // lakes are not computed (reported by findUnsupported)
+    }
+  }
 }
 
 std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
@@ -141,17 +193,8 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
     if (auto* e = std::get_if<ElementsInput>(&step.data)) {
       for (const auto& w : e->partialWells) note("ppwell", "partially penetrating wells (ppwell)", w.line, 1);
       for (const auto& w : e->theisWells) note("twell", "transient Theis wells (twell)", w.line, 1);
-      for (const auto& d : e->sinkDisks) note("sinkdisk", "ponds (sinkdisk)", d.line, 1);
-      for (const auto& p : e->polygons) {
-        size_t n = 1 + p.vertices.size();
-        switch (p.kind) {
-          case PolygonKind::Transmissivity:
-            note("transmissivity", "transmissivity inhomogeneities (inhomogeneity transmissivity)", p.line, n);
-            break;
-          case PolygonKind::Lake: note("lake", "lakes (Inhomogeneity Lake)", p.line, n); break;
-          default: note("slurry", "slurry walls (slurry)", p.line, n); break;
-        }
-      }
+      for (const auto& p : e->polygons)
+        if (p.kind == PolygonKind::Lake) note("lake", "lakes (Inhomogeneity Lake)", p.line, 1 + p.vertices.size());
       for (const auto& s : e->strings)
         if (s.lakeLinkLine > 0)
           note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
@@ -328,8 +371,11 @@ class Runner {
     ElementsInput kept = e;
     std::erase_if(kept.wells, [](const WellInput& w) { return !(w.radius > 0); });
     size_t wellsBefore = model_.wells.size(), stringsBefore = model_.lineSinks.size();
+    size_t areasBefore = model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size();
     addElements(model_, kept);
-    if (model_.wells.size() != wellsBefore || model_.lineSinks.size() != stringsBefore) modelChanged_ = true;
+    if (model_.wells.size() != wellsBefore || model_.lineSinks.size() != stringsBefore ||
+        model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore)
+      modelChanged_ = true;
   }
 
   void apply(int line, const SolveCommand& c) {

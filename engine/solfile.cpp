@@ -20,7 +20,7 @@ namespace tarno::engine {
 namespace {
 
 constexpr const char* kMagic = "TARNO-SOL";
-constexpr int kVersion = 1;
+constexpr int kVersion = 2;  // 2: inhomogeneities, walls and ponds
 
 class Writer {
 public:
@@ -107,6 +107,26 @@ void writeModel(Writer& w, const Model& m) {
             w.num(s.x1); w.num(s.y1); w.num(s.x2); w.num(s.y2); w.num(s.value); w.str(s.label);
         }
     }
+    auto vertices = [&](const std::vector<Vertex>& vs) {
+        w.i((long)vs.size());
+        for (const auto& v : vs) { w.num(v.x); w.num(v.y); w.str(v.label); }
+    };
+    w.i((long)m.inhomogeneities.size());
+    for (const auto& in : m.inhomogeneities) {
+        w.num(in.conductivity); w.num(in.base); w.num(in.averageHead); w.num(in.extraction); w.num(in.porosity);
+        w.str(in.label); w.i(in.line);
+        vertices(in.vertices);
+    }
+    w.i((long)m.walls.size());
+    for (const auto& wl : m.walls) {
+        w.i((int)wl.kind); w.num(wl.conductivity); w.num(wl.thickness); w.num(wl.porosity); w.num(wl.bottom);
+        w.str(wl.label); w.i(wl.line);
+        vertices(wl.vertices);
+    }
+    w.i((long)m.ponds.size());
+    for (const auto& p : m.ponds) {
+        w.num(p.x); w.num(p.y); w.num(p.radius); w.num(p.value); w.i(p.headSpecified); w.str(p.label); w.i(p.line);
+    }
 }
 
 Model readModel(Reader& r) {
@@ -137,6 +157,28 @@ Model readModel(Reader& r) {
         for (auto& s : ls.segments) {
             s.x1 = r.num(); s.y1 = r.num(); s.x2 = r.num(); s.y2 = r.num(); s.value = r.num(); s.label = r.str();
         }
+    }
+    auto vertices = [&](std::vector<Vertex>& vs) {
+        vs.resize(r.count(kMaxItems));
+        for (auto& v : vs) { v.x = r.num(); v.y = r.num(); v.label = r.str(); }
+    };
+    m.inhomogeneities.resize(r.count(kMaxItems));
+    for (auto& in : m.inhomogeneities) {
+        in.conductivity = r.num(); in.base = r.num(); in.averageHead = r.num(); in.extraction = r.num(); in.porosity = r.num();
+        in.label = r.str(); in.line = (int)r.i();
+        vertices(in.vertices);
+    }
+    m.walls.resize(r.count(kMaxItems));
+    for (auto& wl : m.walls) {
+        wl.kind = (WallKind)r.count(3);
+        wl.conductivity = r.num(); wl.thickness = r.num(); wl.porosity = r.num(); wl.bottom = r.num();
+        wl.label = r.str(); wl.line = (int)r.i();
+        vertices(wl.vertices);
+    }
+    m.ponds.resize(r.count(kMaxItems));
+    for (auto& p : m.ponds) {
+        p.x = r.num(); p.y = r.num(); p.radius = r.num(); p.value = r.num(); p.headSpecified = r.i() != 0;
+        p.label = r.str(); p.line = (int)r.i();
     }
     return m;
 }

@@ -75,6 +75,9 @@ struct SolveReport {
     int wells = 0;
     int lineSinkStrings = 0;
     int lineSinkSegments = 0;
+    int inhomogeneities = 0;       // accepted ones (bad polygons are skipped)
+    int walls = 0;
+    int ponds = 0;
     int unknowns = 0;              // equals the number of equations
     std::vector<IterationReport> iterations;
     bool converged = false;
@@ -99,7 +102,7 @@ struct PointValues {
     double porosity = 0.0;
     double conductivity = 0.0;
     double base = 0.0;
-    double recharge = 0.0;       // local areal recharge rate (no area elements yet: 0)
+    double recharge = 0.0;       // local areal recharge rate: -N inside inhomogeneities, the rate inside ponds
 };
 
 struct WellResult {
@@ -134,6 +137,50 @@ struct SegmentResult {
     bool inactive = false;       // a drain taking nothing, a dry stream reach, a held gallery segment
 };
 
+// One vertex of an inhomogeneity: the vertex, the centre of the edge that starts there,
+// and the state of the boundary. Jumps are Phi(inside) - Phi(outside); "errors" are the
+// residuals of the conditions: in potential for the jump condition, in discharge per
+// unit length for the normal flow (outside minus inside).
+struct InhomogeneityNode {
+    std::string label;
+    double x1 = 0, y1 = 0, xc = 0, yc = 0;
+    double jumpNode = 0.0;             // jump at the vertex
+    double jumpParabolic = 0.0;        // parabolic part of the jump at the edge's centre
+    double extractionNode = 0.0;       // extraction rate N at the vertex (real part)
+    double extractionNodeImag = 0.0;   // always 0: the area sink is uniform
+    double extractionCentre = 0.0;     // N at the edge's centre
+    double transmissivityFactor = 1.0; // inside over outside transmissivity at the edge's centre
+    double errorNode = 0.0;            // jump condition near the vertex (potential)
+    double errorCentre = 0.0;          // jump condition at the centre (potential)
+    double flowErrorCentre = 0.0;      // normal flow at the centre, outside minus inside
+};
+
+struct InhomogeneityResult {
+    std::string label;
+    double conductivity = 0, base = 0, extraction = 0, porosity = 0;  // as used (kAsAquifer resolved)
+    double area = 0;
+    double averageJump = 0;            // mean jump of the potential along the boundary
+    std::vector<InhomogeneityNode> nodes;
+};
+
+// One segment of a wall, by the vertex it starts at. Jumps are Phi(left) - Phi(right)
+// for the direction in which the vertices are given.
+struct WallNode {
+    std::string label;
+    double x1 = 0, y1 = 0, xc = 0, yc = 0;
+    double jumpNode = 0.0;
+    double jumpParabolic = 0.0;
+    double flowErrorCentre = 0.0;      // flow through the wall minus conductance times head difference
+    double flowErrorNode = 0.0;        // the same near the vertex
+    double headDifferenceCentre = 0.0; // head left minus head right at the centre
+};
+
+struct WallResult {
+    std::string label;
+    double conductivity = 0, thickness = 0, porosity = 0, bottom = 0;
+    std::vector<WallNode> nodes;
+};
+
 class Solution {
 public:
     explicit Solution(Model model);
@@ -166,12 +213,20 @@ public:
     std::pair<double, double> discharge(double x, double y) const;  // (Qx, Qy)
     // Heads at many points at once (in parallel).
     std::vector<double> heads(const std::vector<double>& xs, const std::vector<double>& ys) const;
-    // The stream function (branch cuts run from each well in the -x direction and from
-    // each line-sink along its own line beyond its first vertex).
+    // True where a wall of kind outside or inside excludes the point from the model
+    // (heads there are kDryHead; grids blank them).
+    bool ignored(double x, double y) const;
+    // The stream function (branch cuts run from each well and pond in the -x direction
+    // and from each line-sink along its own line beyond its first vertex). Line-doublets
+    // add their continuous part. Recharge polygons are left out: where water is recharged
+    // there is no stream function, so the value is that of the other elements only.
     double streamFunction(double x, double y) const;
 
     std::vector<WellResult> wellResults() const;
     std::vector<SegmentResult> segmentResults() const;
+    // Accepted inhomogeneities and walls (skipped bad polygons are not listed).
+    std::vector<InhomogeneityResult> inhomogeneityResults() const;
+    std::vector<WallResult> wallResults() const;
 
     // Total flow across the polyline, counted positive from the left to the right
     // of the direction in which the vertices are given.

@@ -2,9 +2,11 @@
 // Internal state of a Solution: the elements in the form the mathematics needs,
 // the unknowns, the factorised matrix and the nonlinear states. Internal to the engine.
 
+#include "engine/area.h"
 #include "engine/kernels.h"
 #include "engine/solution.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,7 +21,52 @@ enum class SegState : std::uint8_t {
     Limited = 4,      // dry stream reach: takes exactly the flow that reaches it
 };
 
-enum class UnknownKind : std::uint8_t { WellQ, SegSigma, GalleryPhi, Constant };
+enum class UnknownKind : std::uint8_t { WellQ, SegSigma, GalleryPhi, Constant, DbNode, DbPara, PondRate };
+
+// A region of the model with its own aquifer properties. Domain 0 is the aquifer;
+// domain i + 1 the inside of the i-th accepted inhomogeneity.
+struct DomainEl {
+    int model = -1;               // index into Model::inhomogeneities (-1: the aquifer)
+    detail::AquiferFn aq;
+    double porosity = 0.3;
+    double extraction = 0.0;      // N: the recharge inside is -N
+    double averageHead = 0.0;     // estimate of the head inside (first iteration)
+    double area = 0.0;
+    std::vector<detail::Pt> poly;
+    bool hasSink = false;
+    detail::AreaSinkGeom sink;
+};
+
+// A region that is not part of the model (behind a wall of kind outside or inside).
+struct IgnoredEl {
+    std::vector<detail::Pt> poly;
+    bool outside = false;         // true: the outside of the polygon is ignored
+};
+
+// One line-doublet: an edge between two inhomogeneity domains, or a wall segment.
+// u[k] is the unknown of the start node, end node and parabolic part (-1: held at 0).
+struct DbEdge {
+    detail::DbGeom g;
+    bool wall = false;
+    int owner = 0;                // index into Model::inhomogeneities or Model::walls
+    int vertex = 0;               // index of the model vertex the edge starts at
+    int dl = 0, dr = 0;           // domains on the left and the right
+    double K = 0, T = 1, Bw = 0;  // wall: conductivity, thickness, bottom
+    bool impermeable = false;     // wall: no flow at all (K = 0 reaching the base, or bounding an ignored region)
+    int u[3] = {-1, -1, -1};
+    double val[3] = {0, 0, 0};
+};
+
+// A pond. `rate` is the rate per area put into the aquifer (known or solved).
+struct PondEl {
+    int model = 0;
+    double x = 0, y = 0, R = 0;
+    bool headSpecified = false;
+    double value = 0;
+    double rate = 0;
+    int unknown = -1;
+    int dom = 0;
+};
 
 struct WellEl {
     int model = 0;       // index into Model::wells
@@ -28,6 +75,7 @@ struct WellEl {
     double value = 0;    // head (head-specified) or discharge
     double q = 0;        // discharge (known or solved)
     int unknown = -1;
+    int dom = 0;         // domain of the well's screen point
 };
 
 struct SegEl {
@@ -41,6 +89,7 @@ struct SegEl {
     double c = 0, w = 0, d = 0;
     double a = 0;        // frozen coefficient c T / w of the resistance condition
     int unknown = -1;    // -1 for discharge segments
+    int dom = 0;         // domain at the segment's centre
     int gallery = -1;    // index into State::galleries
     SegState state = SegState::Free;
     double fixedValue = 0.0;  // sigma of the identity rows
@@ -73,6 +122,33 @@ struct Solution::State {
     std::vector<int> streamOrder;  // routed segments, upstream first
 
     double refX = 0, refY = 0, refHead = 0;
+    int refDom = 0;
+
+    // Area elements and walls (engine/area.cpp).
+    std::vector<DomainEl> domains;
+    std::vector<IgnoredEl> ignored;
+    std::vector<DbEdge> edges;
+    std::vector<PondEl> ponds;
+    // Accepted polygons and walls: kept model vertex indices and, per kept vertex, the
+    // doublet edge that starts there (-1: none) and the sign that turns the edge's jump
+    // into Phi(left) - Phi(right) for the direction in which the model gives the vertices.
+    struct AreaOwner {
+        int model = 0;
+        int domain = 0;           // inhomogeneities: their domain
+        bool closed = true;
+        std::vector<int> verts;
+        std::vector<int> edge;
+        std::vector<int> sign;
+    };
+    std::vector<AreaOwner> inhos, wallEls;
+    // Per unknown of a doublet: up to two (edge, basis) pairs whose strength it is.
+    std::vector<std::array<int, 4>> udb;
+    // Per row of a doublet unknown: the edge and local coordinate of its collocation
+    // point, and the coefficient of its linearised condition (slope or conductance).
+    std::vector<int> rowEdge;
+    std::vector<double> rowX, rowCoef, knownQn;
+    std::vector<char> rowDropped;
+    std::vector<int> chainPrev_;   // per edge: the edge whose end node is its start node (-1: none)  // closed impermeable wall: row replaced by a zero mean jump
 
     // Unknowns: kind and owner; collocation point of the row of the same index.
     int n = 0;
@@ -96,6 +172,31 @@ struct Solution::State {
 
     void warn(const std::string& w);
     void prepare();
+    // Area elements: domains, ignored regions, doublet edges and ponds (before the
+    // unknowns of the other elements are numbered), then their unknowns.
+    void prepareAreaElements(double tol);
+    void numberAreaUnknowns();
+    // knownQn of the wall rows from wAt while only the known elements have strengths.
+    void setKnownFlows();
+    int domainAt(double x, double y) const;
+    bool ignoredAt(double x, double y) const;
+    const detail::AquiferFn& aqOf(int d) const { return domains[d].aq; }
+    double areaPotential(double x, double y) const;          // area sinks, ponds, doublets
+    std::complex<double> areaW(double x, double y) const;
+    double knownAreaPotential(double x, double y) const;     // area sinks and discharge ponds only
+    std::complex<double> knownAreaW(double x, double y) const;
+    // Potential of a unit value of unknown j (doublet or pond) at the points.
+    void areaColumn(int j, const double* px, const double* py, int n, double* out) const;
+    // W of a unit value of unknown j, any kind, at a point.
+    std::complex<double> unitW(int j, double x, double y) const;
+    // Jump of the edge at local coordinate X from the current strengths.
+    double jumpAt(int e, double X) const;
+    // Rows of the doublets in the assembled matrix (A column-major, n x n) and the
+    // right-hand side; the state update after a solve (residual in head). Returns true
+    // when the linearisation moved so far that the matrix should be rebuilt.
+    void assembleAreaRows(double* A);
+    double areaRhs(int i) const;
+    bool updateArea(double& residual);
     // Copies the unknowns into the strength arrays. With applyFixed, segments whose row
     // fixes their strength get that exact value (right after a solve, whose states they are).
     void syncStrengths(bool applyFixed);

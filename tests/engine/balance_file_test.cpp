@@ -190,8 +190,8 @@ TEST(SolFile, RefusesMissingTruncatedForeignAndOtherVersionFiles) {
     expectRefused("NOEND.SOL", good.substr(0, good.size() - 4), "cannot be loaded");
     expectRefused("FOREIGN.SOL", "DSAA\n10 10\n", "not a solution file");
     std::string other = good;
-    other.replace(0, other.find('\n'), "TARNO-SOL 2");
-    expectRefused("OTHER.SOL", other, "version 2");
+    other.replace(0, other.find('\n'), "TARNO-SOL 1");
+    expectRefused("OTHER.SOL", other, "version 1");
     std::string bad = good;
     const size_t p = bad.find('\n', bad.find('\n') + 1);  // the third line: a number
     bad.insert(p + 1, "x");

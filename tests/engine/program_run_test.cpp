@@ -233,9 +233,10 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   };
   EXPECT_EQ(count("(ppwell)"), 1);
   EXPECT_EQ(count("(twell)"), 1);
-  EXPECT_EQ(count("(slurry)"), 1);
   EXPECT_EQ(count("(grid)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 4);
+  EXPECT_EQ(count("not supported by this version"), 3);
+  // The wall is solved, not reported.
+  EXPECT_EQ(count("slurry"), 0);
   EXPECT_EQ(count("frobnicate"), 1);
   // The report names the first line of each kind and how many items were read.
   for (const auto& l : err)
@@ -334,12 +335,19 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   fs::copy_file(sample, dir.path() / "golden_new_solve.dat");
   ASSERT_EQ(runTarno1(dir.path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
   // Every line is read; only the kinds this version does not compute are reported, once each.
+  // The sample's three iterations leave the wall's unconfined condition just short of
+  // convergence, which the log says as well.
   auto err = readLines(dir.path() / "error.log");
-  ASSERT_EQ(err.size(), 5u);
-  for (const char* kind : {"(Inhomogeneity Lake)", "(inhomogeneity transmissivity)", "(slurry)", "(grid)", "(trace)"}) {
+  ASSERT_GE(err.size(), 3u);
+  ASSERT_LE(err.size(), 4u);
+  for (const char* kind : {"(Inhomogeneity Lake)", "(grid)", "(trace)"}) {
     int n = 0;
     for (const auto& l : err) n += l.find(kind) != std::string::npos;
     EXPECT_EQ(n, 1) << kind;
+  }
+  for (const auto& l : err) {
+    EXPECT_EQ(l.find("transmissivity"), std::string::npos) << l;
+    EXPECT_EQ(l.find("slurry"), std::string::npos) << l;
   }
   auto xtr = readLines(dir.path() / "golden.XTR");
   ASSERT_GT(xtr.size(), 3u);
@@ -352,4 +360,72 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   ASSERT_EQ(link.size(), 2u);
   EXPECT_EQ(link[0], " LS_000006_0100");
   EXPECT_EQ(link[1], " LS_000006_0200");
+}
+
+TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {
+  TempDir dir;
+  auto file = with(kHeader, wellAndRiver());
+  file = with(file, {" inhomogeneity ",
+                     " transmissivity 2.50000E+01 -9.99900E+03 1.50000E+01 -1.0000000E-03 2.00000E-01 IN_000003_0000",
+                     "  3.000000E+02 -1.000000E+02 IN_000003_0100", "  5.000000E+02 -1.000000E+02 IN_000003_0200",
+                     "  5.000000E+02 1.000000E+02 IN_000003_0300", "  3.000000E+02 1.000000E+02 IN_000003_0400",
+                     // Bad: two vertices only, and a bow tie.
+                     " transmissivity 2.50000E+01 -9.99900E+03 -9.99900E+03 .0000000E+00 -9.99900E+03 IN_000004_0000",
+                     "  0 0 IN_000004_0100", "  10 0 IN_000004_0200",
+                     " transmissivity 2.50000E+01 -9.99900E+03 -9.99900E+03 .0000000E+00 -9.99900E+03 IN_000005_0000",
+                     "  600 0 IN_000005_0100", "  700 100 IN_000005_0200", "  700 0 IN_000005_0300",
+                     "  600 100 IN_000005_0400", " quit ", " inhomogeneity ",
+                     "slurry open     1.00000E-02 5.00000E-01 2.50000E-01 -1.00000E+00 HB_000006_0000",
+                     "  6.000000E+02 -3.000000E+02 HB_000006_0100", "  6.000000E+02 3.000000E+02 HB_000006_0200",
+                     "  6.500000E+02 4.000000E+02 HB_000006_0300", " quit ", " sinkdisk ", " discharge ",
+                     "  .1000000E+03 .4000000E+03 .1500000E+03 .4000000E+03  2.500000E-03 .000000E+00 WL_000013",
+                     "  .1000000E+03 .4000000E+03 .1000000E+03 .4000000E+03  2.500000E-03 .000000E+00 WL_000015",
+                     " quit ", " sinkdisk ", " head ", "  .3E+03 .4E+03 .32E+03 .4E+03 .9E+01 WL_000014", " quit "});
+  file = with(file, kSolveAndExtract);
+  writeLines(dir.path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
+  auto err = readLines(dir.path() / "error.log");
+  auto has = [&](const std::string& a, const std::string& b) {
+    for (const auto& l : err)
+      if (l.find(a) != std::string::npos && l.find(b) != std::string::npos) return true;
+    return false;
+  };
+  EXPECT_TRUE(has("IN_000004_0000", "fewer than three distinct vertices")) << readAll(dir.path() / "error.log");
+  EXPECT_TRUE(has("IN_000005_0000", "touch or cross; the inhomogeneity is skipped"));
+  EXPECT_TRUE(has("WL_000015", "is skipped"));
+  EXPECT_FALSE(has("not supported", "inhomogeneity"));
+  auto msg = readAll(dir.path() / "message.log");
+  EXPECT_NE(msg.find("Area elements: 1 inhomogeneities, 1 walls, 2 ponds (1 head specified)"), std::string::npos) << msg;
+  EXPECT_NE(msg.find("area sinks, inhomogeneities"), std::string::npos);
+  auto xtr = readLines(dir.path() / "demo.XTR");
+  auto linesAfter = [&](const std::string& head) {
+    std::vector<std::string> out;
+    auto it = std::find(xtr.begin(), xtr.end(), head);
+    if (it != xtr.end())
+      for (++it; it != xtr.end() && !it->empty() && (*it)[0] == ' '; ++it) out.push_back(*it);
+    return out;
+  };
+  auto inho = linesAfter("* transmissivity inhomogeneities");
+  ASSERT_EQ(inho.size(), 5u);
+  auto fields = [](const std::string& l) { return 1 + std::count(l.begin(), l.end(), ','); };
+  EXPECT_EQ(fields(inho[0]), 7);
+  for (size_t i = 1; i < inho.size(); ++i) EXPECT_EQ(fields(inho[i]), 14) << inho[i];
+  EXPECT_EQ(inho[1].rfind(" IN_000003_0100,", 0), 0u) << inho[1];
+  auto walls = linesAfter("* slurry walls");
+  ASSERT_EQ(walls.size(), 3u);  // header and two segments
+  EXPECT_EQ(fields(walls[0]), 5);
+  EXPECT_EQ(fields(walls[1]), 10);
+  EXPECT_EQ(fields(walls[2]), 10);
+  // Inside the inhomogeneity the point record carries its conductivity and recharge.
+  for (const auto& l : xtr)
+    if (l.ends_with("TP_000004")) {
+      std::vector<std::string> f;
+      std::stringstream ss(l);
+      std::string item;
+      while (std::getline(ss, item, ',')) f.push_back(item);
+      ASSERT_EQ(f.size(), 15u);
+      EXPECT_NEAR(std::strtod(f[11].c_str(), nullptr), 25.0, 1e-9) << l;
+      EXPECT_NEAR(std::strtod(f[13].c_str(), nullptr), 1e-3, 1e-12) << l;
+    }
 }
