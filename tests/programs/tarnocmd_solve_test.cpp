@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "program_test_util.h"
+#include "tarnocmd_fixture.h"
 #include "store/database.h"
 
 namespace tarno::test {
@@ -19,39 +20,13 @@ namespace {
 namespace fs = std::filesystem;
 
 
-class TarnocmdSolve : public ::testing::Test {
+class TarnocmdSolve : public TarnocmdProject {
  protected:
   void SetUp() override {
-    std::string tmpl = (fs::temp_directory_path() / "tarno-solve-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
-    project_ = (dir_ / "example.trn").string();
-    const RunResult r = Run({"new", project_, "--yes", "--base-name", "example"});
-    ASSERT_EQ(r.status, 0) << r.err;
+    MakeProject("example");
     Database db = Database::Open(project_);
     db.ExecuteRaw(ReadAll(fs::path(TARNO_SOURCE_DIR) / "examples" / "example-elements.sql"));
   }
-  void TearDown() override {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
-
-  RunResult Run(const std::vector<std::string>& args) {
-    std::string cmd = "cd " + Quote(dir_.string()) + " && TARNO_CONFIG_DIR=" +
-                      Quote((dir_ / "config").string()) + " " +
-                      Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd += " " + Quote(a);
-    cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
-    const int raw = std::system(cmd.c_str());
-    RunResult r;
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    r.out = ReadAll(dir_ / "out.txt");
-    r.err = ReadAll(dir_ / "err.txt");
-    return r;
-  }
-
-  fs::path dir_;
-  std::string project_;
 };
 
 TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
