@@ -69,6 +69,9 @@ struct SolveContext {
   SolveHooks hooks;
   // Where the programs' standard output goes; empty: inherited.
   std::filesystem::path programOutput;
+  // Where the solver's standard error goes; empty: inherited. The batch front end
+  // discards it: a fatal run reaches the user through TARNO.OPS, once.
+  std::filesystem::path solverErrors;
   // The last estimated number of equations (ModelGetSize).
   int Size = 0;
 };
@@ -85,7 +88,7 @@ struct SolveOptions {
 
 enum class SolveOutcome {
   Cancelled,  // the user stopped at a question; nothing changed
-  Fatal,      // the solver left TARNO.OPS
+  Fatal,      // the solver left TARNO.OPS, or was ended by a signal
   Completed,  // the results were processed
   Failed,     // an error ended the operation (reported by TARNOErrorAnalysis)
 };
@@ -102,6 +105,7 @@ struct SolveReport {
   bool contourRun = false;
   int contourStatus = -1;
   LoadSummary load;
+  bool resultsUnusable = false;  // the extract file was empty, not one, or another's
   std::filesystem::path errorLog;    // of this run, empty when absent
   std::filesystem::path messageLog;  // of this run, empty when absent
   bool errorLogHasReport = false;

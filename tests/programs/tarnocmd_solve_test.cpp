@@ -85,14 +85,61 @@ TEST_F(TarnocmdSolve, RegridAndContinueAfterAFirstSolve) {
   EXPECT_EQ(st.GetInt64(0), 2);
 }
 
-TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReport) {
+// Counts the occurrences of `part` in `text`.
+std::size_t Occurrences(const std::string& text, const std::string& part) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
+TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReportShownOnce) {
   ASSERT_EQ(Run({"solve", project_}).status, 0);
   std::ofstream(dir_ / "example.SOL", std::ios::trunc) << "not a solution";
   const RunResult r = Run({"solve", project_, "--continue", "1"});
   EXPECT_EQ(r.status, 1) << r.out;
-  EXPECT_TRUE(Contains(r.err, "Fatal execution error: TARNO Encountered a fatal error: ")) << r.err;
-  EXPECT_TRUE(Contains(r.err, "fatal error:\n  ")) << r.err;
+  EXPECT_EQ(Occurrences(r.err, "Fatal execution error: TARNO Encountered a fatal error: "), 1u)
+      << r.err;
+  // Every line of the solver's report once, as a line of the message; the solver's
+  // own standard error does not pass through.
+  EXPECT_EQ(Occurrences(r.err, "cannot be loaded"), 2u) << r.err;
+  std::istringstream lines(r.err);
+  std::string line;
+  while (std::getline(lines, line))
+    if (Contains(line, "cannot be loaded"))
+      EXPECT_EQ(line.rfind("Fatal execution error: ", 0), 0u) << line;
+  EXPECT_TRUE(Contains(r.err, "tarnocmd: the solver ended with a fatal error (exit status "))
+      << r.err;
   EXPECT_FALSE(fs::exists(dir_ / "TARNO.OPS"));
+
+  // The next solve starts anew and works.
+  const RunResult again = Run({"solve", project_});
+  EXPECT_EQ(again.status, 0) << again.err;
+  EXPECT_TRUE(Contains(again.out, "Run: new solution")) << again.out;
+}
+
+TEST_F(TarnocmdSolve, KilledSolverIsFatalAndTheNextSolveWorks) {
+  // A program folder whose solver is killed half-way through its extract file.
+  const fs::path bin = dir_ / "bin";
+  fs::create_directories(bin);
+  {
+    std::ofstream s(bin / "tarno1");
+    s << "#!/bin/sh\nprintf '* data points\\r\\n* discharge specified wells\\r\\n 1.0' > "
+         "example.XTR\nkill -KILL $$\n";
+  }
+  fs::permissions(bin / "tarno1", fs::perms::owner_all);
+  const RunResult r = Run({"solve", project_}, "TARNO_PROGRAM_DIR=" + Quote(bin.string()));
+  EXPECT_EQ(r.status, 1) << r.out;
+  EXPECT_TRUE(Contains(r.err, "Fatal execution error: The solver ended abnormally (signal 9)"))
+      << r.err;
+  EXPECT_TRUE(Contains(r.out, "Solver exit status: 137")) << r.out;
+
+  const RunResult again = Run({"solve", project_});
+  ASSERT_EQ(again.status, 0) << again.err;
+  EXPECT_TRUE(Contains(again.out, "Run: new solution")) << again.out;
+  Database db = Database::Open(project_);
+  Statement st = db.PrepareRaw("select count(*) from WLResults where Discharge > 0");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetInt64(0), 3);
 }
 
 TEST_F(TarnocmdSolve, BadArgumentsAndTables) {
