@@ -363,8 +363,10 @@ void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLog
   db.Close();
   report.load = ModelLoadTARNOResults(ctx.projectPath, frame, ui);
   report.resultsUnusable = ReportUnusableResults(report.load, ui);
-  // Not done yet: the leakage of a MODFLOW grid (<base>.vlk) is loaded here once the
-  // MODFLOW coupling exists.
+  // The leakage of a MODFLOW grid, when the solve included it. Not done yet: the
+  // reader of <base>.vlk comes with the MODFLOW coupling, through this hook.
+  if (ctx.modflow.GridPresent && ctx.modflow.IncludeLeakage && ctx.hooks.loadLeakage)
+    ctx.hooks.loadLeakage(pf.dir / (pf.base + ".vlk"));
 
   if (ctx.hooks.redraw) ctx.hooks.redraw();
   Enable(ctx, "MODEL_CMDS", true);

@@ -50,6 +50,10 @@ struct SolveHooks {
   std::function<void()> redraw;
   // Closes the Search window if it is open.
   std::function<void()> closeSearch;
+  // Loads the leakage of the MODFLOW grid from <base>.vlk after a solve that
+  // included it. The reader belongs to the MODFLOW coupling, which is not built
+  // yet; until it is, this hook stays empty and the leakage is not loaded.
+  std::function<void(const std::filesystem::path& vlkFile)> loadLeakage;
 };
 
 // Everything a solve reads besides its options.
