@@ -73,7 +73,7 @@ void BuildModel(Database& db, int segments) {
     }
     ls.Reset();
     ls.Bind(1, pid)
-        .Bind(2, "River" + std::to_string(s))
+        .Bind(2, std::string("River").append(std::to_string(s)))
         .Bind(3, 40.0 - 0.01 * s)
         .Bind(4, 38.0 - 0.01 * s)
         .Bind(5, s % 2 ? 0.5 : 0.0);
@@ -89,7 +89,7 @@ void BuildModel(Database& db, int segments) {
     pt.Run();
     well.Reset();
     well.Bind(1, db.LastInsertId())
-        .Bind(2, "W" + std::to_string(i))
+        .Bind(2, std::string("W").append(std::to_string(i)))
         .Bind(3, i % 2 ? 35.0 : 500.0)
         .Bind(4, static_cast<std::int64_t>(i % 2))
         .Bind(5, static_cast<std::int64_t>(i % 4 >= 2 ? 1 : 0));
@@ -101,7 +101,7 @@ void BuildModel(Database& db, int segments) {
     pt.Bind(1, 31.0 + 9.7 * i).Bind(2, 40.0 + 20.0 * (i % 40));
     pt.Run();
     tp.Reset();
-    tp.Bind(1, db.LastInsertId()).Bind(2, "Obs" + std::to_string(i));
+    tp.Bind(1, db.LastInsertId()).Bind(2, std::string("Obs").append(std::to_string(i)));
     tp.Run();
   }
   db.ExecuteRaw("COMMIT");

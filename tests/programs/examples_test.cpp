@@ -60,7 +60,7 @@ class Examples : public ::testing::Test {
   }
   static RunResult Tarnocmd(const std::vector<std::string>& args) {
     std::string cmd = Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd += " " + Quote(a);
+    for (const auto& a : args) cmd.append(" ").append(Quote(a));
     return Shell(cmd);
   }
   static std::int64_t Count(Database& db, const std::string& sql) {

@@ -202,7 +202,7 @@ TEST_F(ExactSolve, DischargeLinesinkHeadsAndInflow) {
   const std::vector<std::complex<double>> points = {
       {4900, 5000}, {4890, 4980}, {5200, 5000}, {4500, 4000}, {5040, 5080}};
   for (std::size_t i = 0; i < points.size(); ++i)
-    AddTestPoint("P" + std::to_string(i), points[i].real(), points[i].imag());
+    AddTestPoint(std::string("P").append(std::to_string(i)), points[i].real(), points[i].imag());
   Solve();
 
   const double L = std::abs(z2 - z1);
@@ -217,7 +217,7 @@ TEST_F(ExactSolve, DischargeLinesinkHeadsAndInflow) {
   const auto tp = Rows("select Label, ModelHead, X from TPResults");
   ASSERT_EQ(tp.size(), points.size());
   for (std::size_t i = 0; i < points.size(); ++i) {
-    const std::string label = "P" + std::to_string(i);
+    const std::string label = std::string("P").append(std::to_string(i));
     EXPECT_NEAR(tp.at(label).first, head(points[i]), kPointTolerance) << label;
   }
   // The segment's inflow is its strength times its length; its ends come back in map

@@ -36,7 +36,7 @@ class TarnocmdProject : public ::testing::Test {
     std::string cmd = "cd " + Quote(dir_.string()) + " && TARNO_CONFIG_DIR=" +
                       Quote((dir_ / "config").string()) + " " + env + " " +
                       Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd += " " + Quote(a);
+    for (const auto& a : args) cmd.append(" ").append(Quote(a));
     cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
     const int raw = std::system(cmd.c_str());
     RunResult r;

@@ -124,9 +124,11 @@ TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReportShownOnce) {
   EXPECT_EQ(Occurrences(r.err, "cannot be loaded"), 2u) << r.err;
   std::istringstream lines(r.err);
   std::string line;
-  while (std::getline(lines, line))
-    if (Contains(line, "cannot be loaded"))
+  while (std::getline(lines, line)) {
+    if (Contains(line, "cannot be loaded")) {
       EXPECT_EQ(line.rfind("Fatal execution error: ", 0), 0u) << line;
+    }
+  }
   EXPECT_TRUE(Contains(r.err, "tarnocmd: the solver ended with a fatal error (exit status "))
       << r.err;
   EXPECT_FALSE(fs::exists(dir_ / "TARNO.OPS"));
