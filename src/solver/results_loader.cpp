@@ -480,8 +480,9 @@ bool ReportUnusableResults(const LoadSummary& summary, UserInterface& ui) {
   } else if (summary.sectionHeads == 0) {
     lines = {"The TARNO results file " + file + " has no section of results.",
              "It is not a results file of the solver or it is damaged; no results were loaded."};
-  } else if (summary.records > 0 && summary.rowsUpdated == 0 &&
+  } else if (summary.unmatched > 0 && summary.rowsUpdated == 0 &&
              summary.unmatched == summary.records - summary.badRecords) {
+    // Every readable record names an element this project does not have.
     lines = {"None of the " + std::to_string(summary.records) + " records of the TARNO results file " +
                  file + " belongs to an element of this project.",
              "The file may be the results of another project; no results were loaded."};
