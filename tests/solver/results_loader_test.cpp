@@ -309,7 +309,9 @@ TEST(UnusableResults, EachCaseHasItsMessageAndUsableLoadsHaveNone) {
       ui.Expect(UiCallKind::MessageBox).Title("Import error").WithIcon(Icon::Critical);
     EXPECT_EQ(ReportUnusableResults(c.summary, ui), c.firstLine != nullptr);
     ui.Verify();
-    if (c.firstLine) EXPECT_EQ(ui.Messages().at(0).lines.at(0), c.firstLine);
+    if (c.firstLine) {
+      EXPECT_EQ(ui.Messages().at(0).lines.at(0), c.firstLine);
+    }
   }
 }
 
