@@ -132,6 +132,9 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
   ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
   ctx.programOutput = "/dev/null";
+  // The solver's own complaints on standard error repeat TARNO.OPS, which the fatal
+  // message shows.
+  ctx.solverErrors = "/dev/null";
 
   if (options.answers == Answers::No) ui.SetDefaultAnswer(Answer::No);
   if (options.answers == Answers::Yes) ui.SetDefaultAnswer(Answer::Yes);
@@ -166,8 +169,9 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
     case SolveOutcome::Fatal:
       out << "Run: " << WriteTypeText(r.writeType) << "\n";
       out << "Solver exit status: " << r.solverStatus << "\n";
-      err << "tarnocmd: the solver ended with a fatal error:\n";
-      for (const auto& l : r.fatalLines) err << "  " << l << "\n";
+      // The lines of the report were shown by the "Fatal execution error" message.
+      err << "tarnocmd: the solver ended with a fatal error (exit status " << r.solverStatus
+          << ")\n";
       return 1;
     case SolveOutcome::Completed:
       break;
@@ -205,6 +209,10 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   if (r.errorLogHasReport) {
     err << "The solver reports (" << r.errorLog.filename().string() << "):\n";
     for (const auto& l : FileLines(r.errorLog)) err << "  " << l << "\n";
+  }
+  if (r.resultsUnusable) {
+    err << "tarnocmd: no results were loaded\n";
+    return 1;
   }
   return 0;
 }

@@ -59,7 +59,8 @@ std::filesystem::path ProgramDirectory() {
 
 pid_t StartProgram(const std::filesystem::path& program, const std::vector<std::string>& args,
                    const std::filesystem::path& workingDirectory,
-                   const std::filesystem::path& outputFile) {
+                   const std::filesystem::path& outputFile,
+                   const std::filesystem::path& errorFile) {
   std::vector<std::string> argvText;
   argvText.push_back(program.string());
   argvText.insert(argvText.end(), args.begin(), args.end());
@@ -73,6 +74,10 @@ pid_t StartProgram(const std::filesystem::path& program, const std::vector<std::
   posix_spawn_file_actions_addchdir_np(&actions, workingDirectory.c_str());
   if (!outputFile.empty()) {
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  }
+  if (!errorFile.empty()) {
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errorFile.c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0644);
   }
   pid_t pid = 0;

@@ -50,11 +50,17 @@ std::filesystem::path ProgramDirectory();
 
 // Starts `program` with `args` (not counting the program itself) in
 // `workingDirectory`. With a non-empty `outputFile` the program's standard output
-// goes there (replaced); otherwise it is inherited. Throws tarno::Error naming the
-// program when it cannot be started (error number 53 for a missing file).
+// goes there (replaced), with a non-empty `errorFile` its standard error; otherwise
+// they are inherited. Throws tarno::Error naming the program when it cannot be
+// started (error number 53 for a missing file).
 pid_t StartProgram(const std::filesystem::path& program, const std::vector<std::string>& args,
                    const std::filesystem::path& workingDirectory,
-                   const std::filesystem::path& outputFile = {});
+                   const std::filesystem::path& outputFile = {},
+                   const std::filesystem::path& errorFile = {});
+
+// True for a status of WaitForTerm1 that tells a program ended by a signal (a
+// crash, or killed from outside): 128 + the signal's number, as the shell counts.
+inline bool EndedBySignal(int status) { return status > 128 && status < 128 + 65; }
 
 // Waits for `pid` with `waiter`; returns the exit status.
 int WaitForTerm1(ProcessWaiter& waiter, pid_t pid);

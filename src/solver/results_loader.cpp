@@ -160,15 +160,19 @@ class Loader {
       if (line.empty()) continue;
       const char kind = line[0];
       if (kind == '*') {
+        ++summary.sectionHeads;
         const int s = SectionOfHeadLine(line.substr(1));
         if (s != kSectionNone) section = s;
       } else if (kind == '@') {
+        ++summary.records;
         if (!DataRecord(line.substr(1))) Bad(kSectionNone, summary, line);
       } else if (kind == ' ') {
+        if (section != kSectionNone) ++summary.records;
         if (!SectionRecord(section, line)) Bad(section, summary, line);
       }
     }
     summary.rowsUpdated = updated_;
+    summary.unmatched = unmatched_;
   }
 
   void SearchTypes() {
@@ -258,6 +262,12 @@ class Loader {
     ++updated_;
   }
 
+  // A record whose label has no row: skipped without a message, but counted.
+  bool Unmatched() {
+    ++unmatched_;
+    return true;
+  }
+
   // A "@" record; false when it is bad.
   bool DataRecord(const std::string& body) {
     int n = 0;
@@ -268,7 +278,7 @@ class Loader {
     if (EndsWith(kind, "gage") || EndsWith(kind, "lake_stage")) {
       if (n < 5) return false;
       const auto it = tp_.find(VidOfLabel(TrimST(f[5])));
-      if (it == tp_.end()) return true;  // no such test point: nothing changes
+      if (it == tp_.end()) return Unmatched();  // no such test point: nothing changes
       Statement& st = EndsWith(kind, "gage") ? tpFlow_ : tpHead_;
       st.Reset();
       st.Bind(1, Val(f[4])).Bind(2, it->second);
@@ -282,7 +292,7 @@ class Loader {
       return true;
     }
     const auto it = tp_.find(VidOfLabel(label));
-    if (it == tp_.end()) return true;
+    if (it == tp_.end()) return Unmatched();
     tpHead_.Reset();
     tpHead_.Bind(1, Val(f[9])).Bind(2, it->second);
     Run(tpHead_);
@@ -299,7 +309,7 @@ class Loader {
       case kSectionHeadPPWells: {
         if (n < 7) return false;
         const auto row = wl_->Find(TrimST(f[7]));
-        if (!row) return true;
+        if (!row) return Unmatched();
         headWell_.Reset();
         headWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
         headWell_.Bind(5, Val(f[5])).Bind(6, Val(f[5]) + Val(f[6])).Bind(7, *row);
@@ -311,7 +321,7 @@ class Loader {
       case kSectionTheisWells: {
         if (n < 6) return false;
         const auto row = wl_->Find(TrimST(f[6]));
-        if (!row) return true;
+        if (!row) return Unmatched();
         dischargeWell_.Reset();
         dischargeWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
         dischargeWell_.Bind(5, Val(f[5])).Bind(6, *row);
@@ -333,7 +343,7 @@ class Loader {
       case kSectionDischargeLinesinks: {
         if (n < 6) return false;
         const auto row = ls_->Find(TrimST(f[6]));
-        if (!row) return true;
+        if (!row) return Unmatched();
         lsDischarge_.Reset();
         lsDischarge_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, X(f[3])).Bind(4, Y(f[4]));
         lsDischarge_.Bind(5, Val(f[5])).Bind(6, *row);
@@ -348,7 +358,7 @@ class Loader {
           return true;
         } else {
           const auto row = in_->Find(TrimST(f[1]));
-          if (!row) return true;
+          if (!row) return Unmatched();
           inNode_.Reset();
           int k = 1;
           for (double v : inHeader_) inNode_.Bind(k++, v);
@@ -368,7 +378,7 @@ class Loader {
           return true;
         } else {
           const auto row = nf_->Find(TrimST(f[1]));
-          if (!row) return true;
+          if (!row) return Unmatched();
           nfNode_.Reset();
           int k = 1;
           for (double v : nfHeader_) nfNode_.Bind(k++, v);
@@ -394,7 +404,7 @@ class Loader {
         // message for this form.
         if (n < 2) return true;
         const auto row = ls_->Find(TrimST(f[1]));
-        if (!row) return true;
+        if (!row) return Unmatched();
         lsLink_.Reset();
         lsLink_.Bind(1, TrimST(f[2])).Bind(2, *row);
         Run(lsLink_);
@@ -408,7 +418,7 @@ class Loader {
   bool LinesinkFull(const std::vector<std::string>& f, const std::string& error,
                     const std::string& label) {
     const auto row = ls_->Find(TrimST(label));
-    if (!row) return true;
+    if (!row) return Unmatched();
     lsFull_.Reset();
     lsFull_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, X(f[3])).Bind(4, Y(f[4]));
     lsFull_.Bind(5, Val(f[5])).Bind(6, Val(f[6])).Bind(7, Val(f[7]));
@@ -430,6 +440,7 @@ class Loader {
   double inHeader_[6] = {0, 0, 0, 0, 0, 0};
   double nfHeader_[4] = {0, 0, 0, 0};
   int updated_ = 0;
+  int unmatched_ = 0;
 };
 
 }  // namespace
@@ -437,6 +448,7 @@ class Loader {
 LoadSummary LoadTARNOResultsFile(Database& db, const std::filesystem::path& extractFile,
                                  const ModelFrame& frame, UserInterface& ui) {
   LoadSummary summary;
+  summary.file = extractFile;
   ui.PleaseWaitShow("Loading Results...", 0);
   try {
     Transaction tx(db);
@@ -457,6 +469,28 @@ LoadSummary LoadTARNOResultsFile(Database& db, const std::filesystem::path& extr
   }
   ui.PleaseWaitHide();
   return summary;
+}
+
+bool ReportUnusableResults(const LoadSummary& summary, UserInterface& ui) {
+  const std::string file = summary.file.string();
+  std::vector<std::string> lines;
+  if (summary.linesRead == 0) {
+    lines = {"The TARNO results file " + file + " is empty.",
+             "The solver may have ended before it wrote its results; no results were loaded."};
+  } else if (summary.sectionHeads == 0) {
+    lines = {"The TARNO results file " + file + " has no section of results.",
+             "It is not a results file of the solver or it is damaged; no results were loaded."};
+  } else if (summary.unmatched > 0 && summary.rowsUpdated == 0 &&
+             summary.unmatched == summary.records - summary.badRecords) {
+    // Every readable record names an element this project does not have.
+    lines = {"None of the " + std::to_string(summary.records) + " records of the TARNO results file " +
+                 file + " belongs to an element of this project.",
+             "The file may be the results of another project; no results were loaded."};
+  } else {
+    return false;
+  }
+  ui.MessageBox("Import error", lines, Buttons::OK, Icon::Critical);
+  return true;
 }
 
 LoadSummary ModelLoadTARNOResults(const std::filesystem::path& projectPath, const ModelFrame& frame,

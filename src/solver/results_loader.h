@@ -48,10 +48,21 @@ int SectionOfHeadLine(const std::string& headText);
 
 // What a load did, for the caller's status line and for tests.
 struct LoadSummary {
+  std::filesystem::path file;  // the extract file read
   int linesRead = 0;
+  int sectionHeads = 0;  // "*" lines
+  int records = 0;       // "@" lines and records of a known section, bad ones included
   int badRecords = 0;
-  int rowsUpdated = 0;  // result rows that received values
+  int unmatched = 0;     // records whose label names no row of this project
+  int rowsUpdated = 0;   // result rows that received values
 };
+
+// After a solve: tells the user when the extract file cannot be this run's results
+// of this project, so that blank result rows are not taken for a solution. Three
+// cases, each an "Import error" box: the file is empty; it has no section head at
+// all (not an extract file); it has records but none of them names an element of
+// this project (the file of another project). True when a message was shown.
+bool ReportUnusableResults(const LoadSummary& summary, UserInterface& ui);
 
 // Finds the extract file of `baseName` in `directory`: "<base>.xtr" in any case of
 // its letters (the solver writes the extension in capitals). Empty when none.

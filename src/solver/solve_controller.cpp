@@ -229,7 +229,8 @@ void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
   report.size = ctx.Size;
   const std::string name = writeType == kWriteRegrid ? std::string("REGRID.DAT") : pf.base;
   const pid_t pid = StartProgram(ctx.programDirectory / kSolverProgram,
-                                 {std::to_string(ctx.Size), name}, pf.dir, ctx.programOutput);
+                                 {std::to_string(ctx.Size), name}, pf.dir, ctx.programOutput,
+                                 ctx.solverErrors);
 
   // 9. The wait.
   ui.PleaseWaitShow("Running Solver...", kWaitWidth);
@@ -241,10 +242,19 @@ void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
   }
   ui.PleaseWaitHide();
 
-  // 10. A fatal run.
+  // 10. A fatal run. A solver ended by a signal (it crashed or was killed) leaves
+  // no report and may leave half-written files; it is fatal all the same, so that
+  // nothing of it is loaded.
   const fs::path ops = FindFileNoCase(pf.dir, "TARNO.OPS");
-  if (!ops.empty()) {
-    report.fatalLines = ReadLines(ops);
+  if (!ops.empty() || EndedBySignal(report.solverStatus)) {
+    if (!ops.empty()) {
+      report.fatalLines = ReadLines(ops);
+    } else {
+      report.fatalLines = {"The solver ended abnormally (signal " +
+                               std::to_string(report.solverStatus - 128) +
+                               ") before it finished its run.",
+                           "Its result files are incomplete and were not loaded."};
+    }
     std::vector<std::string> lines{"TARNO Encountered a fatal error: ", ""};
     lines.insert(lines.end(), report.fatalLines.begin(), report.fatalLines.end());
     ui.MessageBox("Fatal execution error", lines, Buttons::OK, Icon::Critical);
@@ -352,8 +362,11 @@ void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLog
   const ModelFrame frame = ModelRestoreModelOrigin(db, s.BasemapConvert);
   db.Close();
   report.load = ModelLoadTARNOResults(ctx.projectPath, frame, ui);
-  // Not done yet: the leakage of a MODFLOW grid (<base>.vlk) is loaded here once the
-  // MODFLOW coupling exists.
+  report.resultsUnusable = ReportUnusableResults(report.load, ui);
+  // The leakage of a MODFLOW grid, when the solve included it. Not done yet: the
+  // reader of <base>.vlk comes with the MODFLOW coupling, through this hook.
+  if (ctx.modflow.GridPresent && ctx.modflow.IncludeLeakage && ctx.hooks.loadLeakage)
+    ctx.hooks.loadLeakage(pf.dir / (pf.base + ".vlk"));
 
   if (ctx.hooks.redraw) ctx.hooks.redraw();
   Enable(ctx, "MODEL_CMDS", true);

@@ -50,6 +50,10 @@ struct SolveHooks {
   std::function<void()> redraw;
   // Closes the Search window if it is open.
   std::function<void()> closeSearch;
+  // Loads the leakage of the MODFLOW grid from <base>.vlk after a solve that
+  // included it. The reader belongs to the MODFLOW coupling, which is not built
+  // yet; until it is, this hook stays empty and the leakage is not loaded.
+  std::function<void(const std::filesystem::path& vlkFile)> loadLeakage;
 };
 
 // Everything a solve reads besides its options.
@@ -69,6 +73,9 @@ struct SolveContext {
   SolveHooks hooks;
   // Where the programs' standard output goes; empty: inherited.
   std::filesystem::path programOutput;
+  // Where the solver's standard error goes; empty: inherited. The batch front end
+  // discards it: a fatal run reaches the user through TARNO.OPS, once.
+  std::filesystem::path solverErrors;
   // The last estimated number of equations (ModelGetSize).
   int Size = 0;
 };
@@ -85,7 +92,7 @@ struct SolveOptions {
 
 enum class SolveOutcome {
   Cancelled,  // the user stopped at a question; nothing changed
-  Fatal,      // the solver left TARNO.OPS
+  Fatal,      // the solver left TARNO.OPS, or was ended by a signal
   Completed,  // the results were processed
   Failed,     // an error ended the operation (reported by TARNOErrorAnalysis)
 };
@@ -102,6 +109,7 @@ struct SolveReport {
   bool contourRun = false;
   int contourStatus = -1;
   LoadSummary load;
+  bool resultsUnusable = false;  // the extract file was empty, not one, or another's
   std::filesystem::path errorLog;    // of this run, empty when absent
   std::filesystem::path messageLog;  // of this run, empty when absent
   bool errorLogHasReport = false;

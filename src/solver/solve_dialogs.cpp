@@ -1,6 +1,7 @@
 #include "solver/solve_dialogs.h"
 
 #include "core/error.h"
+#include "core/text.h"
 #include "solver/model_settings.h"
 #include "store/database.h"
 
@@ -10,15 +11,56 @@ namespace {
 
 // The decimal parse of a text field: stops at the first foreign character, an
 // empty field reads as 0.
-double FieldValue(const std::string& text) {
-  try {
-    return std::stod(text.empty() ? "0" : text);
-  } catch (...) {
-    return 0.0;
-  }
+double FieldValue(const std::string& text) { return Val(text); }
+
+constexpr const char* kIterationsLine1 = "Number of Iterations must be positive.";
+constexpr const char* kIterationsLine2 = "Please enter a new value for the Number of Iterations.";
+constexpr const char* kOuterLine1 = "Number of Iterations (Outside Loop) must be positive.";
+constexpr const char* kOuterLine2 =
+    "Please enter a new value for the Number of Iterations for the Outside Loop.";
+
+void BadEntry(UserInterface& ui, const char* line1, const char* line2) {
+  ui.MessageBox("Bad Entry", {line1, line2}, Buttons::OK, Icon::Exclamation);
 }
 
 }  // namespace
+
+void RelaxDialog::Load(const ModelSettings& s) {
+  chkOutsideLoop = s.chkOutsideLoop;
+  tbOuterIterations = s.tbOuterIterations;
+  Result = 2;
+}
+
+bool RelaxDialog::Ok(ModelSettings& s, UserInterface& ui) {
+  // The count matters only while the loop is switched on, as in the model settings.
+  if (chkOutsideLoop && !(FieldValue(tbOuterIterations) > 0)) {
+    BadEntry(ui, kOuterLine1, kOuterLine2);
+    return false;
+  }
+  s.chkOutsideLoop = chkOutsideLoop;
+  s.tbOuterIterations = tbOuterIterations;
+  Result = 1;
+  return true;
+}
+
+void ConvergeDialog::Load(const ModelSettings& s) {
+  tbIterations = s.tbIterations;
+  chkFastSolution = s.chkFastSolution;
+  chkStoreMatrixOnDisk = s.chkStoreMatrixOnDisk;
+  Result = 2;
+}
+
+bool ConvergeDialog::Ok(ModelSettings& s, UserInterface& ui) {
+  if (!(FieldValue(tbIterations) > 0)) {
+    BadEntry(ui, kIterationsLine1, kIterationsLine2);
+    return false;
+  }
+  s.SetIterations(tbIterations);
+  s.chkFastSolution = chkFastSolution;
+  s.chkStoreMatrixOnDisk = chkStoreMatrixOnDisk;
+  Result = 1;
+  return true;
+}
 
 void FormContinueSolve::Load(ModelSettings& s, const std::filesystem::path& projectPath) {
   settings_ = &s;
@@ -37,17 +79,11 @@ bool FormContinueSolve::Ok(UserInterface& ui) {
   if (settings_ == nullptr) throw Error("The continue form was not loaded");
   ModelSettings& s = *settings_;
   if (!(FieldValue(tbIterations) > 0)) {
-    ui.MessageBox("Bad Entry",
-                  {"Number of Iterations must be positive.",
-                   "Please enter a new value for the Number of Iterations."},
-                  Buttons::OK, Icon::Exclamation);
+    BadEntry(ui, kIterationsLine1, kIterationsLine2);
     return false;
   }
   if (chkOutsideLoop && !(FieldValue(tbOuterIterations) > 0)) {
-    ui.MessageBox("Bad Entry",
-                  {"Number of Iterations (Outside Loop) must be positive.",
-                   "Please enter a new value for the Number of Iterations for the Outside Loop."},
-                  Buttons::OK, Icon::Exclamation);
+    BadEntry(ui, kOuterLine1, kOuterLine2);
     return false;
   }
   Database db = Database::Open(projectPath_);

@@ -1,6 +1,8 @@
 // The small dialogs around a solve, as models without a window: the question
-// whether to solve again when a valid solution is present (SolvePrompt) and the
-// form that continues the iterations of a solution (FormContinueSolve). The advice
+// whether to solve again when a valid solution is present (SolvePrompt), the form
+// that continues the iterations of a solution (FormContinueSolve), the two advanced
+// dialogs behind buttons of the model settings (RelaxDialog, ConvergeDialog) and
+// the integrity check's view of the fluxes at a point (SolverIntegrity). The advice
 // dialog on the number of iterations is IterationsDialog (solver/command_file.h).
 #pragma once
 
@@ -62,6 +64,62 @@ class FormContinueSolve : public DialogModel {
  private:
   ModelSettings* settings_ = nullptr;
   std::filesystem::path projectPath_;
+};
+
+// "Surface Water relaxation" (cmdRelax of the model settings): the outer loop that
+// the solver runs around the stream routing and the lake balances. OK checks the
+// count and copies the two fields into the model settings, whose own OK writes them
+// to the Model row (OuterIterationsFlag, OuterIterations). Result is 1 after OK, 2
+// when the dialog was left otherwise.
+class RelaxDialog : public DialogModel {
+ public:
+  static constexpr const char* kName = "relax";
+  static constexpr const char* kTitle = "Surface Water relaxation";
+  std::string DialogName() const override { return kName; }
+
+  void Load(const ModelSettings& settings);
+  // False, with nothing copied, when the check fails ("Bad Entry").
+  bool Ok(ModelSettings& settings, UserInterface& ui);
+
+  bool chkOutsideLoop = false;
+  std::string tbOuterIterations = "0";
+  int Result = 2;
+};
+
+// "Solver Convergence" (cmdConverge of the model settings): the iterations of the
+// inner loop and how the solver treats its matrix. OK checks the count and copies
+// the fields into the model settings (SOLVERIterations, FastSolution,
+// StoreMatrixOnDisk on the model settings' OK).
+class ConvergeDialog : public DialogModel {
+ public:
+  static constexpr const char* kName = "Converge";
+  static constexpr const char* kTitle = "Solver Convergence";
+  std::string DialogName() const override { return kName; }
+
+  void Load(const ModelSettings& settings);
+  bool Ok(ModelSettings& settings, UserInterface& ui);
+
+  std::string tbIterations = "1";
+  bool chkFastSolution = false;       // reuse the factorised matrix between iterations
+  bool chkStoreMatrixOnDisk = false;  // keep large matrices out of memory
+  int Result = 2;
+};
+
+// "Solver Integrity Check": the analytic and the numerical value of the discharge
+// components and divergences at one point, side by side. A plain holder: the
+// inspection at a point (not built yet) fills it and shows it; nothing here
+// computes.
+class SolverIntegrity : public DialogModel {
+ public:
+  static constexpr const char* kName = "SolverIntegrity";
+  static constexpr const char* kTitle = "Solver Integrity Check";
+  std::string DialogName() const override { return kName; }
+
+  double VxAnyl = 0, VxNum = 0;
+  double VyAnyl = 0, VyNum = 0;
+  double VzAnyl = 0, VzNum = 0;
+  double divqAnyl = 0, divqNum = 0;
+  double divCapQAnyl = 0, divCapQNum = 0;
 };
 
 }  // namespace tarno

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "program_test_util.h"
+#include "tarnocmd_fixture.h"
 #include "store/database.h"
 
 namespace tarno::test {
@@ -19,39 +20,33 @@ namespace {
 namespace fs = std::filesystem;
 
 
-class TarnocmdSolve : public ::testing::Test {
+// An aquifer, three pumping wells (rates in Head) and a river of four vertices.
+constexpr const char* kThreeWellsAndARiver = R"sql(
+BEGIN;
+UPDATE Model SET AQBase = 80.0, AQThickness = '40', AQHydCond = 15.0, AQPorosity = 0.25;
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 1200.0, 850.0);
+INSERT INTO Wells(VID, Label, Head) VALUES (last_insert_rowid(), 'Municipal1', 800.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 1450.0, 700.0);
+INSERT INTO Wells(VID, Label, Head) VALUES (last_insert_rowid(), 'Municipal2', 500.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 900.0, 1300.0);
+INSERT INTO Wells(VID, Label, Head) VALUES (last_insert_rowid(), 'Irrigation', 300.0);
+INSERT INTO Polygons(Closed) VALUES (0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES ((SELECT max(PID) FROM Polygons), 0, 0.0, 0.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES ((SELECT max(PID) FROM Polygons), 100, 600.0, 250.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES ((SELECT max(PID) FROM Polygons), 200, 1300.0, 300.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES ((SELECT max(PID) FROM Polygons), 300, 2000.0, 100.0);
+INSERT INTO LinesinkStrings(PID, Label, StartingHead, EndingHead)
+  VALUES ((SELECT max(PID) FROM Polygons), 'WabashRiver', 120.0, 118.5);
+COMMIT;
+)sql";
+
+class TarnocmdSolve : public TarnocmdProject {
  protected:
   void SetUp() override {
-    std::string tmpl = (fs::temp_directory_path() / "tarno-solve-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
-    project_ = (dir_ / "example.trn").string();
-    const RunResult r = Run({"new", project_, "--yes", "--base-name", "example"});
-    ASSERT_EQ(r.status, 0) << r.err;
+    MakeProject("example");
     Database db = Database::Open(project_);
-    db.ExecuteRaw(ReadAll(fs::path(TARNO_SOURCE_DIR) / "examples" / "example-elements.sql"));
+    db.ExecuteRaw(kThreeWellsAndARiver);
   }
-  void TearDown() override {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
-
-  RunResult Run(const std::vector<std::string>& args) {
-    std::string cmd = "cd " + Quote(dir_.string()) + " && TARNO_CONFIG_DIR=" +
-                      Quote((dir_ / "config").string()) + " " +
-                      Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd += " " + Quote(a);
-    cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
-    const int raw = std::system(cmd.c_str());
-    RunResult r;
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    r.out = ReadAll(dir_ / "out.txt");
-    r.err = ReadAll(dir_ / "err.txt");
-    return r;
-  }
-
-  fs::path dir_;
-  std::string project_;
 };
 
 TEST_F(TarnocmdSolve, SolvesTheExampleAndLoadsHeads) {
@@ -110,14 +105,63 @@ TEST_F(TarnocmdSolve, RegridAndContinueAfterAFirstSolve) {
   EXPECT_EQ(st.GetInt64(0), 2);
 }
 
-TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReport) {
+// Counts the occurrences of `part` in `text`.
+std::size_t Occurrences(const std::string& text, const std::string& part) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
+TEST_F(TarnocmdSolve, FatalRunExitsNonZeroWithTheReportShownOnce) {
   ASSERT_EQ(Run({"solve", project_}).status, 0);
   std::ofstream(dir_ / "example.SOL", std::ios::trunc) << "not a solution";
   const RunResult r = Run({"solve", project_, "--continue", "1"});
   EXPECT_EQ(r.status, 1) << r.out;
-  EXPECT_TRUE(Contains(r.err, "Fatal execution error: TARNO Encountered a fatal error: ")) << r.err;
-  EXPECT_TRUE(Contains(r.err, "fatal error:\n  ")) << r.err;
+  EXPECT_EQ(Occurrences(r.err, "Fatal execution error: TARNO Encountered a fatal error: "), 1u)
+      << r.err;
+  // Every line of the solver's report once, as a line of the message; the solver's
+  // own standard error does not pass through.
+  EXPECT_EQ(Occurrences(r.err, "cannot be loaded"), 2u) << r.err;
+  std::istringstream lines(r.err);
+  std::string line;
+  while (std::getline(lines, line)) {
+    if (Contains(line, "cannot be loaded")) {
+      EXPECT_EQ(line.rfind("Fatal execution error: ", 0), 0u) << line;
+    }
+  }
+  EXPECT_TRUE(Contains(r.err, "tarnocmd: the solver ended with a fatal error (exit status "))
+      << r.err;
   EXPECT_FALSE(fs::exists(dir_ / "TARNO.OPS"));
+
+  // The next solve starts anew and works.
+  const RunResult again = Run({"solve", project_});
+  EXPECT_EQ(again.status, 0) << again.err;
+  EXPECT_TRUE(Contains(again.out, "Run: new solution")) << again.out;
+}
+
+TEST_F(TarnocmdSolve, KilledSolverIsFatalAndTheNextSolveWorks) {
+  // A program folder whose solver is killed half-way through its extract file.
+  const fs::path bin = dir_ / "bin";
+  fs::create_directories(bin);
+  {
+    std::ofstream s(bin / "tarno1");
+    s << "#!/bin/sh\nprintf '* data points\\r\\n* discharge specified wells\\r\\n 1.0' > "
+         "example.XTR\nkill -KILL $$\n";
+  }
+  fs::permissions(bin / "tarno1", fs::perms::owner_all);
+  const RunResult r = Run({"solve", project_}, "TARNO_PROGRAM_DIR=" + Quote(bin.string()));
+  EXPECT_EQ(r.status, 1) << r.out;
+  EXPECT_TRUE(Contains(r.err, "Fatal execution error: The solver ended abnormally (signal 9)"))
+      << r.err;
+  EXPECT_TRUE(Contains(r.out, "Solver exit status: 137")) << r.out;
+
+  const RunResult again = Run({"solve", project_});
+  ASSERT_EQ(again.status, 0) << again.err;
+  EXPECT_TRUE(Contains(again.out, "Run: new solution")) << again.out;
+  Database db = Database::Open(project_);
+  Statement st = db.PrepareRaw("select count(*) from WLResults where Discharge > 0");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetInt64(0), 3);
 }
 
 TEST_F(TarnocmdSolve, BadArgumentsAndTables) {

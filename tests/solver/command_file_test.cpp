@@ -309,6 +309,59 @@ TEST_F(CommandFileTest, PestTemplateWritesParameterFieldsAndKeepsResultRows) {
   EXPECT_DOUBLE_EQ(state.ReferenceHead, 4);  // a template does not recompute it
 }
 
+// A template against the hand-written file of the new solve: the same file line
+// for line but for what a template changes, each spelled out here. The export
+// switches contours and pathlines off, so the grid and trace blocks go; the
+// reference head is the one of the last solve; tagged values become fields.
+class TemplateFileTest : public CommandFileTest {
+ protected:
+  void CheckAgainstTheNewSolveFile(int type) {
+    BuildGoldenProject();
+    SetOrigin(100, 50);
+    Sql("update Inhomogeneities set chkScenarioHydCond=1, ScenHydCond='kin'");
+    Sql("update LinesinkStrings set chkScenario=1, ScenResistance='res' where Label='S2'");
+    ModelSettings s = LoadSettings();
+    s.SetIterations("3");
+    s.chkScenarioHydCond = true;
+    s.tbScenario[1] = "kaq";
+    s.chkContour = false;
+    s.chkComputePaths = false;
+    SolutionState state;
+    state.ReferenceHead = 9.5;
+    ScriptedUserInterface ui;
+    CommandFileContext ctx = Context(s, state, ui);
+    const auto actual = Lines(ReadFile(ModelWriteInputFile(type, false, false, ctx)));
+    ui.Verify();
+
+    std::vector<std::string> expected;
+    if (type == kWritePestTemplate) expected.push_back("ptf !");
+    bool gridAndTrace = false;
+    for (const std::string& line : Lines(DataFile("golden_new_solve.dat"))) {
+      if (line == " grid") gridAndTrace = true;  // up to the end: the grid, then the trace
+      if (line == " stop") gridAndTrace = false;
+      if (gridAndTrace) continue;
+      if (line == " permeability 1.0000000E+01")
+        expected.push_back(" permeability !kaq_________!");
+      else if (line.rfind(" transmissivity 5.00000E+00 ", 0) == 0)
+        expected.push_back(" transmissivity ! kin_________ ! -9.99900E+03 -9.99900E+03 "
+                           "-1.0000000E-03 3.00000E-01 IN_000002_0000");
+      else if (line == " resistance 2.000000E+00 ")  // S2's, the only plain head string
+        expected.push_back(" resistance ! res_________ ! ");
+      else
+        expected.push_back(line);
+    }
+    EXPECT_TRUE(SameLines(expected, actual));
+  }
+};
+
+TEST_F(TemplateFileTest, PestTemplateIsTheNewSolveFileWithFields) {
+  CheckAgainstTheNewSolveFile(kWritePestTemplate);
+}
+
+TEST_F(TemplateFileTest, UcodeTemplateIsTheNewSolveFileWithFields) {
+  CheckAgainstTheNewSolveFile(kWriteUcodeTemplate);
+}
+
 TEST_F(CommandFileTest, UcodeTemplateHasNoPtfLine) {
   BuildGoldenProject();
   SetOrigin(100, 50);

@@ -40,7 +40,7 @@ class ControllerTest : public SolverProject {
   // A solver that succeeds: a solution, an empty extract file and the two logs.
   void GoodSolver(const std::string& errorLog = "*\\r\\n", const std::string& extra = "") {
     FakeProgram("tarno1", "printf 'solution' > golden.SOL\n"
-                          "printf '! nothing to report\\r\\n' > golden.XTR\n"
+                          "printf '* data points\\r\\n! nothing to report\\r\\n' > golden.XTR\n"
                           "printf '" + errorLog + "' > error.log\n"
                           "printf 'Iteration 1\\r\\n' > message.log\n" + extra);
   }

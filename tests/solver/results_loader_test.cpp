@@ -84,6 +84,9 @@ TEST_F(ResultsLoaderTest, EverySectionOfAHandWrittenFile) {
   ui.Verify();
   EXPECT_EQ(summary.linesRead, 38);
   EXPECT_EQ(summary.badRecords, 6);
+  EXPECT_EQ(summary.sectionHeads, 10);
+  EXPECT_EQ(summary.records, 26);  // 4 "@" lines and 22 section records
+  EXPECT_EQ(summary.unmatched, 1);  // WL_999999; a grid point is not an element
   EXPECT_EQ(ui.WaitTexts(), std::vector<std::string>{"Loading Results..."});
   EXPECT_FALSE(ui.WaitWindowVisible());
 
@@ -259,6 +262,57 @@ TEST(ExtractFile, FoundInAnyCase) {
   std::ofstream(dir / "base.xtr") << "x";
   EXPECT_EQ(FindExtractFile(dir, "base"), dir / "base.xtr");
   std::filesystem::remove_all(dir);
+}
+
+}  // namespace
+}  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+// When the counts of a load tell that the file cannot be this project's results.
+TEST(UnusableResults, EachCaseHasItsMessageAndUsableLoadsHaveNone) {
+  struct Case {
+    const char* name;
+    LoadSummary summary;
+    const char* firstLine;  // nullptr: no message
+  };
+  auto counts = [](int lines, int heads, int records, int bad, int unmatched, int updated) {
+    LoadSummary s;
+    s.file = "/p/model.XTR";
+    s.linesRead = lines;
+    s.sectionHeads = heads;
+    s.records = records;
+    s.badRecords = bad;
+    s.unmatched = unmatched;
+    s.rowsUpdated = updated;
+    return s;
+  };
+  const Case cases[] = {
+      {"empty", counts(0, 0, 0, 0, 0, 0), "The TARNO results file /p/model.XTR is empty."},
+      {"no head", counts(40, 0, 3, 3, 0, 0),
+       "The TARNO results file /p/model.XTR has no section of results."},
+      {"foreign", counts(9, 3, 5, 1, 4, 0),
+       "None of the 5 records of the TARNO results file /p/model.XTR belongs to an element of "
+       "this project."},
+      // Heads only: a model without elements to report.
+      {"heads only", counts(3, 3, 0, 0, 0, 0), nullptr},
+      // Every record bad: each had its own message already.
+      {"all bad", counts(4, 1, 3, 3, 0, 0), nullptr},
+      // Some labels unknown, others loaded.
+      {"partly foreign", counts(9, 3, 5, 0, 2, 3), nullptr},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    ScriptedUserInterface ui;
+    if (c.firstLine)
+      ui.Expect(UiCallKind::MessageBox).Title("Import error").WithIcon(Icon::Critical);
+    EXPECT_EQ(ReportUnusableResults(c.summary, ui), c.firstLine != nullptr);
+    ui.Verify();
+    if (c.firstLine) {
+      EXPECT_EQ(ui.Messages().at(0).lines.at(0), c.firstLine);
+    }
+  }
 }
 
 }  // namespace
