@@ -1,5 +1,6 @@
 #include "programs/contour/grid.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -178,13 +179,11 @@ Grid parseGrid(std::string_view text, const std::string& file) {
                                  quoteToken(words[1]));
   readPair(s, file, 5, "value range", g.zlo, g.zhi, words);
 
-  // Each value takes at least two characters (a digit and a separator), so a
-  // file too short for the count is refused before anything is allocated.
+  // Each value takes at least two characters (a digit and a separator), so
+  // no more is reserved than the rest of the file can hold: a count far beyond
+  // the file's size fails on the missing values, not on the allocation.
   const std::size_t n = static_cast<std::size_t>(points);
-  if (s.remaining() / 2 + 1 < n)
-    throw GridError(file, 2,
-                    "the file is too short for " + std::to_string(g.nx) + " by " + std::to_string(g.ny) + " values");
-  g.z.resize(n);
+  g.z.reserve(std::min(n, s.remaining() / 2 + 1));
   for (std::size_t k = 0; k < n; ++k) {
     std::string_view w = s.nextWord();
     if (w.empty())
@@ -193,7 +192,7 @@ Grid parseGrid(std::string_view text, const std::string& file) {
     double v;
     if (!parseNumber(w, v)) throw GridError(file, s.line(), "not a number: " + quoteToken(w));
     if (!std::isfinite(v)) throw GridError(file, s.line(), "not a finite number: " + quoteToken(w));
-    g.z[k] = v;
+    g.z.push_back(v);
   }
   std::string_view extra = s.nextWord();
   if (!extra.empty())
