@@ -6,6 +6,7 @@
 #include <string>
 
 #include "contour_test_util.h"
+#include "programs/contour/contour.h"
 #include "programs/contour/grid.h"
 
 namespace tarno::contour {
@@ -156,6 +157,35 @@ TEST(NumberParse, WholeTokensOnly) {
   EXPECT_TRUE(std::isinf(v));
   for (const char* bad : {"", "+", "-", "1.0.0", "0x10", "1e", "12abc", " 1", "1 ", "+-1", "1d5"})
     EXPECT_FALSE(parseNumber(bad, v)) << bad;
+}
+
+}  // namespace
+}  // namespace tarno::contour
+
+namespace tarno::contour {
+namespace {
+
+// The seed corpus of the fuzz target: each file is read or refused with a
+// GridError, and what is read contours at its own values.
+TEST(GridFuzzCorpus, EveryFileReadsOrIsRefused) {
+  namespace fs = std::filesystem;
+  int read = 0;
+  for (const auto& e : fs::directory_iterator(fs::path(TARNO_TEST_DATA_DIR) / "fuzz-corpus")) {
+    std::string text = test::readFile(e.path());
+    try {
+      Grid g = parseGrid(text, e.path().filename().string());
+      for (double level : {g.z.front(), g.z.back(), g.zlo, g.zhi}) {
+        for (const auto& p : Contourer(g).level(level)) {
+          EXPECT_GE(p.points.size(), 2u);
+          if (p.closed) EXPECT_TRUE(p.points.front() == p.points.back());
+        }
+      }
+      ++read;
+    } catch (const GridError& e) {
+      EXPECT_GT(e.line(), 0) << e.what();
+    }
+  }
+  EXPECT_GE(read, 5);
 }
 
 }  // namespace
