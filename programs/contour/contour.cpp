@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <exception>
+#include <optional>
 #include <utility>
 
 #ifdef _OPENMP
@@ -221,12 +223,33 @@ std::vector<Polyline> Contourer::level(double level) {
 std::vector<Polyline> contourGrid(const Grid& grid, const std::vector<double>& levels) {
   const int n = static_cast<int>(levels.size());
   std::vector<std::vector<Polyline>> perLevel(levels.size());
+  // An exception must not leave a parallel region, nor skip the loop's
+  // barrier: the first one (out of memory, in practice) is kept and thrown
+  // again after the region.
+  std::exception_ptr failure;
+  auto keep = [&failure] {
+#pragma omp critical(contour_failure)
+    if (!failure) failure = std::current_exception();
+  };
 #pragma omp parallel
   {
-    Contourer c(grid);
+    std::optional<Contourer> c;
+    try {
+      c.emplace(grid);
+    } catch (...) {
+      keep();
+    }
 #pragma omp for schedule(dynamic, 1)
-    for (int k = 0; k < n; ++k) perLevel[k] = c.level(levels[k]);
+    for (int k = 0; k < n; ++k) {
+      if (!c) continue;
+      try {
+        perLevel[k] = c->level(levels[k]);
+      } catch (...) {
+        keep();
+      }
+    }
   }
+  if (failure) std::rethrow_exception(failure);
   std::vector<Polyline> all;
   std::size_t total = 0;
   for (const auto& l : perLevel) total += l.size();
