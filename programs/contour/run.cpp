@@ -4,11 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <ostream>
 #include <system_error>
 
@@ -34,42 +36,69 @@ bool equalsNoCase(const std::string& a, const std::string& b) {
 
 constexpr const char* kUsage = "usage: contour <base> <min> <interval> <max>";
 
-// Writes `text` to a new temporary file beside `target` and renames it into
-// place. On failure the temporary is removed and the message returned.
-std::optional<std::string> writeReplacing(const fs::path& target, const std::string& text) {
-  std::string tmpl = target.string() + ".XXXXXX";
-  int fd = mkstemp(tmpl.data());
-  if (fd < 0) return "cannot create a file beside \"" + target.string() + "\": " + std::strerror(errno);
-  std::size_t done = 0;
-  while (done < text.size()) {
-    ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      std::string why = std::strerror(n < 0 ? errno : EIO);
-      ::close(fd);
-      ::unlink(tmpl.c_str());
-      return "cannot write \"" + target.string() + "\": " + why;
+// A new file beside `target` that takes its place on commit(); removed when
+// it goes out of scope uncommitted, so a failed run leaves no file behind and
+// an older `target` as it was.
+class ReplacingFile {
+ public:
+  explicit ReplacingFile(const fs::path& target) : target_(target), temp_(target.string() + ".XXXXXX") {
+    fd_ = mkstemp(temp_.data());
+    if (fd_ < 0) fail("cannot create a file beside \"" + target_.string() + "\": " + std::strerror(errno));
+  }
+  ReplacingFile(const ReplacingFile&) = delete;
+  ReplacingFile& operator=(const ReplacingFile&) = delete;
+  ~ReplacingFile() {
+    if (fd_ >= 0) ::close(fd_);
+    if (!committed_ && !temp_.empty()) ::unlink(temp_.c_str());
+  }
+
+  // The first failure, empty while there is none.
+  const std::string& error() const { return error_; }
+
+  void write(const std::string& text) {
+    std::size_t done = 0;
+    while (error_.empty() && done < text.size()) {
+      ssize_t n = ::write(fd_, text.data() + done, text.size() - done);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) fail("cannot write \"" + target_.string() + "\": " + std::strerror(n < 0 ? errno : EIO));
+      else done += static_cast<std::size_t>(n);
     }
-    done += static_cast<std::size_t>(n);
   }
-  if (::close(fd) != 0) {
-    std::string why = std::strerror(errno);
-    ::unlink(tmpl.c_str());
-    return "cannot write \"" + target.string() + "\": " + why;
+
+  bool commit() {
+    if (!error_.empty()) return false;
+    // mkstemp creates the file for its owner only; a contour file is an
+    // ordinary file.
+    mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(fd_, 0666 & ~mask);
+    int rc = ::close(fd_);
+    fd_ = -1;
+    if (rc != 0) {
+      fail("cannot write \"" + target_.string() + "\": " + std::strerror(errno));
+      return false;
+    }
+    std::error_code ec;
+    fs::rename(temp_, target_, ec);
+    if (ec) {
+      fail("cannot write \"" + target_.string() + "\": " + ec.message());
+      return false;
+    }
+    committed_ = true;
+    return true;
   }
-  // mkstemp creates the file for its owner only; a contour file is an
-  // ordinary file.
-  mode_t mask = ::umask(0);
-  ::umask(mask);
-  ::chmod(tmpl.c_str(), 0666 & ~mask);
-  std::error_code ec;
-  fs::rename(tmpl, target, ec);
-  if (ec) {
-    fs::remove(tmpl, ec);
-    return "cannot write \"" + target.string() + "\": " + ec.message();
+
+ private:
+  void fail(const std::string& why) {
+    if (error_.empty()) error_ = why;
   }
-  return std::nullopt;
-}
+
+  fs::path target_;
+  std::string temp_;
+  int fd_ = -1;
+  bool committed_ = false;
+  std::string error_;
+};
 
 // Removes the files beside `target` whose names differ from its name only in
 // case, so that a reader that ignores case cannot pick up a stale one.
@@ -154,13 +183,47 @@ int runContour(const std::vector<std::string>& args, const fs::path& workDir, st
     return kExitFileError;
   }
 
-  std::vector<Polyline> lines = contourGrid(grid, levels);
-  std::string text;
-  appendContourText(lines, text);
-
   const fs::path target = fs::path(workDir) / (base + ".CTR");
-  if (auto problem = writeReplacing(target, text)) {
-    err << "contour: " << *problem << "\n";
+  ReplacingFile out(target);
+  if (!out.error().empty()) {
+    err << "contour: " << out.error() << "\n";
+    return kExitFileError;
+  }
+  // The levels are contoured and formatted in parallel and written in their
+  // order as they come, so that only the levels in flight are held in memory.
+  const int n = static_cast<int>(levels.size());
+  std::exception_ptr failure;
+  std::atomic<bool> failed{false};
+  auto keep = [&failure, &failed] {
+#pragma omp critical(contour_run_failure)
+    if (!failure) failure = std::current_exception();
+    failed = true;
+  };
+#pragma omp parallel
+  {
+    std::optional<Contourer> contourer;
+    try {
+      contourer.emplace(grid);
+    } catch (...) {
+      keep();
+    }
+#pragma omp for ordered schedule(dynamic, 1)
+    for (int k = 0; k < n; ++k) {
+      std::string text;
+      if (contourer) {
+        try {
+          appendContourText(contourer->level(levels[k]), text);
+        } catch (...) {
+          keep();
+        }
+      }
+#pragma omp ordered
+      if (!failed && out.error().empty()) out.write(text);
+    }
+  }
+  if (failure) std::rethrow_exception(failure);  // out of memory: main reports it
+  if (!out.commit()) {
+    err << "contour: " << out.error() << "\n";
     return kExitFileError;
   }
   removeCaseVariants(target);

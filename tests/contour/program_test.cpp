@@ -9,6 +9,9 @@
 #include <string>
 
 #include "contour_test_util.h"
+#include "programs/contour/contour.h"
+#include "programs/contour/ctr_file.h"
+#include "programs/contour/levels.h"
 
 namespace tarno::contour {
 namespace {
@@ -80,6 +83,24 @@ TEST(ContourProgram, OpenLinesOfAPlaneEachWithItsOwnLevelLine) {
   EXPECT_EQ(levels, (std::vector<double>{0.5, 1.5, 1.5, 2.5, 2.5, 3.5}));
   for (const auto& l : lines)
     for (const auto& p : l.points) EXPECT_EQ(p.y, l.level);
+}
+
+TEST(ContourProgram, SameTextAsTheLibraryLevelByLevel) {
+  // Many levels written as they come from the parallel loop: the file is the
+  // library's text of all levels in order, whatever the threads did.
+  test::TempDir dir;
+  Grid g = test::makeGrid(120, 90, 0, 1200, 0, 900, [](double x, double y) {
+    return std::sin(x / 97) * std::cos(y / 61) + 1e-3 * x;
+  });
+  g.z[40 * 120 + 40] = test::kBlank;
+  writeFile(dir.path() / "WAVES.GRD", test::gridText(g));
+  auto r = runContourProgram(dir.path(), "WAVES -1 0.05 2");
+  ASSERT_EQ(r.status, 0) << r.err;
+  Grid back = parseGrid(readFile(dir.path() / "WAVES.GRD"), "WAVES.GRD");
+  std::string expected;
+  appendContourText(contourGrid(back, makeLevels(-1, 0.05, 2)), expected);
+  EXPECT_GT(expected.size(), 10000u);
+  EXPECT_TRUE(readFile(dir.path() / "WAVES.CTR") == expected);
 }
 
 TEST(ContourProgram, GridFoundIgnoringCaseExactSpellingFirst) {
