@@ -231,6 +231,28 @@ TEST(ContourExactValues, PeakExactlyAtTheLevelIsDropped) {
   EXPECT_TRUE(lines[0].closed);
 }
 
+TEST(ContourExactValues, RidgeOnTheLevelRunsAlongAndBack) {
+  // Three grid points equal to the level in a row, all others below: the line
+  // round them is closed and runs along the ridge and back, with no point
+  // repeated in a row.
+  Grid g;
+  g.nx = 5;
+  g.ny = 3;
+  g.xlo = g.ylo = 0;
+  g.xhi = 4;
+  g.yhi = 2;
+  g.z = {0, 0, 0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 0, 0, 0};
+  auto lines = linesAt(g, 1);
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_TRUE(lines[0].closed);
+  std::vector<double> xs;
+  for (const auto& q : lines[0].points) {
+    xs.push_back(q.x);
+    EXPECT_EQ(q.y, 1);
+  }
+  EXPECT_EQ(xs, (std::vector<double>{1, 2, 3, 2, 1}));
+}
+
 TEST(ContourExactValues, PlateauAndStepsOnTheLevelStayJoined) {
   // Terraces: values 0, 1, 1, 1, 2 across and a level of 1; points equal to
   // the level count as above, so the line runs along the first column of 1s.
