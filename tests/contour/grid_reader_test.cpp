@@ -177,7 +177,9 @@ TEST(GridFuzzCorpus, EveryFileReadsOrIsRefused) {
       for (double level : {g.z.front(), g.z.back(), g.zlo, g.zhi}) {
         for (const auto& p : Contourer(g).level(level)) {
           EXPECT_GE(p.points.size(), 2u);
-          if (p.closed) EXPECT_TRUE(p.points.front() == p.points.back());
+          if (p.closed) {
+            EXPECT_TRUE(p.points.front() == p.points.back());
+          }
         }
       }
       ++read;
