@@ -234,8 +234,9 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("(ppwell)"), 1);
   EXPECT_EQ(count("(twell)"), 1);
   EXPECT_EQ(count("(slurry)"), 1);
-  EXPECT_EQ(count("(grid)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 4);
+  EXPECT_EQ(count("not supported by this version"), 3);
+  // The grids are computed; a block without "horizontalpoints" says what it used.
+  EXPECT_EQ(count("\"horizontalpoints\""), 2);
   EXPECT_EQ(count("frobnicate"), 1);
   // The report names the first line of each kind and how many items were read.
   for (const auto& l : err)
@@ -335,12 +336,15 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   ASSERT_EQ(runTarno1(dir.path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
   // Every line is read; only the kinds this version does not compute are reported, once each.
   auto err = readLines(dir.path() / "error.log");
-  ASSERT_EQ(err.size(), 5u);
-  for (const char* kind : {"(Inhomogeneity Lake)", "(inhomogeneity transmissivity)", "(slurry)", "(grid)", "(trace)"}) {
+  ASSERT_EQ(err.size(), 3u);
+  for (const char* kind : {"(Inhomogeneity Lake)", "(inhomogeneity transmissivity)", "(slurry)"}) {
     int n = 0;
     for (const auto& l : err) n += l.find(kind) != std::string::npos;
     EXPECT_EQ(n, 1) << kind;
   }
+  // The grid and trace blocks write their files.
+  EXPECT_EQ(readLines(dir.path() / "golden.GRD").front(), "DSAA");
+  EXPECT_EQ(readLines(dir.path() / "golden.PTH").front().rfind("LABEL ", 0), 0u);
   auto xtr = readLines(dir.path() / "golden.XTR");
   ASSERT_GT(xtr.size(), 3u);
   EXPECT_EQ(xtr[0], "* data points");
