@@ -321,3 +321,27 @@ TEST(GridMenu, BadInputIsReportedWithItsLineAndNeverWritesAStaleGrid) {
   EXPECT_NE(err[0].find("solved"), std::string::npos) << err[0];
   EXPECT_FALSE(fs::exists(empty.path() / "x.GRD"));
 }
+
+TEST(GridMenu, ReaderKeepsTheActionsInOrderWithTheSettingsOfEachGo) {
+  CommandFile f = parseCommandFile(
+      " grid\n window 0 0 10 10\n horizontalpoints 11\n plot heads\n go\n save a\n y\n plot stream\n"
+      " window 0 0 1 1 5\n go\n minusgrid a\n surfer b\n y\n save\n quit\n stop\n");
+  ASSERT_EQ(f.steps.size(), 2u);
+  const auto* g = std::get_if<GridInput>(&f.steps[0].data);
+  ASSERT_TRUE(g);
+  ASSERT_EQ(g->actions.size(), 5u);
+  using K = GridAction::Kind;
+  std::vector<K> kinds;
+  for (const auto& a : g->actions) kinds.push_back(a.kind);
+  EXPECT_EQ(kinds, (std::vector<K>{K::Go, K::Save, K::Go, K::MinusGrid, K::Surfer}));
+  EXPECT_EQ(g->actions[0].settings.plot, "heads");
+  EXPECT_DOUBLE_EQ(g->actions[0].settings.window->x2, 10.0);
+  EXPECT_EQ(g->actions[2].settings.plot, "stream");
+  EXPECT_DOUBLE_EQ(g->actions[2].settings.window->x2, 10.0);  // the five-number window was skipped
+  EXPECT_EQ(g->actions[3].line, 11);
+  EXPECT_EQ(g->actions[4].name, "b");
+  // The bad window and the save without a name.
+  ASSERT_EQ(f.problems.size(), 2u);
+  EXPECT_EQ(f.problems[0].line, 9);
+  EXPECT_EQ(f.problems[1].line, 14);
+}
