@@ -325,7 +325,7 @@ TEST(GridMenu, BadInputIsReportedWithItsLineAndNeverWritesAStaleGrid) {
 TEST(GridMenu, ReaderKeepsTheActionsInOrderWithTheSettingsOfEachGo) {
   CommandFile f = parseCommandFile(
       " grid\n window 0 0 10 10\n horizontalpoints 11\n plot heads\n go\n save a\n y\n plot stream\n"
-      " window 0 0 1 1 5\n go\n minusgrid a\n surfer b\n y\n save\n quit\n stop\n");
+      " window 0 0 1\n go\n minusgrid a\n surfer b\n y\n save\n quit\n stop\n");
   ASSERT_EQ(f.steps.size(), 2u);
   const auto* g = std::get_if<GridInput>(&f.steps[0].data);
   ASSERT_TRUE(g);
@@ -337,7 +337,7 @@ TEST(GridMenu, ReaderKeepsTheActionsInOrderWithTheSettingsOfEachGo) {
   EXPECT_EQ(g->actions[0].settings.plot, "heads");
   EXPECT_DOUBLE_EQ(g->actions[0].settings.window->x2, 10.0);
   EXPECT_EQ(g->actions[2].settings.plot, "stream");
-  EXPECT_DOUBLE_EQ(g->actions[2].settings.window->x2, 10.0);  // the five-number window was skipped
+  EXPECT_DOUBLE_EQ(g->actions[2].settings.window->x2, 10.0);  // the three-number window was skipped
   EXPECT_EQ(g->actions[3].line, 11);
   EXPECT_EQ(g->actions[4].name, "b");
   // The bad window and the save without a name.
