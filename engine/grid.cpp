@@ -219,7 +219,7 @@ Grid parseSurferGrid(std::string_view text) {
   };
   Grid g;
   double nx = number("the number of columns"), ny = number("the number of rows");
-  if (nx < 2 || ny < 2 || nx > 1e6 || ny > 1e6 || nx * ny > 1e8 || nx != std::floor(nx) || ny != std::floor(ny))
+  if (nx < 2 || ny < 2 || nx > 1e6 || ny > 1e6 || nx * ny > 2e7 || nx != std::floor(nx) || ny != std::floor(ny))
     throw fail("the counts " + std::to_string(nx) + " x " + std::to_string(ny) + " are not those of a grid");
   g.geometry.nx = static_cast<int>(nx);
   g.geometry.ny = static_cast<int>(ny);

@@ -32,6 +32,9 @@ constexpr int kDefaultGridPoints = 50;
 // The most points of one grid (about 80 MB of values).
 constexpr double kMaxGridPoints = 1.0e7;
 
+// The most particles traced by one trace block.
+constexpr size_t kMaxParticles = 100000;
+
 // Ends the run: the lines go to TARNO.OPS.
 struct RunFatal {
   int line = 0;
@@ -666,9 +669,19 @@ class Runner {
     std::vector<Particle> particles;
     for (size_t i = 0; i < tr.points.size(); ++i) {
       const TracePointInput& q = tr.points[i];
+      if (particles.size() >= kMaxParticles) {
+        logs_.problem(q.line, "", "trace: more than " + std::to_string(kMaxParticles) +
+                                      " particles in one block; this and the later points were skipped");
+        break;
+      }
       particles.push_back(Particle{q.x, q.y, q.z, q.direction < 0 ? -1 : 1, "particle " + std::to_string(i + 1)});
     }
     for (const TraceWellInput& w : tr.wells) {
+      if (particles.size() >= kMaxParticles) {
+        logs_.problem(w.line, "", "trace: more than " + std::to_string(kMaxParticles) +
+                                      " particles in one block; this and the later well lines were skipped");
+        break;
+      }
       std::string why;
       std::vector<Particle> more = wellParticles(*solution_, w.x, w.y, w.z, w.particles, &why);
       if (more.empty()) logs_.problem(w.line, "", "trace \"well\": " + why + "; no particles were started here");
