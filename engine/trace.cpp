@@ -119,6 +119,7 @@ class Tracer {
     if (!std::isfinite(zeta)) zeta = 1.0;
     path.points.push_back(PathPoint{x, y, 0.0, cur.base + zeta * cur.thickness, cur.head});
     if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
+    if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
     while (true) {
       if (t >= st_.maxTime) return finish(path, PathEnd::MaxTime);
       if (path.steps >= st_.maxSteps) return finish(path, PathEnd::Steps);
@@ -211,8 +212,7 @@ class Tracer {
       path.points.push_back(PathPoint{x, y, t, cur.base + zeta * cur.thickness, cur.head});
       if (lastStep) return finish(path, PathEnd::MaxTime);
       if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
-      for (const SinkSegment& g : segments_)
-        if (g.strength * dir > 0 && distanceToSegment(x, y, g) <= 1e-3 * step) return finish(path, PathEnd::LineSink);
+      if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
       if (x < xmin_ || x > xmax_ || y < ymin_ || y > ymax_) return finish(path, PathEnd::Window);
       if (topReached) return finish(path, PathEnd::WaterTable);
     }
@@ -234,6 +234,12 @@ class Tracer {
     double d = std::numeric_limits<double>::infinity();
     for (const SinkWell& w : wells_) d = std::min(d, std::hypot(x - w.x, y - w.y));
     return d;
+  }
+
+  bool onLineSink(double x, double y, int dir, double step) const {
+    for (const SinkSegment& g : segments_)
+      if (g.strength * dir > 0 && distanceToSegment(x, y, g) <= 1e-3 * step) return true;
+    return false;
   }
 
   bool entersWell(double x, double y, int dir, double step) const {

@@ -163,6 +163,9 @@ TEST(TraceStops, WellLineSinkWindowAndSteps) {
   EXPECT_EQ(hit.end, PathEnd::LineSink);
   EXPECT_NEAR(hit.points.back().x, 100.0, 1e-6);
   EXPECT_GT(hit.points.back().time, hit.points[hit.points.size() - 2].time);
+  auto onIt = tracePaths(ls, {particle(100, 30, 5, 1)}, settings(7.0, -1000, -1000, 1000, 1000))[0];
+  EXPECT_EQ(onIt.end, PathEnd::LineSink);
+  EXPECT_EQ(onIt.points.size(), 1u);
   // A recharging line-sink (strength < 0) is no sink forward: the path passes it.
   Model r = uniformFlow(1.0);
   r.lineSinks.push_back(straightString(LineSinkKind::Discharge, 100, -400, 100, 400, 4, -0.5, -0.5));
