@@ -1015,13 +1015,15 @@ class Reader {
   // ---- grid, trace, leakage ------------------------------------------------------
 
   bool readGridCommand(const std::string& w) {
+    GridSettings& g = grid_.settings;
     if (w == "window") {
       double v[6];
       if (items_.size() >= 7 && numbers(1, 6, v)) {
-        grid_.window = WindowInput{v[0], v[1], v[3], v[4]};
-        grid_.elevations = std::array<double, 2>{v[2], v[5]};
+        g.window = WindowInput{v[0], v[1], v[3], v[4]};
+        g.elevations = std::array<double, 2>{v[2], v[5]};
       } else if (numbers(1, 4, v)) {
-        grid_.window = WindowInput{v[0], v[1], v[2], v[3]};
+        g.window = WindowInput{v[0], v[1], v[2], v[3]};
+        g.elevations.reset();
       } else {
         report("grid \"window\" needs four numbers, or six with elevations; line skipped");
       }
@@ -1029,18 +1031,24 @@ class Reader {
     } else if (w == "horizontalpoints") {
       double n = 0;
       if (!numbers(1, 1, &n) || n < 2 || n > 100000) report("\"horizontalpoints\" needs a count from 2 to 100000; line skipped");
-      else grid_.horizontalPoints = static_cast<int>(n);
+      else g.horizontalPoints = static_cast<int>(n);
     } else if (w == "plot") {
       std::string what = items_.size() > 1 ? lower(items_[1]) : std::string();
       if (what != "heads" && what != "potentials" && what != "discharge" && what != "interface" && what != "stream")
         report("\"plot\" needs heads, potentials, discharge, interface or stream; line skipped");
-      else grid_.plot = what;
+      else g.plot = what;
     } else if (w == "go") {
       grid_.go = true;
+      grid_.actions.push_back(GridAction{GridAction::Kind::Go, lineNo_, {}, g});
     } else if (w == "save" || w == "minusgrid" || w == "surfer") {
       std::string name = argumentText();
-      if (name.empty()) report("no name after \"" + std::string(items_[0]) + "\"; line skipped");
-      else (w == "save" ? grid_.saves : w == "minusgrid" ? grid_.minusGrids : grid_.surferFiles).push_back(name);
+      if (name.empty()) {
+        report("no name after \"" + std::string(items_[0]) + "\"; line skipped");
+      } else {
+        auto kind = w == "save" ? GridAction::Kind::Save : w == "minusgrid" ? GridAction::Kind::MinusGrid
+                                                                            : GridAction::Kind::Surfer;
+        grid_.actions.push_back(GridAction{kind, lineNo_, name, {}});
+      }
     } else {
       return false;
     }
@@ -1052,16 +1060,32 @@ class Reader {
     if (w == "picture") {
     } else if (w == "file") {
       trace_.file = argumentText();
+      trace_.fileLine = lineNo_;
+      if (trace_.file.empty()) report("no name after \"file\"; the paths go to the base name's .PTH");
     } else if (w == "time" || w == "step") {
-      if (!numbers(1, 1, v)) report(quoted(items_[0]) + " needs one number; line skipped");
-      else (w == "time" ? trace_.time : trace_.step) = v[0];
+      if (!numbers(1, 1, v)) {
+        report(quoted(items_[0]) + " needs one number; line skipped");
+      } else {
+        (w == "time" ? trace_.time : trace_.step) = v[0];
+        (w == "time" ? trace_.timeLine : trace_.stepLine) = lineNo_;
+      }
     } else if (w == "points") {
       menus_.push_back(Menu::TracePoints);
     } else if (w == "well") {
-      if (!numbers(1, 4, v)) report("trace \"well\" needs x y z and a number of particles; line skipped");
-      else trace_.wells.push_back(TraceWellInput{lineNo_, v[0], v[1], v[2], static_cast<int>(std::clamp(v[3], 0.0, 10000.0))});
+      if (!numbers(1, 4, v)) {
+        report("trace \"well\" needs x y z and a number of particles; line skipped");
+      } else if (!(v[3] >= 1)) {
+        report("trace \"well\" needs at least one particle; line skipped");
+      } else {
+        if (v[3] > kMaxWellParticles)
+          report("trace \"well\": more than " + std::to_string(kMaxWellParticles) + " particles; " +
+                 std::to_string(kMaxWellParticles) + " are traced");
+        int n = static_cast<int>(std::min(v[3], static_cast<double>(kMaxWellParticles)));
+        trace_.wells.push_back(TraceWellInput{lineNo_, v[0], v[1], v[2], n});
+      }
     } else if (w == "go") {
       trace_.go = true;
+      if (trace_.goLine == 0) trace_.goLine = lineNo_;
     } else {
       return false;
     }

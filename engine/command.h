@@ -191,15 +191,30 @@ struct ExtractInput {
   std::vector<FluxLineInput> fluxLines;
 };
 
-// Grid and trace blocks are read in full; computing them is not part of this version.
+// What a grid is computed from: the settings in force when " go" is read.
+struct GridSettings {
+  std::optional<WindowInput> window;                // none: the layout window
+  std::optional<std::array<double, 2>> elevations;  // Z of the two corners, when given
+  int horizontalPoints = 0;                         // 0: not given
+  std::string plot;                                 // empty: not given (heads)
+};
+
+// One action of a grid menu. The order of go, save, minusgrid and surfer within
+// a block matters (a save keeps the grid computed last, a surfer writes the grid
+// as it stands after the differences before it), so they are kept in one list.
+struct GridAction {
+  enum class Kind { Go, Save, MinusGrid, Surfer };
+  Kind kind = Kind::Go;
+  int line = 0;
+  std::string name;       // save, minusgrid, surfer
+  GridSettings settings;  // go
+};
+
 struct GridInput {
   int line = 0;
-  std::optional<WindowInput> window;
-  std::optional<std::array<double, 2>> elevations;  // Z of the two corners, when given
-  int horizontalPoints = 0;
-  std::string plot;
-  bool go = false;
-  std::vector<std::string> saves, minusGrids, surferFiles;
+  GridSettings settings;  // as they stand at the end of the block
+  std::vector<GridAction> actions;
+  bool go = false;        // at least one " go"
 };
 
 struct TracePointInput {
@@ -213,13 +228,17 @@ struct TraceWellInput {
   int particles = 0;
 };
 
+// A trace block: the particles are traced at its end when it held a " go".
 struct TraceInput {
   int line = 0;
   std::string file;
+  int fileLine = 0;
   std::optional<double> time, step;
+  int timeLine = 0, stepLine = 0;
   std::vector<TracePointInput> points;
   std::vector<TraceWellInput> wells;
   bool go = false;
+  int goLine = 0;
 };
 
 struct LeakageInput {
@@ -272,6 +291,7 @@ struct CommandFile {
 inline constexpr size_t kMaxLineLength = 65536;    // longer lines are reported and skipped
 inline constexpr size_t kMaxDataItems = 20000000;  // data lines kept, all kinds together
 inline constexpr size_t kMaxProblems = 10000;      // further problems are counted, not listed
+inline constexpr int kMaxWellParticles = 10000;   // particles of one " well" line of a trace
 
 CommandFile parseCommandFile(std::string_view text);
 

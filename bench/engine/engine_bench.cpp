@@ -1,6 +1,8 @@
 // Benchmark of the analytic element solver: assembly, factorisation and one solve of
 // generated models, against a bare LAPACK dgetrf of the same size, and heads at many
-// points. Usage: tarno-bench [unknowns ...]   (default 1000 5000 10000)
+// points; then grids and pathlines (grid_trace_bench.cpp).
+// Usage: tarno-bench [unknowns ...]   (default 1000 5000 10000)
+//        tarno-bench grids            (grids and pathlines only)
 #include "engine/lapack.h"
 #include "engine/model.h"
 #include "engine/solution.h"
@@ -16,6 +18,10 @@
 #include <vector>
 
 using namespace tarno::engine;
+
+namespace tarno::engine::bench {
+void runGridTraceBench();
+}
 
 namespace {
 
@@ -98,6 +104,11 @@ double bareDgetrf(int n) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string(argv[1]) == "grids") {
+        std::printf("threads: OpenMP %d\n", omp_get_max_threads());
+        tarno::engine::bench::runGridTraceBench();
+        return 0;
+    }
     std::vector<int> sizes;
     for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
     if (sizes.empty()) sizes = {1000, 5000, 10000};
@@ -130,5 +141,6 @@ int main(int argc, char** argv) {
                     r.iterations.empty() ? 0.0 : r.iterations.back().largestResidual);
         std::fflush(stdout);
     }
+    tarno::engine::bench::runGridTraceBench();
     return 0;
 }

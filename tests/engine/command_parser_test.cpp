@@ -497,11 +497,12 @@ TEST(CommandFile, GridTraceAndLeakageBlocksAreRead) {
   EXPECT_TRUE(f.problems.empty()) << f.problems.front().message;
   auto g = stepsOf<GridInput>(f);
   ASSERT_EQ(g.size(), 1u);
-  EXPECT_DOUBLE_EQ(g[0]->window->x2, 100.0);
-  EXPECT_DOUBLE_EQ((*g[0]->elevations)[1], 5.0);
-  EXPECT_EQ(g[0]->horizontalPoints, 40);
-  EXPECT_EQ(g[0]->plot, "heads");
-  EXPECT_EQ(g[0]->surferFiles.size(), 1u);
+  EXPECT_DOUBLE_EQ(g[0]->settings.window->x2, 100.0);
+  EXPECT_DOUBLE_EQ((*g[0]->settings.elevations)[1], 5.0);
+  EXPECT_EQ(g[0]->settings.horizontalPoints, 40);
+  EXPECT_EQ(g[0]->settings.plot, "heads");
+  ASSERT_EQ(g[0]->actions.size(), 4u);
+  EXPECT_EQ(g[0]->actions.back().kind, GridAction::Kind::Surfer);
   auto t = stepsOf<TraceInput>(f);
   ASSERT_EQ(t.size(), 1u);
   ASSERT_EQ(t[0]->points.size(), 1u);

@@ -233,10 +233,11 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   };
   EXPECT_EQ(count("(ppwell)"), 1);
   EXPECT_EQ(count("(twell)"), 1);
-  EXPECT_EQ(count("(grid)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 3);
-  // The wall is solved, not reported.
+  EXPECT_EQ(count("not supported by this version"), 2);
+  // Walls are solved and grids computed, not reported; a block without
+  // "horizontalpoints" says what it used.
   EXPECT_EQ(count("slurry"), 0);
+  EXPECT_EQ(count("\"horizontalpoints\""), 2);
   EXPECT_EQ(count("frobnicate"), 1);
   // The report names the first line of each kind and how many items were read.
   for (const auto& l : err)
@@ -338,9 +339,9 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   // The sample's three iterations leave the wall's unconfined condition just short of
   // convergence, which the log says as well.
   auto err = readLines(dir.path() / "error.log");
-  ASSERT_GE(err.size(), 3u);
-  ASSERT_LE(err.size(), 4u);
-  for (const char* kind : {"(Inhomogeneity Lake)", "(grid)", "(trace)"}) {
+  ASSERT_GE(err.size(), 1u);
+  ASSERT_LE(err.size(), 2u);
+  for (const char* kind : {"(Inhomogeneity Lake)"}) {
     int n = 0;
     for (const auto& l : err) n += l.find(kind) != std::string::npos;
     EXPECT_EQ(n, 1) << kind;
@@ -349,6 +350,9 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
     EXPECT_EQ(l.find("transmissivity"), std::string::npos) << l;
     EXPECT_EQ(l.find("slurry"), std::string::npos) << l;
   }
+  // The grid and trace blocks write their files.
+  EXPECT_EQ(readLines(dir.path() / "golden.GRD").front(), "DSAA");
+  EXPECT_EQ(readLines(dir.path() / "golden.PTH").front().rfind("LABEL ", 0), 0u);
   auto xtr = readLines(dir.path() / "golden.XTR");
   ASSERT_GT(xtr.size(), 3u);
   EXPECT_EQ(xtr[0], "* data points");

@@ -1,0 +1,327 @@
+#include "engine/trace.h"
+
+#include "engine/grid.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <ostream>
+
+namespace tarno::engine {
+
+const char* pathEndName(PathEnd e) {
+  switch (e) {
+    case PathEnd::MaxTime: return "maximum time";
+    case PathEnd::Well: return "entered a well";
+    case PathEnd::LineSink: return "entered a line-sink";
+    case PathEnd::Window: return "left the window";
+    case PathEnd::Dry: return "dry aquifer";
+    case PathEnd::WaterTable: return "reached the water table";
+    case PathEnd::Stagnant: return "stagnation point";
+    case PathEnd::Steps: return "step limit";
+  }
+  return "";
+}
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+struct SinkWell {
+  double x, y, radius, discharge;
+};
+
+struct SinkSegment {
+  double x1, y1, x2, y2, strength;
+  double xmin, xmax, ymin, ymax;
+};
+
+// The velocity field along a path: forward velocities (v = Q / (n b), the rate
+// of the relative elevation) and what the point record needs.
+struct Sample {
+  bool wet = false;
+  double vx = 0, vy = 0;  // forward
+  double rzeta = 0;       // forward d zeta / dt divided by zeta: -N / (n b)
+  double recharge = 0;
+  double head = 0, base = 0, thickness = 0;
+};
+
+Sample sample(const Solution& s, double x, double y) {
+  Sample r;
+  const PointValues p = s.evaluate(x, y);
+  r.head = p.head;
+  if (!(p.head > kDryLimit) || !std::isfinite(p.head)) return r;
+  r.base = p.base;
+  r.thickness = p.z - p.base;
+  const double n = p.porosity;
+  if (!(r.thickness > 0) || !(n > 0)) return r;
+  r.vx = p.qx / (n * r.thickness);
+  r.vy = p.qy / (n * r.thickness);
+  r.recharge = p.recharge;
+  r.rzeta = -p.recharge / (n * r.thickness);
+  if (!std::isfinite(r.vx) || !std::isfinite(r.vy) || !std::isfinite(r.rzeta)) return r;
+  r.wet = true;
+  return r;
+}
+
+// Where the segment a -> b first crosses segment g, as a fraction of a -> b.
+bool crossing(double ax, double ay, double bx, double by, const SinkSegment& g, double& u) {
+  const double rx = bx - ax, ry = by - ay, sx = g.x2 - g.x1, sy = g.y2 - g.y1;
+  const double den = rx * sy - ry * sx;
+  if (den == 0.0) return false;
+  const double qx = g.x1 - ax, qy = g.y1 - ay;
+  const double t = (qx * sy - qy * sx) / den;
+  const double v = (qx * ry - qy * rx) / den;
+  if (t < 0.0 || t > 1.0 || v < 0.0 || v > 1.0) return false;
+  u = t;
+  return true;
+}
+
+double distanceToSegment(double x, double y, const SinkSegment& g) {
+  const double sx = g.x2 - g.x1, sy = g.y2 - g.y1;
+  const double l2 = sx * sx + sy * sy;
+  double t = l2 > 0 ? ((x - g.x1) * sx + (y - g.y1) * sy) / l2 : 0.0;
+  t = std::clamp(t, 0.0, 1.0);
+  return std::hypot(x - g.x1 - t * sx, y - g.y1 - t * sy);
+}
+
+class Tracer {
+ public:
+  Tracer(const Solution& s, const TraceSettings& st) : s_(s), st_(st) {
+    for (const WellResult& w : s.wellResults())
+      if (w.radius > 0 || w.discharge != 0) wells_.push_back(SinkWell{w.x, w.y, w.radius, w.discharge});
+    for (const SegmentResult& g : s.segmentResults())
+      if (g.strength != 0)
+        segments_.push_back(SinkSegment{g.x1, g.y1, g.x2, g.y2, g.strength, std::min(g.x1, g.x2),
+                                        std::max(g.x1, g.x2), std::min(g.y1, g.y2), std::max(g.y1, g.y2)});
+    const double cx = 0.5 * (st.x1 + st.x2), cy = 0.5 * (st.y1 + st.y2);
+    const double hw = 0.75 * std::fabs(st.x2 - st.x1), hh = 0.75 * std::fabs(st.y2 - st.y1);
+    xmin_ = cx - hw;
+    xmax_ = cx + hw;
+    ymin_ = cy - hh;
+    ymax_ = cy + hh;
+  }
+
+  Path trace(const Particle& p) const {
+    Path path;
+    path.label = p.label;
+    const int dir = p.direction < 0 ? -1 : 1;
+    const double step = st_.step;
+    double x = p.x, y = p.y, t = 0.0;
+    Sample cur = sample(s_, x, y);
+    if (!cur.wet) {
+      path.points.push_back(PathPoint{x, y, 0.0, p.z, cur.head > kDryLimit ? cur.head : kDryHead});
+      path.end = PathEnd::Dry;
+      return path;
+    }
+    double zeta = std::clamp((p.z - cur.base) / cur.thickness, 0.0, 1.0);
+    if (!std::isfinite(zeta)) zeta = 1.0;
+    path.points.push_back(PathPoint{x, y, 0.0, cur.base + zeta * cur.thickness, cur.head});
+    if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
+    if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
+    while (true) {
+      if (t >= st_.maxTime) return finish(path, PathEnd::MaxTime);
+      if (path.steps >= st_.maxSteps) return finish(path, PathEnd::Steps);
+      const double speed = std::hypot(cur.vx, cur.vy);
+      if (!(speed > 0)) return finish(path, PathEnd::Stagnant);
+      double length = std::min(step, 0.5 * nearestWell(x, y));
+      length = std::max(length, 1e-6 * step);
+      double dt = length / speed;
+      if (!std::isfinite(dt)) return finish(path, PathEnd::Stagnant);
+      bool lastStep = false;
+      if (t + dt >= st_.maxTime) {
+        dt = st_.maxTime - t;
+        lastStep = true;
+      }
+      // Fourth-order Runge-Kutta; a stage in a dry or singular spot halves the step.
+      double nx = 0, ny = 0, nz = 0;
+      bool ok = false;
+      for (int tries = 0; tries < 30 && !ok; ++tries) {
+        const double h = dir * dt;
+        auto f = [&](const Sample& q, double z, double& fx, double& fy, double& fz) {
+          fx = q.vx;
+          fy = q.vy;
+          fz = q.rzeta * z;
+        };
+        double k1x, k1y, k1z, k2x, k2y, k2z, k3x, k3y, k3z, k4x, k4y, k4z;
+        f(cur, zeta, k1x, k1y, k1z);
+        const Sample s2 = sample(s_, x + 0.5 * h * k1x, y + 0.5 * h * k1y);
+        const double z2 = zeta + 0.5 * h * k1z;
+        Sample s3, s4;
+        double z3 = 0, z4 = 0;
+        if (s2.wet) {
+          f(s2, z2, k2x, k2y, k2z);
+          s3 = sample(s_, x + 0.5 * h * k2x, y + 0.5 * h * k2y);
+          z3 = zeta + 0.5 * h * k2z;
+          if (s3.wet) {
+            f(s3, z3, k3x, k3y, k3z);
+            s4 = sample(s_, x + h * k3x, y + h * k3y);
+            z4 = zeta + h * k3z;
+            if (s4.wet) {
+              f(s4, z4, k4x, k4y, k4z);
+              nx = x + h / 6.0 * (k1x + 2 * k2x + 2 * k3x + k4x);
+              ny = y + h / 6.0 * (k1y + 2 * k2y + 2 * k3y + k4y);
+              nz = zeta + h / 6.0 * (k1z + 2 * k2z + 2 * k3z + k4z);
+              ok = true;
+            }
+          }
+        }
+        // A line-sink crossed by the first stage's straight step ends the path
+        // even when the later stages turn back on its far side.
+        double u = 2.0;
+        const double px = x + h * k1x, py = y + h * k1y;
+        for (const SinkSegment& g : segments_) {
+          if (g.strength * dir <= 0) continue;
+          double w;
+          if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
+        }
+        double up = 2.0;
+        for (const SinkSegment& g : segments_) {
+          if (g.strength * dir <= 0) continue;
+          double w;
+          if (crossing(x, y, px, py, g, w) && w < up) up = w;
+        }
+        if (u <= 1.0 || up <= 1.0) {
+          const bool onStep = u <= 1.0 && (up > 1.0 || u <= up);
+          const double w = onStep ? u : up;
+          const double ex = onStep ? x + w * (nx - x) : x + w * (px - x);
+          const double ey = onStep ? y + w * (ny - y) : y + w * (py - y);
+          const double ez = onStep ? zeta + w * (nz - zeta) : zeta + w * h * k1z;
+          ++path.steps;
+          Sample e = sample(s_, ex, ey);
+          const double zz = std::clamp(ez, 0.0, 1.0);
+          if (e.wet) path.points.push_back(PathPoint{ex, ey, t + w * dt, e.base + zz * e.thickness, e.head});
+          return finish(path, PathEnd::LineSink);
+        }
+        if (!ok) {
+          dt *= 0.5;
+          lastStep = false;
+        }
+      }
+      if (!ok) return finish(path, PathEnd::Dry);
+      const Sample next = sample(s_, nx, ny);
+      if (!next.wet) return finish(path, PathEnd::Dry);
+      ++path.steps;
+      t += dt;
+      x = nx;
+      y = ny;
+      const bool topReached = nz >= 1.0 && dir * next.recharge < 0;
+      zeta = std::clamp(nz, 0.0, 1.0);
+      cur = next;
+      path.points.push_back(PathPoint{x, y, t, cur.base + zeta * cur.thickness, cur.head});
+      if (lastStep) return finish(path, PathEnd::MaxTime);
+      if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
+      if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
+      if (x < xmin_ || x > xmax_ || y < ymin_ || y > ymax_) return finish(path, PathEnd::Window);
+      if (topReached) return finish(path, PathEnd::WaterTable);
+    }
+  }
+
+ private:
+  const Solution& s_;
+  const TraceSettings& st_;
+  std::vector<SinkWell> wells_;
+  std::vector<SinkSegment> segments_;
+  double xmin_ = 0, xmax_ = 0, ymin_ = 0, ymax_ = 0;
+
+  static Path& finish(Path& p, PathEnd e) {
+    p.end = e;
+    return p;
+  }
+
+  double nearestWell(double x, double y) const {
+    double d = std::numeric_limits<double>::infinity();
+    for (const SinkWell& w : wells_) d = std::min(d, std::hypot(x - w.x, y - w.y));
+    return d;
+  }
+
+  bool onLineSink(double x, double y, int dir, double step) const {
+    for (const SinkSegment& g : segments_)
+      if (g.strength * dir > 0 && distanceToSegment(x, y, g) <= 1e-3 * step) return true;
+    return false;
+  }
+
+  bool entersWell(double x, double y, int dir, double step) const {
+    for (const SinkWell& w : wells_)
+      if (w.discharge * dir > 0 && std::hypot(x - w.x, y - w.y) <= std::max(w.radius, step)) return true;
+    return false;
+  }
+};
+
+}  // namespace
+
+std::vector<Particle> wellParticles(const Solution& solution, double x, double y, double z, int n, std::string* why) {
+  std::vector<Particle> out;
+  auto fail = [&](const std::string& s) {
+    if (why) *why = s;
+    return std::vector<Particle>{};
+  };
+  if (n < 1) return fail("no particles were asked for");
+  const std::vector<WellResult> wells = solution.wellResults();
+  int best = -1;
+  double bestDistance = 0;
+  for (size_t i = 0; i < wells.size(); ++i) {
+    const double d = std::hypot(wells[i].x - x, wells[i].y - y);
+    if (best < 0 || d < bestDistance) {
+      best = static_cast<int>(i);
+      bestDistance = d;
+    }
+  }
+  if (best < 0) return fail("the model has no well");
+  const WellResult& w = wells[static_cast<size_t>(best)];
+  const double tolerance = std::max(2.0 * w.radius, 1e-6 * (std::fabs(x) + std::fabs(y)));
+  if (bestDistance > tolerance) {
+    char buf[160];
+    std::snprintf(buf, sizeof buf, "no well stands at this point (the nearest, %s, is %.6G away)", w.label.c_str(),
+                  bestDistance);
+    return fail(buf);
+  }
+  if (w.discharge == 0) return fail("the well " + w.label + " takes no water and gives none");
+  const int direction = w.discharge > 0 ? -1 : 1;
+  const std::string name = w.label.empty() ? "well " + std::to_string(best + 1) : "well " + w.label;
+  for (int i = 0; i < n; ++i) {
+    const double a = 2.0 * kPi * (i + 0.5) / n;
+    Particle p;
+    p.x = w.x + w.radius * std::cos(a);
+    p.y = w.y + w.radius * std::sin(a);
+    p.z = z;
+    p.direction = direction;
+    p.label = name + " particle " + std::to_string(i + 1);
+    out.push_back(std::move(p));
+  }
+  return out;
+}
+
+std::vector<Path> tracePaths(const Solution& solution, const std::vector<Particle>& particles,
+                             const TraceSettings& settings) {
+  std::vector<Path> paths(particles.size());
+  const Tracer tracer(solution, settings);
+#pragma omp parallel for schedule(dynamic, 1)
+  for (long i = 0; i < static_cast<long>(particles.size()); ++i)
+    paths[static_cast<size_t>(i)] = tracer.trace(particles[static_cast<size_t>(i)]);
+  return paths;
+}
+
+void writePathFile(std::ostream& out, const std::vector<Path>& paths) {
+  char buf[128];
+  for (const Path& p : paths) {
+    out << "LABEL " << p.label << "\n";
+    out << "START\n";
+    const size_t n = p.points.size();
+    const size_t every =
+        n > kMaxWrittenPathPoints ? (n - 1 + kMaxWrittenPathPoints - 3) / (kMaxWrittenPathPoints - 2) : 1;
+    int counter = 0;
+    for (size_t k = 0; k < n; ++k) {
+      if (k % every != 0 && k != n - 1) continue;
+      const PathPoint& q = p.points[k];
+      ++counter;
+      std::snprintf(buf, sizeof buf, "%6d%14.6E%14.6E%14.6E%14.6E%14.6E\n", counter % 1000000, q.x, q.y, q.time,
+                    q.elevation, q.head);
+      out << buf;
+    }
+    out << "END\n";
+  }
+}
+
+}  // namespace tarno::engine
