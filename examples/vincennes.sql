@@ -47,7 +47,7 @@ INSERT INTO Vertices(PID, Seq, X, Y) VALUES
   ((SELECT max(PID) FROM Polygons), 200, 457800.0, 4392200.0);
 INSERT INTO LinesinkStrings(PID, Label, HeadSpecified, Routing, StartingHead, EndingHead,
                             Resistance, Width, Depth, EndInflow, OverlandFlow)
-  VALUES ((SELECT max(PID) FROM Polygons), 'KelsoCreekUpper', 1, 1, 121.0, 118.6, 2.0, 6.0, 0.8,
+  VALUES ((SELECT max(PID) FROM Polygons), 'KelsoCreekUpper', 1, 1, 118.4, 116.9, 2.0, 6.0, 0.8,
           2000.0, 0.05);
 INSERT INTO Polygons(Closed) VALUES (0);
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES
@@ -56,7 +56,7 @@ INSERT INTO Vertices(PID, Seq, X, Y) VALUES
   ((SELECT max(PID) FROM Polygons), 200, 455600.0, 4391800.0);
 INSERT INTO LinesinkStrings(PID, Label, HeadSpecified, Routing, EndStream, StartingHead,
                             EndingHead, Resistance, Width, Depth)
-  VALUES ((SELECT max(PID) FROM Polygons), 'KelsoCreekLower', 1, 1, 1, 118.6, 117.0, 2.0, 8.0, 1.0);
+  VALUES ((SELECT max(PID) FROM Polygons), 'KelsoCreekLower', 1, 1, 1, 116.9, 115.8, 2.0, 8.0, 1.0);
 
 -- Tile drains under the fields east of town: they take water only while the water
 -- table stands above them.
@@ -134,9 +134,9 @@ INSERT INTO TestPoints(VID, Label, ObsHead) VALUES (last_insert_rowid(), 'MW-5',
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 455200.0, 4388800.0);
 INSERT INTO TestPoints(VID, Label, ObsHead) VALUES (last_insert_rowid(), 'MW-6', 116.2);
 -- The stream gage on Kelso Creek above its mouth (m3/day).
-INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 456700.0, 4391950.0);
+INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 456000.0, 4391830.0);
 INSERT INTO TestPoints(VID, Label, ObsHead, ObsStreamFlow, Type)
-  VALUES (last_insert_rowid(), 'KelsoGage', 0.0, 5200.0, 'Gage');
+  VALUES (last_insert_rowid(), 'KelsoGage', 0.0, 1150.0, 'Gage');
 
 -- Particles: forward from the upland and the recharge basin, backward from the
 -- river bank at the well field; at the water table (a fraction of the saturated
