@@ -1155,7 +1155,7 @@ WaterBalance Solution::waterBalance() const {
         if (extraction > 0) it->out += extraction; else it->in -= extraction;
     };
     for (const auto& w : s.wells) {
-        if (w.partial >= 0) add(w.headSpecified ? "partially penetrating wells, head" : "partially penetrating wells, discharge", w.q);
+        if (w.partial >= 0) add(w.headSpecified ? "partial wells, head specified" : "partial wells, discharge specified", w.q);
         else add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
     }
     for (size_t i = 0; i < s.segs.size(); ++i) {

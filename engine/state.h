@@ -77,6 +77,7 @@ struct WellEl {
     double usedTop = 0, usedBottom = 0, saturated = 0;  // partial: the screen clipped to the saturated zone
     bool clipped = false;       // partial: the screen reached outside the saturated zone
     bool clipReported = false;  // partial: the clipping has been reported (once per solution)
+    double fB = -1, fZb = 0, fZt = 0, fValue = 0;  // partial: the last loss factor and its arguments
     double x = 0, y = 0, rw = 0;
     bool headSpecified = false;
     double value = 0;    // head (head-specified) or discharge

@@ -136,7 +136,10 @@ struct Screen {
     bool none = false;   // no part of the screen lies in the saturated zone (or it has no length)
 };
 
-Screen screenAt(const WellEl& e, const detail::AquiferFn& aq, double h) {
+// The series costs up to about 0.05 s (many terms for a thin well in a thick aquifer), so
+// the last factor is kept and reused while its arguments stay the same (always in a
+// confined aquifer).
+Screen screenAt(WellEl& e, const detail::AquiferFn& aq, double h) {
     Screen s;
     s.b = aq.saturated(h);
     const double lo = aq.B, hi = aq.B + s.b;
@@ -148,7 +151,12 @@ Screen screenAt(const WellEl& e, const detail::AquiferFn& aq, double h) {
         s.f = 0.0;
         return s;
     }
-    s.f = detail::partialPenetrationFactor(s.b, s.bottom - lo, s.top - lo, e.rw);
+    const double zb = s.bottom - lo, zt = s.top - lo;
+    if (!(s.b == e.fB && zb == e.fZb && zt == e.fZt)) {
+        e.fValue = detail::partialPenetrationFactor(s.b, zb, zt, e.rw);
+        e.fB = s.b; e.fZb = zb; e.fZt = zt;
+    }
+    s.f = e.fValue;
     return s;
 }
 

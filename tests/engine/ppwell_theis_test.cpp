@@ -261,7 +261,7 @@ TEST(PartialWell, HeadModeMeetsItsHeadWithTheLoss) {
     const WaterBalance b = s.waterBalance();
     EXPECT_LT(b.closureError, 1e-6);
     bool found = false;
-    for (const auto& t : b.terms) found = found || (t.kind == "partially penetrating wells, head" && t.out > 0);
+    for (const auto& t : b.terms) found = found || (t.kind == "partial wells, head specified" && t.out > 0);
     EXPECT_TRUE(found);
 }
 
