@@ -182,6 +182,24 @@ TEST(TheisBalance, StorageReleaseAndFarFieldCloseTheBalance) {
     EXPECT_DOUBLE_EQ(s.head(150, 0), steadyHead);
 }
 
+TEST(TheisFlux, FlowAcrossALongLineIsHalfTheDischargeTimesErfc) {
+    // Across the line x = c the Theis well draws (Q/2) erfc(c sqrt(S / (4 T tau))): the
+    // integral of Q c exp(-(c^2 + y^2) a) / (2 pi (c^2 + y^2)) over y.
+    const double k = 10, H = 20, h0 = 30, S = 1e-4, Q = 600, T = k * H, c = 50;
+    Model m = aquiferModel(0, k, H, 1e7, 0, h0);
+    m.theisWells.push_back(theisLine(0, 0, Q, 1.0, h0, S));
+    Solution s(m);
+    s.solve(opts(2));
+    std::vector<std::pair<double, double>> line;
+    for (double y : {-1e6, -1e5, -1e4, -2e3, -500.0, -100.0, 0.0, 100.0, 500.0, 2e3, 1e4, 1e5, 1e6}) line.emplace_back(c, y);
+    for (double t : {1.5, 3.0, 40.0}) {
+        s.setTime(t);
+        const double a = S / (4 * T * (t - 1.0));
+        // Towards the well: from the right of the line's direction (+y) to its left.
+        EXPECT_NEAR(s.flux(line), -0.5 * Q * std::erfc(c * std::sqrt(a)), 1e-6 * Q) << t;
+    }
+}
+
 TEST(TheisInput, BadLinesAreSkippedOrMendedAndReported) {
     Model m = aquiferModel(0, 10, 20, 1e5, 0, 30);
     m.theisWells.push_back(theisLine(0, 0, 100, 0, 30, 0.0, 0.1, "WL_A"));    // no storage: skipped
