@@ -63,7 +63,8 @@ double partialPenetrationFactor(double b, double zb, double zt, double rw) {
     if (!(b > 0.0) || !(L > 0.0) || !(rw > 0.0)) return 0.0;
     if (L >= b * (1.0 - 1e-13)) return 0.0;
     const double x = kPi * rw / b;
-    const long terms = std::min<long>(kMaxPartialTerms, static_cast<long>(std::ceil(40.0 / x)) + 1);
+    const double wanted = std::ceil(40.0 / x) + 1.0;  // may be huge (or infinite) for a very thin well
+    const long terms = wanted >= static_cast<double>(kMaxPartialTerms) ? kMaxPartialTerms : static_cast<long>(wanted);
     const double at = kPi * zt / b, ab = kPi * zb / b;
     double sum = 0.0;
     for (long n = 1; n <= terms; ++n) {

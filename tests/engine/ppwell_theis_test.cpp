@@ -76,6 +76,8 @@ TEST(WellFunctions, PenetrationFactorVanishesAtFullPenetrationAndIsSymmetric) {
     const double bottom = detail::partialPenetrationFactor(20.0, 0.0, 6.0, 0.2);
     EXPECT_NEAR(top, bottom, 1e-12 * top);  // a screen at the top is the mirror of one at the bottom
     EXPECT_NEAR(top, lossFactor(20.0, 14.0, 20.0, 0.2), 1e-10 * top);
+    // A very thin well is summed to the bound of terms and stays finite.
+    EXPECT_TRUE(std::isfinite(detail::partialPenetrationFactor(20.0, 0.0, 6.0, 1e-300)));
     // Shorter screens lose more; a longer one less.
     EXPECT_GT(detail::partialPenetrationFactor(20.0, 17.0, 20.0, 0.2), top);
     EXPECT_LT(detail::partialPenetrationFactor(20.0, 6.0, 20.0, 0.2), top);
