@@ -130,9 +130,10 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
   if (needWells) wells = source.wells();
   if (needSegments) segments = source.segments();
 
-  auto wellSection = [&](bool headSpecified) {
-    out << (headSpecified ? kHeadHeadWells : kHeadDischargeWells) << '\n';
-    for (const WellResult& w : wells) {
+  // The records of the three kinds of wells are alike: X, Y, radius, discharge, then the
+  // head, or the specified head and the head error.
+  auto wellRecords = [&](const auto& list, bool headSpecified) {
+    for (const WellResult& w : list) {
       if (w.headSpecified != headSpecified) continue;
       if (headSpecified)
         out << formatSectionRecord({fin(w.x), fin(w.y), fin(w.radius), fin(w.discharge), fin(w.specifiedHead),
@@ -143,6 +144,10 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         out << formatSectionRecord({fin(w.x), fin(w.y), fin(w.radius), fin(w.discharge), fin(w.head)}, w.label)
             << '\n';
     }
+  };
+  auto wellSection = [&](bool headSpecified) {
+    out << (headSpecified ? kHeadHeadWells : kHeadDischargeWells) << '\n';
+    wellRecords(wells, headSpecified);
   };
   auto headSegment = [&](const SegmentResult& s, bool routedFields) {
     std::vector<double> v = {fin(s.x1), fin(s.y1), fin(s.x2), fin(s.y2), fin(s.specifiedHead), fin(s.calculatedHead),
@@ -159,11 +164,20 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
     switch (r) {
       case ExtractRequest::WellDischarge: wellSection(false); break;
       case ExtractRequest::WellHead: wellSection(true); break;
-      // Partially penetrating and transient wells are not part of this version's
-      // models: their sections are written without records.
-      case ExtractRequest::PartialWellDischarge: out << kHeadDischargePartialWells << '\n'; break;
-      case ExtractRequest::PartialWellHead: out << kHeadHeadPartialWells << '\n'; break;
-      case ExtractRequest::TheisWell: out << kHeadTheisWells << '\n'; break;
+      // Partially penetrating wells: the head includes the loss of the partial screen.
+      case ExtractRequest::PartialWellDischarge:
+        out << kHeadDischargePartialWells << '\n';
+        wellRecords(source.partialWells(), false);
+        break;
+      case ExtractRequest::PartialWellHead:
+        out << kHeadHeadPartialWells << '\n';
+        wellRecords(source.partialWells(), true);
+        break;
+      // Transient wells: one record per well (schedule), at the time of evaluation.
+      case ExtractRequest::TheisWell:
+        out << kHeadTheisWells << '\n';
+        wellRecords(source.theisWells(), false);
+        break;
       case ExtractRequest::LineSinkDischarge:
         out << kHeadDischargeLineSinks << '\n';
         for (const SegmentResult& s : segments)

@@ -44,6 +44,8 @@ class ExtractSource {
   virtual double flux(const std::vector<std::pair<double, double>>& polyline) const = 0;
   virtual std::vector<InhomogeneityResult> inhomogeneities() const { return {}; }
   virtual std::vector<WallResult> walls() const { return {}; }
+  virtual std::vector<PartialWellResult> partialWells() const { return {}; }
+  virtual std::vector<TheisWellResult> theisWells() const { return {}; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake
@@ -59,6 +61,8 @@ class SolutionSource : public ExtractSource {
   double flux(const std::vector<std::pair<double, double>>& p) const override { return s_.flux(p); }
   std::vector<InhomogeneityResult> inhomogeneities() const override { return s_.inhomogeneityResults(); }
   std::vector<WallResult> walls() const override { return s_.wallResults(); }
+  std::vector<PartialWellResult> partialWells() const override { return s_.partialWellResults(); }
+  std::vector<TheisWellResult> theisWells() const override { return s_.theisWellResults(); }
 
  private:
   const Solution& s_;

@@ -137,6 +137,37 @@ struct Pond {
     int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
+// A partially penetrating well: screened from `bottom` to `top` (elevations). In the
+// Dupuit-Forchheimer field it is a well; the partial penetration adds a head loss at the
+// well (engine/wells.cpp, docs/solver-wells.md). `value` as for Well.
+struct PartialWell {
+    double x = 0.0;
+    double y = 0.0;
+    double top = 0.0;
+    double bottom = 0.0;
+    double radius = 0.1;
+    double value = 0.0;
+    bool headSpecified = false;
+    std::string label;
+    int line = 0;                     // line of the command file (0: unknown), for reports
+};
+
+// One line of the pumping schedule of a transient (Theis) well: from `startTime` on the
+// discharge changes by `discharge` (lines of one label add up). `startHead` is the head at
+// the well when pumping starts (it fixes the transmissivity of the Theis function),
+// `storage` the storage coefficient, `radius` where the well's head is reported.
+struct TheisWell {
+    double x = 0.0;
+    double y = 0.0;
+    double discharge = 0.0;
+    double startTime = 0.0;
+    double startHead = 0.0;
+    double storage = 0.0;
+    double radius = 0.1;
+    std::string label;
+    int line = 0;                     // line of the command file (0: unknown), for reports
+};
+
 // The map window: Left, Bottom, Right, Top.
 struct Window {
     bool given = false;
@@ -158,6 +189,8 @@ struct Model {
     std::vector<Inhomogeneity> inhomogeneities;
     std::vector<Wall> walls;
     std::vector<Pond> ponds;
+    std::vector<PartialWell> partialWells;
+    std::vector<TheisWell> theisWells;  // schedule lines, in the order given
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };

@@ -118,6 +118,32 @@ void addElements(Model& model, const ElementsInput& e) {
     well.label = w.label;
     model.wells.push_back(std::move(well));
   }
+  for (const PartialWellInput& w : e.partialWells) {
+    PartialWell p;
+    p.x = w.x;
+    p.y = w.y;
+    p.top = w.top;
+    p.bottom = w.bottom;
+    p.radius = w.radius;
+    p.value = w.value;
+    p.headSpecified = w.headSpecified;
+    p.label = w.label;
+    p.line = w.line;
+    model.partialWells.push_back(std::move(p));
+  }
+  for (const TheisWellInput& w : e.theisWells) {
+    TheisWell t;
+    t.x = w.x;
+    t.y = w.y;
+    t.discharge = w.discharge;
+    t.startTime = w.startTime;
+    t.startHead = w.startHead;
+    t.storage = w.storage;
+    t.radius = w.radius;
+    t.label = w.label;
+    t.line = w.line;
+    model.theisWells.push_back(std::move(t));
+  }
   for (const StringInput& s : e.strings) {
     if (s.segments.empty()) continue;
     LineSinkString ls;
@@ -204,8 +230,6 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
   };
   for (const Step& step : file.steps) {
     if (auto* e = std::get_if<ElementsInput>(&step.data)) {
-      for (const auto& w : e->partialWells) note("ppwell", "partially penetrating wells (ppwell)", w.line, 1);
-      for (const auto& w : e->theisWells) note("twell", "transient Theis wells (twell)", w.line, 1);
       for (const auto& p : e->polygons)
         if (p.kind == PolygonKind::Lake) note("lake", "lakes (Inhomogeneity Lake)", p.line, 1 + p.vertices.size());
       for (const auto& s : e->strings)
@@ -377,12 +401,53 @@ class Runner {
         logs_.problem(w.line, "", "well " + w.label + " has a radius that is not positive; the well was skipped");
     ElementsInput kept = e;
     std::erase_if(kept.wells, [](const WellInput& w) { return !(w.radius > 0); });
-    size_t wellsBefore = model_.wells.size(), stringsBefore = model_.lineSinks.size();
+    checkPartialWells(kept.partialWells);
+    checkTheisWells(kept.theisWells);
+    size_t wellsBefore = model_.wells.size() + model_.partialWells.size() + model_.theisWells.size();
+    size_t stringsBefore = model_.lineSinks.size();
     size_t areasBefore = model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size();
     addElements(model_, kept);
-    if (model_.wells.size() != wellsBefore || model_.lineSinks.size() != stringsBefore ||
+    if (model_.wells.size() + model_.partialWells.size() + model_.theisWells.size() != wellsBefore ||
+        model_.lineSinks.size() != stringsBefore ||
         model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore)
       modelChanged_ = true;
+  }
+
+  // Partially penetrating wells: a radius that is not positive skips the well (as for
+  // plain wells); a screen whose top lies below its bottom is mended by swapping the two.
+  // A screen that reaches outside the saturated zone is clipped by the solve, which
+  // reports it.
+  void checkPartialWells(std::vector<PartialWellInput>& wells) {
+    std::erase_if(wells, [this](const PartialWellInput& w) {
+      if (w.radius > 0) return false;
+      logs_.problem(w.line, "", "partially penetrating well " + w.label + ": radius " + number(w.radius) +
+                                    " is not positive; the well was skipped");
+      return true;
+    });
+    for (PartialWellInput& w : wells)
+      if (w.top < w.bottom) {
+        logs_.problem(w.line, "", "partially penetrating well " + w.label + ": the top of the screen " + number(w.top) +
+                                      " lies below its bottom " + number(w.bottom) + "; the two were swapped");
+        std::swap(w.top, w.bottom);
+      }
+  }
+
+  // Transient wells: a schedule line whose storage coefficient or radius is not positive
+  // is skipped. A line that starts after the time of evaluation is no error (a cyclic
+  // schedule lists every switch); the solve counts such lines in the message log.
+  void checkTheisWells(std::vector<TheisWellInput>& wells) {
+    std::erase_if(wells, [this](const TheisWellInput& w) {
+      std::string why;
+      if (!(w.storage > 0)) why = "storage coefficient " + number(w.storage) + " is not positive";
+      else if (!(w.radius > 0)) why = "radius " + number(w.radius) + " is not positive";
+      if (why.empty()) return false;
+      logs_.problem(w.line, "", "transient well " + w.label + ": " + why + "; the schedule line was skipped");
+      return true;
+    });
+    for (const TheisWellInput& w : wells)
+      if (w.storage > 1)
+        logs_.problem(w.line, "", "transient well " + w.label + ": storage coefficient " + number(w.storage) +
+                                      " is above 1; it is used as given");
   }
 
   void apply(int line, const SolveCommand& c) {
@@ -419,6 +484,15 @@ class Runner {
     model_.time = c.time;
     if (solution_) solution_->setTime(c.time);
     logs_.message("Time of evaluation: " + number(c.time) + " days");
+    if (solution_ && solution_->solved() && !model_.theisWells.empty()) {
+      int started = 0, later = 0;
+      for (const TheisWellResult& w : solution_->theisWellResults()) {
+        started += w.activeLines;
+        later += w.lines - w.activeLines;
+      }
+      logs_.message("  transient wells: " + std::to_string(started) + " schedule lines have started by this time" +
+                    (later > 0 ? ", " + std::to_string(later) + " start later and have no effect yet" : ""));
+    }
   }
 
   void apply(int line, const SaveCommand& c) {
@@ -685,6 +759,8 @@ class Runner {
     };
     for (const Particle& p : particles) add(p.x, p.y);
     for (const Well& w : model_.wells) add(w.x, w.y);
+    for (const PartialWell& w : model_.partialWells) add(w.x, w.y);
+    for (const TheisWell& w : model_.theisWells) add(w.x, w.y);
     for (const LineSinkString& s : model_.lineSinks)
       for (const Segment& g : s.segments) {
         add(g.x1, g.y1);

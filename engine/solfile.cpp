@@ -20,7 +20,7 @@ namespace tarno::engine {
 namespace {
 
 constexpr const char* kMagic = "TARNO-SOL";
-constexpr int kVersion = 2;  // 2: inhomogeneities, walls and ponds
+constexpr int kVersion = 3;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells
 
 class Writer {
 public:
@@ -127,6 +127,16 @@ void writeModel(Writer& w, const Model& m) {
     for (const auto& p : m.ponds) {
         w.num(p.x); w.num(p.y); w.num(p.radius); w.num(p.value); w.i(p.headSpecified); w.str(p.label); w.i(p.line);
     }
+    w.i((long)m.partialWells.size());
+    for (const auto& p : m.partialWells) {
+        w.num(p.x); w.num(p.y); w.num(p.top); w.num(p.bottom); w.num(p.radius); w.num(p.value); w.i(p.headSpecified);
+        w.str(p.label); w.i(p.line);
+    }
+    w.i((long)m.theisWells.size());
+    for (const auto& t : m.theisWells) {
+        w.num(t.x); w.num(t.y); w.num(t.discharge); w.num(t.startTime); w.num(t.startHead); w.num(t.storage);
+        w.num(t.radius); w.str(t.label); w.i(t.line);
+    }
 }
 
 Model readModel(Reader& r) {
@@ -180,6 +190,16 @@ Model readModel(Reader& r) {
         p.x = r.num(); p.y = r.num(); p.radius = r.num(); p.value = r.num(); p.headSpecified = r.i() != 0;
         p.label = r.str(); p.line = (int)r.i();
     }
+    m.partialWells.resize(r.count(kMaxItems));
+    for (auto& p : m.partialWells) {
+        p.x = r.num(); p.y = r.num(); p.top = r.num(); p.bottom = r.num(); p.radius = r.num(); p.value = r.num();
+        p.headSpecified = r.i() != 0; p.label = r.str(); p.line = (int)r.i();
+    }
+    m.theisWells.resize(r.count(kMaxItems));
+    for (auto& t : m.theisWells) {
+        t.x = r.num(); t.y = r.num(); t.discharge = r.num(); t.startTime = r.num(); t.startHead = r.num();
+        t.storage = r.num(); t.radius = r.num(); t.label = r.str(); t.line = (int)r.i();
+    }
     return m;
 }
 
@@ -199,6 +219,14 @@ void Solution::save(const std::string& path) const {
     for (const auto& e : s.segs) { w.i((int)e.state); w.num(e.fixedValue); w.num(e.a); }
     w.i((long)s.galleries.size());
     for (const auto& g : s.galleries) w.i(g.allHeld);
+    // Partially penetrating wells: the loss factor and the screen in use.
+    long partial = 0;
+    for (const auto& e : s.wells) partial += e.partial >= 0;
+    w.i(partial);
+    for (const auto& e : s.wells) {
+        if (e.partial < 0) continue;
+        w.num(e.loss); w.num(e.usedTop); w.num(e.usedBottom); w.num(e.saturated); w.i(e.clipped); w.i(e.clipReported);
+    }
     o << "END\n";
     std::ofstream f(path, std::ios::binary | std::ios::trunc);
     if (!f) throw FatalError("The solution file " + path + " cannot be written.");
@@ -239,12 +267,21 @@ Solution Solution::load(const std::string& path) {
     const long ng = r.i();
     if (ng != (long)s.galleries.size()) r.fail("its number of galleries does not match its elements");
     for (auto& g : s.galleries) g.allHeld = r.i() != 0;
+    long partial = 0;
+    for (const auto& e : s.wells) partial += e.partial >= 0;
+    if (r.i() != partial) r.fail("its number of partially penetrating wells does not match its elements");
+    for (auto& e : s.wells) {
+        if (e.partial < 0) continue;
+        e.loss = r.num(); e.usedTop = r.num(); e.usedBottom = r.num(); e.saturated = r.num();
+        e.clipped = r.i() != 0; e.clipReported = r.i() != 0;
+    }
     if (r.line() != "END") r.fail("it does not end where it should");
     s.solved = solved;
     s.iterationsDone = (int)iters;
     s.factorsValid = false;
     s.syncStrengths(false);
     s.route(false);
+    if (s.solved) s.settleTheis();
     return sol;
 }
 

@@ -86,6 +86,8 @@ void Solution::State::prepare() {
         ymin = std::min(ymin, y); ymax = std::max(ymax, y);
     };
     for (const auto& w : model.wells) grow(w.x, w.y);
+    for (const auto& w : model.partialWells) if (std::isfinite(w.x) && std::isfinite(w.y)) grow(w.x, w.y);
+    for (const auto& w : model.theisWells) if (std::isfinite(w.x) && std::isfinite(w.y)) grow(w.x, w.y);
     for (const auto& ls : model.lineSinks)
         for (const auto& sg : ls.segments) { grow(sg.x1, sg.y1); grow(sg.x2, sg.y2); }
     if (model.window.given) { grow(model.window.x1, model.window.y1); grow(model.window.x2, model.window.y2); }
@@ -120,6 +122,8 @@ void Solution::State::prepare() {
         e.dom = domainAt(e.x + e.rw, e.y);
         wells.push_back(e);
     }
+    preparePartialWells(size);
+    prepareTheisWells(size);
 
     segs.clear();
     galleries.clear();
@@ -179,6 +183,10 @@ void Solution::State::prepare() {
              "), ten model sizes from the model, is set to the top of the aquifer");
     }
     refDom = domainAt(refX, refY);
+    {
+        double unused = 0.0;
+        updatePartialWells(unused);  // loss factors from an estimate of the heads at the wells
+    }
 
     // Unknowns: head-specified wells, segment strengths, gallery potentials, the constant.
     ukind.clear(); uowner.clear(); px.clear(); py.clear();
@@ -321,7 +329,7 @@ double Solution::State::potentialAt(double px_, double py_) const {
            detail::wellSum(wx.data(), wy.data(), wq.data(), (int)wq.size(), px_, py_) +
            detail::lineSinkSum(scx.data(), scy.data(), sihr.data(), sihi.data(), sscale.data(), sc0.data(),
                                ssig.data(), (int)ssig.size(), px_, py_) +
-           areaPotential(px_, py_);
+           areaPotential(px_, py_) + theisPotential(px_, py_);
 }
 
 std::complex<double> Solution::State::wAt(double x_, double y_) const {
@@ -337,7 +345,7 @@ std::complex<double> Solution::State::wAt(double x_, double y_) const {
         detail::LsGeom g{scx[j], scy[j], sihr[j], sihi[j], sscale[j], sc0[j], 4.0 * kPi * sscale[j]};
         w += ssig[j] * detail::lsW(g, x_, y_);
     }
-    return w + areaW(x_, y_);
+    return w + areaW(x_, y_) + theisW(x_, y_);
 }
 
 // ---------------------------------------------------------------------------------
@@ -417,6 +425,10 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
         if (s.ukind[i] == UnknownKind::SegSigma) A[i + (size_t)i * n] = 1.0;
     }
+    // Partially penetrating wells in head mode: the head in the well is that of the field
+    // less the loss of the partial screen, Phi - loss Q = Phi(h).
+    for (const auto& w : s.wells)
+        if (w.partial >= 0 && w.unknown >= 0) A[w.unknown + (size_t)w.unknown * n] -= w.loss;
     for (const auto& e : s.segs) {
         if (e.unknown < 0 || !(e.state == SegState::Free || e.state == SegState::Held)) continue;
         const int i = e.unknown;
@@ -446,7 +458,7 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         if (info > 0) {
             const int j = info - 1;
             switch (s.ukind[j]) {
-            case UnknownKind::WellQ: what = "the discharge of well " + s.model.wells[s.wells[s.uowner[j]].model].label; break;
+            case UnknownKind::WellQ: what = "the discharge of well " + s.wellLabel(s.wells[s.uowner[j]]); break;
             case UnknownKind::SegSigma: {
                 const SegEl& e = s.segs[s.uowner[j]];
                 what = "the strength of line-sink segment " + s.model.lineSinks[e.string].segments[e.modelSeg].label;
@@ -603,6 +615,7 @@ UpdateResult updateStates(Solution::State& s) {
         if (s.ukind[i] == UnknownKind::GalleryPhi) continue;
         if (!isPhiRow(s, i)) { direct.push_back(i); continue; }
         double phi = s.known[i] + s.rhs[i];
+        if (s.ukind[i] == UnknownKind::WellQ) phi += s.wells[s.uowner[i]].loss * s.x[i];
         if (s.ukind[i] == UnknownKind::SegSigma) {
             const SegEl& e = s.segs[s.uowner[i]];
             if (e.resist) phi += e.a * s.x[i];
@@ -618,7 +631,7 @@ UpdateResult updateStates(Solution::State& s) {
         switch (s.ukind[i]) {
         case UnknownKind::WellQ: {
             const WellEl& w = s.wells[s.uowner[i]];
-            u.residual = std::max(u.residual, std::fabs(s.aqOf(w.dom).headFromPhiExtended(phi) - w.value));
+            u.residual = std::max(u.residual, std::fabs(s.aqOf(w.dom).headFromPhiExtended(phi - w.loss * s.x[i]) - w.value));
             break;
         }
         case UnknownKind::Constant:
@@ -636,6 +649,7 @@ UpdateResult updateStates(Solution::State& s) {
 
     // Segments.
     if (s.updateArea(u.residual)) s.factorsValid = false;
+    if (s.updatePartialWells(u.residual)) s.factorsValid = false;
 
     for (auto& e : s.segs) {
         if (e.unknown < 0) continue;
@@ -760,14 +774,18 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
     auto say = [&](const std::string& l) { if (log) log(l); };
     const auto tStart = std::chrono::steady_clock::now();
     SolveReport rep;
-    rep.wells = (int)s.wells.size();
+    // The steady unknowns are solved without the transient wells (see engine/wells.cpp).
+    s.theisReady = false;
+    for (const auto& w : s.wells) (w.partial < 0 ? rep.wells : rep.partialWells) += 1;
+    rep.theisWells = (int)s.theisGroups.size();
+    rep.theisLines = (int)s.theis.size();
     for (const auto& ls : s.model.lineSinks) {
         ++rep.lineSinkStrings;
         rep.lineSinkSegments += (int)ls.segments.size();
     }
     rep.unknowns = s.n;
-    int headWells = 0;
-    for (const auto& w : s.wells) headWells += w.headSpecified;
+    int headWells = 0, headPartial = 0;
+    for (const auto& w : s.wells) (w.partial < 0 ? headWells : headPartial) += w.headSpecified;
     say("Elements: " + std::to_string(rep.wells) + " wells (" + std::to_string(headWells) + " head specified), " +
         std::to_string(rep.lineSinkStrings) + " line-sink strings with " + std::to_string(s.segs.size()) +
         " segments, " + std::to_string(s.galleries.size()) + " galleries");
@@ -782,6 +800,9 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             " walls, " + std::to_string(rep.ponds) + " ponds (" + std::to_string(headPonds) + " head specified), " +
             std::to_string(s.edges.size()) + " line-doublet segments");
     }
+    if (rep.partialWells > 0 || !s.model.partialWells.empty())
+        say("Partially penetrating wells: " + std::to_string(rep.partialWells) + " (" + std::to_string(headPartial) +
+            " head specified)");
     say("Equations: " + std::to_string(s.n));
     if (o.storeOnDisk) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
 
@@ -843,6 +864,21 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
     }
     if (!converged) s.warn("the iterations ended before every condition was met; a further solve continues them");
     rep.converged = converged;
+    s.settleTheis();
+    if (!s.theis.empty() || !s.model.theisWells.empty()) {
+        int active = 0, steadyT = 0;
+        for (const auto& e : s.theis) {
+            active += s.model.time > e.t0;
+            steadyT += e.steadyT;
+        }
+        say("Transient wells: " + std::to_string(rep.theisWells) + " with " + std::to_string(rep.theisLines) +
+            " schedule lines, superposed on the steady solution at the time of evaluation " + fmt("%g", s.model.time) +
+            " days; " + std::to_string(active) + " lines have started by then" +
+            (active < rep.theisLines ? ", the others start later and have no effect yet" : ""));
+        if (steadyT > 0)
+            say("  " + std::to_string(steadyT) + " schedule lines give a start head at or below the base: their "
+                "transmissivity is that of the steady head at the well");
+    }
     rep.balance = waterBalance();
     for (const auto& l : formatBalance(rep.balance)) say(l);
     rep.totalSeconds = seconds(tStart);
@@ -942,6 +978,7 @@ std::vector<WellResult> Solution::wellResults() const {
     const State& s = *s_;
     std::vector<WellResult> r;
     for (const auto& e : s.wells) {
+        if (e.partial >= 0) continue;
         WellResult w;
         w.label = s.model.wells[e.model].label;
         w.x = e.x; w.y = e.y; w.radius = e.rw;
@@ -1036,6 +1073,15 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
             if (std::abs(za) == 0.0 || std::abs(zb) == 0.0) continue;
             dpsi += s.wq[j] / (2.0 * kPi) * std::arg(zb / za);
         }
+        // Transient wells: the steady well of each started line here, the rest (the water
+        // their cones release from storage) with the area sinks below.
+        if (s.theisReady)
+            for (const auto& e : s.theis) {
+                if (!(s.model.time > e.t0) || e.q == 0.0) continue;
+                const std::complex<double> za(ax - e.x, ay - e.y), zb(bx - e.x, by - e.y);
+                if (std::abs(za) == 0.0 || std::abs(zb) == 0.0) continue;
+                dpsi += e.q / (2.0 * kPi) * std::arg(zb / za);
+            }
         for (size_t j = 0; j < s.ssig.size(); ++j) {
             if (s.ssig[j] == 0.0) continue;
             detail::LsGeom g{s.scx[j], s.scy[j], s.sihr[j], s.sihi[j], s.sscale[j], s.sc0[j], 0.0};
@@ -1066,6 +1112,8 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
     // the integrand is continuous, with kinks where the piece crosses the sink's edge).
     bool anySink = !s.ponds.empty();
     for (const auto& d : s.domains) anySink = anySink || d.hasSink;
+    if (s.theisReady)
+        for (const auto& e : s.theis) anySink = anySink || (s.model.time > e.t0 && e.q != 0.0);
     if (anySink) {
         static const double gx[8] = {-0.9602898564975363, -0.7966664774136267, -0.5255324099163290, -0.1834346424956498,
                                      0.1834346424956498,  0.5255324099163290,  0.7966664774136267,  0.9602898564975363};
@@ -1088,6 +1136,7 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
                         if (d.hasSink) w += -d.extraction * detail::areaSinkW(d.sink, x, y);
                     for (const auto& p : s.ponds)
                         if (p.rate != 0.0) w += p.rate * detail::pondW(p.x, p.y, p.R, x, y);
+                    w += s.theisWRemainder(x, y);
                     q += (w.real() * nx - w.imag() * ny) * gw[g] * 0.5 * L / parts;
                 }
             }
@@ -1105,7 +1154,10 @@ WaterBalance Solution::waterBalance() const {
         if (it == b.terms.end()) { b.terms.push_back({kind, 0.0, 0.0}); it = b.terms.end() - 1; }
         if (extraction > 0) it->out += extraction; else it->in -= extraction;
     };
-    for (const auto& w : s.wells) add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
+    for (const auto& w : s.wells) {
+        if (w.partial >= 0) add(w.headSpecified ? "partial wells, head specified" : "partial wells, discharge specified", w.q);
+        else add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
+    }
     for (size_t i = 0; i < s.segs.size(); ++i) {
         const SegEl& e = s.segs[i];
         const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
@@ -1135,6 +1187,7 @@ WaterBalance Solution::waterBalance() const {
     for (const auto& d : s.domains)
         for (const auto& v : d.poly) grow(v.x, v.y);
     for (const auto& p : s.ponds) { grow(p.x - p.R, p.y - p.R); grow(p.x + p.R, p.y + p.R); }
+    for (const auto& g : s.theisGroups) grow(g.x, g.y);
     if (xmin <= xmax) {
         const double cx = 0.5 * (xmin + xmax), cy = 0.5 * (ymin + ymax);
         const double R = std::max(std::hypot(xmax - xmin, ymax - ymin), 1e-3);  // twice the enclosing radius
@@ -1152,6 +1205,7 @@ WaterBalance Solution::waterBalance() const {
         // circle (uniform flow around doublets) is no flow.
         if (std::fabs(inflow) <= 1e-11 * gross) inflow = 0.0;
         add("far field", -inflow);
+        for (const auto& [kind, extraction] : s.theisBalance(cx, cy, R)) add(kind, extraction);
     }
     for (const auto& t : b.terms) { b.totalIn += t.in; b.totalOut += t.out; }
     b.difference = b.totalIn - b.totalOut;

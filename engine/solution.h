@@ -78,6 +78,9 @@ struct SolveReport {
     int inhomogeneities = 0;       // accepted ones (bad polygons are skipped)
     int walls = 0;
     int ponds = 0;
+    int partialWells = 0;          // accepted partially penetrating wells
+    int theisWells = 0;            // transient wells (schedules: lines of one label count once)
+    int theisLines = 0;            // accepted schedule lines of all transient wells
     int unknowns = 0;              // equals the number of equations
     std::vector<IterationReport> iterations;
     bool converged = false;
@@ -115,6 +118,27 @@ struct WellResult {
     double head = 0.0;           // head at the screen radius (kDryHead when dry)
     double specifiedHead = 0.0;  // head-specified wells only
     double headError = 0.0;      // computed minus specified (head-specified wells only)
+};
+
+// A partially penetrating well. `head` (and `headError`) include the head loss of the
+// partial penetration; the screen is the one used: clipped to the saturated zone.
+struct PartialWellResult : WellResult {
+    double screenTop = 0.0;
+    double screenBottom = 0.0;
+    double saturatedThickness = 0.0;  // at the well, from the head of the Dupuit field
+    double penetration = 1.0;         // screen length over saturated thickness
+    double lossFactor = 0.0;          // dimensionless f: the loss in potential is Q f / (2 pi)
+    double headLoss = 0.0;            // head of the Dupuit field at the screen radius minus `head`
+    bool clipped = false;             // the screen reached outside the saturated zone
+};
+
+// A transient (Theis) well at the time of evaluation: one per label. `discharge` is the sum
+// of the schedule lines that started before the time; `head` the head at the screen radius
+// at that time (steady solution plus every transient well).
+struct TheisWellResult : WellResult {
+    double time = 0.0;                // the time of evaluation
+    int lines = 0;                    // schedule lines of this well
+    int activeLines = 0;              // lines that started before the time of evaluation
 };
 
 struct SegmentResult {
@@ -222,7 +246,9 @@ public:
     // there is no stream function, so the value is that of the other elements only.
     double streamFunction(double x, double y) const;
 
-    std::vector<WellResult> wellResults() const;
+    std::vector<WellResult> wellResults() const;          // fully penetrating wells
+    std::vector<PartialWellResult> partialWellResults() const;
+    std::vector<TheisWellResult> theisWellResults() const; // at the time of evaluation
     std::vector<SegmentResult> segmentResults() const;
     // Accepted inhomogeneities and walls (skipped bad polygons are not listed).
     std::vector<InhomogeneityResult> inhomogeneityResults() const;

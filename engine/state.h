@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarno::engine {
@@ -69,13 +70,38 @@ struct PondEl {
 };
 
 struct WellEl {
-    int model = 0;       // index into Model::wells
+    int model = 0;       // index into Model::wells (or Model::partialWells when partial >= 0)
+    int partial = -1;    // index into Model::partialWells: a partially penetrating well
+    double top = 0, bottom = 0;  // partial: the screen as given (top above bottom)
+    double loss = 0;     // partial: potential lost at the well per unit discharge, f / (2 pi)
+    double usedTop = 0, usedBottom = 0, saturated = 0;  // partial: the screen clipped to the saturated zone
+    bool clipped = false;       // partial: the screen reached outside the saturated zone
+    bool clipReported = false;  // partial: the clipping has been reported (once per solution)
+    double fB = -1, fZb = 0, fZt = 0, fValue = 0;  // partial: the last loss factor and its arguments
     double x = 0, y = 0, rw = 0;
     bool headSpecified = false;
     double value = 0;    // head (head-specified) or discharge
     double q = 0;        // discharge (known or solved)
     int unknown = -1;
     int dom = 0;         // domain of the well's screen point
+};
+
+// One line of a transient well's schedule: a Theis well of discharge q from t0 on.
+struct TheisEl {
+    int model = 0;       // index into Model::theisWells
+    int group = 0;       // index into State::theisGroups
+    double x = 0, y = 0;
+    double q = 0, t0 = 0, S = 0;
+    double T = 0;        // transmissivity of the Theis function
+    bool steadyT = false;// T from the steady head at the well (the start head lies at or below the base)
+    int dom = 0;
+};
+
+// A transient well: the schedule lines of one label.
+struct TheisGroup {
+    std::string label;
+    double x = 0, y = 0, rw = 0;
+    std::vector<int> lines;  // into State::theis
 };
 
 struct SegEl {
@@ -116,7 +142,10 @@ struct Solution::State {
     bool solved = false;
     int iterationsDone = 0;
 
-    std::vector<WellEl> wells;
+    std::vector<WellEl> wells;     // fully penetrating wells, then partially penetrating ones
+    std::vector<TheisEl> theis;
+    std::vector<TheisGroup> theisGroups;
+    bool theisReady = false;       // transmissivities set: the transient wells take part in evaluation
     std::vector<SegEl> segs;
     std::vector<GalleryEl> galleries;
     std::vector<int> streamOrder;  // routed segments, upstream first
@@ -201,6 +230,23 @@ struct Solution::State {
     // fixes their strength get that exact value (right after a solve, whose states they are).
     void syncStrengths(bool applyFixed);
     double route(bool setLimited);  // stream flows along the network (see solution.cpp)
+    // Wells (engine/wells.cpp): partially penetrating wells join `wells` after the plain
+    // ones; transient wells are prepared apart. updatePartialWells sets the loss factors
+    // from the heads at the wells (residual: in head, the effect of the change) and returns
+    // true when a head-specified well's factor moved (the matrix must be rebuilt).
+    void preparePartialWells(double size);
+    void prepareTheisWells(double size);
+    bool updatePartialWells(double& residual);
+    void settleTheis();            // after a solve or load: transmissivities, then theisReady
+    double theisPotential(double x, double y) const;
+    std::complex<double> theisW(double x, double y) const;
+    // The part of theisW that is left after each line's steady well (smooth at the wells).
+    std::complex<double> theisWRemainder(double x, double y) const;
+    // Balance terms of the transient wells at the time of evaluation (kind, extraction > 0
+    // out of the aquifer): their net discharge, and the water released from storage inside
+    // the circle (cx, cy, R) over which the far field is integrated.
+    std::vector<std::pair<std::string, double>> theisBalance(double cx, double cy, double R) const;
+    std::string wellLabel(const WellEl& w) const;
     double potentialAt(double x, double y) const;
     std::complex<double> wAt(double x, double y) const;  // Qx - i Qy
 };

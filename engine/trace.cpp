@@ -86,10 +86,19 @@ double distanceToSegment(double x, double y, const SinkSegment& g) {
   return std::hypot(x - g.x1 - t * sx, y - g.y1 - t * sy);
 }
 
+// Every kind of well: fully and partially penetrating, and transient wells with their
+// discharge at the time of evaluation.
+std::vector<WellResult> allWells(const Solution& s) {
+  std::vector<WellResult> all = s.wellResults();
+  for (const auto& w : s.partialWellResults()) all.push_back(w);
+  for (const auto& w : s.theisWellResults()) all.push_back(w);
+  return all;
+}
+
 class Tracer {
  public:
   Tracer(const Solution& s, const TraceSettings& st) : s_(s), st_(st) {
-    for (const WellResult& w : s.wellResults())
+    for (const WellResult& w : allWells(s))
       if (w.radius > 0 || w.discharge != 0) wells_.push_back(SinkWell{w.x, w.y, w.radius, w.discharge});
     for (const SegmentResult& g : s.segmentResults())
       if (g.strength != 0)
@@ -258,7 +267,7 @@ std::vector<Particle> wellParticles(const Solution& solution, double x, double y
     return std::vector<Particle>{};
   };
   if (n < 1) return fail("no particles were asked for");
-  const std::vector<WellResult> wells = solution.wellResults();
+  const std::vector<WellResult> wells = allWells(solution);
   int best = -1;
   double bestDistance = 0;
   for (size_t i = 0; i < wells.size(); ++i) {

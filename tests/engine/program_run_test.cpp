@@ -215,8 +215,10 @@ TEST(ProgramRun, LoadedSolutionGivesTheSameResults) {
 TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   TempDir dir;
   auto file = with(kHeader, wellAndRiver());
-  file = with(file, {" ppwell ", " discharge ", "  1 2 3 4 5 .5 WL_000011", "  3 4 3 4 5 .5 WL_000012", " quit ",
-                     " ppwell ", " head ", "  5 6 3 4 5 .5 WL_000013", " quit ", " twell ", " discharge ",
+  file = with(file, {" Inhomogeneity ", " Lake .5E+03 .1E-02 .2E-02 .1E+01 stage.tab LK_000001_0000",
+                     "  50 50 LK_000001_0100", "  60 50 LK_000001_0200", "  55 60 LK_000001_0300", " quit ",
+                     " Inhomogeneity ", " Lake 1 2 3 4 LK_000002_0000", "  5 5 LK_000002_0100", " quit ",
+                     " ppwell ", " discharge ", "  1 2 3 4 5 .5 WL_000011", " quit ", " twell ", " discharge ",
                      "  .1E+03 .2E+03 .5E+03 .0E+00 .1E+02 .1E-03 .1E+00 WL_000014", " quit ", " inhomogeneity ",
                      "slurry open     .00000E+00 .10000E+01 .30000E+00 .50000E+01 HB_000004_0000",
                      "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " frobnicate"});
@@ -231,19 +233,22 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
     for (const auto& l : err) n += l.find(word) != std::string::npos;
     return n;
   };
-  EXPECT_EQ(count("(ppwell)"), 1);
-  EXPECT_EQ(count("(twell)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 2);
+  EXPECT_EQ(count("(Inhomogeneity Lake)"), 1);
+  EXPECT_EQ(count("not supported by this version"), 1);
+  // Partially penetrating and transient wells are solved: not reported as unsupported.
+  EXPECT_EQ(count("ppwell"), 0);
+  EXPECT_EQ(count("twell"), 0);
   // Walls are solved and grids computed, not reported; a block without
   // "horizontalpoints" says what it used.
   EXPECT_EQ(count("slurry"), 0);
   EXPECT_EQ(count("\"horizontalpoints\""), 2);
   EXPECT_EQ(count("frobnicate"), 1);
-  // The report names the first line of each kind and how many items were read.
+  // The report names the first line of each kind and how many items were read
+  // (the opening lines and the vertices of both lakes).
   for (const auto& l : err)
-    if (l.find("(ppwell)") != std::string::npos) {
-      EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 3), 0), 0u) << l;
-      EXPECT_NE(l.find("3 items"), std::string::npos) << l;
+    if (l.find("(Inhomogeneity Lake)") != std::string::npos) {
+      EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 2), 0), 0u) << l;
+      EXPECT_NE(l.find("6 items"), std::string::npos) << l;
     }
   // The wells and the river were solved all the same.
   auto xtr = readLines(dir.path() / "demo.XTR");
