@@ -568,50 +568,59 @@ double Solution::State::jumpAt(int e, double X) const {
     return detail::dbJump(d.val[0], d.val[1], d.val[2], X);
 }
 
+void Solution::State::buildAreaArrays() {
+    sinkArr = {};
+    for (const auto& d : domains) {
+        if (!d.hasSink) continue;
+        const auto& a = d.sink;
+        for (size_t e = 0; e < a.edges.size(); ++e) sinkArr.add(a.edges[e], a.v[e].x, a.v[e].y, a.nx[e], a.ny[e], -d.extraction);
+    }
+    dbArr = {};
+    for (const auto& d : edges) dbArr.add(d.g.cx, d.g.cy, d.g.ih.real(), d.g.ih.imag());
+    for (size_t e = 0; e < edges.size(); ++e) dbArr.setStrengths((int)e, edges[e].val[0], edges[e].val[1], edges[e].val[2]);
+}
+
 double Solution::State::knownAreaPotential(double x, double y) const {
-    double phi = 0.0;
-    for (const auto& d : domains)
-        if (d.hasSink) phi += -d.extraction * detail::areaSinkPotential(d.sink, x, y);
+    detail::Field f;
+    detail::areaSinkField(sinkArr, x, y, false, f);
     for (const auto& p : ponds)
-        if (!p.headSpecified && p.rate != 0.0) phi += p.rate * detail::pondPotential(p.x, p.y, p.R, x, y);
-    return phi;
+        if (!p.headSpecified && p.rate != 0.0) f.phi += p.rate * detail::pondPotential(p.x, p.y, p.R, x, y);
+    return f.phi;
 }
 
 std::complex<double> Solution::State::knownAreaW(double x, double y) const {
-    std::complex<double> w(0.0, 0.0);
-    for (const auto& d : domains)
-        if (d.hasSink) w += -d.extraction * detail::areaSinkW(d.sink, x, y);
+    detail::Field f;
+    detail::areaSinkField(sinkArr, x, y, true, f);
+    std::complex<double> w(f.wr, f.wi);
     for (const auto& p : ponds)
         if (!p.headSpecified && p.rate != 0.0) w += p.rate * detail::pondW(p.x, p.y, p.R, x, y);
     return w;
 }
 
-double Solution::State::areaPotential(double x, double y) const {
-    double phi = 0.0;
-    for (const auto& d : domains)
-        if (d.hasSink) phi += -d.extraction * detail::areaSinkPotential(d.sink, x, y);
-    for (const auto& p : ponds)
-        if (p.rate != 0.0) phi += p.rate * detail::pondPotential(p.x, p.y, p.R, x, y);
-    for (const auto& d : edges) {
-        if (d.val[0] == 0.0 && d.val[1] == 0.0 && d.val[2] == 0.0) continue;
-        const auto b = detail::dbBasis(d.g, x, y, false);
-        phi += d.val[0] * b.phi[0] + d.val[1] * b.phi[1] + d.val[2] * b.phi[2];
+void Solution::State::areaField(double x, double y, bool wantW, detail::Field& f) const {
+    detail::areaSinkField(sinkArr, x, y, wantW, f);
+    for (const auto& p : ponds) {
+        if (p.rate == 0.0) continue;
+        f.phi += p.rate * detail::pondPotential(p.x, p.y, p.R, x, y);
+        if (wantW) {
+            const auto w = detail::pondW(p.x, p.y, p.R, x, y);
+            f.wr += p.rate * w.real();
+            f.wi += p.rate * w.imag();
+        }
     }
-    return phi;
+    detail::doubletField(dbArr, x, y, wantW, f);
+}
+
+double Solution::State::areaPotential(double x, double y) const {
+    detail::Field f;
+    areaField(x, y, false, f);
+    return f.phi;
 }
 
 std::complex<double> Solution::State::areaW(double x, double y) const {
-    std::complex<double> w(0.0, 0.0);
-    for (const auto& d : domains)
-        if (d.hasSink) w += -d.extraction * detail::areaSinkW(d.sink, x, y);
-    for (const auto& p : ponds)
-        if (p.rate != 0.0) w += p.rate * detail::pondW(p.x, p.y, p.R, x, y);
-    for (const auto& d : edges) {
-        if (d.val[0] == 0.0 && d.val[1] == 0.0 && d.val[2] == 0.0) continue;
-        const auto b = detail::dbBasis(d.g, x, y, true);
-        w += d.val[0] * b.w[0] + d.val[1] * b.w[1] + d.val[2] * b.w[2];
-    }
-    return w;
+    detail::Field f;
+    areaField(x, y, true, f);
+    return {f.wr, f.wi};
 }
 
 void Solution::State::areaColumn(int j, const double* px_, const double* py_, int n_, double* out) const {

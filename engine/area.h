@@ -53,6 +53,14 @@ struct DbBasis {
     std::array<std::complex<double>, 3> w{};
 };
 
+// ln((Z - 1)/(Z + 1)) on the principal branch, in real arithmetic: the complex
+// logarithm of a quotient near 1 (every point far from the segment) is slow.
+inline std::complex<double> dbLog(std::complex<double> Z) {
+    const double X = Z.real(), Y = Z.imag();
+    const double r1 = (X + 1.0) * (X + 1.0) + Y * Y, r2 = (X - 1.0) * (X - 1.0) + Y * Y;
+    return {0.5 * std::log(r2 / r1), std::atan2(2.0 * Y, X * X + Y * Y - 1.0)};
+}
+
 inline DbBasis dbBasis(const DbGeom& g, double x, double y, bool wantW = true) {
     std::complex<double> Z = dbLocal(g, x, y);
     if (std::abs(Z - 1.0) < 1e-12) Z = {1.0 + 1e-12, 0.0};
@@ -61,7 +69,7 @@ inline DbBasis dbBasis(const DbGeom& g, double x, double y, bool wantW = true) {
     if (std::fabs(Z.imag()) < 1e-10 && std::fabs(Z.real()) < 1.0)
         Lg = std::log(std::fabs((1.0 - Z.real()) / (1.0 + Z.real())));  // average of both sides
     else
-        Lg = std::log((Z - 1.0) / (Z + 1.0));
+        Lg = dbLog(Z);
     const std::complex<double> G0 = Lg, G1 = Z * Lg + 2.0, G2 = Z * Z * Lg + 2.0 * Z;
     const std::complex<double> B[3] = {0.5 * (G0 - G1), 0.5 * (G0 + G1), G0 - G2};
     DbBasis r;

@@ -105,6 +105,7 @@ void Solution::State::prepare() {
     const double tol = 1e-6 * size;
 
     prepareAreaElements(tol);
+    buildAreaArrays();
 
     wells.clear();
     for (int i = 0; i < (int)model.wells.size(); ++i) {
@@ -319,8 +320,11 @@ void Solution::State::syncStrengths(bool applyFixed) {
     }
     for (auto& p : ponds)
         if (p.headSpecified) p.rate = x[p.unknown];
-    for (auto& d : edges)
+    for (size_t e = 0; e < edges.size(); ++e) {
+        DbEdge& d = edges[e];
         for (int k = 0; k < 3; ++k) d.val[k] = d.u[k] >= 0 ? x[d.u[k]] : 0.0;
+        dbArr.setStrengths((int)e, d.val[0], d.val[1], d.val[2]);
+    }
     constant = x[n - 1];
 }
 
@@ -333,19 +337,28 @@ double Solution::State::potentialAt(double px_, double py_) const {
 }
 
 std::complex<double> Solution::State::wAt(double x_, double y_) const {
-    std::complex<double> w(model.aquifer.qx0, -model.aquifer.qy0);
-    for (size_t j = 0; j < wq.size(); ++j) {
-        if (wq[j] == 0.0) continue;
-        std::complex<double> d(x_ - wx[j], y_ - wy[j]);
-        if (std::abs(d) < 1e-300) continue;
-        w -= wq[j] / (2.0 * kPi) / d;
+    const detail::Field f = fieldAt(x_, y_);
+    return {f.wr, f.wi};
+}
+
+detail::Field Solution::State::fieldAt(double x_, double y_) const {
+    detail::Field f;
+    f.phi = -(model.aquifer.qx0 * x_ + model.aquifer.qy0 * y_) + constant;
+    f.wr = model.aquifer.qx0;
+    f.wi = -model.aquifer.qy0;
+    detail::wellField(wx.data(), wy.data(), wq.data(), (int)wq.size(), x_, y_, f);
+    detail::lineSinkField(scx.data(), scy.data(), sihr.data(), sihi.data(), sscale.data(), sc0.data(), ssig.data(),
+                          (int)ssig.size(), x_, y_, f);
+    areaField(x_, y_, true, f);
+    // Transient wells at the time of evaluation: few, and each needs an exponential
+    // integral, so they stay out of the vectorised loops.
+    if (!theis.empty()) {
+        f.phi += theisPotential(x_, y_);
+        const std::complex<double> tw = theisW(x_, y_);
+        f.wr += tw.real();
+        f.wi += tw.imag();
     }
-    for (size_t j = 0; j < ssig.size(); ++j) {
-        if (ssig[j] == 0.0) continue;
-        detail::LsGeom g{scx[j], scy[j], sihr[j], sihi[j], sscale[j], sc0[j], 4.0 * kPi * sscale[j]};
-        w += ssig[j] * detail::lsW(g, x_, y_);
-    }
-    return w + areaW(x_, y_) + theisW(x_, y_);
+    return f;
 }
 
 // ---------------------------------------------------------------------------------
@@ -917,10 +930,10 @@ PointValues Solution::evaluate(double x, double y, std::optional<double> z) cons
     PointValues p;
     p.x = x;
     p.y = y;
-    p.potential = s.potentialAt(x, y);
-    const auto w = s.wAt(x, y);
-    p.qx = w.real();
-    p.qy = -w.imag();
+    const detail::Field f = s.fieldAt(x, y);
+    p.potential = f.phi;
+    p.qx = f.wr;
+    p.qy = -f.wi;
     const int d = s.domainAt(x, y);
     const detail::AquiferFn& aq = s.aqOf(d);
     p.porosity = s.domains[d].porosity;

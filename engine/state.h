@@ -3,6 +3,7 @@
 // the unknowns, the factorised matrix and the nonlinear states. Internal to the engine.
 
 #include "engine/area.h"
+#include "engine/fields.h"
 #include "engine/kernels.h"
 #include "engine/solution.h"
 
@@ -198,6 +199,8 @@ struct Solution::State {
     // Arrays for evaluation (all segments, discharge ones included)
     std::vector<double> scx, scy, sihr, sihi, sscale, sc0, ssig;
     std::vector<double> wx, wy, wq;
+    detail::AreaSinkEdges sinkArr;  // edges of the inhomogeneities' area sinks, weighted by their rates
+    detail::DoubletEdges dbArr;     // one per entry of edges; strengths set by syncStrengths
 
     void warn(const std::string& w);
     void prepare();
@@ -212,6 +215,10 @@ struct Solution::State {
     const detail::AquiferFn& aqOf(int d) const { return domains[d].aq; }
     double areaPotential(double x, double y) const;          // area sinks, ponds, doublets
     std::complex<double> areaW(double x, double y) const;
+    // Area sinks, ponds and doublets added to f (W too when wantW).
+    void areaField(double x, double y, bool wantW, detail::Field& f) const;
+    // The evaluation arrays of the area sinks and doublets (after prepareAreaElements).
+    void buildAreaArrays();
     double knownAreaPotential(double x, double y) const;     // area sinks and discharge ponds only
     std::complex<double> knownAreaW(double x, double y) const;
     // Potential of a unit value of unknown j (doublet or pond) at the points.
@@ -249,6 +256,7 @@ struct Solution::State {
     std::string wellLabel(const WellEl& w) const;
     double potentialAt(double x, double y) const;
     std::complex<double> wAt(double x, double y) const;  // Qx - i Qy
+    detail::Field fieldAt(double x, double y) const;     // potential and W in one pass
 };
 
 }  // namespace tarno::engine

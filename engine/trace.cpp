@@ -78,12 +78,15 @@ bool crossing(double ax, double ay, double bx, double by, const SinkSegment& g, 
   return true;
 }
 
-double distanceToSegment(double x, double y, const SinkSegment& g) {
+// Squared distance from a point to a segment (compared with squared limits: these
+// tests run over every sink at every step).
+double squaredDistanceToSegment(double x, double y, const SinkSegment& g) {
   const double sx = g.x2 - g.x1, sy = g.y2 - g.y1;
   const double l2 = sx * sx + sy * sy;
   double t = l2 > 0 ? ((x - g.x1) * sx + (y - g.y1) * sy) / l2 : 0.0;
   t = std::clamp(t, 0.0, 1.0);
-  return std::hypot(x - g.x1 - t * sx, y - g.y1 - t * sy);
+  const double dx = x - g.x1 - t * sx, dy = y - g.y1 - t * sy;
+  return dx * dx + dy * dy;
 }
 
 // Every kind of well: fully and partially penetrating, and transient wells with their
@@ -180,15 +183,15 @@ class Tracer {
         // even when the later stages turn back on its far side.
         double u = 2.0;
         const double px = x + h * k1x, py = y + h * k1y;
-        for (const SinkSegment& g : segments_) {
-          if (g.strength * dir <= 0) continue;
-          double w;
-          if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
-        }
+        // Both steps lie in this box; segments outside it cannot be crossed.
+        const double bx0 = std::min({x, px, ok ? nx : x}), bx1 = std::max({x, px, ok ? nx : x});
+        const double by0 = std::min({y, py, ok ? ny : y}), by1 = std::max({y, py, ok ? ny : y});
         double up = 2.0;
         for (const SinkSegment& g : segments_) {
           if (g.strength * dir <= 0) continue;
+          if (g.xmax < bx0 || g.xmin > bx1 || g.ymax < by0 || g.ymin > by1) continue;
           double w;
+          if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
           if (crossing(x, y, px, py, g, w) && w < up) up = w;
         }
         if (u <= 1.0 || up <= 1.0) {
@@ -240,20 +243,28 @@ class Tracer {
   }
 
   double nearestWell(double x, double y) const {
-    double d = std::numeric_limits<double>::infinity();
-    for (const SinkWell& w : wells_) d = std::min(d, std::hypot(x - w.x, y - w.y));
-    return d;
+    double d2 = std::numeric_limits<double>::infinity();
+    for (const SinkWell& w : wells_) d2 = std::min(d2, (x - w.x) * (x - w.x) + (y - w.y) * (y - w.y));
+    return std::sqrt(d2);
   }
 
   bool onLineSink(double x, double y, int dir, double step) const {
-    for (const SinkSegment& g : segments_)
-      if (g.strength * dir > 0 && distanceToSegment(x, y, g) <= 1e-3 * step) return true;
+    const double limit = 1e-3 * step;
+    for (const SinkSegment& g : segments_) {
+      if (g.strength * dir <= 0) continue;
+      // Bounding box first: most segments are far away.
+      if (x < g.xmin - limit || x > g.xmax + limit || y < g.ymin - limit || y > g.ymax + limit) continue;
+      if (squaredDistanceToSegment(x, y, g) <= limit * limit) return true;
+    }
     return false;
   }
 
   bool entersWell(double x, double y, int dir, double step) const {
-    for (const SinkWell& w : wells_)
-      if (w.discharge * dir > 0 && std::hypot(x - w.x, y - w.y) <= std::max(w.radius, step)) return true;
+    for (const SinkWell& w : wells_) {
+      if (w.discharge * dir <= 0) continue;
+      const double r = std::max(w.radius, step);
+      if ((x - w.x) * (x - w.x) + (y - w.y) * (y - w.y) <= r * r) return true;
+    }
     return false;
   }
 };
