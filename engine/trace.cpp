@@ -17,6 +17,7 @@ const char* pathEndName(PathEnd e) {
     case PathEnd::LineSink: return "entered a line-sink";
     case PathEnd::Window: return "left the window";
     case PathEnd::Dry: return "dry aquifer";
+    case PathEnd::Ignored: return "outside the model (behind a bounding wall)";
     case PathEnd::WaterTable: return "reached the water table";
     case PathEnd::Stagnant: return "stagnation point";
     case PathEnd::Steps: return "step limit";
@@ -124,7 +125,7 @@ class Tracer {
     Sample cur = sample(s_, x, y);
     if (!cur.wet) {
       path.points.push_back(PathPoint{x, y, 0.0, p.z, cur.head > kDryLimit ? cur.head : kDryHead});
-      path.end = PathEnd::Dry;
+      path.end = s_.ignored(x, y) ? PathEnd::Ignored : PathEnd::Dry;
       return path;
     }
     double zeta = std::clamp((p.z - cur.base) / cur.thickness, 0.0, 1.0);
@@ -213,7 +214,7 @@ class Tracer {
       }
       if (!ok) return finish(path, PathEnd::Dry);
       const Sample next = sample(s_, nx, ny);
-      if (!next.wet) return finish(path, PathEnd::Dry);
+      if (!next.wet) return finish(path, s_.ignored(nx, ny) ? PathEnd::Ignored : PathEnd::Dry);
       ++path.steps;
       t += dt;
       x = nx;

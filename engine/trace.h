@@ -63,7 +63,7 @@ struct Particle {
   std::string label;           // the text of the LABEL line
 };
 
-enum class PathEnd { MaxTime, Well, LineSink, Window, Dry, WaterTable, Stagnant, Steps };
+enum class PathEnd { MaxTime, Well, LineSink, Window, Dry, Ignored, WaterTable, Stagnant, Steps };
 const char* pathEndName(PathEnd e);
 
 struct PathPoint {

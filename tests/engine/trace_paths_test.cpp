@@ -202,6 +202,30 @@ TEST(TraceStops, DryAquiferEndsThePathAtTheLastWetPoint) {
   EXPECT_EQ(d.points[0].head, kDryHead);
 }
 
+TEST(TraceStops, AStartBehindABoundingWallIsOutsideTheModelNotDry) {
+  // An impermeable island (the region inside the wall is not part of the model) in
+  // uniform flow: a particle started on the island ends at once, told apart from a
+  // dry start; one started upstream flows around it.
+  Model m = uniformFlow(1.0);
+  Wall w;
+  w.kind = WallKind::Inside;
+  w.conductivity = 0.0;
+  w.label = "island";
+  for (int k = 0; k < 24; ++k) {
+    const double a = 2 * kPi * k / 24;
+    w.vertices.push_back(Vertex{100 * std::cos(a), 100 * std::sin(a), "v" + std::to_string(k)});
+  }
+  m.walls.push_back(w);
+  Solution s = solved(m);
+  ASSERT_TRUE(s.ignored(0, 0));
+  auto in = tracePaths(s, {particle(0, 0, 5, 1)}, settings(2.0, -500, -500, 500, 500))[0];
+  EXPECT_EQ(in.end, PathEnd::Ignored);
+  ASSERT_EQ(in.points.size(), 1u);
+  auto around = tracePaths(s, {particle(-400, 30, 5, 1)}, settings(2.0, -500, -500, 500, 500))[0];
+  EXPECT_EQ(around.end, PathEnd::Window);
+  for (const PathPoint& q : around.points) EXPECT_FALSE(s.ignored(q.x, q.y)) << q.x << " " << q.y;
+}
+
 TEST(TraceWells, ParticlesCircleTheWellInTheDirectionItsDischargeAsks) {
   Model m = uniformFlow(1.0);
   m.wells.push_back(well(100, 50, 500.0, false, 0.25, "WL_000007"));
