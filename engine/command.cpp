@@ -467,6 +467,20 @@ class Reader {
     return false;
   }
 
+  // The top-level words that open a menu.
+  static const Menu* menuOfWord(const std::string& w) {
+    static const std::pair<const char*, Menu> kMenus[] = {
+        {"aquifer", Menu::Aquifer},         {"layout", Menu::Layout},     {"well", Menu::Well},
+        {"ppwell", Menu::PartialWell},      {"twell", Menu::TheisWell},   {"sinkdisk", Menu::SinkDisk},
+        {"linesink", Menu::LineSink},       {"inhomogeneity", Menu::Inhomogeneity},
+        {"leakage", Menu::Leakage},         {"extract", Menu::Extract},   {"grid", Menu::Grid},
+        {"trace", Menu::Trace},
+    };
+    for (const auto& [word, menu] : kMenus)
+      if (w == word) return &menu;
+    return nullptr;
+  }
+
   bool readTopCommand(const std::string& w) {
     if (w == "error" || w == "message" || w == "echo") {
       std::string file = argumentText();
@@ -498,32 +512,10 @@ class Reader {
         code = 2;
       }
       pushStep(lineNo_, OriginCommand{v[0], v[1], code});
-    } else if (w == "aquifer") {
-      openMenu(Menu::Aquifer);
-    } else if (w == "layout") {
-      openMenu(Menu::Layout);
+    } else if (const Menu* menu = menuOfWord(w)) {
+      openMenu(*menu);
     } else if (w == "window") {
       readWindow();  // a window outside the layout menu sets the window all the same
-    } else if (w == "well") {
-      openMenu(Menu::Well);
-    } else if (w == "ppwell") {
-      openMenu(Menu::PartialWell);
-    } else if (w == "twell") {
-      openMenu(Menu::TheisWell);
-    } else if (w == "sinkdisk") {
-      openMenu(Menu::SinkDisk);
-    } else if (w == "linesink") {
-      openMenu(Menu::LineSink);
-    } else if (w == "inhomogeneity") {
-      openMenu(Menu::Inhomogeneity);
-    } else if (w == "leakage") {
-      openMenu(Menu::Leakage);
-    } else if (w == "extract") {
-      openMenu(Menu::Extract);
-    } else if (w == "grid") {
-      openMenu(Menu::Grid);
-    } else if (w == "trace") {
-      openMenu(Menu::Trace);
     } else if (w == "solve") {
       readSolve();
     } else if (w == "time") {
