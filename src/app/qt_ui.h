@@ -1,0 +1,73 @@
+// The user interface port of the desktop program: message boxes, questions, input
+// boxes, file and colour dialogs, the wait window and the status bar through Qt.
+//
+// Modal dialog models are shown by their views: a view is registered under the
+// model's DialogName() and is handed the model; it shows a QDialog, fills the
+// model from its widgets, presses the model's buttons and returns when the model
+// says the dialog is to close.
+#pragma once
+
+#include <QPointer>
+#include <QString>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "core/ui_port.h"
+
+class QWidget;
+class QDialog;
+class QLabel;
+
+namespace tarno {
+
+// Shows `model` as a modal dialog over `parent`.
+using DialogView = std::function<void(DialogModel& model, QWidget* parent)>;
+
+class QtUserInterface : public UserInterface {
+ public:
+  explicit QtUserInterface(QWidget* parent = nullptr);
+  ~QtUserInterface() override;
+
+  void SetParent(QWidget* parent) { parent_ = parent; }
+  QWidget* Parent() const { return parent_; }
+
+  // Views of the dialog models, by DialogName(). A model without a view gives an
+  // Error naming it.
+  void RegisterView(const std::string& dialogName, DialogView view);
+  bool HasView(const std::string& dialogName) const;
+
+  // The status bar panels (Activity, Feedback) are written through these.
+  std::function<void(const std::string&)> onActivity;
+  std::function<void(const std::string&)> onFeedback;
+
+  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                    Buttons buttons = Buttons::OK, Icon icon = Icon::None) override;
+  std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
+                                      const std::string& defaultText) override;
+  std::optional<std::string> OpenFileDialog(const FileDialogRequest& request) override;
+  std::optional<std::string> SaveFileDialog(const FileDialogRequest& request) override;
+  std::vector<std::string> OpenFilesDialog(const FileDialogRequest& request) override;
+  std::optional<std::uint32_t> ColourDialog(std::uint32_t initial) override;
+  void ShowModal(DialogModel& dialog) override;
+  void PleaseWaitShow(const std::string& text, int width) override;
+  void PleaseWaitHide() override;
+  void ShowTextFile(const std::string& path) override;
+  void Activity(const std::string& text) override;
+  void Feedback(const std::string& text) override;
+
+  // The text the wait window shows now; empty when hidden.
+  std::string WaitText() const;
+
+ private:
+  QWidget* parent_;
+  std::map<std::string, DialogView> views_;
+  QPointer<QDialog> wait_;
+  QPointer<QLabel> waitLabel_;
+};
+
+// Turns a classic filter "Description (*.ext)|*.ext|..." into Qt's form
+// "Description (*.ext);;...".
+QString QtFilter(const std::string& classicFilter);
+
+}  // namespace tarno

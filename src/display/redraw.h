@@ -1,0 +1,94 @@
+// The redraw pipeline of the map.
+//
+// The slow part of the picture (editor grid, base maps, haze) is drawn on a hidden
+// surface, Map2, only when the window or the map list changed; every redraw copies
+// Map2 into the visible surface Map and draws the fast part (elements, contours,
+// pathlines, results) on top. Drawing order from the bottom up: editor grid, raster
+// maps, vector base maps, haze, grid again, MODFLOW grids, uniform flow and
+// elements, contours, pathlines, results overlay.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "display/map_state.h"
+#include "display/vgraph.h"
+
+namespace tarno {
+
+class UserInterface;
+
+// One of the map's two surfaces: an image that can be drawn on, resized and copied.
+class MapSurface {
+ public:
+  virtual ~MapSurface() = default;
+  virtual Canvas& GetCanvas() = 0;
+  // Lays the surface out at a size in device pixels (the picture may be lost).
+  virtual void Resize(int width, int height) = 0;
+  // Replaces this surface's image with the image of `other`.
+  virtual void CopyImageFrom(MapSurface& other) = 0;
+};
+
+// The state of the TESTDISPLAY submenu after step 3 of a redraw.
+struct TestDisplayMenu {
+  bool firstEnabled = false;
+  bool piezometerScalingEnabled = false;
+  bool gageScalingEnabled = false;
+  bool stageScalingEnabled = false;
+};
+
+// The main window's side of a redraw. Every hook may be left empty.
+struct RedrawHooks {
+  std::function<void(bool visible)> showToolbar;
+  // Lays Map and Map2 out in the client area between the toolbar and the status bar;
+  // the window resizes the two surfaces.
+  std::function<void()> layoutSurfaces;
+  std::function<void()> disableMouse;
+  std::function<void()> enableMouse;
+  // The availability of the menus that need a project or a solution.
+  std::function<void()> resetMenus;
+  std::function<void()> elemTurnOffSelection;
+  std::function<void(const TestDisplayMenu&)> setTestDisplayMenu;
+  // The View menu's check marks and availabilities after SetUpLayers.
+  std::function<void()> layersChanged;
+  // ModelDrawResultsOverlay (the result views, built later); empty draws nothing.
+  std::function<void()> drawResultsOverlay;
+};
+
+class MapView {
+ public:
+  MapView(MapState& state, VGraphGDI& layer, UserInterface& ui, MapSurface& map, MapSurface& map2);
+
+  RedrawHooks hooks;
+
+  // The one entry for a complete redraw. Printing draws on paper (a later part);
+  // here it is refused with an Error.
+  void Redraw(bool printing, bool showWait);
+  // The background on whatever surface the layer is bound to.
+  void Redraw_Basemap();
+  // The dot screen over Map2.
+  void ApplyHaze();
+  // The View menu's switches from a project just opened.
+  void SetUpLayers();
+
+  // Raised by the Haze and Hypsography Labels entries and any window change.
+  bool RedrawBasemap = true;
+  // Set when the project settings changed the base map list; consumed by Redraw.
+  bool MustRedraw = false;
+  WorldWindow LastDrawnWindow;
+  // Set by the layer when a window overflowed the coordinate range.
+  bool WindowError = false;
+
+  // How many times Map2 was rebuilt since the start (for tests and the benchmark).
+  int BackgroundBuilds() const { return backgroundBuilds_; }
+
+ private:
+  MapState& state_;
+  VGraphGDI& g_;
+  UserInterface& ui_;
+  MapSurface& map_;
+  MapSurface& map2_;
+  int backgroundBuilds_ = 0;
+};
+
+}  // namespace tarno
