@@ -163,14 +163,20 @@ void QtCanvas::Text(DevicePoint at, std::string_view text, int height, int escap
   QPainter& p = Painter();
   const QFont qfont = MakeFont(font, height);
   const QString string = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-  const QFontMetricsF metrics(qfont, &image_);
+  // Left-aligned text on its baseline, the layer's usual case, needs no measuring.
   double dx = 0;
-  if ((alignment & kAlignCentre) == kAlignCentre)
-    dx = -metrics.horizontalAdvance(string) / 2;
-  else if ((alignment & kAlignCentre) == kAlignRight)
-    dx = -metrics.horizontalAdvance(string);
-  // With the baseline flag the point is on the baseline; without it, at the top.
-  const double dy = (alignment & kAlignBaseline) == kAlignBaseline ? 0.0 : metrics.ascent();
+  double dy = 0;
+  const int horizontal = alignment & kAlignCentre;
+  const bool baseline = (alignment & kAlignBaseline) == kAlignBaseline;
+  if (horizontal != kAlignLeft || !baseline) {
+    const QFontMetricsF metrics(qfont, &image_);
+    if (horizontal == kAlignCentre)
+      dx = -metrics.horizontalAdvance(string) / 2;
+    else if (horizontal == kAlignRight)
+      dx = -metrics.horizontalAdvance(string);
+    // Without the baseline flag the point is at the top of the text.
+    if (!baseline) dy = metrics.ascent();
+  }
 
   p.save();
   p.setFont(qfont);
