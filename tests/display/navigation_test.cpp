@@ -217,13 +217,13 @@ TEST_F(Navigation, SavedWindowsAreChosenThroughTheDialog) {
 
   // Typed fields win over the row shown.
   ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
-    d.txX2 = FilterNumberText("2O0x");  // a letter O slipped in
-    d.txY2 = "100";
+    d.txX2 = FilterNumberText("4O0x");  // a letter O slipped in
+    d.txY2 = "20";
     d.OK();
   });
   nav.ZoomActions(kZoomSavedWindows);
   ui.Verify();
-  ExpectWindow(state.Window, 0, 20, 100, 0);
+  ExpectWindow(state.Window, 0, 40, 20, 0);
 
   const WorldWindow before = state.Window;
   ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) { d.Cancel(); });
