@@ -488,5 +488,35 @@ TEST(DialogRegistryTest, EveryDialogHasItsView) {
   }
 }
 
+TEST_F(ProjectTest, ShowModalRunsTheViewAndLeavesTheResultInTheModel) {
+  QtUserInterface ui;
+  RegisterDialogViews(ui, [this] { return path_.string(); });
+
+  SolvePrompt prompt;
+  OnNextDialog<SolvePromptView>([](SolvePromptView* view) { view->noButton()->click(); });
+  ui.ShowModal(prompt);
+  EXPECT_EQ(prompt.Result, 7);
+
+  NewDatabaseWizard wizard;
+  OnNextDialog<NewDatabaseWizardView>([](NewDatabaseWizardView* view) {
+    view->mapFeet()->setChecked(true);
+    view->createButton()->click();
+  });
+  ui.ShowModal(wizard);
+  EXPECT_EQ(wizard.Result, NewDatabaseWizard::kCreate);
+  EXPECT_FALSE(wizard.BasemapMeters);
+
+  // A relaxation shown on its own checks with the model's rule and keeps its fields.
+  RelaxDialog relax;
+  OnNextDialog<RelaxDialogView>([](RelaxDialogView* view) {
+    view->outsideLoop()->setChecked(true);
+    view->outerIterations()->setText("3");
+    view->okButton()->click();
+  });
+  ui.ShowModal(relax);
+  EXPECT_EQ(relax.Result, 1);
+  EXPECT_EQ(relax.tbOuterIterations, "3");
+}
+
 }  // namespace
 }  // namespace tarno::testing
