@@ -181,6 +181,32 @@ TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
   EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
 }
 
+TEST_F(ModelSettingsViewTest, ScenarioTagsAreCheckedByTheModel) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  QLineEdit* tag = view.field(Field::ScenarioHydCond);
+  EXPECT_EQ(Text(tag), "__NONE__");
+  EXPECT_FALSE(tag->isEnabled());
+  view.chkScenarioHydCond()->setChecked(true);
+  EXPECT_TRUE(tag->isEnabled());
+  tag->setText("wet_year");
+  ui.ExpectMessage("Bad Entry", {"Scenario tags may not include spaces or the characters - , or _.",
+                                 "Scenario tags may also not be '__NONE__'."});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.tabs()->currentIndex(), ModelSettingsView::kScenarioTab);
+  tag->setText("wet");
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 1);
+  Database db = Open();
+  Statement st = db.PrepareRaw("select ScenHydCond, ScenBaseElev from Model");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetText(0), "wet");
+  EXPECT_EQ(st.GetText(1), "__NONE__");
+}
+
 TEST_F(ModelSettingsViewTest, CancelLeavesTheRow) {
   ModelSettingsDialog dialog(settings_, path_.string());
   ScriptedUserInterface ui;
