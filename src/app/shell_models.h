@@ -21,7 +21,9 @@ class GUIOptions : public DialogModel {
   std::string DialogName() const override { return kName; }
 
   // Reads the contour and pathline pens from the Model row ("select * from model")
-  // and the unit text ("Meters" or "Feet" by BasemapMeters).
+  // and the unit text ("Meters" or "Feet" by BasemapMeters), and fills the text
+  // fields from the per-user properties (haze, tolerance, shadow), which the main
+  // window sets from its own settings before and takes back after OK.
   void init(Database& db);
   // "Load Defaults": contour line type "DOT", pathline type "SOLID".
   void LoadDefaults();
@@ -29,6 +31,9 @@ class GUIOptions : public DialogModel {
   // (false); otherwise the fields are taken, the pens written to the Model row and
   // Result is 1.
   bool OK(UserInterface& ui, Database& db);
+  // The same on the project file that init read (projectFile); the dialog's view
+  // presses this one.
+  bool OK(UserInterface& ui);
   void Cancel() { Result = 2; }
 
   // The pen style code of a line type name (SOLID 0 ... DASH-DOT-DOT 4); 0 for an
@@ -39,6 +44,8 @@ class GUIOptions : public DialogModel {
 
   int Result = 2;
   std::string UnitText = "Meters";
+  // The project file init read the pens from.
+  std::string projectFile;
   // Properties.
   int HazeLevel = 3;
   Colour HazeColor = Rgb(255, 255, 255);
