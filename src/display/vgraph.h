@@ -24,6 +24,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/ui_port.h"
 #include "display/canvas.h"
 
 namespace tarno {
@@ -54,6 +55,8 @@ inline constexpr const char* kCantZoomTitle = "Can't Zoom";
 inline constexpr const char* kCantZoomText = "Can't zoom in any further!";
 inline constexpr const char* kDrawTextTitle = "DrawText";
 inline constexpr const char* kDrawTextError = "Unhandled error in vgGDItext";
+// The title of the messages that carry none of their own (the program's name).
+inline constexpr const char* kAppTitle = "TARNO";
 }  // namespace vgraph_text
 
 // The most points vgGDIPolyline and vgGDIPolygon take from world arrays.
@@ -147,6 +150,17 @@ class VGraphGDI {
 
  private:
   void DrawGrid(bool printer);
+  // The grid of the screen or of the page at a spacing; a spacing at or below zero
+  // is told and draws nothing, keeping the old spacing.
+  void DrawGrid(bool printer, double gridSpacing);
+  // The page's frame around the window.
+  void DrawFrame();
+  // Copies the window into the state with its four bounds in hundredths.
+  void CopyWindow(const WorldWindow& window);
+  void Diamond(DevicePoint at, int r, std::vector<DevicePoint>& points, bool closed);
+  void DeviceLine(DevicePoint a, DevicePoint b, Colour colour, int width);
+  // A message through the user interface; dropped when there is none.
+  void Message(const std::string& title, const std::vector<std::string>& lines, Icon icon);
   GraphicsState s_;
   UserInterface* ui_ = nullptr;
 };
