@@ -53,6 +53,9 @@ class RestoreWindow : public DialogModel {
   void DeleteWindow(const std::string& projectFile);
   void OK() { Result = 1; }
   void Cancel() { Result = 2; }
+  // Reads the four text fields (as the user may have typed them) into x1, y1, x2,
+  // y2 with the decimal parse; the caller does this after OK.
+  void TakeFields();
 
   struct Row {
     std::string name;

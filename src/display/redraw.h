@@ -53,6 +53,9 @@ struct RedrawHooks {
   std::function<void()> layersChanged;
   // ModelDrawResultsOverlay (the result views, built later); empty draws nothing.
   std::function<void()> drawResultsOverlay;
+  // The text of the status bar's Feedback panel, kept over the base map drawing and
+  // restored after it; empty leaves the panel alone.
+  std::function<std::string()> currentFeedback;
 };
 
 class MapView {
@@ -78,6 +81,12 @@ class MapView {
   WorldWindow LastDrawnWindow;
   // Set by the layer when a window overflowed the coordinate range.
   bool WindowError = false;
+  // The editor grid's spacing (the Model row's), passed to the layer's init with the
+  // Show Editor Grid switch of the map state.
+  double EditorGridSpacing = 10.0;
+  // The tracer's default step for the window last drawn (ComputeDefaultStep); the
+  // main window hands it to the model settings.
+  double DefaultStepSize = 0.0;
 
   // How many times Map2 was rebuilt since the start (for tests and the benchmark).
   int BackgroundBuilds() const { return backgroundBuilds_; }
