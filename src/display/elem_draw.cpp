@@ -6,7 +6,12 @@
 // the length of the pass (DrawCache).
 //
 // Choices this code makes where the drawing is not fixed otherwise:
-//   - a vertex marker is point symbol 2 (a diamond outline), pen width 1;
+//   - a vertex marker is point symbol 2 (a diamond outline), pen width 1; the
+//     "Linesink Vertices" switch shows the vertices of line-sinks, barriers and
+//     lakes, "Inhomogeneity Vertices" those of inhomogeneities, "Domain and
+//     Boundary Vertices" those of hydrologic unit strings;
+//   - a one-vertex string or polygon is a vertex marker in the element's colour;
+//   - ElemDrawInho's flag is accepted and has no effect on the drawing;
 //   - line-sinks are drawn one pixel wide over their shadow, barriers 2 points wide,
 //     every other outline one pixel wide;
 //   - flux inspection lines and protection areas have no colour of their own in the
@@ -22,6 +27,9 @@
 //   - a stream linkage is a red line from the end of the line-sink to the middle of
 //     the line-sink it links to; the end of a stream is a short black line (2
 //     points wide) over the second half of the last line-sink;
+//   - the selected element's record: Selection.vid is the current Vertices record
+//     (Selection.id stands in for it when vid is 0), Selection.pid the string, and
+//     for a text label Selection.id is the row id of its TextLabels row;
 //   - the selected text label (type 30) draws with the face name "2" and the height
 //     converted from the font name; a non-numeric name fails the conversion, which
 //     ends that step silently (no message box): in effect the label is not
