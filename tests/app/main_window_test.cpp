@@ -14,6 +14,7 @@
 
 #include "app/app_screenshot.h"
 #include "app/main_window.h"
+#include "app/map_widget.h"
 #include "app/shell_models.h"
 #include "app/toolbar_icons.h"
 #include "core/console_ui.h"

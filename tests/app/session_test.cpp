@@ -18,6 +18,7 @@
 
 #include "app/app_screenshot.h"
 #include "app/main_window.h"
+#include "app/map_widget.h"
 #include "core/console_ui.h"
 #include "display/navigation.h"
 #include "solver/solve_dialogs.h"
