@@ -135,6 +135,11 @@ MainWindow::MainWindow(Options options, QWidget* parent)
 
   mapWidget_->onZoomAction = [this](int action, double x1, double y1, double x2, double y2) {
     Zoom(action, x1, y1, x2, y2);
+    // The rectangle or the click ends the mode: back to the select state.
+    if (action == kZoomWindowEnd || action == kRecenterEnd) {
+      state_.mouseState = 0;
+      state_.mouseMode = 0;
+    }
     AfterMouseAction();
   };
   mapWidget_->onWheelZoom = [this](const WorldWindow& w) {
