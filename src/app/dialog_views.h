@@ -3,6 +3,9 @@
 // model's own button (so the checks and messages are the model's).
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "app/qt_ui.h"
 
 namespace tarno {
@@ -16,5 +19,8 @@ class DatabaseOpener;
 //   RestoreWindow                                   (saved windows)
 //   SolvePrompt, FormContinueSolve, RelaxDialog, ConvergeDialog, SolverIntegrity
 void RegisterDialogViews(QtUserInterface& ui);
+// The same, with the open project's file (empty while none is open) for the views
+// that write to it outside their model's buttons: the saved windows' Delete.
+void RegisterDialogViews(QtUserInterface& ui, std::function<std::string()> projectFile);
 
 }  // namespace tarno

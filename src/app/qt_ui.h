@@ -18,6 +18,7 @@
 class QWidget;
 class QDialog;
 class QLabel;
+class QColor;
 
 namespace tarno {
 
@@ -58,6 +59,8 @@ class QtUserInterface : public UserInterface {
 
   // The text the wait window shows now; empty when hidden.
   std::string WaitText() const;
+  // The wait window itself while shown (null otherwise), for placement checks.
+  QDialog* WaitWindow() const;
 
  private:
   QWidget* parent_;
@@ -69,5 +72,13 @@ class QtUserInterface : public UserInterface {
 // Turns a classic filter "Description (*.ext)|*.ext|..." into Qt's form
 // "Description (*.ext);;...".
 QString QtFilter(const std::string& classicFilter);
+
+// The packed colour (red + 256 * green + 65536 * blue) as a QColor and back.
+QColor ToQColor(std::uint32_t packed);
+std::uint32_t FromQColor(const QColor& colour);
+
+// A saved file's path with ".<extension>" added when its name has no extension of
+// its own (nothing is added for an empty extension).
+std::string WithDefaultExtension(const std::string& path, const std::string& extension);
 
 }  // namespace tarno

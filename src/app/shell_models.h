@@ -29,6 +29,9 @@ class GUIOptions : public DialogModel {
   // (false); otherwise the fields are taken, the pens written to the Model row and
   // Result is 1.
   bool OK(UserInterface& ui, Database& db);
+  // The same on the project file that init read (projectFile); the dialog's view
+  // presses this one.
+  bool OK(UserInterface& ui);
   void Cancel() { Result = 2; }
 
   // The pen style code of a line type name (SOLID 0 ... DASH-DOT-DOT 4); 0 for an
@@ -39,6 +42,8 @@ class GUIOptions : public DialogModel {
 
   int Result = 2;
   std::string UnitText = "Meters";
+  // The project file init read the pens from.
+  std::string projectFile;
   // Properties.
   int HazeLevel = 3;
   Colour HazeColor = Rgb(255, 255, 255);

@@ -1,0 +1,313 @@
+// The user interface port through Qt widgets.
+#include "app/qt_ui.h"
+
+#include <algorithm>
+
+#include <QApplication>
+#include <QColor>
+#include <QColorDialog>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include "core/error.h"
+
+namespace tarno {
+
+namespace {
+
+QString Q(const std::string& text) { return QString::fromStdString(text); }
+std::string S(const QString& text) { return text.toStdString(); }
+
+QMessageBox::StandardButtons StandardButtonsOf(Buttons buttons) {
+  switch (buttons) {
+    case Buttons::OK:
+      return QMessageBox::Ok;
+    case Buttons::OKCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case Buttons::AbortRetryIgnore:
+      return QMessageBox::Abort | QMessageBox::Retry | QMessageBox::Ignore;
+    case Buttons::YesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case Buttons::YesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case Buttons::RetryCancel:
+      return QMessageBox::Retry | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+QMessageBox::Icon IconOf(Icon icon) {
+  switch (icon) {
+    case Icon::None:
+      return QMessageBox::NoIcon;
+    case Icon::Critical:
+      return QMessageBox::Critical;
+    case Icon::Question:
+      return QMessageBox::Question;
+    case Icon::Exclamation:
+      return QMessageBox::Warning;
+    case Icon::Information:
+      return QMessageBox::Information;
+  }
+  return QMessageBox::NoIcon;
+}
+
+// The answer of a pressed button; a box closed by its window button answers Cancel
+// where it has one, else its only or first button.
+Answer AnswerOf(int pressed, Buttons buttons) {
+  switch (pressed) {
+    case QMessageBox::Ok:
+      return Answer::OK;
+    case QMessageBox::Cancel:
+      return Answer::Cancel;
+    case QMessageBox::Abort:
+      return Answer::Abort;
+    case QMessageBox::Retry:
+      return Answer::Retry;
+    case QMessageBox::Ignore:
+      return Answer::Ignore;
+    case QMessageBox::Yes:
+      return Answer::Yes;
+    case QMessageBox::No:
+      return Answer::No;
+    default:
+      break;
+  }
+  switch (buttons) {
+    case Buttons::OK:
+      return Answer::OK;
+    case Buttons::YesNo:
+      return Answer::No;
+    case Buttons::AbortRetryIgnore:
+      return Answer::Abort;
+    default:
+      return Answer::Cancel;
+  }
+}
+
+// Where a file dialog starts: the initial file in the initial directory.
+QString StartPath(const FileDialogRequest& request) {
+  QString dir = Q(request.initialDirectory);
+  if (request.initialFile.empty()) return dir;
+  if (dir.isEmpty()) return Q(request.initialFile);
+  return QDir(dir).filePath(Q(request.initialFile));
+}
+
+}  // namespace
+
+QString QtFilter(const std::string& classicFilter) {
+  const QStringList parts = Q(classicFilter).split(QLatin1Char('|'));
+  QStringList filters;
+  for (qsizetype i = 0; i < parts.size(); i += 2) {
+    QString description = parts[i].trimmed();
+    QString patterns = i + 1 < parts.size() ? parts[i + 1].trimmed() : QString();
+    if (description.isEmpty() && patterns.isEmpty()) continue;
+    if (patterns.isEmpty()) patterns = QStringLiteral("*");
+    // Qt reads the patterns from the parentheses that end the text: the classic
+    // description may show them already, so a closing group is replaced by the real ones.
+    if (description.endsWith(QLatin1Char(')'))) {
+      const qsizetype open = description.lastIndexOf(QLatin1Char('('));
+      if (open >= 0) description = description.left(open).trimmed();
+    }
+    patterns.replace(QLatin1Char(';'), QLatin1Char(' '));
+    patterns = patterns.simplified();
+    filters << (description.isEmpty() ? patterns : description + " (" + patterns + ")");
+  }
+  return filters.join(QStringLiteral(";;"));
+}
+
+QColor ToQColor(std::uint32_t packed) {
+  return QColor(static_cast<int>(packed & 0xFF), static_cast<int>((packed >> 8) & 0xFF),
+                static_cast<int>((packed >> 16) & 0xFF));
+}
+
+std::uint32_t FromQColor(const QColor& colour) {
+  return static_cast<std::uint32_t>(colour.red()) +
+         256u * static_cast<std::uint32_t>(colour.green()) +
+         65536u * static_cast<std::uint32_t>(colour.blue());
+}
+
+std::string WithDefaultExtension(const std::string& path, const std::string& extension) {
+  if (path.empty() || extension.empty()) return path;
+  const QFileInfo info(Q(path));
+  if (!info.suffix().isEmpty()) return path;
+  std::string ext = extension;
+  if (ext.front() == '.') ext.erase(0, 1);
+  if (path.back() == '.') return path + ext;
+  return path + "." + ext;
+}
+
+QtUserInterface::QtUserInterface(QWidget* parent) : parent_(parent) {}
+
+QtUserInterface::~QtUserInterface() {
+  if (wait_) delete wait_.data();
+}
+
+void QtUserInterface::RegisterView(const std::string& dialogName, DialogView view) {
+  views_[dialogName] = std::move(view);
+}
+
+bool QtUserInterface::HasView(const std::string& dialogName) const {
+  return views_.count(dialogName) != 0;
+}
+
+Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                                   Buttons buttons, Icon icon) {
+  QStringList text;
+  for (const auto& line : lines) text << Q(line);
+  QMessageBox box(IconOf(icon), Q(title), text.join(QLatin1Char('\n')), StandardButtonsOf(buttons),
+                  parent_);
+  const int pressed = box.exec();
+  QAbstractButton* clicked = box.clickedButton();
+  if (clicked != nullptr) return AnswerOf(box.standardButton(clicked), buttons);
+  return AnswerOf(pressed, buttons);
+}
+
+std::optional<std::string> QtUserInterface::InputBox(const std::string& prompt,
+                                                     const std::string& title,
+                                                     const std::string& defaultText) {
+  bool ok = false;
+  const QString text =
+      QInputDialog::getText(parent_, Q(title), Q(prompt), QLineEdit::Normal, Q(defaultText), &ok);
+  if (!ok) return std::nullopt;
+  return S(text);
+}
+
+std::optional<std::string> QtUserInterface::OpenFileDialog(const FileDialogRequest& request) {
+  const QString chosen = QFileDialog::getOpenFileName(parent_, Q(request.title), StartPath(request),
+                                                      QtFilter(request.filter));
+  if (chosen.isEmpty()) return std::nullopt;
+  return S(QDir::toNativeSeparators(chosen));
+}
+
+std::optional<std::string> QtUserInterface::SaveFileDialog(const FileDialogRequest& request) {
+  const QString chosen = QFileDialog::getSaveFileName(parent_, Q(request.title), StartPath(request),
+                                                      QtFilter(request.filter));
+  if (chosen.isEmpty()) return std::nullopt;
+  return WithDefaultExtension(S(QDir::toNativeSeparators(chosen)), request.defaultExtension);
+}
+
+std::vector<std::string> QtUserInterface::OpenFilesDialog(const FileDialogRequest& request) {
+  const QStringList chosen = QFileDialog::getOpenFileNames(
+      parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  std::vector<std::string> paths;
+  for (const auto& path : chosen) paths.push_back(S(QDir::toNativeSeparators(path)));
+  return paths;
+}
+
+std::optional<std::uint32_t> QtUserInterface::ColourDialog(std::uint32_t initial) {
+  const QColor chosen = QColorDialog::getColor(ToQColor(initial), parent_);
+  if (!chosen.isValid()) return std::nullopt;
+  return FromQColor(chosen);
+}
+
+void QtUserInterface::ShowModal(DialogModel& dialog) {
+  const std::string name = dialog.DialogName();
+  const auto it = views_.find(name);
+  if (it == views_.end()) throw Error("No view for dialog " + name);
+  it->second(dialog, parent_);
+}
+
+void QtUserInterface::PleaseWaitShow(const std::string& text, int width) {
+  if (!wait_) {
+    wait_ = new QDialog(parent_, Qt::Dialog | Qt::FramelessWindowHint);
+    wait_->setModal(false);
+    wait_->setObjectName(QStringLiteral("PleaseWait"));
+    auto* layout = new QVBoxLayout(wait_);
+    waitLabel_ = new QLabel(wait_);
+    waitLabel_->setAlignment(Qt::AlignCenter);
+    waitLabel_->setFrameStyle(QFrame::Panel | QFrame::Raised);
+    waitLabel_->setMargin(12);
+    layout->addWidget(waitLabel_);
+    layout->setContentsMargins(0, 0, 0, 0);
+  }
+  waitLabel_->setText(Q(text));
+  // The width comes in the classic logical units (15 to the pixel); the box is never
+  // narrower than its text.
+  const int textWidth = QFontMetrics(waitLabel_->font()).horizontalAdvance(Q(text)) + 40;
+  const int wanted = width > 0 ? width / 15 : 0;
+  wait_->adjustSize();
+  wait_->resize(std::max(wanted, textWidth), wait_->sizeHint().height());
+  // Centred over the main window, or over the screen without one.
+  QRect over;
+  if (parent_ != nullptr) {
+    over = QRect(parent_->mapToGlobal(QPoint(0, 0)), parent_->size());
+  } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+    over = screen->availableGeometry();
+  }
+  if (over.isValid()) {
+    wait_->move(over.center() - QPoint(wait_->width() / 2, wait_->height() / 2));
+  }
+  wait_->show();
+  wait_->raise();
+  // Painted at once: the work that follows holds the event loop. Only the pending
+  // paint events are let through, never the user's input.
+  wait_->repaint();
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void QtUserInterface::PleaseWaitHide() {
+  if (!wait_ || !wait_->isVisible()) return;
+  wait_->hide();
+  if (waitLabel_) waitLabel_->clear();
+}
+
+std::string QtUserInterface::WaitText() const {
+  if (!wait_ || !wait_->isVisible() || !waitLabel_) return {};
+  return S(waitLabel_->text());
+}
+
+QDialog* QtUserInterface::WaitWindow() const {
+  if (!wait_ || !wait_->isVisible()) return nullptr;
+  return wait_.data();
+}
+
+void QtUserInterface::ShowTextFile(const std::string& path) {
+  // The program's own viewer of logs and command files, read only.
+  QFile file(Q(path));
+  QString text;
+  if (file.open(QIODevice::ReadOnly)) {
+    text = QString::fromLocal8Bit(file.readAll());
+  } else {
+    MessageBox("File Not Found", {"Cannot open the file " + path}, Buttons::OK, Icon::Exclamation);
+    return;
+  }
+  QDialog dialog(parent_);
+  dialog.setWindowTitle(QFileInfo(Q(path)).fileName());
+  auto* layout = new QVBoxLayout(&dialog);
+  auto* view = new QPlainTextEdit(&dialog);
+  view->setReadOnly(true);
+  view->setLineWrapMode(QPlainTextEdit::NoWrap);
+  view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  view->setPlainText(text);
+  layout->addWidget(view);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  layout->addWidget(buttons);
+  dialog.resize(720, 480);
+  dialog.exec();
+}
+
+void QtUserInterface::Activity(const std::string& text) {
+  if (onActivity) onActivity(text);
+}
+
+void QtUserInterface::Feedback(const std::string& text) {
+  if (onFeedback) onFeedback(text);
+}
+
+}  // namespace tarno

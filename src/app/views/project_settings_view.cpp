@@ -1,0 +1,99 @@
+#include "app/views/project_settings_view.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "app/views/view_support.h"
+#include "core/error_trap.h"
+
+namespace tarno {
+
+using views::Q;
+using views::S;
+
+ProjectSettingsView::ProjectSettingsView(ProjectSettings& model, UserInterface& ui,
+                                         QWidget* parent)
+    : QDialog(parent), model_(model), ui_(ui) {
+  setWindowTitle(Q(model.Caption));
+  auto* layout = new QVBoxLayout(this);
+
+  layout->addWidget(new QLabel(QStringLiteral("Project description")));
+  description_ = new QPlainTextEdit(Q(model.Description));
+  description_->setObjectName(QStringLiteral("ProjectDesc"));
+  description_->setMaximumHeight(80);
+  layout->addWidget(description_);
+
+  auto* grid = new QGridLayout;
+  baseName_ = views::AddField(grid, 0, QStringLiteral("Base file name"), model.BaseName);
+  basePath_ = views::AddField(grid, 1, QStringLiteral("Path"), model.BasePath);
+  mapUnits_ = views::AddField(grid, 2, QStringLiteral("Distance units in basemap files"), "");
+  compUnits_ = views::AddField(grid, 3, QStringLiteral("Units for computations"), "");
+  mapUnits_->setReadOnly(true);
+  compUnits_->setReadOnly(true);
+  changeUnits_ = new QPushButton(QStringLiteral("Change Units..."));
+  grid->addWidget(changeUnits_, 2, 2, 2, 1);
+  layout->addLayout(grid);
+  ShowUnits();
+
+  // The base maps are listed only; adding and removing them comes with the base map
+  // feature.
+  layout->addWidget(new QLabel(QStringLiteral("Currently used base maps")));
+  baseMaps_ = new QListWidget;
+  for (const auto& map : model.BaseMaps) baseMaps_->addItem(Q(map));
+  baseMaps_->setSelectionMode(QAbstractItemView::NoSelection);
+  layout->addWidget(baseMaps_);
+
+  auto* buttons = new QHBoxLayout;
+  ok_ = new QPushButton(QStringLiteral("OK"));
+  cancel_ = new QPushButton(QStringLiteral("Cancel"));
+  ok_->setDefault(true);
+  cancel_->setEnabled(model.CancelEnabled);
+  buttons->addStretch();
+  buttons->addWidget(ok_);
+  buttons->addWidget(cancel_);
+  layout->addLayout(buttons);
+
+  connect(ok_, &QPushButton::clicked, this, [this] {
+    ToModel();
+    // A bad name gets the model's "Bad file name" box and the dialog stays.
+    bool accepted = false;
+    RunOperation(ui_, "ProjectSettings.OK_Click", [&] { accepted = model_.OK(ui_); });
+    if (accepted) {
+      done(ProjectSettings::kOK);
+    } else {
+      baseName_->setFocus();
+      baseName_->selectAll();
+    }
+  });
+  connect(cancel_, &QPushButton::clicked, this, [this] { reject(); });
+  connect(changeUnits_, &QPushButton::clicked, this, [this] {
+    RunOperation(ui_, "ProjectSettings.ChangeUnits_Click", [&] { model_.ChangeUnits(ui_); });
+    ShowUnits();
+  });
+}
+
+void ProjectSettingsView::ToModel() {
+  model_.Description = S(description_->toPlainText());
+  model_.BaseName = S(baseName_->text());
+  model_.BasePath = S(basePath_->text());
+}
+
+void ProjectSettingsView::ShowUnits() {
+  mapUnits_->setText(Q(model_.MapUnits()));
+  compUnits_->setText(Q(model_.CompUnits()));
+}
+
+void ProjectSettingsView::reject() {
+  if (!model_.CancelEnabled) return;
+  bool cancelled = false;
+  RunOperation(ui_, "ProjectSettings.Cancel_Click", [&] { cancelled = model_.Cancel(); });
+  if (cancelled) done(ProjectSettings::kCancel);
+}
+
+}  // namespace tarno

@@ -1,0 +1,492 @@
+// The dialog views, built without exec(): widgets are set, buttons pressed, and the
+// models checked.
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTabWidget>
+
+#include "app/dialog_views.h"
+#include "app/shell_models.h"
+#include "app/views/gui_options_view.h"
+#include "app/views/model_settings_view.h"
+#include "app/views/new_database_wizard_view.h"
+#include "app/views/project_settings_view.h"
+#include "app/views/restore_window_view.h"
+#include "app/views/solve_views.h"
+#include "app/views/unit_change_view.h"
+#include "app/views/welcome_view.h"
+#include "core/scripted_ui.h"
+#include "dialogs_test_support.h"
+
+namespace tarno::testing {
+namespace {
+
+using Field = ModelSettings::Field;
+
+std::string Text(const QLineEdit* edit) { return edit->text().toStdString(); }
+
+// ---------------------------------------------------------------------------
+// Model settings.
+
+class ModelSettingsViewTest : public ProjectTest {
+ protected:
+  void SetUp() override {
+    ProjectTest::SetUp();
+    Database db = Open();
+    db.ExecuteRaw("update Model set CONTOURInterval=2.5, NumberStreamLines=30");
+    settings_.Load(db);
+  }
+  ModelSettings settings_;
+};
+
+TEST_F(ModelSettingsViewTest, ShowsTheFieldsWithTheirUnits) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  EXPECT_EQ(view.windowTitle().toStdString(), ModelSettingsDialog::kTitle);
+  EXPECT_EQ(Text(view.field(Field::Thickness)), "1");
+  EXPECT_EQ(Text(view.field(Field::Porosity)), "0.2");
+  EXPECT_EQ(Text(view.field(Field::ContourInt)), "2.5");
+  EXPECT_EQ(view.lengthUnitLabel()->text().toStdString(), "meters");
+  EXPECT_EQ(view.conductivityUnitLabel()->text().toStdString(), "meters/day");
+  EXPECT_EQ(view.field(Field::None), nullptr);
+  ASSERT_EQ(view.tabs()->count(), 6);
+  for (Field f : {Field::Thickness, Field::SaltGravity, Field::ContourLevel, Field::StepSize,
+                  Field::OuterIterations, Field::ScenarioBaseElev}) {
+    QLineEdit* edit = view.field(f);
+    ASSERT_NE(edit, nullptr);
+    EXPECT_TRUE(view.tabs()->widget(ModelSettingsView::TabOf(f))->isAncestorOf(edit))
+        << "each field sits on the tab its failure brings forward";
+  }
+}
+
+TEST_F(ModelSettingsViewTest, FeetProjectsShowFeet) {
+  settings_.computeMeters = false;
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  EXPECT_EQ(view.lengthUnitLabel()->text().toStdString(), "feet");
+  EXPECT_EQ(view.conductivityUnitLabel()->text().toStdString(), "feet/day");
+}
+
+TEST_F(ModelSettingsViewTest, StreamFunctionSwapsTheIntervalCaptionAndValue) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  QLineEdit* interval = view.field(Field::ContourInt);
+  EXPECT_EQ(view.intervalCaption()->text().toStdString(), "Contour Interval");
+  interval->setText("4");  // typed before the switch: kept for the way back
+  view.contourProperty(kContourStreamFunction)->click();
+  EXPECT_EQ(view.intervalCaption()->text().toStdString(), "Number of Stream Lines");
+  EXPECT_EQ(Text(interval), "30");
+  interval->setText("12");
+  view.contourProperty(kContourPotentials)->click();
+  EXPECT_EQ(view.intervalCaption()->text().toStdString(), "Contour Interval");
+  EXPECT_EQ(Text(interval), "4");
+  view.contourProperty(kContourStreamFunction)->click();
+  EXPECT_EQ(Text(interval), "12");
+  EXPECT_EQ(settings_.ContourProperty(), kContourStreamFunction);
+}
+
+TEST_F(ModelSettingsViewTest, DrawdownNoteAndEnablingRules) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  EXPECT_TRUE(view.drawdownNote()->isHidden());
+  view.contourProperty(kContourDrawdowns)->click();
+  EXPECT_FALSE(view.drawdownNote()->isHidden());
+  EXPECT_EQ(view.drawdownNote()->title().toStdString(), "Note on Drawdowns:");
+  view.contourProperty(kContourHeads)->click();
+  EXPECT_TRUE(view.drawdownNote()->isHidden());
+
+  QLineEdit* step = view.field(Field::StepSize);
+  view.chkDefaultStep()->setChecked(true);
+  EXPECT_FALSE(step->isEnabled());
+  view.chkDefaultStep()->setChecked(false);
+  EXPECT_TRUE(step->isEnabled());
+  view.chkComputePaths()->setChecked(false);
+  EXPECT_FALSE(step->isEnabled());
+  EXPECT_FALSE(view.field(Field::MaxTime)->isEnabled());
+
+  EXPECT_FALSE(view.field(Field::ContourLevel)->isEnabled()) << "coarse fixes the level";
+  view.contourDetail(kContourCustom)->setChecked(true);
+  EXPECT_TRUE(view.field(Field::ContourLevel)->isEnabled());
+  view.chkContour()->setChecked(false);
+  EXPECT_FALSE(view.field(Field::ContourLevel)->isEnabled());
+  EXPECT_FALSE(view.contourProperty(0)->isEnabled());
+
+  EXPECT_FALSE(view.field(Field::SaltGravity)->isEnabled());
+  view.chkAddSaltwaterInterface()->setChecked(true);
+  EXPECT_TRUE(view.field(Field::SaltGravity)->isEnabled());
+}
+
+TEST_F(ModelSettingsViewTest, AFailingOkKeepsTheDialogWithTheFieldsTabForward) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  view.tabs()->setCurrentIndex(ModelSettingsView::kAquiferTab);
+  view.field(Field::MaxTime)->setText("-5");
+  ui.ExpectMessage("Bad Entry", {"Maximum Travel Time must be positive.",
+                                 "Please enter a new Maximum Travel Time."});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 0) << "the dialog stays";
+  EXPECT_EQ(dialog.Result, 2);
+  EXPECT_EQ(dialog.last.failedField, Field::MaxTime);
+  EXPECT_EQ(view.tabs()->currentIndex(), ModelSettingsView::kTracingTab);
+  EXPECT_EQ(view.field(Field::MaxTime)->selectedText().toStdString(), "-5");
+  EXPECT_EQ(ModelNumber("TRACEMaxTime"), 3650);
+}
+
+TEST_F(ModelSettingsViewTest, AGoodOkWritesTheRowAndCloses) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  view.field(Field::Thickness)->setText("30");
+  view.field(Field::HydCond)->setText("12.5");
+  view.chkOutsideLoop()->setChecked(true);
+  view.field(Field::OuterIterations)->setText("4");
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 1);
+  EXPECT_EQ(dialog.Result, 1);
+  EXPECT_EQ(ModelNumber("AQThickness"), 30);
+  EXPECT_EQ(ModelNumber("AQHydCond"), 12.5);
+  EXPECT_EQ(ModelNumber("OuterIterationsFlag"), 1);
+}
+
+TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  ui.ExpectModal<ConvergeDialog>("Converge", [](ConvergeDialog& d) {
+    EXPECT_EQ(d.tbIterations, "1");
+    d.tbIterations = "6";
+    d.chkFastSolution = true;
+    d.Result = 1;
+  });
+  view.convergeButton()->click();
+  ui.Verify();
+  EXPECT_EQ(settings_.tbIterations, "6");
+  EXPECT_TRUE(view.chkFastSolution()->isChecked());
+  EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
+}
+
+TEST_F(ModelSettingsViewTest, CancelLeavesTheRow) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  view.field(Field::Thickness)->setText("30");
+  view.cancelButton()->click();
+  EXPECT_EQ(view.result(), 2);
+  EXPECT_EQ(dialog.Result, 2);
+  EXPECT_EQ(ModelNumber("AQThickness"), 1);
+}
+
+// ---------------------------------------------------------------------------
+// The project life cycle.
+
+TEST_F(ProjectTest, WizardViewFillsItsModel) {
+  NewDatabaseWizard wizard;
+  NewDatabaseWizardView view(wizard);
+  EXPECT_EQ(view.windowTitle().toStdString(), NewDatabaseWizard::kTitle);
+  EXPECT_EQ(view.description()->toPlainText().toStdString(), "New TARNO Project\n");
+  EXPECT_TRUE(view.computeMeters()->isChecked());
+  EXPECT_TRUE(view.mapMeters()->isChecked());
+  EXPECT_EQ(view.createButton()->text().toStdString(), "Create Database");
+  EXPECT_EQ(view.abortButton()->text().toStdString(), "Abort");
+  view.description()->setPlainText("Dune field");
+  view.computeFeet()->setChecked(true);
+  view.mapFeet()->setChecked(true);
+  view.createButton()->click();
+  EXPECT_EQ(wizard.Result, NewDatabaseWizard::kCreate);
+  EXPECT_EQ(wizard.Description, "Dune field");
+  EXPECT_FALSE(wizard.ComputeMeters);
+  EXPECT_FALSE(wizard.BasemapMeters);
+
+  NewDatabaseWizard second;
+  second.Result = NewDatabaseWizard::kCreate;
+  NewDatabaseWizardView closed(second);
+  closed.reject();  // the window's close button
+  EXPECT_EQ(second.Result, NewDatabaseWizard::kAbort);
+}
+
+TEST_F(ProjectTest, ProjectSettingsViewKeepsABadNameAndWritesAGoodOne) {
+  ProjectSettings settings;
+  settings.Load(path_.string());
+  ScriptedUserInterface ui;
+  ProjectSettingsView view(settings, ui);
+  EXPECT_EQ(Text(view.baseName()), "golden");
+  EXPECT_EQ(Text(view.compUnits()), "Meters");
+  EXPECT_TRUE(view.compUnits()->isReadOnly());
+
+  view.baseName()->setText("ninechars");
+  ui.ExpectMessage(ProjectSettings::kBadNameTitle, {ProjectSettings::kBadNameText});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 0);
+
+  view.baseName()->setText("eight888");
+  view.description()->setPlainText("Renamed");
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), ProjectSettings::kOK);
+  EXPECT_EQ(settings.TARNOBaseName, "eight888");
+  Database db = Open();
+  Statement st = db.PrepareRaw("select TARNOBaseName, Description from Project");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetText(0), "eight888");
+  EXPECT_EQ(st.GetText(1), "Renamed");
+}
+
+TEST_F(ProjectTest, ProjectSettingsCancelDisabledForANewProject) {
+  ProjectSettings settings;
+  settings.Load(path_.string());
+  settings.CancelEnabled = false;
+  const int loaded = settings.Result;
+  ScriptedUserInterface ui;
+  ProjectSettingsView view(settings, ui);
+  EXPECT_FALSE(view.cancelButton()->isEnabled());
+  view.baseName()->setText("other");
+  view.reject();  // the close button does nothing either
+  EXPECT_EQ(view.result(), 0);
+  EXPECT_EQ(settings.Result, loaded);
+  EXPECT_EQ(settings.BaseName, "golden") << "nothing taken from the fields";
+}
+
+TEST_F(ProjectTest, ChangeUnitsGoesThroughTheModelAndShowsTheNewUnits) {
+  ProjectSettings settings;
+  settings.Load(path_.string());
+  ScriptedUserInterface ui;
+  ProjectSettingsView view(settings, ui);
+  ui.Expect(UiCallKind::MessageBox).Title(kUnitChangeWarningTitle).Answer(Answer::Yes);
+  ui.ExpectModal<UnitChange>(UnitChange::kName, [](UnitChange& d) {
+    d.ComputeMeters = false;
+    d.OK();
+  });
+  ui.ExpectMessageTitled(kReopenProjectTitle);
+  view.changeUnitsButton()->click();
+  ui.Verify();
+  EXPECT_EQ(Text(view.compUnits()), "Feet");
+  EXPECT_EQ(Text(view.mapUnits()), "Meters");
+}
+
+TEST_F(ProjectTest, UnitChangeViewFillsItsModel) {
+  UnitChange change;
+  change.ComputeMeters = false;
+  UnitChangeView view(change);
+  EXPECT_TRUE(view.computeFeet()->isChecked());
+  EXPECT_TRUE(view.mapMeters()->isChecked());
+  view.computeMeters()->setChecked(true);
+  view.mapFeet()->setChecked(true);
+  view.okButton()->click();
+  EXPECT_EQ(change.Result, UnitChange::kOK);
+  EXPECT_TRUE(change.ComputeMeters);
+  EXPECT_FALSE(change.BasemapMeters);
+}
+
+// ---------------------------------------------------------------------------
+// The shell.
+
+TEST_F(ProjectTest, GUIOptionsViewRefusesABadHazeAndTakesColours) {
+  GUIOptions options;
+  {
+    Database db = Open();
+    options.init(db);
+  }
+  ScriptedUserInterface ui;
+  GUIOptionsView view(options, ui);
+  EXPECT_EQ(view.windowTitle().toStdString(),
+            "GUI Options                                   (F1 for Help)");
+  EXPECT_EQ(view.contourLineType()->currentText().toStdString(), "DOT");
+
+  ui.ExpectColour(Rgb(1, 2, 3));
+  view.contourColorButton()->click();
+  ui.ExpectColour(std::nullopt);  // Cancel keeps the colour
+  view.pathlineColorButton()->click();
+  EXPECT_EQ(options.ContourColor, Rgb(1, 2, 3));
+  EXPECT_EQ(options.PathlineColor, ClassicColour(4));
+  EXPECT_EQ(view.contourColorSwatch()->palette().color(QPalette::Window), QColor(1, 2, 3));
+
+  view.contourLineType()->setCurrentText("SOLID");
+  view.pathlineLineType()->setCurrentText("DASH");
+  view.defaultsButton()->click();
+  EXPECT_EQ(view.contourLineType()->currentText().toStdString(), "DOT");
+  EXPECT_EQ(view.pathlineLineType()->currentText().toStdString(), "SOLID");
+
+  view.hazeLevel()->setText("6");
+  ui.ExpectMessage("Invalid Data", {"Invalid Haze Level!", "Please enter a new value."});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 0);
+
+  view.hazeLevel()->setText("4");
+  view.contourLineWidth()->setValue(3);
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 1);
+  EXPECT_EQ(options.HazeLevel, 4);
+  EXPECT_EQ(ModelNumber("ContourLineWidth"), 3);
+  EXPECT_EQ(ModelNumber("ContourLineColor"), Rgb(1, 2, 3));
+}
+
+TEST(WelcomeViewTest, TheChoiceAndTheBoxReachTheModel) {
+  EnsureApplication();
+  Welcome welcome;
+  WelcomeView view(welcome);
+  EXPECT_EQ(view.windowTitle().toStdString(), "Welcome to TARNO");
+  EXPECT_TRUE(view.startProject()->isChecked());
+  view.secondExample()->click();
+  EXPECT_FALSE(view.startProject()->isChecked());
+  view.dontShow()->setChecked(true);
+  view.okButton()->click();
+  EXPECT_EQ(welcome.Result, 3);
+  EXPECT_TRUE(welcome.chkShowBox);
+
+  Welcome again;
+  again.Result = 2;
+  WelcomeView second(again);
+  EXPECT_TRUE(second.firstExample()->isChecked());
+  second.startProject()->click();
+  EXPECT_FALSE(second.firstExample()->isChecked());
+  second.okButton()->click();
+  EXPECT_EQ(again.Result, 1);
+}
+
+// ---------------------------------------------------------------------------
+// Saved windows.
+
+TEST(RestoreWindowViewTest, CornersAreFilteredAndHandedOver) {
+  EnsureApplication();
+  RestoreWindow model;
+  model.rows = {{"north", 0, 0, 10, 10}, {"south", -5, -5, 5, 5}};
+  ScriptedUserInterface ui;
+  RestoreWindowView view(model, ui, {});
+  EXPECT_EQ(view.names()->count(), 2);
+  EXPECT_FALSE(view.okButton()->isEnabled()) << "nothing in view yet";
+  EXPECT_FALSE(view.deleteButton()->isEnabled()) << "no project to delete from";
+  view.names()->setCurrentRow(1);
+  EXPECT_EQ(model.current, 1);
+  EXPECT_TRUE(view.okButton()->isEnabled());
+
+  view.x1()->setText("-7a.5");
+  emit view.x1()->textEdited(view.x1()->text());
+  EXPECT_EQ(Text(view.x1()), "-7.5");
+  view.y2()->setText("2E3");
+  view.okButton()->click();
+  EXPECT_EQ(model.Result, 1);
+  EXPECT_DOUBLE_EQ(model.x1, -7.5);
+  EXPECT_DOUBLE_EQ(model.y2, 2000);
+}
+
+// ---------------------------------------------------------------------------
+// Around a solve.
+
+TEST(SolveViewsTest, SolvePromptAnswers) {
+  EnsureApplication();
+  SolvePrompt prompt;
+  SolvePromptView view(prompt);
+  EXPECT_EQ(view.windowTitle().toStdString(), "Valid Solution Present... Resolve?");
+  view.noButton()->click();
+  EXPECT_EQ(prompt.Result, 7);
+  view.yesButton()->click();
+  EXPECT_EQ(prompt.Result, 6);
+  view.cancelButton()->click();
+  EXPECT_EQ(prompt.Result, 2);
+}
+
+TEST_F(ProjectTest, ContinueSolveRefusesABadCountAndWritesAGoodOne) {
+  ModelSettings settings;
+  {
+    Database db = Open();
+    settings.Load(db);
+  }
+  FormContinueSolve form;
+  form.Load(settings, path_);
+  ScriptedUserInterface ui;
+  FormContinueSolveView view(form, ui);
+  EXPECT_EQ(Text(view.iterations()), "1");
+  view.iterations()->setText("0");
+  ui.ExpectMessageTitled("Bad Entry");
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_TRUE(form.Cancel);
+  EXPECT_EQ(view.result(), 0);
+
+  view.iterations()->setText("3");
+  view.fastSolution()->setChecked(true);
+  view.okButton()->click();
+  EXPECT_FALSE(form.Cancel);
+  EXPECT_EQ(view.result(), 1);
+  EXPECT_EQ(ModelNumber("SOLVERIterations"), 3);
+  EXPECT_TRUE(settings.chkFastSolution);
+}
+
+TEST(SolveViewsTest, RelaxAndConvergeCheckTheirCounts) {
+  EnsureApplication();
+  ModelSettings settings;
+  RelaxDialog relax;
+  relax.Load(settings);
+  ScriptedUserInterface ui;
+  RelaxDialogView relaxView(relax, ui, &settings);
+  relaxView.outsideLoop()->setChecked(true);
+  relaxView.outerIterations()->setText("0");
+  ui.ExpectMessageTitled("Bad Entry");
+  relaxView.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(relax.Result, 2);
+  EXPECT_FALSE(settings.chkOutsideLoop);
+  relaxView.outerIterations()->setText("5");
+  relaxView.okButton()->click();
+  EXPECT_EQ(relax.Result, 1);
+  EXPECT_TRUE(settings.chkOutsideLoop);
+  EXPECT_EQ(settings.tbOuterIterations, "5");
+
+  // Shown through the registry there are no settings: the model keeps the fields.
+  ConvergeDialog converge;
+  converge.Load(settings);
+  ConvergeDialogView convergeView(converge, ui);
+  convergeView.iterations()->setText("9");
+  convergeView.storeMatrixOnDisk()->setChecked(true);
+  convergeView.okButton()->click();
+  EXPECT_EQ(converge.Result, 1);
+  EXPECT_EQ(converge.tbIterations, "9");
+  EXPECT_TRUE(converge.chkStoreMatrixOnDisk);
+  EXPECT_EQ(settings.tbIterations, "1");
+}
+
+TEST(SolveViewsTest, IntegrityShowsTheValues) {
+  EnsureApplication();
+  SolverIntegrity integrity;
+  integrity.VxAnyl = 1.5;
+  integrity.divCapQNum = -0.25;
+  SolverIntegrityView view(integrity);
+  EXPECT_EQ(view.windowTitle().toStdString(), "Solver Integrity Check");
+  EXPECT_EQ(Text(view.value(0, 0)), "1.5");
+  EXPECT_EQ(Text(view.value(4, 1)), "-0.25");
+  EXPECT_TRUE(view.value(2, 0)->isReadOnly());
+}
+
+TEST(DialogRegistryTest, EveryDialogHasItsView) {
+  EnsureApplication();
+  QtUserInterface ui;
+  RegisterDialogViews(ui);
+  for (const char* name :
+       {"NewDatabaseWizard", "ProjectSettings", "UnitChange", "ModelSettings", "GUIOptions",
+        "Welcome", "RestoreWindow", "SolvePrompt", "FormContinueSolve", "relax", "Converge",
+        "SolverIntegrity"}) {
+    EXPECT_TRUE(ui.HasView(name)) << name;
+  }
+}
+
+}  // namespace
+}  // namespace tarno::testing

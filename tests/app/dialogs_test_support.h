@@ -1,0 +1,68 @@
+// Shared by the tests of the port, the dialog views and the shell models: the one
+// application object of the test program and a new project in a temporary folder.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <filesystem>
+#include <string>
+
+#include "store/database.h"
+#include "store/schema.h"
+
+namespace tarno::testing {
+
+// The widgets need an application object; the test program makes one, the first
+// time it is asked for, unless another part of it already did.
+inline void EnsureApplication() {
+  if (QApplication::instance() != nullptr) return;
+  static int argc = 1;
+  static char name[] = "test_app";
+  static char* argv[] = {name, nullptr};
+  static QApplication* app = new QApplication(argc, argv);
+  (void)app;
+}
+
+class ProjectTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    EnsureApplication();
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    dir_ = std::filesystem::temp_directory_path() /
+           ("tarno_dialogs_" + std::string(info->test_suite_name()) + "_" + info->name() + "_" +
+            std::to_string(::getpid()));
+    std::filesystem::remove_all(dir_);
+    std::filesystem::create_directories(dir_);
+    path_ = dir_ / "model.trn";
+    DBNewDatabase(path_, "Dialog test", basemapMeters_, true);
+    {
+      Database db = Database::Open(path_);
+      Statement st = db.PrepareRaw("update Project set TARNOBaseName=?, TARNOBasePath=?");
+      st.Bind(1, std::string("golden")).Bind(2, dir_.string());
+      st.Run();
+    }
+  }
+
+  void TearDown() override {
+    std::error_code ec;
+    std::filesystem::remove_all(dir_, ec);
+  }
+
+  Database Open() { return Database::Open(path_); }
+
+  // One field of the Model row as a number.
+  double ModelNumber(const std::string& field) {
+    Database db = Open();
+    Statement st = db.PrepareRaw("select " + field + " from Model");
+    if (!st.Step()) return -1e300;
+    return st.GetDouble(0);
+  }
+
+  bool basemapMeters_ = true;
+  std::filesystem::path dir_;
+  std::filesystem::path path_;
+};
+
+}  // namespace tarno::testing

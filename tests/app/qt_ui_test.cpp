@@ -1,0 +1,194 @@
+// The Qt user interface port: filters, colours, the default extension, the dialog
+// registry, the wait window, the status texts and the message box answers.
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QColor>
+#include <QDialog>
+#include <QMessageBox>
+#include <QTimer>
+#include <QWidget>
+
+#include "app/qt_ui.h"
+#include "core/error.h"
+#include "dialogs_test_support.h"
+
+namespace tarno::testing {
+namespace {
+
+class QtPortTest : public ::testing::Test {
+ protected:
+  void SetUp() override { EnsureApplication(); }
+};
+
+TEST(QtFilterTest, ClassicPairsBecomeQtFilters) {
+  EXPECT_EQ(QtFilter("Project Database Files (*.trn)|*.trn").toStdString(),
+            "Project Database Files (*.trn)");
+  EXPECT_EQ(QtFilter("Base maps (*.bbm)|*.bbm|All Files (*.*)|*.*").toStdString(),
+            "Base maps (*.bbm);;All Files (*.*)");
+}
+
+TEST(QtFilterTest, ThePatternsComeFromThePatternPartNotTheDescription) {
+  // A description without its patterns, or with other ones, still filters by the
+  // pattern part; several patterns are joined by blanks.
+  EXPECT_EQ(QtFilter("Drawings|*.dxf;*.dwg").toStdString(), "Drawings (*.dxf *.dwg)");
+  EXPECT_EQ(QtFilter("Maps (*.map)|*.bbm").toStdString(), "Maps (*.bbm)");
+}
+
+TEST(QtFilterTest, EmptyAndIncompleteFilters) {
+  EXPECT_EQ(QtFilter("").toStdString(), "");
+  EXPECT_EQ(QtFilter("Everything").toStdString(), "Everything (*)");
+  EXPECT_EQ(QtFilter("Text (*.txt)|*.txt|").toStdString(), "Text (*.txt)");
+}
+
+TEST(ColourPackingTest, PackedToQColorAndBack) {
+  const QColor red = ToQColor(0x0000FF);
+  EXPECT_EQ(red.red(), 255);
+  EXPECT_EQ(red.green(), 0);
+  EXPECT_EQ(red.blue(), 0);
+  const QColor mixed = ToQColor(10 + 256 * 20 + 65536 * 30);
+  EXPECT_EQ(mixed.red(), 10);
+  EXPECT_EQ(mixed.green(), 20);
+  EXPECT_EQ(mixed.blue(), 30);
+  EXPECT_EQ(FromQColor(QColor(10, 20, 30)), 10u + 256u * 20u + 65536u * 30u);
+  EXPECT_EQ(FromQColor(QColor(0, 0, 128)), 0x800000u) << "dark blue is the classic 0x800000";
+  for (std::uint32_t packed : {0u, 0xFFFFFFu, 0x123456u, 0x800000u, 0x000080u}) {
+    EXPECT_EQ(FromQColor(ToQColor(packed)), packed);
+  }
+}
+
+TEST(DefaultExtensionTest, AddedOnlyWhenTheNameHasNone) {
+  EXPECT_EQ(WithDefaultExtension("/tmp/model", "trn"), "/tmp/model.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/model.trn", "trn"), "/tmp/model.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/model.wrk", "trn"), "/tmp/model.wrk");
+  EXPECT_EQ(WithDefaultExtension("/tmp/model.", "trn"), "/tmp/model.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/v1.2/model", "trn"), "/tmp/v1.2/model.trn")
+      << "a dot in a folder's name is no extension";
+  EXPECT_EQ(WithDefaultExtension("/tmp/model", ""), "/tmp/model");
+  EXPECT_EQ(WithDefaultExtension("/tmp/model", ".dat"), "/tmp/model.dat");
+}
+
+class NamedModel : public DialogModel {
+ public:
+  explicit NamedModel(std::string name) : name_(std::move(name)) {}
+  std::string DialogName() const override { return name_; }
+  int shown = 0;
+
+ private:
+  std::string name_;
+};
+
+TEST_F(QtPortTest, ShowModalGoesToTheViewOfTheName) {
+  QtUserInterface ui;
+  QWidget parent;
+  ui.SetParent(&parent);
+  QWidget* seenParent = nullptr;
+  ui.RegisterView("First", [&](DialogModel& model, QWidget* p) {
+    static_cast<NamedModel&>(model).shown++;
+    seenParent = p;
+  });
+  EXPECT_TRUE(ui.HasView("First"));
+  EXPECT_FALSE(ui.HasView("Second"));
+  NamedModel first("First");
+  ui.ShowModal(first);
+  EXPECT_EQ(first.shown, 1);
+  EXPECT_EQ(seenParent, &parent);
+}
+
+TEST_F(QtPortTest, ShowModalWithoutAViewNamesTheDialog) {
+  QtUserInterface ui;
+  NamedModel model("WellProperties");
+  try {
+    ui.ShowModal(model);
+    FAIL() << "no error";
+  } catch (const Error& e) {
+    EXPECT_STREQ(e.what(), "No view for dialog WellProperties");
+  }
+}
+
+TEST_F(QtPortTest, WaitWindowShowsCentredAndHidesOnce) {
+  QWidget parent;
+  parent.setGeometry(100, 100, 800, 600);
+  parent.show();
+  QtUserInterface ui(&parent);
+  EXPECT_EQ(ui.WaitText(), "");
+  ui.PleaseWaitShow("Running Solver...", 3000);
+  EXPECT_EQ(ui.WaitText(), "Running Solver...");
+  QDialog* wait = ui.WaitWindow();
+  ASSERT_NE(wait, nullptr);
+  EXPECT_TRUE(wait->isVisible());
+  EXPECT_FALSE(wait->isModal());
+  EXPECT_TRUE(wait->windowFlags() & Qt::FramelessWindowHint);
+  EXPECT_GE(wait->width(), 200) << "3000 logical units are 200 pixels";
+  const QPoint centre = parent.mapToGlobal(QPoint(0, 0)) + QPoint(400, 300);
+  const QPoint waitCentre = wait->geometry().center();
+  EXPECT_LE(std::abs(waitCentre.x() - centre.x()), 2);
+  EXPECT_LE(std::abs(waitCentre.y() - centre.y()), 2);
+
+  ui.PleaseWaitShow("Contouring...", 0);
+  EXPECT_EQ(ui.WaitText(), "Contouring...") << "a second show changes the text";
+  ui.PleaseWaitHide();
+  EXPECT_EQ(ui.WaitText(), "");
+  EXPECT_EQ(ui.WaitWindow(), nullptr);
+  ui.PleaseWaitHide();  // nothing to hide
+  EXPECT_EQ(ui.WaitText(), "");
+}
+
+TEST_F(QtPortTest, StatusTextsGoToTheirHandlers) {
+  QtUserInterface ui;
+  ui.Activity("ignored while nobody listens");
+  std::vector<std::string> activity, feedback;
+  ui.onActivity = [&](const std::string& t) { activity.push_back(t); };
+  ui.onFeedback = [&](const std::string& t) { feedback.push_back(t); };
+  ui.Activity("Select");
+  ui.Feedback("Click mouse button to select element");
+  EXPECT_EQ(activity, std::vector<std::string>{"Select"});
+  EXPECT_EQ(feedback, std::vector<std::string>{"Click mouse button to select element"});
+}
+
+// Presses a button of the next message box that shows, from the event loop the box
+// runs; `seen` receives its title and text.
+void PressInNextBox(QMessageBox::StandardButton button, QString* title, QString* text,
+                    QMessageBox::Icon* icon) {
+  auto* timer = new QTimer;
+  timer->setInterval(10);
+  QObject::connect(timer, &QTimer::timeout, [=] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* box = qobject_cast<QMessageBox*>(widget);
+      if (box == nullptr || !box->isVisible()) continue;
+      *title = box->windowTitle();
+      *text = box->text();
+      *icon = box->icon();
+      timer->stop();
+      timer->deleteLater();
+      box->button(button)->click();
+      return;
+    }
+  });
+  timer->start();
+}
+
+TEST_F(QtPortTest, MessageBoxShowsTitleLinesAndIconAndMapsTheAnswer) {
+  QtUserInterface ui;
+  QString title, text;
+  QMessageBox::Icon icon = QMessageBox::NoIcon;
+  PressInNextBox(QMessageBox::No, &title, &text, &icon);
+  const Answer answer = ui.MessageBox("File Exists", {"first line", "second line"}, Buttons::YesNo,
+                                      Icon::Exclamation);
+  EXPECT_EQ(answer, Answer::No);
+  EXPECT_EQ(title.toStdString(), "File Exists");
+  EXPECT_EQ(text.toStdString(), "first line\nsecond line");
+  EXPECT_EQ(icon, QMessageBox::Warning);
+
+  PressInNextBox(QMessageBox::Retry, &title, &text, &icon);
+  EXPECT_EQ(ui.MessageBoxStyle("Disk", {"Try again?"}, 5 + 16), Answer::Retry);
+  EXPECT_EQ(icon, QMessageBox::Critical);
+
+  PressInNextBox(QMessageBox::Cancel, &title, &text, &icon);
+  EXPECT_EQ(ui.MessageBox("Q", {"?"}, Buttons::YesNoCancel, Icon::Question), Answer::Cancel);
+  EXPECT_EQ(icon, QMessageBox::Question);
+}
+
+}  // namespace
+}  // namespace tarno::testing
