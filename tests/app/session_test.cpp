@@ -159,7 +159,7 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   const QImage solved = w.MapImage();
   const int contourBefore = CountColour(before, contour);
   const int contourAfter = CountColour(solved, contour);
-  EXPECT_GT(contourAfter, contourBefore + 200) << "contour pixels " << contourBefore << " -> "
+  EXPECT_GT(contourAfter, contourBefore + 80) << "contour pixels " << contourBefore << " -> "
                                                << contourAfter;
   if (w.Solution().PathsPresent) {
     EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
