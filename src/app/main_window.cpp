@@ -74,7 +74,9 @@ MainWindow::MainWindow(Options options, QWidget* parent)
     : QMainWindow(parent), options_(std::move(options)) {
   if (options_.ui == nullptr) {
     qtUi_ = std::make_unique<QtUserInterface>(this);
-    RegisterDialogViews(*qtUi_);
+    RegisterDialogViews(*qtUi_, [this] {
+      return session_ != nullptr ? session_->Settings().DBName : std::string();
+    });
     port_.SetInner(*qtUi_);
   } else {
     port_.SetInner(*options_.ui);
@@ -705,12 +707,15 @@ void MainWindow::GuiOptionsCommand() {
       Database db = Database::Open(session_->Settings().DBName);
       gui.init(db);
     }
+    gui.projectFile = session_->Settings().DBName;
     const DisplayOptions& o = state_.options;
     gui.HazeLevel = o.HazeLevel;
     gui.HazeColor = o.HazeColor;
     gui.VertexTolerance = o.VertexTolerance;
     gui.LinesinkShadow = o.LinesinkShadow;
     gui.DataHazeLevel = std::to_string(o.HazeLevel);
+    gui.DataVertexTolerance = QString::number(o.VertexTolerance).toStdString();
+    gui.DataLinesinkShadow = QString::number(o.LinesinkShadow).toStdString();
     port_.ShowModal(gui);
     if (gui.Result != 1) return;
     gui.ApplyTo(state_.options);
