@@ -17,6 +17,7 @@
 #include <string>
 
 #include "app/app_screenshot.h"
+#include "app/shell_models.h"
 #include "app/main_window.h"
 #include "app/map_widget.h"
 #include "core/console_ui.h"
@@ -222,6 +223,69 @@ TEST_F(ExampleSession, ZoomToWindowByTheRubberBand) {
   EXPECT_LT(b.Top, a.Top);
   EXPECT_EQ(w.State().mouseState, 0);
   EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
+}
+
+TEST_F(ExampleSession, RecenterByAClickAndTheWheelZoomAboutThePointer) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  MapWidget* map = w.Map();
+  const WorldWindow a = w.State().Window;
+  const double width = a.Right - a.Left, height = a.Top - a.Bottom;
+  // Recenter: the key enters the mode, a click ends it at the new centre.
+  w.ToolbarAction("WINDOWRECENTER")->trigger();
+  EXPECT_EQ(w.State().mouseState, kRecenterMouseState);
+  EXPECT_EQ(w.State().mouseMode, kRecenterMouseMode);
+  const QPoint at(map->width() / 4, map->height() / 3);
+  const double px = map->WorldX(at.x()), py = map->WorldY(at.y());
+  map->Click(at);
+  const WorldWindow b = w.State().Window;
+  EXPECT_NEAR((b.Left + b.Right) / 2, px, 1e-6 * width);
+  EXPECT_NEAR((b.Top + b.Bottom) / 2, py, 1e-6 * height);
+  EXPECT_NEAR(b.Right - b.Left, width, 1e-6 * width);
+  EXPECT_EQ(w.State().mouseState, 0);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
+
+  // The wheel: the point under the pointer stays where it is.
+  const QPoint p(map->width() * 3 / 4, map->height() / 2);
+  const double wx = map->WorldX(p.x()), wy = map->WorldY(p.y());
+  map->Wheel(p, 1);
+  const WorldWindow c = w.State().Window;
+  EXPECT_LT(c.Right - c.Left, (b.Right - b.Left) * 0.85);
+  EXPECT_NEAR(map->WorldX(p.x()), wx, (c.Right - c.Left) / map->width() * 1.5);
+  EXPECT_NEAR(map->WorldY(p.y()), wy, (c.Top - c.Bottom) / map->height() * 1.5);
+  // The mouse does nothing while it is off (a redraw or a solve runs).
+  map->SetMouseEnabled(false);
+  map->Wheel(p, 1);
+  EXPECT_EQ(w.State().Window, c);
+}
+
+TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ui_.SetVerbose(true);
+  // Before a solve there is no command file to show.
+  w.Action("RUN_FILES(0)")->trigger();
+  EXPECT_NE(messages_.str().find("File Not Found"), std::string::npos) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  messages_.str("");
+  w.Action("RUN_FILES(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Text file: "), std::string::npos) << messages_.str();
+  EXPECT_NE(messages_.str().find("example.dat"), std::string::npos) << messages_.str();
+
+  // A new contour interval: the settings ask to regrid, and Yes runs the regrid.
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbContourInt = "0.25";
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Regrid/Retrace?"), std::string::npos) << messages_.str();
+  EXPECT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
+  EXPECT_EQ(w.LastSolve().writeType, kWriteRegrid);
+  EXPECT_TRUE(w.Solution().SolutionPresent);
 }
 
 TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
