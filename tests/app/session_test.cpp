@@ -31,9 +31,10 @@ namespace {
 namespace fs = std::filesystem;
 
 void EnsureApp() {
+  // The per-user settings of the tests go to Qt's test location, never the user's.
+  QStandardPaths::setTestModeEnabled(true);
   if (QApplication::instance() != nullptr) return;
   ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  QStandardPaths::setTestModeEnabled(true);
   static int argc = 1;
   static char name[] = "test_app";
   static char* argv[] = {name, nullptr};
