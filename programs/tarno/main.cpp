@@ -24,8 +24,14 @@ int main(int argc, char** argv) {
               << "       tarno --screenshot <file.png> [--size <w>x<h>] [--solve] <project>\n";
     return 2;
   }
-  // A screenshot needs no display.
-  if (shot) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  // A screenshot needs no display; the platform's notes about the missing one
+  // (runtime directory, window hints) are no news to the user then.
+  if (shot) {
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+      if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << text.toStdString() << "\n";
+    });
+  }
 
   QApplication app(argc, argv);
   QApplication::setOrganizationName(tarno::kSettingsOrganisation);

@@ -271,6 +271,7 @@ MenuState MainWindow::CurrentMenuState() const {
   s.solutionValid = solution_.SolutionPresent;
   s.solving = solving_;
   s.mouseOperation = mouseOperation_;
+  s.runFiles = runFiles_;
   s.layers = state_.layers;
   return s;
 }
@@ -505,6 +506,7 @@ void MainWindow::SetUpLayers() {
   // The map state of the project just opened: the solution (none yet), the pens,
   // the model settings, then the View menu's switches.
   solution_ = SolutionState{};
+  runFiles_ = true;
   state_.ProjectOpen = true;
   const std::string file = session_->Settings().DBName;
   state_.projectFile = file;
@@ -598,8 +600,10 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
   ctx.hooks.enableMenu = [this](const std::string& entry, bool enabled) {
-    if (entry == "chkContour") state_.layers.contoursEnabled = enabled;
-    if (entry == "chkComputePaths") state_.layers.pathlinesEnabled = enabled;
+    // A solve shows what it computed: its contours and its pathlines.
+    if (entry == "chkContour") state_.layers.contoursEnabled = state_.layers.contours = enabled;
+    if (entry == "chkComputePaths") state_.layers.pathlinesEnabled = state_.layers.pathlines = enabled;
+    if (entry == "MODELRUNFILES") runFiles_ = enabled;
   };
   ctx.hooks.redraw = [this] {
     SyncSolutionView();
@@ -610,13 +614,10 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
   ApplyMenus();
   lastSolve_ = ModelRunTARNO(ctx, options);
   solving_ = false;
-  if (lastSolve_.outcome == SolveOutcome::Completed) {
-    // The solution is shown: its contours, and its pathlines where there are any.
-    if (solution_.ContourLinesPresent) state_.layers.contours = true;
-    if (solution_.PathsPresent) state_.layers.pathlines = true;
-  }
   SyncSolutionView();
-  Zoom(kZoomRedraw);
+  // A completed run has redrawn the map with its results; any other leaves the
+  // picture of the flags as they now stand.
+  if (lastSolve_.outcome != SolveOutcome::Completed) Zoom(kZoomRedraw);
   EnableMouse();
   ApplyMenus();
   return lastSolve_.outcome;

@@ -171,6 +171,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   bool solving_ = false;
   bool closing_ = false;
   bool layerMenuEnabled_ = true;
+  bool runFiles_ = true;
   std::optional<std::pair<int, int>> fixedMapSize_;
   std::string unitsText_;
 

@@ -207,7 +207,7 @@ bool NeedMet(MenuNeed need, const MenuState& s) {
     case N::Always: return true;
     case N::Project: return project;
     case N::Solution: return solution;
-    case N::SolverFiles: return project;
+    case N::SolverFiles: return project && s.runFiles;
     case N::ContoursLayer: return solution && s.layers.contoursEnabled;
     case N::PathlinesLayer: return solution && s.layers.pathlinesEnabled;
     case N::ProtectionAreasLayer: return project && s.layers.protectionAreasEnabled;

@@ -62,6 +62,10 @@ struct MenuState {
   bool solutionValid = false;
   bool solving = false;         // a solve runs: every entry is off
   bool mouseOperation = false;  // TurnOffMenus: a mouse operation (zoom, recenter) runs
+  // The solve controller's MODELRUNFILES: off from the start of a solve until its
+  // results are processed (so after a fatal run the files of the failed run stay
+  // out of reach until the next solve).
+  bool runFiles = true;
   LayerSwitches layers;
 };
 

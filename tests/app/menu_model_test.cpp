@@ -128,6 +128,15 @@ TEST(MenuAvailability, ASolutionOpensContinueAndTheResultLayers) {
   EXPECT_FALSE(MenuModel::Enabled("Layermenu(2)", s));
 }
 
+TEST(MenuAvailability, RunFilesAreOutOfReachWhileTheSolverControllerSaysSo) {
+  MenuState s = WithSolution();
+  EXPECT_TRUE(MenuModel::Enabled("RUN_FILES(1)", s));
+  s.runFiles = false;
+  EXPECT_FALSE(MenuModel::Enabled("MODELRUNFILES", s));
+  EXPECT_FALSE(MenuModel::Enabled("RUN_FILES(1)", s));
+  EXPECT_TRUE(MenuModel::Enabled("MODEL_CMDS(1)", s));
+}
+
 TEST(MenuAvailability, LayerEntriesFollowWhatTheProjectHolds) {
   MenuState s = WithProject();
   EXPECT_FALSE(MenuModel::Enabled("Layermenu(7)", s));

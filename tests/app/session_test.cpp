@@ -163,9 +163,11 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   const int contourAfter = CountColour(solved, contour);
   EXPECT_GT(contourAfter, contourBefore + 80) << "contour pixels " << contourBefore << " -> "
                                                << contourAfter;
-  if (w.Solution().PathsPresent) {
-    EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
-  }
+  // The example traces particles: the solve turns the Pathlines switch on.
+  ASSERT_TRUE(w.Solution().PathsPresent);
+  EXPECT_TRUE(w.Action("Layermenu(3)")->isEnabled());
+  EXPECT_TRUE(w.Action("Layermenu(3)")->isChecked());
+  EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
 
   // "Contours" off removes the contour lines from the picture.
   w.Action("Layermenu(2)")->trigger();
