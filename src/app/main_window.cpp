@@ -493,6 +493,7 @@ void MainWindow::ElemTurnOffSelection() { state_.selection = Selection{}; }
 
 void MainWindow::ClearProjectViews() {
   solution_ = SolutionState{};
+  runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
   mouseOperation_ = false;
@@ -503,10 +504,9 @@ void MainWindow::ClearProjectViews() {
 }
 
 void MainWindow::SetUpLayers() {
-  // The map state of the project just opened: the solution (none yet), the pens,
-  // the model settings, then the View menu's switches.
-  solution_ = SolutionState{};
-  runFiles_ = true;
+  // The map state of the project just opened (or of new project settings): the
+  // pens, the model settings, then the View menu's switches. The solution stays:
+  // a project starts without one, as ClearProjectViews left it.
   state_.ProjectOpen = true;
   const std::string file = session_->Settings().DBName;
   state_.projectFile = file;
@@ -589,6 +589,9 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
   // waits until the run is over.
   PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
                        std::chrono::milliseconds(30));
+  // The tracing step that follows the window, for a model that asks for it.
+  settings_.DefaultStepSize =
+      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
   SolveContext ctx;
   ctx.projectPath = session_->Settings().DBName;
   ctx.settings = &settings_;
@@ -642,6 +645,8 @@ void MainWindow::ModelSettingsCommand() {
       Database db = Database::Open(file);
       settings_.Load(db);
     }
+    settings_.DefaultStepSize =
+        ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
     ModelSettingsDialog dialog(settings_, file);
     port_.ShowModal(dialog);
     if (dialog.Result != 1) return;

@@ -24,6 +24,7 @@
 #include "display/navigation.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
+#include "store/dialogs.h"
 
 namespace tarno {
 namespace {
@@ -289,6 +290,17 @@ TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {
   EXPECT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
   EXPECT_EQ(w.LastSolve().writeType, kWriteRegrid);
   EXPECT_TRUE(w.Solution().SolutionPresent);
+
+  // Project settings that redraw the map keep the solution and its menus.
+  ui_.SetModalHandler(ProjectSettings::kName, [](DialogModel& m) {
+    auto& p = dynamic_cast<ProjectSettings&>(m);
+    p.Result = ProjectSettings::kOK;
+    p.MustRedraw = true;
+  });
+  w.Action("FILE_CMDS(4)")->trigger();
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(2)")->isEnabled());
+  EXPECT_TRUE(w.Action("Layermenu(2)")->isEnabled());
 }
 
 TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
