@@ -92,6 +92,16 @@ TEST_F(Redraw, UnchangedWindowKeepsTheBackgroundAndANewWellAppearsOverIt) {
   EXPECT_TRUE(StartsWith(map.Ops(), background));
   EXPECT_GT(map.Ops().size(), first.size());
   EXPECT_EQ(map.copies, 2);
+  // The new well is drawn where it stands: world (150, 50) is pixel (150, 50).
+  const auto near = [](const std::vector<RecordingCanvas::Op>& ops) {
+    return std::count_if(ops.begin(), ops.end(), [](const RecordingCanvas::Op& op) {
+      return std::any_of(op.points.begin(), op.points.end(), [](const DevicePoint& p) {
+        return std::abs(p.x - 150) <= 10 && std::abs(p.y - 50) <= 10;
+      });
+    });
+  };
+  EXPECT_EQ(near(first), 0);
+  EXPECT_GT(near(map.Ops()), 0);
 }
 
 TEST_F(Redraw, AWindowDifferingInTheLastBitRebuildsTheBackground) {
