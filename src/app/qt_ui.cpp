@@ -257,7 +257,9 @@ void QtUserInterface::PleaseWaitShow(const std::string& text, int width) {
   // Painted at once: the work that follows holds the event loop. Only the pending
   // paint events are let through, never the user's input.
   wait_->repaint();
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  QCoreApplication::sendPostedEvents(wait_);
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
+                                  QEventLoop::ExcludeSocketNotifiers);
 }
 
 void QtUserInterface::PleaseWaitHide() {

@@ -21,7 +21,9 @@ class GUIOptions : public DialogModel {
   std::string DialogName() const override { return kName; }
 
   // Reads the contour and pathline pens from the Model row ("select * from model")
-  // and the unit text ("Meters" or "Feet" by BasemapMeters).
+  // and the unit text ("Meters" or "Feet" by BasemapMeters), and fills the text
+  // fields from the per-user properties (haze, tolerance, shadow), which the main
+  // window sets from its own settings before and takes back after OK.
   void init(Database& db);
   // "Load Defaults": contour line type "DOT", pathline type "SOLID".
   void LoadDefaults();

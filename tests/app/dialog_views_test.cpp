@@ -181,6 +181,32 @@ TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
   EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
 }
 
+TEST_F(ModelSettingsViewTest, ScenarioTagsAreCheckedByTheModel) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  QLineEdit* tag = view.field(Field::ScenarioHydCond);
+  EXPECT_EQ(Text(tag), "__NONE__");
+  EXPECT_FALSE(tag->isEnabled());
+  view.chkScenarioHydCond()->setChecked(true);
+  EXPECT_TRUE(tag->isEnabled());
+  tag->setText("wet_year");
+  ui.ExpectMessage("Bad Entry", {"Scenario tags may not include spaces or the characters - , or _.",
+                                 "Scenario tags may also not be '__NONE__'."});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.tabs()->currentIndex(), ModelSettingsView::kScenarioTab);
+  tag->setText("wet");
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 1);
+  Database db = Open();
+  Statement st = db.PrepareRaw("select ScenHydCond, ScenBaseElev from Model");
+  ASSERT_TRUE(st.Step());
+  EXPECT_EQ(st.GetText(0), "wet");
+  EXPECT_EQ(st.GetText(1), "__NONE__");
+}
+
 TEST_F(ModelSettingsViewTest, CancelLeavesTheRow) {
   ModelSettingsDialog dialog(settings_, path_.string());
   ScriptedUserInterface ui;
@@ -486,6 +512,36 @@ TEST(DialogRegistryTest, EveryDialogHasItsView) {
         "SolverIntegrity"}) {
     EXPECT_TRUE(ui.HasView(name)) << name;
   }
+}
+
+TEST_F(ProjectTest, ShowModalRunsTheViewAndLeavesTheResultInTheModel) {
+  QtUserInterface ui;
+  RegisterDialogViews(ui, [this] { return path_.string(); });
+
+  SolvePrompt prompt;
+  OnNextDialog<SolvePromptView>([](SolvePromptView* view) { view->noButton()->click(); });
+  ui.ShowModal(prompt);
+  EXPECT_EQ(prompt.Result, 7);
+
+  NewDatabaseWizard wizard;
+  OnNextDialog<NewDatabaseWizardView>([](NewDatabaseWizardView* view) {
+    view->mapFeet()->setChecked(true);
+    view->createButton()->click();
+  });
+  ui.ShowModal(wizard);
+  EXPECT_EQ(wizard.Result, NewDatabaseWizard::kCreate);
+  EXPECT_FALSE(wizard.BasemapMeters);
+
+  // A relaxation shown on its own checks with the model's rule and keeps its fields.
+  RelaxDialog relax;
+  OnNextDialog<RelaxDialogView>([](RelaxDialogView* view) {
+    view->outsideLoop()->setChecked(true);
+    view->outerIterations()->setText("3");
+    view->okButton()->click();
+  });
+  ui.ShowModal(relax);
+  EXPECT_EQ(relax.Result, 1);
+  EXPECT_EQ(relax.tbOuterIterations, "3");
 }
 
 }  // namespace

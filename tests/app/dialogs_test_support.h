@@ -6,7 +6,11 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QDialog>
+#include <QTimer>
+#include <QWidget>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "store/database.h"
@@ -23,6 +27,25 @@ inline void EnsureApplication() {
   static char* argv[] = {name, nullptr};
   static QApplication* app = new QApplication(argc, argv);
   (void)app;
+}
+
+// Acts on the next dialog of type D that shows, from inside the event loop its
+// exec() runs, so that a test never waits on a modal window: `act` must close it.
+template <typename D>
+void OnNextDialog(std::function<void(D*)> act) {
+  auto* timer = new QTimer;
+  timer->setInterval(10);
+  QObject::connect(timer, &QTimer::timeout, [timer, act] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* dialog = dynamic_cast<D*>(widget);
+      if (dialog == nullptr || !dialog->isVisible()) continue;
+      timer->stop();
+      timer->deleteLater();
+      act(dialog);
+      return;
+    }
+  });
+  timer->start();
 }
 
 class ProjectTest : public ::testing::Test {

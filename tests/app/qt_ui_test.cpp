@@ -2,10 +2,14 @@
 // registry, the wait window, the status texts and the message box answers.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QColor>
 #include <QDialog>
+#include <QInputDialog>
+#include <QPlainTextEdit>
 #include <QMessageBox>
 #include <QTimer>
 #include <QWidget>
@@ -147,26 +151,15 @@ TEST_F(QtPortTest, StatusTextsGoToTheirHandlers) {
   EXPECT_EQ(feedback, std::vector<std::string>{"Click mouse button to select element"});
 }
 
-// Presses a button of the next message box that shows, from the event loop the box
-// runs; `seen` receives its title and text.
+// Presses a button of the next message box and notes what it showed.
 void PressInNextBox(QMessageBox::StandardButton button, QString* title, QString* text,
                     QMessageBox::Icon* icon) {
-  auto* timer = new QTimer;
-  timer->setInterval(10);
-  QObject::connect(timer, &QTimer::timeout, [=] {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-      auto* box = qobject_cast<QMessageBox*>(widget);
-      if (box == nullptr || !box->isVisible()) continue;
-      *title = box->windowTitle();
-      *text = box->text();
-      *icon = box->icon();
-      timer->stop();
-      timer->deleteLater();
-      box->button(button)->click();
-      return;
-    }
+  OnNextDialog<QMessageBox>([=](QMessageBox* box) {
+    *title = box->windowTitle();
+    *text = box->text();
+    *icon = box->icon();
+    box->button(button)->click();
   });
-  timer->start();
 }
 
 TEST_F(QtPortTest, MessageBoxShowsTitleLinesAndIconAndMapsTheAnswer) {
@@ -188,6 +181,57 @@ TEST_F(QtPortTest, MessageBoxShowsTitleLinesAndIconAndMapsTheAnswer) {
   PressInNextBox(QMessageBox::Cancel, &title, &text, &icon);
   EXPECT_EQ(ui.MessageBox("Q", {"?"}, Buttons::YesNoCancel, Icon::Question), Answer::Cancel);
   EXPECT_EQ(icon, QMessageBox::Question);
+}
+
+TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
+  QtUserInterface ui;
+  QString title, label, shown;
+  OnNextDialog<QInputDialog>([&](QInputDialog* box) {
+    title = box->windowTitle();
+    label = box->labelText();
+    shown = box->textValue();
+    box->setTextValue(QStringLiteral("north end"));
+    box->accept();
+  });
+  EXPECT_EQ(ui.InputBox("Enter a name for the window: ", "Save Window", "W1"), "north end");
+  EXPECT_EQ(title.toStdString(), "Save Window");
+  EXPECT_EQ(label.toStdString(), "Enter a name for the window: ");
+  EXPECT_EQ(shown.toStdString(), "W1");
+
+  OnNextDialog<QInputDialog>([](QInputDialog* box) { box->reject(); });
+  EXPECT_EQ(ui.InputBox("Name", "Save Window", ""), std::nullopt);
+}
+
+TEST_F(QtPortTest, ShowTextFileShowsTheTextReadOnly) {
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("tarno_dialogs_log_" + std::to_string(::getpid()) + ".LOG");
+  {
+    std::ofstream out(path);
+    out << "line one\nline two\n";
+  }
+  QtUserInterface ui;
+  std::string title, text;
+  bool readOnly = false;
+  OnNextDialog<QDialog>([&](QDialog* dialog) {
+    title = dialog->windowTitle().toStdString();
+    if (auto* view = dialog->findChild<QPlainTextEdit*>()) {
+      text = view->toPlainText().toStdString();
+      readOnly = view->isReadOnly();
+    }
+    dialog->reject();
+  });
+  ui.ShowTextFile(path.string());
+  EXPECT_EQ(title, path.filename().string());
+  EXPECT_EQ(text, "line one\nline two\n");
+  EXPECT_TRUE(readOnly);
+  std::filesystem::remove(path);
+
+  QString boxTitle, boxText;
+  QMessageBox::Icon icon = QMessageBox::NoIcon;
+  PressInNextBox(QMessageBox::Ok, &boxTitle, &boxText, &icon);
+  ui.ShowTextFile(path.string());
+  EXPECT_EQ(boxTitle.toStdString(), "File Not Found");
+  EXPECT_EQ(boxText.toStdString(), "Cannot open the file " + path.string());
 }
 
 }  // namespace

@@ -274,9 +274,10 @@ void ModelSettingsView::FromModel() {
   chkConjunctive_->setChecked(s.chkConjunctive);
   chkScenarioHydCond_->setChecked(s.chkScenarioHydCond);
   chkScenarioBaseElev_->setChecked(s.chkScenarioBaseElev);
-  // A tag not yet given shows as an empty field; an empty field keeps "__NONE__".
-  tbScenarioHydCond_->setText(s.tbScenario[1] == "__NONE__" ? QString() : Q(s.tbScenario[1]));
-  tbScenarioBaseElev_->setText(s.tbScenario[2] == "__NONE__" ? QString() : Q(s.tbScenario[2]));
+  // The tags show as stored ("__NONE__" when none was given); the model's check
+  // refuses that text for a scenario switched on.
+  tbScenarioHydCond_->setText(Q(s.tbScenario[1]));
+  tbScenarioBaseElev_->setText(Q(s.tbScenario[2]));
   UpdateEnabled();
 }
 
@@ -315,10 +316,9 @@ void ModelSettingsView::ToModel() {
   s.chkConjunctive = chkConjunctive_->isChecked();
   s.chkScenarioHydCond = chkScenarioHydCond_->isChecked();
   s.chkScenarioBaseElev = chkScenarioBaseElev_->isChecked();
-  const std::string hydTag = S(tbScenarioHydCond_->text());
-  const std::string baseTag = S(tbScenarioBaseElev_->text());
-  s.tbScenario[1] = hydTag.empty() ? "__NONE__" : hydTag;
-  s.tbScenario[2] = baseTag.empty() ? "__NONE__" : baseTag;
+  // An emptied field is not written, so the stored tag stays.
+  s.tbScenario[1] = S(tbScenarioHydCond_->text());
+  s.tbScenario[2] = S(tbScenarioBaseElev_->text());
 }
 
 void ModelSettingsView::UpdateEnabled() {
