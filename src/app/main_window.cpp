@@ -618,6 +618,8 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
   lastSolve_ = ModelRunTARNO(ctx, options);
   solving_ = false;
   SyncSolutionView();
+  // The note panel tells what the contours show (the units without a solution).
+  Note(solution_.SolutionPresent ? solution_.Note : std::string(), "");
   // A completed run has redrawn the map with its results; any other leaves the
   // picture of the flags as they now stand.
   if (lastSolve_.outcome != SolveOutcome::Completed) Zoom(kZoomRedraw);

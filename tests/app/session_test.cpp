@@ -158,6 +158,7 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   EXPECT_TRUE(w.Action("Layermenu(2)")->isChecked());
   EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());  // on again after the run
   EXPECT_TRUE(w.Map()->MouseEnabled());
+  EXPECT_EQ(w.PanelText(2).toStdString(), "Contours: Heads");
 
   const QImage solved = w.MapImage();
   const int contourBefore = CountColour(before, contour);
