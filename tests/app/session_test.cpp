@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QSettings>
 #include <QStandardPaths>
 #include <cmath>
 #include <cstdlib>
@@ -309,6 +310,26 @@ TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
   w.StartUp("\"" + project_ + "\"");
   EXPECT_TRUE(w.Session().ProjectOpen()) << messages_.str();
   EXPECT_TRUE(std::find(shown_.begin(), shown_.end(), "Welcome") == shown_.end());
+}
+
+TEST_F(ExampleSession, TheWelcomeOpensTheExampleBesideTheProgram) {
+  QSettings(kSettingsOrganisation, kSettingsApplication).setValue("Startup/WelcomeBox", 0);
+  options_.useSettings = true;
+  options_.applicationDirectory = work_.string();
+  std::vector<std::string> asked;
+  ui_.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>& lines,
+                          Buttons) -> std::optional<Answer> {
+    asked.push_back(title);
+    EXPECT_EQ(lines.back(), "Load the example file?");
+    return std::nullopt;  // the port's Yes
+  });
+  ui_.SetModalHandler(Welcome::kName, [](DialogModel& m) { dynamic_cast<Welcome&>(m).Result = 2; });
+  MainWindow w(options_);
+  w.StartUp("");
+  ASSERT_FALSE(asked.empty());
+  EXPECT_EQ(asked[0], "Vincennes, Indiana Example");
+  ASSERT_TRUE(w.Session().ProjectOpen()) << messages_.str();
+  EXPECT_EQ(fs::path(w.Session().Settings().DBName), work_ / "example.trn");
 }
 
 TEST_F(ExampleSession, ScreenshotWritesAPngOfTheRequestedSize) {
