@@ -402,6 +402,9 @@ void MainWindow::ToolbarClick(const std::string& key) {
     if (key == "WINDOWZOOMWIN") AfterMouseAction();
     return;
   }
+  // The other keys run their menu entry. The edit keys, which will act on the
+  // selected kind ("Move Well", "Move Vertex", ...), stay disabled until the
+  // editing by mouse exists.
   Dispatch(MenuModel::Button(key).menuKey);
 }
 
