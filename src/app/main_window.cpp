@@ -174,7 +174,8 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   // The window's place and the toolbar from the per-user settings.
   resize(1000, 700);
   if (options_.useSettings) {
-    QSettings s(kSettingsOrganisation, kSettingsApplication);
+    const auto settings = OpenSettings();
+    QSettings& s = *settings;
     s.beginGroup(kStartupGroup);
     const int w = s.value("Width", 0).toInt(), h = s.value("Height", 0).toInt();
     if (w >= 200 && h >= 150) {
@@ -191,6 +192,12 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   SetCaption(lifecycle_text::kProductTitle);
   DisableMouse();
   ApplyMenus();
+}
+
+std::unique_ptr<QSettings> MainWindow::OpenSettings() const {
+  if (!options_.settingsFile.empty())
+    return std::make_unique<QSettings>(Q(options_.settingsFile), QSettings::IniFormat);
+  return std::make_unique<QSettings>(kSettingsOrganisation, kSettingsApplication);
 }
 
 MainWindow::~MainWindow() {
@@ -701,7 +708,8 @@ void MainWindow::ShowRunFile(const std::string& key) {
 
 void MainWindow::LoadGuiOptions() {
   if (!options_.useSettings) return;
-  QSettings s(kSettingsOrganisation, kSettingsApplication);
+  const auto settings = OpenSettings();
+  QSettings& s = *settings;
   s.beginGroup(kGuiOptionsGroup);
   DisplayOptions& o = state_.options;
   o.HazeLevel = s.value("HazeLevel", o.HazeLevel).toInt();
@@ -731,7 +739,8 @@ void MainWindow::GuiOptionsCommand() {
     if (gui.Result != 1) return;
     gui.ApplyTo(state_.options);
     if (options_.useSettings) {
-      QSettings s(kSettingsOrganisation, kSettingsApplication);
+      const auto settings = OpenSettings();
+      QSettings& s = *settings;
       s.beginGroup(kGuiOptionsGroup);
       s.setValue("HazeLevel", state_.options.HazeLevel);
       s.setValue("HazeColor", state_.options.HazeColor);
@@ -793,7 +802,8 @@ void MainWindow::ShowWelcome() {
   Welcome welcome;
   port_.ShowModal(welcome);
   if (welcome.chkShowBox && options_.useSettings) {
-    QSettings s(kSettingsOrganisation, kSettingsApplication);
+    const auto settings = OpenSettings();
+    QSettings& s = *settings;
     s.setValue(QString(kStartupGroup) + "/WelcomeBox", 1);
   }
   if (welcome.Result != 2 && welcome.Result != 3) return;
@@ -819,7 +829,8 @@ void MainWindow::StartUp(const std::string& commandLine) {
   } else {
     int welcomeBox = 1;
     if (options_.useSettings) {
-      QSettings s(kSettingsOrganisation, kSettingsApplication);
+      const auto settings = OpenSettings();
+      QSettings& s = *settings;
       welcomeBox = s.value(QString(kStartupGroup) + "/WelcomeBox", 0).toInt();
     }
     if (welcomeBox == 0) RunOperation(port_, "Welcome", [&] { ShowWelcome(); });
@@ -833,7 +844,8 @@ void MainWindow::StartUp(const std::string& commandLine) {
 
 void MainWindow::SaveStartupSettings() {
   if (!options_.useSettings) return;
-  QSettings s(kSettingsOrganisation, kSettingsApplication);
+  const auto settings = OpenSettings();
+  QSettings& s = *settings;
   s.beginGroup(kStartupGroup);
   s.setValue("Top", y());
   s.setValue("Left", x());

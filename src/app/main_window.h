@@ -26,6 +26,7 @@
 class QAction;
 class QLabel;
 class QMenu;
+class QSettings;
 class QToolBar;
 
 namespace tarno {
@@ -51,6 +52,9 @@ struct MainWindowOptions {
   std::string programDirectory;
   // Read and write the per-user settings (window, toolbar, Welcome, GUI options).
   bool useSettings = true;
+  // A settings file of its own (INI) instead of the per-user store; the tests
+  // keep theirs apart so.
+  std::string settingsFile;
 };
 
 
@@ -147,6 +151,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void ShowWelcome();
   SolveOutcome RunSolve(SolveOptions options);
   std::string ProgramDirectory() const;
+  std::unique_ptr<QSettings> OpenSettings() const;
 
   Options options_;
   std::unique_ptr<QtUserInterface> qtUi_;

@@ -10,6 +10,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QToolBar>
+#include <filesystem>
 #include <sstream>
 
 #include "app/app_screenshot.h"
@@ -38,6 +39,11 @@ class Window : public ::testing::Test {
  protected:
   void SetUp() override {
     EnsureApp();
+    // Each test keeps its settings in a file of its own (tests may run in parallel).
+    std::string tmpl = (std::filesystem::temp_directory_path() / "tarno-window-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
+    dir_ = tmpl;
+    options_.settingsFile = (dir_ / "TARNO.conf").string();
     options_.ui = &ui_;
     options_.useSettings = false;
     ui_.SetAnswerPolicy([this](const std::string& title, const std::vector<std::string>&,
@@ -46,6 +52,15 @@ class Window : public ::testing::Test {
       return std::nullopt;
     });
   }
+  void TearDown() override {
+    std::error_code ec;
+    std::filesystem::remove_all(dir_, ec);
+  }
+  QSettings Settings() const {
+    return QSettings(QString::fromStdString(options_.settingsFile), QSettings::IniFormat);
+  }
+
+  std::filesystem::path dir_;
   std::ostringstream messages_;
   ConsoleUserInterface ui_{messages_, Answer::No};
   MainWindowOptions options_;
@@ -98,9 +113,6 @@ TEST_F(Window, StatusBarNoteAndPanels) {
 }
 
 TEST_F(Window, TheWelcomeOffersTheExamples) {
-  QSettings s(kSettingsOrganisation, kSettingsApplication);
-  s.setValue("Startup/WelcomeBox", 0);
-  s.sync();
   options_.useSettings = true;
   int welcomes = 0;
   ui_.SetModalHandler(Welcome::kName, [&](DialogModel& m) {
@@ -119,7 +131,7 @@ TEST_F(Window, TheWelcomeOffersTheExamples) {
     EXPECT_FALSE(w.Session().ProjectOpen());
   }
   // "Don't show this dialog box in the future" is kept.
-  EXPECT_EQ(QSettings(kSettingsOrganisation, kSettingsApplication).value("Startup/WelcomeBox").toInt(), 1);
+  EXPECT_EQ(Settings().value("Startup/WelcomeBox").toInt(), 1);
   {
     MainWindow w(options_);
     w.StartUp("");
@@ -132,20 +144,18 @@ TEST_F(Window, ClosingStoresTheWindowAndTheToolbar) {
   {
     MainWindow w(options_);
     w.resize(640, 480);
-    w.Action("Layermenu(9)")->setEnabled(true);
     w.State().layers.toolbar = false;
     QCloseEvent e;
     QApplication::sendEvent(&w, &e);
     EXPECT_TRUE(e.isAccepted());
   }
-  QSettings s(kSettingsOrganisation, kSettingsApplication);
+  QSettings s(QString::fromStdString(options_.settingsFile), QSettings::IniFormat);
   EXPECT_EQ(s.value("Startup/Width").toInt(), 640);
   EXPECT_EQ(s.value("Startup/Height").toInt(), 480);
   EXPECT_FALSE(s.value("Startup/Toolbar").toBool());
   MainWindow again(options_);
   EXPECT_EQ(again.width(), 640);
   EXPECT_FALSE(again.State().layers.toolbar);
-  s.setValue("Startup/Toolbar", true);
 }
 
 TEST(ScreenshotArguments, ReadsTheOptions) {

@@ -313,8 +313,8 @@ TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
 }
 
 TEST_F(ExampleSession, TheWelcomeOpensTheExampleBesideTheProgram) {
-  QSettings(kSettingsOrganisation, kSettingsApplication).setValue("Startup/WelcomeBox", 0);
   options_.useSettings = true;
+  options_.settingsFile = (work_ / "TARNO.conf").string();
   options_.applicationDirectory = work_.string();
   std::vector<std::string> asked;
   ui_.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>& lines,
