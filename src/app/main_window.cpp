@@ -452,7 +452,13 @@ void MainWindow::AfterMouseAction() {
 
 void MainWindow::LayoutSurfaces() {
   int w = mapWidget_->width(), h = mapWidget_->height();
-  if (fixedMapSize_) std::tie(w, h) = *fixedMapSize_;
+  if (fixedMapSize_) {
+    std::tie(w, h) = *fixedMapSize_;
+  } else {
+    // The ratio of the screen the map stands on now (a window may move to another).
+    map_->SetDevicePixelRatio(mapWidget_->devicePixelRatioF());
+    map2_->SetDevicePixelRatio(mapWidget_->devicePixelRatioF());
+  }
   map_->Resize(std::max(1, w), std::max(1, h));
   map2_->Resize(std::max(1, w), std::max(1, h));
 }
