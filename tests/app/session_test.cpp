@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -359,6 +360,28 @@ TEST_F(ExampleSession, ScreenshotWritesAPngOfTheRequestedSize) {
   std::ostringstream err3;
   EXPECT_EQ(TakeScreenshot(r, out, err3), 1);
   EXPECT_NE(err3.str().find("missing.trn"), std::string::npos) << err3.str();
+}
+
+TEST_F(ExampleSession, TheProgramTakesAScreenshotWithoutADisplay) {
+  const std::string tarno = (fs::path(TARNO_BIN_DIR) / "tarno").string();
+  const std::string png = (work_ / "program shot.png").string();
+  const std::string out = (work_ / "out.txt").string();
+  // No platform given: the program chooses the offscreen one itself.
+  const std::string env = "env -u QT_QPA_PLATFORM -u DISPLAY -u WAYLAND_DISPLAY TARNO_CONFIG_DIR=" +
+                          Quote((dir_ / "config").string()) + " ";
+  ASSERT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300x200 --solve " +
+                  Quote(project_) + " >" + Quote(out) + " 2>&1"),
+            0);
+  std::ifstream in(out);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(text, "Screenshot written to " + png + "\n");
+  QImage img(QString::fromStdString(png));
+  ASSERT_FALSE(img.isNull());
+  EXPECT_EQ(img.size(), QSize(300, 200));
+  // A bad size is refused before anything opens.
+  EXPECT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300 " +
+                  Quote(project_) + " >/dev/null 2>&1"),
+            2);
 }
 
 }  // namespace
