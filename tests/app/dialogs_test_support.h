@@ -11,6 +11,7 @@
 #include <QWidget>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "store/database.h"
@@ -35,7 +36,17 @@ template <typename D>
 void OnNextDialog(std::function<void(D*)> act) {
   auto* timer = new QTimer;
   timer->setInterval(10);
-  QObject::connect(timer, &QTimer::timeout, [timer, act] {
+  auto tries = std::make_shared<int>(0);
+  QObject::connect(timer, &QTimer::timeout, [timer, act, tries] {
+    // A dialog that never comes, or another one, must not hang the test: after five
+    // seconds the modal window in the way is closed and the test fails.
+    if (++*tries > 500) {
+      timer->stop();
+      timer->deleteLater();
+      ADD_FAILURE() << "the expected dialog did not show";
+      if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
+      return;
+    }
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       auto* dialog = dynamic_cast<D*>(widget);
       if (dialog == nullptr || !dialog->isVisible()) continue;

@@ -8,7 +8,9 @@
 #include <QApplication>
 #include <QColor>
 #include <QDialog>
+#include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QMessageBox>
 #include <QTimer>
@@ -200,6 +202,49 @@ TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
 
   OnNextDialog<QInputDialog>([](QInputDialog* box) { box->reject(); });
   EXPECT_EQ(ui.InputBox("Name", "Save Window", ""), std::nullopt);
+}
+
+TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
+  const auto dir = std::filesystem::temp_directory_path() /
+                   ("tarno_dialogs_files_" + std::to_string(::getpid()));
+  std::filesystem::create_directories(dir);
+  std::ofstream(dir / "a.trn") << "x";
+  QtUserInterface ui;
+  FileDialogRequest request;
+  request.title = "Open Project Database";
+  request.defaultExtension = "trn";
+  request.filter = "Project Database Files (*.trn)|*.trn";
+  request.initialDirectory = dir.string();
+
+  QString title, directory;
+  QStringList filters;
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    title = dialog->windowTitle();
+    directory = dialog->directory().absolutePath();
+    filters = dialog->nameFilters();
+    dialog->selectFile(QString::fromStdString((dir / "a.trn").string()));
+    static_cast<QDialog*>(dialog)->accept();  // as the dialog's own button does
+  });
+  EXPECT_EQ(ui.OpenFileDialog(request), (dir / "a.trn").string());
+  EXPECT_EQ(title.toStdString(), "Open Project Database");
+  EXPECT_EQ(directory.toStdString(), dir.string());
+  EXPECT_EQ(filters, QStringList{"Project Database Files (*.trn)"});
+
+  request.title = "Save As";
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    // The name typed without an extension, as a user would.
+    if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) {
+      name->setText(QStringLiteral("copy"));
+    }
+    static_cast<QDialog*>(dialog)->accept();  // as the dialog's own button does
+  });
+  EXPECT_EQ(ui.SaveFileDialog(request), (dir / "copy.trn").string());
+
+  OnNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
+  EXPECT_EQ(ui.OpenFileDialog(request), std::nullopt);
+  OnNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
+  EXPECT_TRUE(ui.OpenFilesDialog(request).empty());
+  std::filesystem::remove_all(dir);
 }
 
 TEST_F(QtPortTest, ShowTextFileShowsTheTextReadOnly) {
