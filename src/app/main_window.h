@@ -99,6 +99,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QAction* ToolbarAction(const std::string& key) const;
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
+  MapView& View() { return *view_; }
   ProjectSession& Session() { return *session_; }
   MapState& State() { return state_; }
   SolutionState& Solution() { return solution_; }

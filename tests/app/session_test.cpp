@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QSettings>
+#include <QToolBar>
 #include <QStandardPaths>
 #include <cmath>
 #include <cstdlib>
@@ -24,6 +25,7 @@
 #include "app/map_widget.h"
 #include "core/console_ui.h"
 #include "display/navigation.h"
+#include "display/redraw.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
@@ -304,6 +306,41 @@ TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {
   EXPECT_TRUE(w.Solution().SolutionPresent);
   EXPECT_TRUE(w.Action("MODEL_CMDS(2)")->isEnabled());
   EXPECT_TRUE(w.Action("Layermenu(2)")->isEnabled());
+}
+
+TEST_F(ExampleSession, ViewSwitchesRedrawAsTheyShould) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const QImage withElements = w.MapImage();
+  const int builds = w.View().BackgroundBuilds();
+  // Elements off: a redraw over the old background.
+  w.Action("Layermenu(1)")->trigger();
+  EXPECT_FALSE(w.State().layers.elements);
+  EXPECT_FALSE(w.Action("Layermenu(1)")->isChecked());
+  EXPECT_NE(w.MapImage(), withElements);
+  EXPECT_EQ(w.View().BackgroundBuilds(), builds);
+  // Haze rebuilds the background.
+  w.Action("Haze")->trigger();
+  EXPECT_TRUE(w.State().layers.haze);
+  EXPECT_EQ(w.View().BackgroundBuilds(), builds + 1);
+
+  // Manual Redraw: a switch leaves the picture obsolete until Refresh.
+  w.Action("Layermenu(13)")->trigger();
+  const QImage obsolete = w.MapImage();
+  w.Action("Layermenu(1)")->trigger();
+  EXPECT_TRUE(w.State().layers.elements);
+  EXPECT_EQ(w.MapImage(), obsolete);
+  EXPECT_EQ(w.PanelText(0).toStdString(), "REDRAW");
+  EXPECT_EQ(w.PanelText(1).toStdString(), "Current picture is obsolete -- press CTRL-L to refresh");
+  w.Action("Layermenu(10)")->trigger();
+  EXPECT_NE(w.MapImage(), obsolete);
+
+  // Toolbar: hidden and shown again.
+  w.Action("Layermenu(9)")->trigger();
+  EXPECT_TRUE(w.Toolbar()->isHidden());
+  w.Action("Layermenu(9)")->trigger();
+  EXPECT_FALSE(w.Toolbar()->isHidden());
 }
 
 TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
