@@ -14,6 +14,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
+#include <QWindow>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -198,6 +199,17 @@ std::unique_ptr<QSettings> MainWindow::OpenSettings() const {
   if (!options_.settingsFile.empty())
     return std::make_unique<QSettings>(Q(options_.settingsFile), QSettings::IniFormat);
   return std::make_unique<QSettings>(kSettingsOrganisation, kSettingsApplication);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  // A window moved to a screen of another pixel ratio lays its map out again.
+  if (!screenWatched_ && windowHandle() != nullptr) {
+    screenWatched_ = true;
+    connect(windowHandle(), &QWindow::screenChanged, this, [this] {
+      if (!closing_ && mapWidget_->onResized) mapWidget_->onResized();
+    });
+  }
 }
 
 MainWindow::~MainWindow() {

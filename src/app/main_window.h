@@ -133,6 +133,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
   void BuildMenus();
@@ -178,6 +179,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   bool closing_ = false;
   bool layerMenuEnabled_ = true;
   bool runFiles_ = true;
+  bool screenWatched_ = false;
   std::optional<std::pair<int, int>> fixedMapSize_;
   std::string unitsText_;
 
