@@ -1,0 +1,214 @@
+// The availability rules of the menus and the toolbar, without a window.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "app/menu_model.h"
+#include "core/error.h"
+
+namespace tarno {
+namespace {
+
+std::set<std::string> EnabledKeys(const MenuState& s) {
+  std::set<std::string> keys;
+  for (const auto& e : MenuModel::Entries())
+    if (MenuModel::Enabled(e.key, s)) keys.insert(e.key);
+  return keys;
+}
+
+MenuState WithProject() {
+  MenuState s;
+  s.projectOpen = true;
+  return s;
+}
+
+MenuState WithSolution() {
+  MenuState s = WithProject();
+  s.solutionValid = true;
+  s.layers.contoursEnabled = true;
+  s.layers.pathlinesEnabled = true;
+  return s;
+}
+
+TEST(MenuTree, EveryParentStandsBeforeItsEntriesAndKeysAreUnique) {
+  std::set<std::string> seen;
+  for (const auto& e : MenuModel::Entries()) {
+    EXPECT_TRUE(seen.insert(e.key).second) << "duplicate key " << e.key;
+    if (!e.parent.empty()) {
+      EXPECT_TRUE(seen.count(e.parent)) << e.key << " stands before its menu " << e.parent;
+      EXPECT_EQ(MenuModel::Entry(e.parent).kind, MenuKind::Submenu) << e.key;
+    }
+  }
+  EXPECT_THROW(MenuModel::Entry("NOSUCHENTRY"), Error);
+}
+
+TEST(MenuTree, TopMenusInTheOrderOfTheMenuBar) {
+  const std::vector<std::string> expected = {"FILEMENU", "EDITMENU",  "VIEWMENU",   "ELEMMENU", "MODELMENU",
+                                             "GMMenu",   "TOOLSMENU", "WINDOWMENU", "HELPMENU"};
+  EXPECT_EQ(MenuModel::TopMenus(), expected);
+  EXPECT_EQ(MenuModel::Entry("FILEMENU").caption, "&Project");
+  EXPECT_EQ(MenuModel::Entry("ELEMMENU").caption, "E&lement");
+  EXPECT_EQ(MenuModel::Entry("GMMenu").caption, "Grid");
+}
+
+TEST(MenuTree, CaptionsOfTheCommandsThatRun) {
+  EXPECT_EQ(MenuModel::Entry("FILE_CMDS(0)").caption, "&New Database...");
+  EXPECT_EQ(MenuModel::Entry("FILE_CMDS(7)").caption, "E&xit");
+  EXPECT_EQ(MenuModel::Entry("MODEL_CMDS(1)").caption, "Sol&ve");
+  EXPECT_EQ(MenuModel::Entry("ZOOM_CMDS(4)").caption, "Zoom to &Window...");
+  EXPECT_EQ(MenuModel::Entry("ZOOM_CMDS(8)").caption, "Sa&ved Windows...");
+  EXPECT_EQ(MenuModel::Entry("Layermenu(10)").shortcut, "Ctrl+L");
+  EXPECT_EQ(MenuModel::Entry("Layermenu(2)").kind, MenuKind::Switch);
+  EXPECT_EQ(MenuModel::Entry("Layermenu(10)").kind, MenuKind::Command);
+  EXPECT_EQ(MenuModel::Entry("Haze").caption, "Haze Background");
+}
+
+TEST(MenuTree, RunFilesNameTheFilesOfTheBaseName) {
+  const auto files = MenuModel::RunFiles("vinc");
+  ASSERT_EQ(files.size(), 8u);
+  EXPECT_EQ(files[0].caption, "Input File");
+  EXPECT_EQ(files[0].file, "vinc.DAT");
+  EXPECT_EQ(files[1].caption, "Error Log File ");  // the trailing blank is part of it
+  EXPECT_EQ(files[1].file, "ERROR.LOG");
+  EXPECT_EQ(files[5].file, "vinc.XTR");
+  EXPECT_EQ(files[7].file, "ECHO.LOG");
+  for (const auto& f : files) EXPECT_EQ(MenuModel::Entry(f.key).parent, "MODELRUNFILES");
+}
+
+TEST(MenuAvailability, WithoutAProjectOnlyProjectCommandsAndHelp) {
+  const MenuState none;
+  std::set<std::string> expected = {"FILEMENU", "FILE_CMDS(0)", "FILE_CMDS(1)", "FILE_CMDS(7)",
+                                    "HELPMENU", "ReleaseNotes", "About"};
+  for (const auto& h : MenuModel::HelpPages()) expected.insert(h.key);
+  EXPECT_EQ(EnabledKeys(none), expected);
+  // A solution flag left over does not open the menus either.
+  MenuState stale;
+  stale.solutionValid = true;
+  stale.layers.contoursEnabled = true;
+  EXPECT_EQ(EnabledKeys(stale), expected);
+}
+
+TEST(MenuAvailability, WithAProjectTheModelCommandsButNoSolutionEntries) {
+  const MenuState s = WithProject();
+  for (const char* key : {"FILE_CMDS(2)", "FILE_CMDS(3)", "FILE_CMDS(4)", "MODEL_CMDS(0)",
+                          "MODEL_CMDS(1)", "ModelSize", "MODELRUNFILES", "RUN_FILES(0)",
+                          "TOOLS_CMDS(0)", "ZOOM_CMDS(1)", "ZOOM_CMDS(8)", "Layermenu(1)",
+                          "Layermenu(10)", "EDIT_CMDS(7)"})
+    EXPECT_TRUE(MenuModel::Enabled(key, s)) << key;
+  for (const char* key : {"MODEL_CMDS(2)", "Layermenu(2)", "Layermenu(3)", "TESTDISPLAY(3)"})
+    EXPECT_FALSE(MenuModel::Enabled(key, s)) << key;
+  // The layer's own availability does not help without a valid solution.
+  MenuState allowed = s;
+  allowed.layers.contoursEnabled = true;
+  EXPECT_FALSE(MenuModel::Enabled("Layermenu(2)", allowed));
+}
+
+TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {
+  for (const auto& e : MenuModel::Entries()) {
+    if (e.built) continue;
+    EXPECT_FALSE(MenuModel::Enabled(e.key, WithSolution())) << e.key;
+  }
+  EXPECT_FALSE(MenuModel::Entry("FILE_CMDS(6)").built);  // printing
+  EXPECT_FALSE(MenuModel::Entry("ELEM_NEW(0)").built);   // editing by mouse
+  EXPECT_FALSE(MenuModel::Entry("PestMenu").built);
+  EXPECT_FALSE(MenuModel::Entry("RESULTS_TABLE").built);
+}
+
+TEST(MenuAvailability, ASolutionOpensContinueAndTheResultLayers) {
+  MenuState s = WithSolution();
+  EXPECT_TRUE(MenuModel::Enabled("MODEL_CMDS(2)", s));
+  EXPECT_TRUE(MenuModel::Enabled("Layermenu(2)", s));
+  EXPECT_TRUE(MenuModel::Enabled("Layermenu(3)", s));
+  // A solution without traces (or without contours) keeps that layer off.
+  s.layers.pathlinesEnabled = false;
+  EXPECT_FALSE(MenuModel::Enabled("Layermenu(3)", s));
+  EXPECT_TRUE(MenuModel::Enabled("Layermenu(2)", s));
+  s.layers.contoursEnabled = false;
+  EXPECT_FALSE(MenuModel::Enabled("Layermenu(2)", s));
+}
+
+TEST(MenuAvailability, RunFilesAreOutOfReachWhileTheSolverControllerSaysSo) {
+  MenuState s = WithSolution();
+  EXPECT_TRUE(MenuModel::Enabled("RUN_FILES(1)", s));
+  s.runFiles = false;
+  EXPECT_FALSE(MenuModel::Enabled("MODELRUNFILES", s));
+  EXPECT_FALSE(MenuModel::Enabled("RUN_FILES(1)", s));
+  EXPECT_TRUE(MenuModel::Enabled("MODEL_CMDS(1)", s));
+}
+
+TEST(MenuAvailability, LayerEntriesFollowWhatTheProjectHolds) {
+  MenuState s = WithProject();
+  EXPECT_FALSE(MenuModel::Enabled("Layermenu(7)", s));
+  EXPECT_FALSE(MenuModel::Enabled("View_HU(1)", s));
+  s.layers.hydrographyLabelsEnabled = true;
+  s.layers.viewFarFieldEnabled = true;
+  EXPECT_TRUE(MenuModel::Enabled("Layermenu(7)", s));
+  EXPECT_TRUE(MenuModel::Enabled("View_HU(1)", s));
+  EXPECT_FALSE(MenuModel::Enabled("View_HU(0)", s));
+}
+
+TEST(MenuAvailability, AMouseOperationTurnsTheMenusOffButKeepsItsOwnKey) {
+  MenuState s = WithSolution();
+  s.mouseOperation = true;
+  EXPECT_TRUE(EnabledKeys(s).empty());
+  EXPECT_TRUE(MenuModel::ButtonEnabled("WINDOWZOOMWIN", s));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("WINDOWRECENTER", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("WINDOWZOOMIN", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("MODELCALC", s));
+}
+
+TEST(MenuAvailability, ASolveTurnsEverythingOff) {
+  MenuState s = WithSolution();
+  s.solving = true;
+  EXPECT_TRUE(EnabledKeys(s).empty());
+  for (const auto& b : MenuModel::Toolbar()) EXPECT_FALSE(MenuModel::ButtonEnabled(b.key, s)) << b.key;
+}
+
+TEST(Toolbar, KeysTipsAndTheirMenuEntries) {
+  const auto& buttons = MenuModel::Toolbar();
+  ASSERT_EQ(buttons.size(), 27u);
+  EXPECT_EQ(MenuModel::Button("MODELCALC").tip, "Run!");
+  EXPECT_EQ(MenuModel::Button("FILENEW").tip, "New...");
+  EXPECT_EQ(MenuModel::Button("WINDOWRECENTER").tip, "Recenter view...");
+  EXPECT_EQ(MenuModel::Button("ELEMINHO").tip, "Add Inhomogeneity...");
+  for (const auto& b : buttons) EXPECT_NO_THROW(MenuModel::Entry(b.menuKey)) << b.key;
+  EXPECT_THROW(MenuModel::Button("NOSUCHKEY"), Error);
+}
+
+TEST(Toolbar, ButtonsShareTheAvailabilityOfTheirEntries) {
+  const MenuState none;
+  EXPECT_TRUE(MenuModel::ButtonEnabled("FILENEW", none));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("FILEOPEN", none));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("MODELCALC", none));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("WINDOWZOOMIN", none));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("WINDOWZOOMWIN", none));
+  const MenuState s = WithProject();
+  EXPECT_TRUE(MenuModel::ButtonEnabled("MODELCALC", s));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("WINDOWSCROLLUP", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("FILEPRINT", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("ELEMWELL", s));
+}
+
+TEST(Switches, KeysMapToTheLayerSwitches) {
+  LayerSwitches l;
+  l.contours = false;
+  EXPECT_FALSE(MenuModel::Checked("Layermenu(2)", l));
+  bool* on = MenuModel::SwitchOf("Layermenu(2)", l);
+  ASSERT_NE(on, nullptr);
+  *on = true;
+  EXPECT_TRUE(l.contours);
+  EXPECT_TRUE(MenuModel::Checked("Layermenu(2)", l));
+  *MenuModel::SwitchOf("Haze", l) = true;
+  EXPECT_TRUE(l.haze);
+  *MenuModel::SwitchOf("View_HU(1)", l) = true;
+  EXPECT_TRUE(l.viewFarField);
+  EXPECT_FALSE(l.viewNearField);
+  EXPECT_EQ(MenuModel::SwitchOf("Layermenu(10)", l), nullptr);  // Refresh is a command
+  // Every switch of the tree has its field.
+  for (const auto& e : MenuModel::Entries())
+    if (e.kind == MenuKind::Switch) EXPECT_NE(MenuModel::SwitchOf(e.key, l), nullptr) << e.key;
+}
+
+}  // namespace
+}  // namespace tarno

@@ -1,0 +1,425 @@
+// The main window with a project, offscreen: the example of Vincennes is built in
+// a temporary folder with tarnocmd, opened, solved through the menu, looked at in
+// the map's pixels, zoomed and closed; and the screenshot of the program.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QImage>
+#include <QSettings>
+#include <QToolBar>
+#include <QStandardPaths>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include "app/app_screenshot.h"
+#include "app/shell_models.h"
+#include "app/main_window.h"
+#include "app/map_widget.h"
+#include "core/console_ui.h"
+#include "display/navigation.h"
+#include "display/redraw.h"
+#include "solver/solve_dialogs.h"
+#include "store/database.h"
+#include "store/dialogs.h"
+
+namespace tarno {
+namespace {
+
+namespace fs = std::filesystem;
+
+void EnsureApp() {
+  // The per-user settings of the tests go to Qt's test location, never the user's.
+  QStandardPaths::setTestModeEnabled(true);
+  if (QApplication::instance() != nullptr) return;
+  ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  static int argc = 1;
+  static char name[] = "test_app";
+  static char* argv[] = {name, nullptr};
+  new QApplication(argc, argv);
+}
+
+std::string Quote(const std::string& s) { return "'" + s + "'"; }
+
+int Shell(const std::string& command) {
+  const int raw = std::system(command.c_str());
+  return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+}
+
+// The pixels of an image near a colour (anti-aliased edges count when close).
+int CountColour(const QImage& image, Colour c) {
+  const QImage img = image.convertToFormat(QImage::Format_RGB32);
+  int n = 0;
+  for (int y = 0; y < img.height(); ++y) {
+    const QRgb* line = reinterpret_cast<const QRgb*>(img.constScanLine(y));
+    for (int x = 0; x < img.width(); ++x) {
+      const int d = std::abs(qRed(line[x]) - RedOf(c)) + std::abs(qGreen(line[x]) - GreenOf(c)) +
+                    std::abs(qBlue(line[x]) - BlueOf(c));
+      if (d < 60) ++n;
+    }
+  }
+  return n;
+}
+
+class ExampleSession : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    EnsureApp();
+    std::string tmpl = (fs::temp_directory_path() / "tarno-app-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
+    dir_ = tmpl;
+    ::setenv("TARNO_CONFIG_DIR", (dir_ / "config").c_str(), 1);
+  }
+  static void TearDownTestSuite() {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+
+  // A fresh copy of the example for each test, made as scripts/make-examples does.
+  void SetUp() override {
+    const std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    work_ = dir_ / name;
+    fs::create_directories(work_);
+    project_ = (work_ / "example.trn").string();
+    const std::string tarnocmd = (fs::path(TARNO_BIN_DIR) / "tarnocmd").string();
+    const std::string sql = (fs::path(TARNO_SOURCE_DIR) / "examples" / "vincennes.sql").string();
+    ASSERT_EQ(Shell("cd " + Quote(work_.string()) + " && TARNO_CONFIG_DIR=" +
+                    Quote((dir_ / "config").string()) + " " + Quote(tarnocmd) + " new " +
+                    Quote(project_) +
+                    " --yes --description 'Vincennes, Indiana Example' --map-units meters "
+                    "--model-units meters --base-name example >/dev/null 2>&1"),
+              0);
+    ASSERT_EQ(Shell("sqlite3 -bail " + Quote(project_) + " < " + Quote(sql)), 0);
+    ui_.SetModalHandler(SolvePrompt::kName,
+                        [](DialogModel& m) { dynamic_cast<SolvePrompt&>(m).Result = 6; });
+    ui_.SetModalHandler([this](DialogModel& m) { shown_.push_back(m.DialogName()); });
+    options_.ui = &ui_;
+    options_.useSettings = false;
+    options_.programDirectory = TARNO_BIN_DIR;
+  }
+
+  static fs::path dir_;
+  fs::path work_;
+  std::string project_;
+  std::ostringstream messages_;
+  ConsoleUserInterface ui_{messages_, Answer::Yes};
+  MainWindowOptions options_;
+  std::vector<std::string> shown_;
+};
+
+fs::path ExampleSession::dir_;
+
+TEST_F(ExampleSession, OpeningSetsCaptionMenusAndTheMap) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  EXPECT_EQ(w.windowTitle().toStdString(), "example.trn - TARNO");
+  EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
+  EXPECT_TRUE(w.Action("VIEWMENU")->isEnabled());
+  EXPECT_TRUE(w.ToolbarAction("MODELCALC")->isEnabled());
+  EXPECT_FALSE(w.Action("MODEL_CMDS(2)")->isEnabled());  // no solution yet
+  EXPECT_FALSE(w.Action("Layermenu(2)")->isEnabled());
+  EXPECT_FALSE(w.Action("FILE_CMDS(6)")->isEnabled());   // printing comes later
+  EXPECT_EQ(w.PanelText(0).toStdString(), "Select");
+  EXPECT_EQ(w.PanelText(1).toStdString(), "Click mouse button to select element");
+  EXPECT_EQ(w.PanelText(2).toStdString(), " m");
+  const WorldWindow& win = w.State().Window;
+  EXPECT_LT(win.Left, win.Right);
+  EXPECT_LT(win.Bottom, win.Top);
+  // Elements are drawn: the picture is not blank.
+  const QImage img = w.MapImage();
+  ASSERT_FALSE(img.isNull());
+  EXPECT_LT(CountColour(img, Rgb(255, 255, 255)), img.width() * img.height());
+
+  ASSERT_TRUE(w.CloseProject());
+  EXPECT_EQ(w.windowTitle().toStdString(), "TARNO");
+  EXPECT_FALSE(w.Action("MODEL_CMDS(1)")->isEnabled());
+  EXPECT_FALSE(w.Action("VIEWMENU")->isEnabled());
+  EXPECT_TRUE(w.Action("FILE_CMDS(1)")->isEnabled());
+}
+
+TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
+  MainWindow w(options_);
+  w.resize(900, 700);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const QImage before = w.MapImage();
+  const Colour contour = w.State().options.ContourColor;
+  const Colour path = w.State().options.PathlineColor;
+
+  w.Action("MODEL_CMDS(1)")->trigger();
+  ASSERT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(w.Solution().ContourLinesPresent);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(2)")->isEnabled());
+  ASSERT_TRUE(w.Action("Layermenu(2)")->isEnabled());
+  EXPECT_TRUE(w.Action("Layermenu(2)")->isChecked());
+  EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());  // on again after the run
+  EXPECT_TRUE(w.Map()->MouseEnabled());
+  EXPECT_EQ(w.PanelText(2).toStdString(), "Contours: Heads");
+
+  const QImage solved = w.MapImage();
+  const int contourBefore = CountColour(before, contour);
+  const int contourAfter = CountColour(solved, contour);
+  EXPECT_GT(contourAfter, contourBefore + 80) << "contour pixels " << contourBefore << " -> "
+                                               << contourAfter;
+  // The example traces particles: the solve turns the Pathlines switch on.
+  ASSERT_TRUE(w.Solution().PathsPresent);
+  EXPECT_TRUE(w.Action("Layermenu(3)")->isEnabled());
+  EXPECT_TRUE(w.Action("Layermenu(3)")->isChecked());
+  EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
+
+  // "Contours" off removes the contour lines from the picture.
+  w.Action("Layermenu(2)")->trigger();
+  EXPECT_FALSE(w.State().layers.contours);
+  const int contourOff = CountColour(w.MapImage(), contour);
+  EXPECT_LT(contourOff, contourBefore + (contourAfter - contourBefore) / 10);
+}
+
+TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const WorldWindow a = w.State().Window;
+  w.Action("ZOOM_CMDS(1)")->trigger();
+  const WorldWindow b = w.State().Window;
+  EXPECT_NEAR((b.Right - b.Left) / (a.Right - a.Left), 0.5, 1e-6);
+  EXPECT_NEAR((b.Top - b.Bottom) / (a.Top - a.Bottom), 0.5, 1e-6);
+  EXPECT_NEAR((b.Left + b.Right) / 2, (a.Left + a.Right) / 2, 1e-6 * (a.Right - a.Left));
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.Prepare("select WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
+    ASSERT_TRUE(st.Step());
+    EXPECT_DOUBLE_EQ(st.GetDouble(0), b.Left);
+    EXPECT_DOUBLE_EQ(st.GetDouble(1), b.Right);
+    EXPECT_DOUBLE_EQ(st.GetDouble(2), b.Bottom);
+    EXPECT_DOUBLE_EQ(st.GetDouble(3), b.Top);
+  }
+  // Scrolling right by the toolbar moves by a quarter of the width.
+  w.ToolbarAction("WINDOWSCROLLRIGHT")->trigger();
+  EXPECT_NEAR(w.State().Window.Left - b.Left, (b.Right - b.Left) / 4, 1e-6 * (b.Right - b.Left));
+  // The project reopens where it was left.
+  const WorldWindow left = w.State().Window;
+  ASSERT_TRUE(w.CloseProject());
+  ASSERT_TRUE(w.OpenProject(project_));
+  EXPECT_NEAR(w.State().Window.Left, left.Left, 1e-6 * (left.Right - left.Left));
+}
+
+TEST_F(ExampleSession, ZoomToWindowByTheRubberBand) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const WorldWindow a = w.State().Window;
+  w.ToolbarAction("WINDOWZOOMWIN")->trigger();
+  EXPECT_EQ(w.State().mouseState, kZoomWindowMouseState);
+  EXPECT_EQ(w.State().mouseMode, kZoomWindowMouseMode);
+  // The menus are off during the mode, its own key stays on.
+  EXPECT_FALSE(w.Action("MODEL_CMDS(1)")->isEnabled());
+  EXPECT_TRUE(w.ToolbarAction("WINDOWZOOMWIN")->isEnabled());
+  MapWidget* map = w.Map();
+  const int mw = map->width(), mh = map->height();
+  map->BeginRubberBand(QPoint(mw / 4, mh / 4));
+  map->EndRubberBand(QPoint(mw / 2, mh / 2));
+  const WorldWindow b = w.State().Window;
+  EXPECT_LT(b.Right - b.Left, (a.Right - a.Left) * 0.6);
+  EXPECT_GT(b.Left, a.Left);
+  EXPECT_LT(b.Top, a.Top);
+  EXPECT_EQ(w.State().mouseState, 0);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
+}
+
+TEST_F(ExampleSession, RecenterByAClickAndTheWheelZoomAboutThePointer) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  MapWidget* map = w.Map();
+  const WorldWindow a = w.State().Window;
+  const double width = a.Right - a.Left, height = a.Top - a.Bottom;
+  // Recenter: the key enters the mode, a click ends it at the new centre.
+  w.ToolbarAction("WINDOWRECENTER")->trigger();
+  EXPECT_EQ(w.State().mouseState, kRecenterMouseState);
+  EXPECT_EQ(w.State().mouseMode, kRecenterMouseMode);
+  const QPoint at(map->width() / 4, map->height() / 3);
+  const double px = map->WorldX(at.x()), py = map->WorldY(at.y());
+  map->Click(at);
+  const WorldWindow b = w.State().Window;
+  EXPECT_NEAR((b.Left + b.Right) / 2, px, 1e-6 * width);
+  EXPECT_NEAR((b.Top + b.Bottom) / 2, py, 1e-6 * height);
+  EXPECT_NEAR(b.Right - b.Left, width, 1e-6 * width);
+  EXPECT_EQ(w.State().mouseState, 0);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
+
+  // The wheel: the point under the pointer stays where it is.
+  const QPoint p(map->width() * 3 / 4, map->height() / 2);
+  const double wx = map->WorldX(p.x()), wy = map->WorldY(p.y());
+  map->Wheel(p, 1);
+  const WorldWindow c = w.State().Window;
+  EXPECT_LT(c.Right - c.Left, (b.Right - b.Left) * 0.85);
+  EXPECT_NEAR(map->WorldX(p.x()), wx, (c.Right - c.Left) / map->width() * 1.5);
+  EXPECT_NEAR(map->WorldY(p.y()), wy, (c.Top - c.Bottom) / map->height() * 1.5);
+  // The mouse does nothing while it is off (a redraw or a solve runs).
+  map->SetMouseEnabled(false);
+  map->Wheel(p, 1);
+  EXPECT_EQ(w.State().Window, c);
+}
+
+TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ui_.SetVerbose(true);
+  // Before a solve there is no command file to show.
+  w.Action("RUN_FILES(0)")->trigger();
+  EXPECT_NE(messages_.str().find("File Not Found"), std::string::npos) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  messages_.str("");
+  w.Action("RUN_FILES(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Text file: "), std::string::npos) << messages_.str();
+  EXPECT_NE(messages_.str().find("example.dat"), std::string::npos) << messages_.str();
+
+  // A new contour interval: the settings ask to regrid, and Yes runs the regrid.
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbContourInt = "0.25";
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Regrid/Retrace?"), std::string::npos) << messages_.str();
+  EXPECT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
+  EXPECT_EQ(w.LastSolve().writeType, kWriteRegrid);
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+
+  // Project settings that redraw the map keep the solution and its menus.
+  ui_.SetModalHandler(ProjectSettings::kName, [](DialogModel& m) {
+    auto& p = dynamic_cast<ProjectSettings&>(m);
+    p.Result = ProjectSettings::kOK;
+    p.MustRedraw = true;
+  });
+  w.Action("FILE_CMDS(4)")->trigger();
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(w.Action("MODEL_CMDS(2)")->isEnabled());
+  EXPECT_TRUE(w.Action("Layermenu(2)")->isEnabled());
+}
+
+TEST_F(ExampleSession, ViewSwitchesRedrawAsTheyShould) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const QImage withElements = w.MapImage();
+  const int builds = w.View().BackgroundBuilds();
+  // Elements off: a redraw over the old background.
+  w.Action("Layermenu(1)")->trigger();
+  EXPECT_FALSE(w.State().layers.elements);
+  EXPECT_FALSE(w.Action("Layermenu(1)")->isChecked());
+  EXPECT_NE(w.MapImage(), withElements);
+  EXPECT_EQ(w.View().BackgroundBuilds(), builds);
+  // Haze rebuilds the background.
+  w.Action("Haze")->trigger();
+  EXPECT_TRUE(w.State().layers.haze);
+  EXPECT_EQ(w.View().BackgroundBuilds(), builds + 1);
+
+  // Manual Redraw: a switch leaves the picture obsolete until Refresh.
+  w.Action("Layermenu(13)")->trigger();
+  const QImage obsolete = w.MapImage();
+  w.Action("Layermenu(1)")->trigger();
+  EXPECT_TRUE(w.State().layers.elements);
+  EXPECT_EQ(w.MapImage(), obsolete);
+  EXPECT_EQ(w.PanelText(0).toStdString(), "REDRAW");
+  EXPECT_EQ(w.PanelText(1).toStdString(), "Current picture is obsolete -- press CTRL-L to refresh");
+  w.Action("Layermenu(10)")->trigger();
+  EXPECT_NE(w.MapImage(), obsolete);
+
+  // Toolbar: hidden and shown again.
+  w.Action("Layermenu(9)")->trigger();
+  EXPECT_TRUE(w.Toolbar()->isHidden());
+  w.Action("Layermenu(9)")->trigger();
+  EXPECT_FALSE(w.Toolbar()->isHidden());
+}
+
+TEST_F(ExampleSession, StartUpWithAQuotedPathOpensWithoutWelcome) {
+  MainWindow w(options_);
+  w.StartUp("\"" + project_ + "\"");
+  EXPECT_TRUE(w.Session().ProjectOpen()) << messages_.str();
+  EXPECT_TRUE(std::find(shown_.begin(), shown_.end(), "Welcome") == shown_.end());
+}
+
+TEST_F(ExampleSession, TheWelcomeOpensTheExampleBesideTheProgram) {
+  options_.useSettings = true;
+  options_.settingsFile = (work_ / "TARNO.conf").string();
+  options_.applicationDirectory = work_.string();
+  std::vector<std::string> asked;
+  ui_.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>& lines,
+                          Buttons) -> std::optional<Answer> {
+    asked.push_back(title);
+    EXPECT_EQ(lines.back(), "Load the example file?");
+    return std::nullopt;  // the port's Yes
+  });
+  ui_.SetModalHandler(Welcome::kName, [](DialogModel& m) { dynamic_cast<Welcome&>(m).Result = 2; });
+  MainWindow w(options_);
+  w.StartUp("");
+  ASSERT_FALSE(asked.empty());
+  EXPECT_EQ(asked[0], "Vincennes, Indiana Example");
+  ASSERT_TRUE(w.Session().ProjectOpen()) << messages_.str();
+  EXPECT_EQ(fs::path(w.Session().Settings().DBName), work_ / "example.trn");
+}
+
+TEST_F(ExampleSession, ScreenshotWritesAPngOfTheRequestedSize) {
+  const std::string png = (work_ / "shot.png").string();
+  std::ostringstream out, err;
+  ScreenshotRequest r;
+  r.output = png;
+  r.width = 320;
+  r.height = 200;
+  r.solve = true;
+  r.project = project_;
+  ::setenv("TARNO_PROGRAM_DIR", TARNO_BIN_DIR, 1);
+  ASSERT_EQ(TakeScreenshot(r, out, err), 0) << err.str();
+  EXPECT_EQ(out.str(), "Screenshot written to " + png + "\n");
+  QImage img(QString::fromStdString(png));
+  ASSERT_FALSE(img.isNull());
+  EXPECT_EQ(img.width(), 320);
+  EXPECT_EQ(img.height(), 200);
+
+  // A file that cannot be written, a project that is not there.
+  r.output = (work_ / "no such folder" / "shot.png").string();
+  std::ostringstream err2;
+  EXPECT_EQ(TakeScreenshot(r, out, err2), 1);
+  EXPECT_NE(err2.str().find("cannot write"), std::string::npos) << err2.str();
+  r.output = png;
+  r.project = (work_ / "missing.trn").string();
+  std::ostringstream err3;
+  EXPECT_EQ(TakeScreenshot(r, out, err3), 1);
+  EXPECT_NE(err3.str().find("missing.trn"), std::string::npos) << err3.str();
+}
+
+TEST_F(ExampleSession, TheProgramTakesAScreenshotWithoutADisplay) {
+  const std::string tarno = (fs::path(TARNO_BIN_DIR) / "tarno").string();
+  const std::string png = (work_ / "program shot.png").string();
+  const std::string out = (work_ / "out.txt").string();
+  // No platform given: the program chooses the offscreen one itself.
+  const std::string env = "env -u QT_QPA_PLATFORM -u DISPLAY -u WAYLAND_DISPLAY TARNO_CONFIG_DIR=" +
+                          Quote((dir_ / "config").string()) + " ";
+  ASSERT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300x200 --solve " +
+                  Quote(project_) + " >" + Quote(out) + " 2>&1"),
+            0);
+  std::ifstream in(out);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(text, "Screenshot written to " + png + "\n");
+  QImage img(QString::fromStdString(png));
+  ASSERT_FALSE(img.isNull());
+  EXPECT_EQ(img.size(), QSize(300, 200));
+  // A bad size is refused before anything opens.
+  EXPECT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300 " +
+                  Quote(project_) + " >/dev/null 2>&1"),
+            2);
+}
+
+}  // namespace
+}  // namespace tarno
