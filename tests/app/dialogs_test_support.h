@@ -37,7 +37,8 @@ void OnNextDialog(std::function<void(D*)> act) {
   auto* timer = new QTimer;
   timer->setInterval(10);
   auto tries = std::make_shared<int>(0);
-  QObject::connect(timer, &QTimer::timeout, [timer, act, tries] {
+  auto acted = std::make_shared<bool>(false);
+  QObject::connect(timer, &QTimer::timeout, [timer, act, tries, acted] {
     // A dialog that never comes, or another one, must not hang the test: after five
     // seconds the modal window in the way is closed and the test fails.
     if (++*tries > 500) {
@@ -50,10 +51,19 @@ void OnNextDialog(std::function<void(D*)> act) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       auto* dialog = dynamic_cast<D*>(widget);
       if (dialog == nullptr || !dialog->isVisible()) continue;
+      // The act is repeated until the dialog has gone: a file dialog refuses an
+      // accept while its folder is still being read in the background.
+      act(dialog);
+      *acted = true;
+      if (!dialog->isVisible()) {
+        timer->stop();
+        timer->deleteLater();
+      }
+      return;
+    }
+    if (*acted) {
       timer->stop();
       timer->deleteLater();
-      act(dialog);
-      return;
     }
   });
   timer->start();
