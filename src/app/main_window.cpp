@@ -681,6 +681,13 @@ void MainWindow::ModelSettingsCommand() {
     port_.ShowModal(dialog);
     if (dialog.Result != 1) return;
     const bool flagged = dialog.last.regrid || dialog.last.retrace;
+    // The grid or the traces of the present solution no longer answer the settings:
+    // the next regrid (now, or when the next solve is answered No) writes them anew.
+    if (dialog.last.regrid) {
+      solution_.ContoursPresent = false;
+      solution_.ContourLinesPresent = false;
+    }
+    if (dialog.last.retrace) solution_.PathsPresent = false;
     const fs::path dir = session_->Settings().TARNOPath;
     const std::string base = session_->Settings().TARNOBaseName;
     const bool files = !FindFileNoCase(dir, base + ".GRD").empty() ||

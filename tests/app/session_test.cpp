@@ -295,6 +295,23 @@ TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {
   EXPECT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
   EXPECT_EQ(w.LastSolve().writeType, kWriteRegrid);
   EXPECT_TRUE(w.Solution().SolutionPresent);
+  // The regrid computed a new grid, and the contour lines follow the new interval:
+  // a level between two of the old ones (every 0.5) is there now.
+  {
+    std::ifstream dat(work_ / "regrid.dat");
+    const std::string text((std::istreambuf_iterator<char>(dat)), std::istreambuf_iterator<char>());
+    EXPECT_NE(text.find("\n grid"), std::string::npos) << text;
+    std::ifstream ctr(work_ / "example.CTR");
+    std::string line;
+    bool quarter = false;
+    while (std::getline(ctr, line)) {
+      if (line.rfind("LEVEL", 0) != 0) continue;
+      const double level = std::stod(line.substr(5));
+      const double halves = level * 2.0;
+      if (std::fabs(halves - std::round(halves)) > 0.25) quarter = true;
+    }
+    EXPECT_TRUE(quarter) << "no contour level between the old ones";
+  }
 
   // Project settings that redraw the map keep the solution and its menus.
   ui_.SetModalHandler(ProjectSettings::kName, [](DialogModel& m) {

@@ -56,6 +56,8 @@ ModelSettingsView::ModelSettingsView(ModelSettingsDialog& model, UserInterface& 
   // F1 may later open the manual's page of the model settings.
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
+  // Every tab in sight: the dialog takes the width its tab headings need.
+  tabs_->setUsesScrollButtons(false);
   layout->addWidget(tabs_);
   QGridLayout* grid = nullptr;
 
