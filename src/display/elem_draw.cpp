@@ -437,6 +437,15 @@ void SelectedImpl(DrawContext& ctx) {
   }
 }
 
+// The PIDs of a table's rows in table order, read before any of them is drawn.
+std::vector<std::int64_t> PidsOf(DrawContext& ctx, const char* query) {
+  std::vector<std::int64_t> pids;
+  Statement st = ctx.db.Prepare(query);
+  const int cPid = st.ColumnIndex("PID");
+  while (st.Step()) pids.push_back(st.GetInt64(cPid));
+  return pids;
+}
+
 }  // namespace
 
 // ---- public operations ----
@@ -468,10 +477,7 @@ void ElemDrawLinesinkString(DrawContext& ctx, std::int64_t pid, int mode) {
 void ElemDrawAllLinesinks(DrawContext& ctx) {
   Trap(ctx, "ElemDrawAllLinesinks", [&] {
     DrawCache cache;
-    std::vector<std::int64_t> pids;
-    Statement st = ctx.db.Prepare("select * from LinesinkStrings");
-    const int cPid = st.ColumnIndex("PID");
-    while (st.Step()) pids.push_back(st.GetInt64(cPid));
+    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from LinesinkStrings");
     for (auto pid : pids) LinesinkImpl(ctx, cache, pid, kDrawNormal);
   });
 }
@@ -581,10 +587,7 @@ void ModelDrawFluxInspect(DrawContext& ctx, std::int64_t pid, int mode) {
 void ModelDrawAllFluxInspect(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllFluxInspect", [&] {
     DrawCache cache;
-    std::vector<std::int64_t> pids;
-    Statement st = ctx.db.Prepare("select * from FluxInspect");
-    const int cPid = st.ColumnIndex("PID");
-    while (st.Step()) pids.push_back(st.GetInt64(cPid));
+    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from FluxInspect");
     for (auto pid : pids)
       OpenOrClosedString(ctx, cache, pid, kDrawNormal, PaletteColour(9), false,
                          ctx.state.layers.linesinkVertices);
@@ -603,10 +606,7 @@ void ModelDrawAllCapzones(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllCapzones", [&] {
     if (!ctx.state.layers.protectionAreas) return;
     DrawCache cache;
-    std::vector<std::int64_t> pids;
-    Statement st = ctx.db.Prepare("select * from Capzones");
-    const int cPid = st.ColumnIndex("PID");
-    while (st.Step()) pids.push_back(st.GetInt64(cPid));
+    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from Capzones");
     for (auto pid : pids)
       OpenOrClosedString(ctx, cache, pid, kDrawNormal, PaletteColour(13), true,
                          ctx.state.layers.domainVertices);
@@ -623,10 +623,7 @@ void ModelDrawDomain(DrawContext& ctx, std::int64_t pid, int mode) {
 void ModelDrawAllDomains(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllDomains", [&] {
     DrawCache cache;
-    std::vector<std::int64_t> pids;
-    Statement st = ctx.db.Prepare("select * from Domains");
-    const int cPid = st.ColumnIndex("PID");
-    while (st.Step()) pids.push_back(st.GetInt64(cPid));
+    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from Domains");
     for (auto pid : pids) DomainImpl(ctx, cache, pid, kDrawNormal);
   });
 }
