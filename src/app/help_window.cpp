@@ -97,6 +97,12 @@ HelpWindow::HelpWindow(const std::string& folder, QWidget* parent)
   forward_->setShortcut(QKeySequence::Forward);
   back_->setEnabled(false);
   forward_->setEnabled(false);
+  // Escape puts the window away, as it does a dialog (over one, it must be closed
+  // to go back to the dialog).
+  auto* close = new QAction(QStringLiteral("Close"), this);
+  close->setShortcuts({QKeySequence(Qt::Key_Escape), QKeySequence::Close});
+  connect(close, &QAction::triggered, this, &QWidget::close);
+  addAction(close);
 
   auto* splitter = new QSplitter(this);
   tree_ = new QTreeWidget(splitter);
@@ -108,7 +114,7 @@ HelpWindow::HelpWindow(const std::string& folder, QWidget* parent)
   splitter->addWidget(browser_);
   splitter->setStretchFactor(0, 0);
   splitter->setStretchFactor(1, 1);
-  splitter->setSizes({260, 740});
+  splitter->setSizes({250, 850});
   setCentralWidget(splitter);
   BuildContents();
 
@@ -124,7 +130,7 @@ HelpWindow::HelpWindow(const std::string& folder, QWidget* parent)
     if (syncingTree_ || item == nullptr) return;
     ShowTopic(item->data(0, kTargetRole).toString().toStdString());
   });
-  resize(1000, 720);
+  resize(1100, 760);
 }
 
 void HelpWindow::BuildContents() {
