@@ -52,14 +52,6 @@ TEST(HelpIndex, HeadingAnchorsFollowTheHeadingsText) {
   EXPECT_EQ(HelpIndex::HeadingAnchor("?!"), "");
 }
 
-TEST(HelpIndex, SplitsATarget) {
-  EXPECT_EQ(HelpIndex::Split("solving.md#contours").page, "solving.md");
-  EXPECT_EQ(HelpIndex::Split("solving.md#contours").anchor, "contours");
-  EXPECT_EQ(HelpIndex::Split("solving.md").anchor, "");
-  EXPECT_EQ(HelpIndex::Split("#units").page, "");
-  EXPECT_EQ(HelpIndex::Split("#units").anchor, "units");
-}
-
 TEST(HelpIndex, ATabWithoutASectionOfItsOwnFallsBackToTheDialog) {
   const std::string own = HelpIndex::PageForDialog("ModelSettings");
   ASSERT_FALSE(own.empty());
