@@ -3,7 +3,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -13,7 +12,6 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
-#include <QUrl>
 #include <QWindow>
 #include <algorithm>
 #include <chrono>
@@ -21,6 +19,8 @@
 #include <filesystem>
 
 #include "app/dialog_views.h"
+#include "app/help_model.h"
+#include "app/help_window.h"
 #include "app/map_widget.h"
 #include "app/qt_ui.h"
 #include "app/shell_models.h"
@@ -79,6 +79,9 @@ MainWindow::MainWindow(Options options, QWidget* parent)
       return session_ != nullptr ? session_->Settings().DBName : std::string();
     });
     port_.SetInner(*qtUi_);
+    qtUi_->onHelp = [this](const std::string& dialog, const std::string& tab) {
+      ShowHelpTopic(HelpIndex::PageForDialog(dialog, tab));
+    };
   } else {
     port_.SetInner(*options_.ui);
   }
@@ -780,29 +783,30 @@ void MainWindow::GuiOptionsCommand() {
 
 // --- Help -------------------------------------------------------------------
 
-std::string MainWindow::HelpFile(const std::string& page) const {
-  for (const fs::path& root : {fs::path(session_->ApplicationDirectory()),
-                               fs::path(session_->ApplicationDirectory()).parent_path(),
-                               SourceRoot()}) {
-    const fs::path p = root / page;
-    if (fs::exists(p)) return p.string();
+std::string MainWindow::HelpFolder() const {
+  const fs::path program(session_->ApplicationDirectory());
+  return HelpIndex::FindFolder({(program / HelpIndex::kProgramFolder).string(),
+                                (program.parent_path() / HelpIndex::kSourceFolder).string(),
+                                (SourceRoot() / HelpIndex::kSourceFolder).string()});
+}
+
+bool MainWindow::ShowHelpTopic(const std::string& target) {
+  if (help_ == nullptr) {
+    const std::string folder = HelpFolder();
+    if (folder.empty()) {
+      port_.MessageBox("Help", {"The help pages were not found."}, Buttons::OK, Icon::Exclamation);
+      return false;
+    }
+    help_ = new HelpWindow(folder, this);
   }
-  return {};
+  if (help_->ShowTopic(target)) return true;
+  port_.MessageBox("Help", {"The page " + HelpIndex::Split(target).page + " was not found."},
+                   Buttons::OK, Icon::Exclamation);
+  return false;
 }
 
 void MainWindow::OpenHelp(const std::string& key) {
-  RunOperation(port_, "HELP_CMDS", [&] {
-    for (const auto& h : MenuModel::HelpPages()) {
-      if (h.key != key) continue;
-      const std::string file = HelpFile(h.page);
-      if (file.empty()) {
-        port_.MessageBox("Help", {"The page " + h.page + " was not found."}, Buttons::OK,
-                         Icon::Exclamation);
-      } else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(Q(file)))) {
-        port_.ShowTextFile(file);
-      }
-    }
-  });
+  RunOperation(port_, "HELP_CMDS", [&] { ShowHelpTopic(HelpIndex::PageForKey(key)); });
 }
 
 void MainWindow::About() {

@@ -31,6 +31,7 @@ class QToolBar;
 
 namespace tarno {
 
+class HelpWindow;
 class MapView;
 class MapWidget;
 class Navigator;
@@ -111,8 +112,14 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // The file of an example project ("example.trn"): beside the program, else in
   // examples/ of the source tree; empty when neither exists.
   std::string ExampleFile(const std::string& name) const;
-  // The page of a Help entry: under the program's directory, else the source tree.
-  std::string HelpFile(const std::string& page) const;
+  // The folder of the help pages: "help" beside the program, else docs/help of the
+  // source tree; empty when neither holds them.
+  std::string HelpFolder() const;
+  // Shows a help target ("page.md#anchor", empty: the contents) in the one help
+  // window; a missing page is reported and gives false.
+  bool ShowHelpTopic(const std::string& target);
+  // The help window once it has been opened (null before).
+  HelpWindow* Help() const { return help_; }
 
   // SessionHooks.
   void TurnOffMenus() override;
@@ -169,6 +176,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
 
   MapWidget* mapWidget_ = nullptr;
   QToolBar* toolbar_ = nullptr;
+  HelpWindow* help_ = nullptr;
   QLabel* panels_[5] = {};
   std::map<std::string, QAction*> actions_;
   std::map<std::string, QMenu*> menus_;

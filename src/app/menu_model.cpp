@@ -156,7 +156,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Cmd("HELP_CMDS(1)", "HELPMENU", "&Projects", N::Always));
   e.push_back(Cmd("HELP_CMDS(2)", "HELPMENU", "&Solving a Model", N::Always));
   e.push_back(Cmd("HELP_CMDS(3)", "HELPMENU", "&Batch Program", N::Always));
-  e.push_back(Cmd("HELP_CMDS(4)", "HELPMENU", "&Architecture", N::Always));
+  e.push_back(Cmd("HELP_CMDS(4)", "HELPMENU", "&How TARNO Works", N::Always));
   e.push_back(Cmd("ReleaseNotes", "HELPMENU", "TARNO Release Notes", N::Always, true, "", true));
   e.push_back(Cmd("About", "HELPMENU", "About", N::Always));
   return e;
@@ -317,9 +317,9 @@ std::vector<MenuModel::RunFile> MenuModel::RunFiles(const std::string& baseName)
 
 const std::vector<MenuModel::HelpPage>& MenuModel::HelpPages() {
   static const std::vector<HelpPage> pages = {
-      {"HELP_CMDS(0)", "docs/examples.md"},       {"HELP_CMDS(1)", "docs/lifecycle.md"},
-      {"HELP_CMDS(2)", "docs/solver-coupling.md"}, {"HELP_CMDS(3)", "docs/tarnocmd.md"},
-      {"HELP_CMDS(4)", "docs/architecture.md"},   {"ReleaseNotes", "README.md"},
+      {"HELP_CMDS(0)", "getting-started.md"}, {"HELP_CMDS(1)", "projects.md"},
+      {"HELP_CMDS(2)", "solving.md"},          {"HELP_CMDS(3)", "batch.md"},
+      {"HELP_CMDS(4)", "how-it-works.md"},     {"ReleaseNotes", "release-notes.md"},
   };
   return pages;
 }

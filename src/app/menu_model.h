@@ -101,8 +101,7 @@ class MenuModel {
   };
   static std::vector<RunFile> RunFiles(const std::string& baseName);
 
-  // The Help entries: caption and the page under docs/ (README.md of the source
-  // tree for the release notes).
+  // The Help entries: the page of each in the help window (see help_model.h).
   struct HelpPage {
     std::string key;
     std::string page;

@@ -16,11 +16,13 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "core/error.h"
@@ -107,6 +109,46 @@ QString StartPath(const FileDialogRequest& request) {
   return QDir(dir).filePath(Q(request.initialFile));
 }
 
+// Watches the application's key presses while a dialog is shown and hands F1 in
+// a dialog window to `onF1`, which says whether it took the key.
+class HelpKeyFilter : public QObject {
+ public:
+  explicit HelpKeyFilter(std::function<bool(QDialog*)> onF1) : onF1_(std::move(onF1)) {}
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress) return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() != Qt::Key_F1 || (key->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
+      return false;
+    }
+    // Only the widgets' own deliveries count (the window system's window gets the
+    // key first); the help window is no dialog and keeps its F1.
+    auto* widget = qobject_cast<QWidget*>(watched);
+    auto* dialog = widget != nullptr ? qobject_cast<QDialog*>(widget->window()) : nullptr;
+    return dialog != nullptr && onF1_(dialog);
+  }
+
+ private:
+  std::function<bool(QDialog*)> onF1_;
+};
+
+// The text of the tab in front in `dialog`: of the tab widget that holds the focus,
+// else of the first one shown; empty without tabs.
+std::string TabInFront(QDialog* dialog) {
+  QTabWidget* chosen = nullptr;
+  for (QTabWidget* tabs : dialog->findChildren<QTabWidget*>()) {
+    if (QWidget* focus = dialog->focusWidget(); focus != nullptr && tabs->isAncestorOf(focus)) {
+      chosen = tabs;
+      break;
+    }
+    if (chosen == nullptr && tabs->isVisible()) chosen = tabs;
+  }
+  if (chosen == nullptr || chosen->currentIndex() < 0) return {};
+  QString text = chosen->tabText(chosen->currentIndex());
+  text.remove(QLatin1Char('&'));
+  return S(text);
+}
+
 }  // namespace
 
 QString QtFilter(const std::string& classicFilter) {
@@ -165,6 +207,12 @@ bool QtUserInterface::HasView(const std::string& dialogName) const {
   return views_.count(dialogName) != 0;
 }
 
+std::vector<std::string> QtUserInterface::ViewNames() const {
+  std::vector<std::string> names;
+  for (const auto& [name, view] : views_) names.push_back(name);
+  return names;
+}
+
 Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<std::string>& lines,
                                    Buttons buttons, Icon icon) {
   QStringList text;
@@ -219,6 +267,27 @@ void QtUserInterface::ShowModal(DialogModel& dialog) {
   const std::string name = dialog.DialogName();
   const auto it = views_.find(name);
   if (it == views_.end()) throw Error("No view for dialog " + name);
+  // While the dialog is up, F1 in it (or in a message box over it) asks for its help.
+  if (!helpKeys_) {
+    helpKeys_ = std::make_unique<HelpKeyFilter>([this](QDialog* window) {
+      if (shown_.empty() || !onHelp) return false;
+      onHelp(shown_.back(), TabInFront(window));
+      return true;
+    });
+  }
+  if (shown_.empty() && QCoreApplication::instance() != nullptr) {
+    QCoreApplication::instance()->installEventFilter(helpKeys_.get());
+  }
+  shown_.push_back(name);
+  struct Shown {
+    QtUserInterface& ui;
+    ~Shown() {
+      ui.shown_.pop_back();
+      if (ui.shown_.empty() && QCoreApplication::instance() != nullptr) {
+        QCoreApplication::instance()->removeEventFilter(ui.helpKeys_.get());
+      }
+    }
+  } shown{*this};
   it->second(dialog, parent_);
 }
 

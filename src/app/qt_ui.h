@@ -11,7 +11,9 @@
 #include <QString>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "core/ui_port.h"
 
@@ -37,6 +39,11 @@ class QtUserInterface : public UserInterface {
   // Error naming it.
   void RegisterView(const std::string& dialogName, DialogView view);
   bool HasView(const std::string& dialogName) const;
+  std::vector<std::string> ViewNames() const;
+
+  // F1 in a dialog shown by ShowModal (or in a message box over it) calls this with
+  // the dialog's name and the text of the tab in front, empty where it has none.
+  std::function<void(const std::string& dialogName, const std::string& tab)> onHelp;
 
   // The status bar panels (Activity, Feedback) are written through these.
   std::function<void(const std::string&)> onActivity;
@@ -65,6 +72,9 @@ class QtUserInterface : public UserInterface {
  private:
   QWidget* parent_;
   std::map<std::string, DialogView> views_;
+  // The dialogs shown now, innermost last, and the watcher of their F1 key.
+  std::vector<std::string> shown_;
+  std::unique_ptr<QObject> helpKeys_;
   QPointer<QDialog> wait_;
   QPointer<QLabel> waitLabel_;
 };
