@@ -841,9 +841,10 @@ class Runner {
       logs_.problem(tr.timeLine, "", "the longest travel time " + number(*tr.time) +
                                          " is not positive; the paths were traced without a time limit");
     }
+    // A model without particles is common (nothing to trace is asked for): the run
+    // says so in the message log, not as a problem in the error log.
     if (particles.empty())
-      logs_.problem(tr.goLine, "", "trace \"go\": there are no particles to trace; " + p.filename().string() +
-                                       " holds no paths");
+      logs_.message("Trace: there are no particles to trace; " + p.filename().string() + " holds no paths");
     if (modelChanged_)
       logs_.problem(tr.goLine, "", "elements or aquifer data given after the last solve are not in the solution that "
                                    "the paths follow");

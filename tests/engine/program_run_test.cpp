@@ -438,3 +438,19 @@ TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {
       EXPECT_NEAR(std::strtod(f[13].c_str(), nullptr), 1e-3, 1e-12) << l;
     }
 }
+
+// A trace block with no particles (a model without particles, wells without
+// particles) is nothing to trace, not a problem: the error log stays clean, so the
+// front end does not show it, and the message log says why the pathline file is empty.
+TEST(ProgramRun, TraceWithoutParticlesIsNoProblem) {
+  TempDir dir;
+  auto file = with(with(kHeader, wellAndRiver()),
+                   {" layout ", " window -1000.00 -1000.00 1000.00 1000.00 ", " quit ", " time 0",
+                    " solve 3 3 0 1", " trace", " picture off", " file demo", " y ", " time 3650", " step 1",
+                    " points", " quit", " go", " quit", " stop"});
+  writeLines(dir.path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+  EXPECT_TRUE(fs::exists(dir.path() / "demo.PTH"));
+  EXPECT_NE(readAll(dir.path() / "message.log").find("no particles to trace"), std::string::npos);
+}
