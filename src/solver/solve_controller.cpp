@@ -17,6 +17,7 @@
 #include "solver/process.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
+#include "store/dialogs.h"
 
 namespace tarno {
 
@@ -155,6 +156,18 @@ void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
   // 2. The project and its directory (the working directory of the solver).
   Database db = Database::Open(ctx.projectPath);
   const ProjectFiles pf = ReadProjectFiles(db);
+
+  // A base name or a folder that the file system refuses is told before anything
+  // is deleted: the present solution stays as it is.
+  const std::string problem = SolverFilesProblem(pf.dir.string(), pf.base);
+  if (!problem.empty()) {
+    ui.MessageBox(kSolverFilesTitle,
+                  {"The solver files cannot be written.", problem,
+                   "Change the base file name or the path in Project Settings, then solve again."},
+                  Buttons::OK, Icon::Exclamation);
+    report.outcome = SolveOutcome::Refused;
+    return;
+  }
 
   // 3. New solution or not.
   bool newSolution = false;

@@ -1,5 +1,6 @@
 // The new-project road, save as, closing, the settings dialog and the unit change.
 #include <filesystem>
+#include <fstream>
 
 #include "lifecycle_fixture.h"
 #include "store/default_dirs.h"
@@ -231,6 +232,58 @@ TEST_F(LifecycleTest, DestroyingTheSessionClosesTheProject) {
   session_.reset();
   EXPECT_EQ(ui_.WaitTexts().size(), 1u);
   EXPECT_EQ(Text(path, "select Description from Project"), "Test project");
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+namespace tarno::test {
+namespace {
+
+// Names and paths that the file system refuses are refused by the dialog, each with
+// its message, and the dialog stays; a missing folder is offered to be created.
+TEST_F(LifecycleTest, ProjectSettingsRefusesNamesAndPathsTheFileSystemRefuses) {
+  const std::string path = MakeProject("p.trn");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  std::ofstream(P("plain")) << "a file";
+  const std::string missing = P("new/solver");
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [&, this](ProjectSettings& s) {
+    for (const std::string bad : {"a/b*c", "run:1", "x?", "..", "a\\b"}) {
+      SCOPED_TRACE(bad);
+      s.BaseName = bad;
+      EXPECT_FALSE(s.OK(ui_));
+    }
+    s.BaseName = "run1";
+    s.BasePath = P("plain");
+    EXPECT_FALSE(s.OK(ui_));
+    s.BasePath = missing;
+    EXPECT_FALSE(s.OK(ui_));  // No: nothing is created
+    EXPECT_FALSE(std::filesystem::exists(missing));
+    EXPECT_TRUE(s.OK(ui_));   // Yes: created
+  });
+  for (int i = 0; i < 5; ++i)
+    ui_.ExpectMessage(ProjectSettings::kBadNameTitle, {ProjectSettings::kBadNameCharactersText});
+  ui_.ExpectMessage(ProjectSettings::kBadPathTitle,
+                    {"The path " + P("plain") + " is not a folder.", "Please enter another path."});
+  ui_.ExpectMessage(ProjectSettings::kCreateFolderTitle,
+                    {"The path " + missing + " does not exist.", "Create it?"}, Answer::No);
+  ui_.ExpectMessage(ProjectSettings::kCreateFolderTitle,
+                    {"The path " + missing + " does not exist.", "Create it?"}, Answer::Yes);
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_TRUE(std::filesystem::is_directory(missing));
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), missing);
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run1");
+}
+
+TEST(SolverFilesProblem, NamesWhatKeepsTheFilesFromBeingWritten) {
+  const std::string dir = std::filesystem::temp_directory_path().string();
+  EXPECT_EQ(SolverFilesProblem(dir, "golden"), "");
+  EXPECT_NE(SolverFilesProblem(dir, "a/b*c").find("a/b*c"), std::string::npos);
+  EXPECT_NE(SolverFilesProblem(dir, "").find("empty"), std::string::npos);
+  EXPECT_NE(SolverFilesProblem(dir + "/tarno-no-such-folder", "golden").find("tarno-no-such-folder"),
+            std::string::npos);
+  EXPECT_NE(SolverFilesProblem("", "golden").find("empty"), std::string::npos);
 }
 
 }  // namespace
