@@ -39,6 +39,9 @@ class ProcessWaiter;
 // The title of the message that a solve cannot write its files.
 inline constexpr const char* kSolverFilesTitle = "Cannot Write Solver Files";
 
+// The title of the message that the contour program failed.
+inline constexpr const char* kContourFailedTitle = "Contouring Failed";
+
 // The program names of this platform.
 inline constexpr const char* kSolverProgram = "tarno1";
 inline constexpr const char* kContourProgram = "contour";
