@@ -2,8 +2,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include <unistd.h>
+
 #include "lifecycle_fixture.h"
 #include "store/default_dirs.h"
+#include "store/lifecycle_basename.h"
 
 namespace tarno::test {
 namespace {
@@ -211,6 +214,8 @@ TEST_F(LifecycleTest, SaveAsCopiesAndOpensTheCopy) {
   const std::string copy = P("copy.trn");
   ASSERT_TRUE(session_->FileOpenProject(path));
   ui_.ExpectSaveFile(copy).Title("Save As");
+  // The copy stands in the folder of the original's solver files: its own base name.
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) { s.OK(ui_); });
   ASSERT_TRUE(session_->FileSaveAs());
   ui_.Verify();
   EXPECT_EQ(session_->Settings().DBName, copy);
@@ -284,6 +289,83 @@ TEST(SolverFilesProblem, NamesWhatKeepsTheFilesFromBeingWritten) {
   EXPECT_NE(SolverFilesProblem(dir + "/tarno-no-such-folder", "golden").find("tarno-no-such-folder"),
             std::string::npos);
   EXPECT_NE(SolverFilesProblem("", "golden").find("empty"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+namespace tarno::test {
+namespace {
+
+// A duplicate in the folder of the original's solver files gets a base name of its
+// own, derived from its file name and shown in the settings dialog, where any name
+// but the original's may be given; the original keeps its own.
+TEST_F(LifecycleTest, DuplicateInTheSameFolderGetsABaseNameOfItsOwn) {
+  const std::string path = MakeProject("orig.trn");
+  Exec(path, "update Project set TARNOBaseName = 'example'");
+  std::ofstream(P("scenario.SOL")) << "a file of another run";
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("Scenario B.trn"));
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) {
+    EXPECT_FALSE(s.CancelEnabled);
+    EXPECT_EQ(s.BaseName, "Scenari2");  // "Scenario" is in use
+    s.BaseName = "EXAMPLE";
+    EXPECT_FALSE(s.OK(ui_));
+    s.BaseName = "scen_b";
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  ui_.ExpectMessage(ProjectSettings::kBadNameTitle,
+                    {"Base file name EXAMPLE is used by the project " + path + " in this folder.",
+                     "Please enter another base file name."});
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(Text(P("Scenario B.trn"), "select TARNOBaseName from Project"), "scen_b");
+  EXPECT_EQ(session_->Settings().TARNOBaseName, "scen_b");
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "example");
+}
+
+// A duplicate in another folder whose solver files move beside it keeps the base
+// name; one whose solver files stay in the original's folder gets its own.
+TEST_F(LifecycleTest, DuplicateElsewhereGetsItsOwnNameOnlyWhenItSharesTheFolder) {
+  const std::string path = MakeProject("orig.trn");
+  Exec(path, "update Project set TARNOBaseName = 'example'");
+  std::filesystem::create_directories(P("other"));
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("other/moved.trn"));
+  ui_.ExpectMessageTitled("TARNO", Answer::Yes);
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(session_->Settings().TARNOBaseName, "example");
+  EXPECT_EQ(session_->Settings().TARNOPath, P("other"));
+
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("other/kept.trn"));
+  ui_.ExpectMessageTitled("TARNO", Answer::No);
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) {
+    EXPECT_EQ(s.BaseName, "kept");
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(Text(P("other/kept.trn"), "select TARNOBaseName from Project"), "kept");
+  EXPECT_EQ(Text(P("other/kept.trn"), "select TARNOBasePath from Project"), Dir());
+}
+
+TEST(DerivedBaseName, FromTheFileNameAndFreeInTheFolder) {
+  const auto dir = std::filesystem::temp_directory_path() / ("tarno-derived-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(dir);
+  for (const char* f : {"model.DAT", "model2.sol", "longname.XTR", "plan.trn"})
+    std::ofstream(dir / f) << "x";
+  EXPECT_EQ(DerivedBaseName("Plan", dir.string(), {"example"}), "Plan");  // project files do not count
+  EXPECT_EQ(DerivedBaseName("model", dir.string(), {}), "model3");
+  EXPECT_EQ(DerivedBaseName("Long name of a copy", dir.string(), {}), "Longnam2");
+  EXPECT_EQ(DerivedBaseName("example", dir.string(), {"EXAMPLE"}), "example2");
+  EXPECT_EQ(DerivedBaseName("%%%", dir.string(), {}), "copy");
+  for (const std::string name : {DerivedBaseName("a very long name", dir.string(), {"averylon"}),
+                                 DerivedBaseName("x", dir.string(), {})})
+    EXPECT_TRUE(ProjectSettings::ValidBaseName(name) && !ProjectSettings::HasBadFileCharacters(name))
+        << name;
+  std::filesystem::remove_all(dir);
 }
 
 }  // namespace
