@@ -449,7 +449,7 @@ TEST(ProgramRun, TraceWithoutParticlesIsNoProblem) {
   auto file = with(with(kHeader, wellAndRiver()),
                    {" layout ", " window -1000.00 -1000.00 1000.00 1000.00 ", " quit ", " time 0",
                     " solve 3 3 0 1", " trace", " picture off", " file demo", " y ", " time 3650", " step 1",
-                    " points", " quit", " go", " quit", " stop"});
+                    " go", " quit", " stop"});
   writeLines(dir.path() / "DEMO.DAT", file);
   ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
   EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
