@@ -361,7 +361,7 @@ TEST(DerivedBaseName, FromTheFileNameAndFreeInTheFolder) {
   EXPECT_EQ(DerivedBaseName("Long name of a copy", dir.string(), {}), "Longnam2");
   EXPECT_EQ(DerivedBaseName("example", dir.string(), {"EXAMPLE"}), "example2");
   EXPECT_EQ(DerivedBaseName("%%%", dir.string(), {}), "copy");
-  for (const std::string name : {DerivedBaseName("a very long name", dir.string(), {"averylon"}),
+  for (const std::string& name : {DerivedBaseName("a very long name", dir.string(), {"averylon"}),
                                  DerivedBaseName("x", dir.string(), {})})
     EXPECT_TRUE(ProjectSettings::ValidBaseName(name) && !ProjectSettings::HasBadFileCharacters(name))
         << name;
