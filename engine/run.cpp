@@ -4,6 +4,7 @@
 #include "engine/files.h"
 #include "engine/grid.h"
 #include "engine/logs.h"
+#include "engine/report.h"
 #include "engine/solution.h"
 #include "engine/trace.h"
 
@@ -288,6 +289,8 @@ class Runner {
   bool modelChanged_ = false;
   int currentLine_ = 0;
   std::string baseName_;
+  std::string started_;
+  std::optional<SolveReport> lastSolve_;
   std::chrono::steady_clock::time_point start_;
 
   // Warnings of the engine go to the error log under the line of the step that
@@ -316,7 +319,8 @@ class Runner {
         else logs_.openEcho(l->file, s.line, file_.lines);
       }
     logs_.message("tarno1: analytic element solver");
-    logs_.message("Started " + clockText());
+    started_ = clockText();
+    logs_.message("Started " + started_);
     logs_.message("Command file: " + commandFile_.string() + " (" + std::to_string(file_.lines.size()) + " lines read)");
     if (!sizeArg_.empty()) {
       char* end = nullptr;
@@ -344,6 +348,7 @@ class Runner {
       std::visit([&](const auto& d) { this->apply(step.line, d); }, step.data);
     }
     if (!file_.stopped) logs_.message("End of the command file reached without \" stop\".");
+    writeOutputReport();
     double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
     logs_.message("Files written: " + std::to_string(logs_.filesWritten().size()));
     for (const auto& f : logs_.filesWritten()) logs_.message("  " + f);
@@ -477,7 +482,28 @@ class Runner {
     // The engine writes the counts, the iterations, the water balance and the
     // times to the message log itself (through the callback above), and warns
     // through the warning sink when the iterations did not meet every condition.
-    (void)r;
+    // The output report at the end of the run tells the last solve.
+    lastSolve_ = r;
+  }
+
+  // <name>.OUT, the report of the run for a person to read, after a run that solved.
+  // A run that only loads a solution (a regrid, an inspection) leaves the report of
+  // the solve in place.
+  void writeOutputReport() {
+    if (!lastSolve_ || !solution_ || !solution_->solved()) return;
+    const std::string name = baseName_.empty() ? commandFile_.stem().string() : baseName_;
+    fs::path p = prepareOutputFile(workDir_, name + ".OUT");
+    RunReportHeader header;
+    header.title = model_.title;
+    header.baseName = name;
+    header.commandFile = commandFile_.filename().string();
+    header.started = started_;
+    header.time = model_.time;
+    std::ostringstream text;
+    SolutionSource source(*solution_);
+    writeRunReport(text, header, solution_->model(), *lastSolve_, source);
+    if (writeText(p, text.str())) logs_.wrote("output report", p);
+    else logs_.problem(0, "", "the output report " + p.filename().string() + " could not be written");
   }
 
   void apply(int, const TimeCommand& c) {
@@ -841,9 +867,10 @@ class Runner {
       logs_.problem(tr.timeLine, "", "the longest travel time " + number(*tr.time) +
                                          " is not positive; the paths were traced without a time limit");
     }
+    // A model without particles is common (nothing to trace is asked for): the run
+    // says so in the message log, not as a problem in the error log.
     if (particles.empty())
-      logs_.problem(tr.goLine, "", "trace \"go\": there are no particles to trace; " + p.filename().string() +
-                                       " holds no paths");
+      logs_.message("Trace: there are no particles to trace; " + p.filename().string() + " holds no paths");
     if (modelChanged_)
       logs_.problem(tr.goLine, "", "elements or aquifer data given after the last solve are not in the solution that "
                                    "the paths follow");

@@ -112,12 +112,8 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
     err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
     return 1;
   }
-  if (base.empty() || dir.empty() || !fs::is_directory(dir)) {
-    err << "tarnocmd: the project " << options.path
-        << " has no usable solver base name and directory (base name \"" << base
-        << "\", directory \"" << dir.string() << "\")\n";
-    return 1;
-  }
+  // A base name or a folder that cannot take the solver files is told by the
+  // solve itself ("Cannot Write Solver Files"), before it deletes anything.
   // The state of the solution as the files of an earlier run leave it.
   state.SolutionPresent = !FindFileNoCase(dir, base + ".SOL").empty();
   state.ContoursPresent = !FindFileNoCase(dir, base + ".GRD").empty();
@@ -162,6 +158,10 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   switch (r.outcome) {
     case SolveOutcome::Cancelled:
       err << "tarnocmd: the solve was cancelled\n";
+      return 1;
+    case SolveOutcome::Refused:
+      // The message above says why; nothing of the project was changed.
+      err << "tarnocmd: the solve was not started\n";
       return 1;
     case SolveOutcome::Failed:
       err << "tarnocmd: the solve failed: " << r.failure << "\n";

@@ -1,6 +1,7 @@
 #include "solver/solve_controller.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -11,12 +12,14 @@
 
 #include "core/error.h"
 #include "core/error_trap.h"
+#include "core/text.h"
 #include "core/scripted_ui.h"
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"
 #include "solver/process.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
+#include "store/dialogs.h"
 
 namespace tarno {
 
@@ -25,6 +28,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kWaitWidth = 3000;
+
+// The numbers of grid points across that the solver's "horizontalpoints" takes.
+constexpr int kSolverMinGridPoints = 2;
+constexpr int kSolverMaxGridPoints = 100000;
 
 std::string Lower(std::string s) {
   for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -73,6 +80,13 @@ ProjectFiles ReadProjectFiles(Database& db) {
   return {p.GetText("TARNOBaseName"), fs::path(p.GetText("TARNOBasePath"))};
 }
 
+// A number as the contourer's argument, in its shortest form ("3", "0.5").
+std::string NumberText(double v) {
+  char buf[40];
+  std::snprintf(buf, sizeof buf, "%.15g", v);
+  return buf;
+}
+
 // The levels of the contourer: from the grid's range for the stream function,
 // otherwise the texts of the settings as they stand.
 void ContourLevels(const ModelSettings& s, const fs::path& grid, std::string& min,
@@ -97,29 +111,53 @@ void ContourLevels(const ModelSettings& s, const fs::path& grid, std::string& mi
     interval = b.str();
     max = c.str();
   } else {
-    min = s.tbContourMin;
-    interval = s.tbContourInt;
-    max = s.tbContourMax;
+    // The numbers the fields read as (a field that is no number reads as 0, as
+    // everywhere in the settings), so that the contourer is never given a text
+    // it refuses.
+    min = NumberText(Val(s.tbContourMin));
+    interval = NumberText(Val(s.tbContourInt));
+    max = NumberText(Val(s.tbContourMax));
   }
 }
 
 // Runs the contourer on <base>.GRD and waits for it; returns its exit status.
+// The old <base>.CTR stays until the contourer replaces it (it writes a temporary
+// file and renames it), so a failed run leaves the last contour lines in place. A
+// run that fails is told in a message that quotes what the contourer said.
 int RunContour(SolveContext& ctx, const ProjectFiles& pf, const std::string& min,
                const std::string& interval, const std::string& max) {
   UserInterface& ui = *ctx.ui;
   noexecutable(ui, ctx.programDirectory, kContourProgram);
   ui.PleaseWaitShow("Contouring...", kWaitWidth);
-  DeleteNoCase(pf.dir, pf.base + ".CTR", nullptr);
+  std::error_code ec;
+  const fs::path errors = fs::temp_directory_path(ec) /
+                          ("tarno-contour-" + std::to_string(::getpid()) + ".err");
   int status = -1;
   try {
     const pid_t pid = StartProgram(ctx.programDirectory / kContourProgram,
-                                   {pf.base, min, interval, max}, pf.dir, ctx.programOutput);
+                                   {pf.base, min, interval, max}, pf.dir, ctx.programOutput,
+                                   errors);
     status = WaitForTerm1(*ctx.waiter, pid);
   } catch (...) {
     ui.PleaseWaitHide();
+    fs::remove(errors, ec);
     throw;
   }
   ui.PleaseWaitHide();
+  std::vector<std::string> said = ReadLines(errors);
+  fs::remove(errors, ec);
+  if (status != 0) {
+    std::vector<std::string> lines{"The contour program failed (exit status " +
+                                   std::to_string(status) + ") on " + pf.base + ".GRD with the levels " +
+                                   min + " to " + max + " by " + interval + "."};
+    for (const std::string& l : said)
+      if (!l.empty()) lines.push_back(l);
+    if (said.empty()) lines.push_back("It gave no reason.");
+    lines.push_back(FindFileNoCase(pf.dir, pf.base + ".CTR").empty()
+                        ? "No contour lines are drawn."
+                        : "The contour lines drawn before are kept.");
+    ui.MessageBox(kContourFailedTitle, lines, Buttons::OK, Icon::Exclamation);
+  }
   return status;
 }
 
@@ -155,6 +193,33 @@ void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
   // 2. The project and its directory (the working directory of the solver).
   Database db = Database::Open(ctx.projectPath);
   const ProjectFiles pf = ReadProjectFiles(db);
+
+  // A base name or a folder that the file system refuses is told before anything
+  // is deleted: the present solution stays as it is.
+  const std::string problem = SolverFilesProblem(pf.dir.string(), pf.base);
+  if (!problem.empty()) {
+    ui.MessageBox(kSolverFilesTitle,
+                  {"The solver files cannot be written.", problem,
+                   "Change the base file name or the path in Project Settings, then solve again."},
+                  Buttons::OK, Icon::Exclamation);
+    report.outcome = SolveOutcome::Refused;
+    return;
+  }
+
+  // The number of grid points across must be one the solver takes: it skips a
+  // "horizontalpoints" line out of its range, and the grid would then not be the
+  // one asked for. A custom Contour Level of 0 or 1 passes the settings' check.
+  const int across = settings.DetailedContours();
+  if (settings.chkContour && (across < kSolverMinGridPoints || across > kSolverMaxGridPoints)) {
+    ui.MessageBox("Bad Entry",
+                  {"The contour grid needs from " + std::to_string(kSolverMinGridPoints) + " to " +
+                       std::to_string(kSolverMaxGridPoints) + " points across; the Contour Level is " +
+                       std::to_string(across) + ".",
+                   "Please enter a new Contour Level in the Model Settings, or turn the contours off."},
+                  Buttons::OK, Icon::Exclamation);
+    report.outcome = SolveOutcome::Refused;
+    return;
+  }
 
   // 3. New solution or not.
   bool newSolution = false;
@@ -350,7 +415,9 @@ void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLog
     ContourLevels(s, grid, min, interval, max);
     report.contourStatus = RunContour(ctx, pf, min, interval, max);
     report.contourRun = true;
-    state.ContourLinesPresent = true;
+    // A failed run leaves the contour lines there were (told by RunContour).
+    state.ContourLinesPresent =
+        report.contourStatus == 0 || !FindFileNoCase(pf.dir, pf.base + ".CTR").empty();
   }
   Enable(ctx, "chkContour", state.ContourLinesPresent);
   Enable(ctx, "chkComputePaths", !FindFileNoCase(pf.dir, pf.base + ".PTH").empty());
@@ -514,16 +581,11 @@ void InvalidateContours(SolveContext& ctx) {
       const ProjectFiles pf = ReadProjectFiles(db);
       Statement m = db.Prepare("select CONTOURMinimum, CONTOURInterval, CONTOURMaximum from Model");
       if (!m.Step()) throw Error("The Model table has no row");
-      // The numbers as text in their shortest form ("3", "0.5").
-      auto text = [&](int c) {
-        char buf[40];
-        std::snprintf(buf, sizeof buf, "%.15g", m.GetDouble(c));
-        return std::string(buf);
-      };
-      const std::string min = text(0), interval = text(1), max = text(2);
+      const std::string min = NumberText(m.GetDouble(0)), interval = NumberText(m.GetDouble(1)),
+                        max = NumberText(m.GetDouble(2));
       db.Close();
-      RunContour(ctx, pf, min, interval, max);
-      ctx.state->ContourLinesPresent = true;
+      // A failed run has been told and leaves the contour lines there were.
+      if (RunContour(ctx, pf, min, interval, max) == 0) ctx.state->ContourLinesPresent = true;
     } catch (const UnexpectedUiCall&) {
       throw;
     } catch (const std::exception&) {

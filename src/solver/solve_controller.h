@@ -36,6 +36,12 @@ class Database;
 class ModelSettings;
 class ProcessWaiter;
 
+// The title of the message that a solve cannot write its files.
+inline constexpr const char* kSolverFilesTitle = "Cannot Write Solver Files";
+
+// The title of the message that the contour program failed.
+inline constexpr const char* kContourFailedTitle = "Contouring Failed";
+
 // The program names of this platform.
 inline constexpr const char* kSolverProgram = "tarno1";
 inline constexpr const char* kContourProgram = "contour";
@@ -92,6 +98,9 @@ struct SolveOptions {
 
 enum class SolveOutcome {
   Cancelled,  // the user stopped at a question; nothing changed
+  Refused,    // a setting keeps the solve from starting (the solver files cannot be
+              // written, the contour grid is out of range); a message said which;
+              // nothing changed
   Fatal,      // the solver left TARNO.OPS, or was ended by a signal
   Completed,  // the results were processed
   Failed,     // an error ended the operation (reported by TARNOErrorAnalysis)

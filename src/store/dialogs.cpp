@@ -1,9 +1,72 @@
 #include "store/dialogs.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
 #include "core/text.h"
 #include "store/database.h"
 
 namespace tarno {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string LowerText(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
+bool SameFolder(const std::string& a, const std::string& b) {
+  std::error_code ec;
+  if (fs::equivalent(a, b, ec) && !ec) return true;
+  std::string x = a, y = b;
+  while (x.size() > 1 && x.back() == '/') x.pop_back();
+  while (y.size() > 1 && y.back() == '/') y.pop_back();
+  return LowerText(x) == LowerText(y);
+}
+
+// The problem of a folder as it stands: empty when files can be written in it.
+std::string FolderProblem(const std::string& path) {
+  if (path.empty()) return "The path of the solver files is empty.";
+  std::error_code ec;
+  if (!fs::exists(path, ec)) return "The path " + path + " does not exist.";
+  if (!fs::is_directory(path, ec)) return "The path " + path + " is not a folder.";
+  if (::access(path.c_str(), W_OK | X_OK) != 0)
+    return "No files can be written in the folder " + path + ".";
+  return {};
+}
+
+}  // namespace
+
+bool ProjectSettings::HasBadFileCharacters(const std::string& name) {
+  const std::string trimmed = TrimST(name);
+  for (unsigned char c : trimmed) {
+    if (c < 32 || c == 127) return true;
+    if (std::string_view("/\\:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos) return true;
+  }
+  return !trimmed.empty() && trimmed.find_first_not_of('.') == std::string::npos;
+}
+
+std::string SolverFilesProblem(const std::string& directory, const std::string& baseName) {
+  const std::string name = TrimST(baseName);
+  if (name.empty()) return "The base file name of the solver files is empty.";
+  if (ProjectSettings::HasBadFileCharacters(name))
+    return "The base file name \"" + name + "\" holds a character that a file name may not hold.";
+  std::string problem = FolderProblem(directory);
+  if (!problem.empty()) return problem;
+  // A command file left read-only by an earlier run cannot be replaced.
+  for (const std::string& file : {name + ".DAT", std::string("REGRID.DAT")}) {
+    const fs::path p = fs::path(directory) / file;
+    std::error_code ec;
+    if (fs::exists(p, ec) && ::access(p.c_str(), W_OK) != 0)
+      return "The command file " + p.string() + " cannot be written.";
+  }
+  return {};
+}
 
 void NewDatabaseWizard::Reset() {
   Result = kAbort;
@@ -109,10 +172,38 @@ bool ProjectSettings::OK(UserInterface& ui) {
     ui.MessageBox(kBadNameTitle, {kBadNameText});
     return false;
   }
-  BaseName = name;
-  std::string path = BasePath;
+  if (HasBadFileCharacters(name)) {
+    ui.MessageBox(kBadNameTitle, {kBadNameCharactersText});
+    return false;
+  }
+  std::string path = TrimST(BasePath);
   // The path is kept without a closing separator, as a new project stores it.
   while (path.size() > 1 && path.back() == '/') path.pop_back();
+  std::error_code ec;
+  if (!path.empty() && !fs::exists(path, ec)) {
+    if (!ui.Question(kCreateFolderTitle, {"The path " + path + " does not exist.", "Create it?"}))
+      return false;
+    fs::create_directories(path, ec);
+    if (ec) {
+      ui.MessageBox(kBadPathTitle, {"The path " + path + " cannot be created: " + ec.message() + ".",
+                                    "Please enter another path."});
+      return false;
+    }
+  }
+  const std::string problem = FolderProblem(path);
+  if (!problem.empty()) {
+    ui.MessageBox(kBadPathTitle, {problem, "Please enter another path."});
+    return false;
+  }
+  if (!TakenBaseNames.empty() && SameFolder(path, TakenFolder)) {
+    for (const std::string& taken : TakenBaseNames) {
+      if (LowerText(taken) != LowerText(name)) continue;
+      ui.MessageBox(kBadNameTitle, {"Base file name " + name + " is used by " + TakenBy + " in this folder.",
+                                    "Please enter another base file name."});
+      return false;
+    }
+  }
+  BaseName = name;
   WriteNames(name, path, &Description);
   TARNOBaseName = name;
   TARNOPath = path;

@@ -82,6 +82,12 @@ const std::vector<std::string>& ReopenProjectLines();
 // "Meters" or "Feet", the texts of the read-only unit fields.
 std::string UnitText(bool meters);
 
+// What keeps the solver files <directory>/<baseName>.* from being written: an
+// empty text when nothing does, else one sentence that names the name or the path
+// (a bad base name, a missing folder, a path that is not a folder, a folder or a
+// command file that cannot be written).
+std::string SolverFilesProblem(const std::string& directory, const std::string& baseName);
+
 // ---------------------------------------------------------------------------
 // Project settings.
 
@@ -95,6 +101,12 @@ class ProjectSettings : public DialogModel {
   static constexpr const char* kBadNameText =
       "Base file name must be less than 8 characters, with no spaces";
   static constexpr int kMaxBaseNameLength = 8;
+  // The checks of a name the file system would refuse, of a missing folder and of
+  // a folder where no file can be written.
+  static constexpr const char* kBadNameCharactersText =
+      "Base file name must not contain any of the characters / \\ : * ? \" < > |";
+  static constexpr const char* kBadPathTitle = "Bad path";
+  static constexpr const char* kCreateFolderTitle = "Create Folder?";
 
   std::string DialogName() const override { return kName; }
 
@@ -105,9 +117,11 @@ class ProjectSettings : public DialogModel {
   // Reads the Model's two units into ModelCompUnits and ModelMapUnits.
   void LoadUnits();
 
-  // OK: checks the base name (trimmed; at most 8 characters, no blank, not empty).
-  // A bad name shows "Bad file name" and the dialog stays (returns false). A good
-  // one writes the description, the name and the path to the Project row, sets
+  // OK: checks the base name (trimmed; at most 8 characters, no blank, not empty,
+  // none of the characters a file name may not hold) and the path (it must be a
+  // folder where files can be written; a missing one is offered to be created).
+  // A bad name or path shows its message and the dialog stays (returns false). A
+  // good one writes the description, the name and the path to the Project row, sets
   // TARNOBaseName, TARNOPath and Result 1, and the dialog hides (returns true).
   bool OK(UserInterface& ui);
   // Cancel: Result 2, the names and path of Load are written back; the dialog
@@ -120,6 +134,17 @@ class ProjectSettings : public DialogModel {
 
   // Whether a base file name passes the OK check (after trimming).
   static bool ValidBaseName(const std::string& name);
+  // Whether a base file name holds a character that no file name may hold here or
+  // on the other systems a project may be carried to (/ \ : * ? " < > |, control
+  // characters), or is made of dots only.
+  static bool HasBadFileCharacters(const std::string& name);
+
+  // Base names that the dialog refuses for the present path (a project copied into
+  // the folder of its original must not share the original's solver files); empty
+  // unless the caller sets it. The message names the project that uses the name.
+  std::vector<std::string> TakenBaseNames;
+  std::string TakenFolder;
+  std::string TakenBy;
 
   // State.
   std::string DBName;          // full path of the open file

@@ -138,6 +138,11 @@ std::string ProcessCurrentDirectory() {
   return ec ? std::string() : cwd.string();
 }
 
+std::string LowerCase(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
 // Case-blind comparison of two directories, each with its closing separator.
 bool SameDirectory(const std::string& a, const std::string& b) {
   const std::string x = WithClosingSeparator(a), y = WithClosingSeparator(b);
@@ -565,15 +570,50 @@ bool ProjectSession::FileSaveAs() {
         return;
       }
     }
+    const std::string originalBase = settings_.TARNOBaseName;
+    const std::string originalPath = settings_.TARNOPath;
     CloseProjectBody();
     if (!same) {
       fs::copy_file(present, target, fs::copy_options::overwrite_existing, ec);
       if (ec) throw Error("Cannot copy " + present + " to " + target + ": " + ec.message());
     }
     done = FileOpenProject(target);
+    if (done && !same) GiveCopyItsOwnBaseName(target, present, originalBase, originalPath);
     hooks_.SetUpToolbar();
   });
   return done;
+}
+
+// A copy whose solver files would stand in the folder of the original's under the
+// same base name would overwrite the original's run files at its next solve (and
+// the original's at the copy's). It gets a base name of its own, derived from its
+// file name, written at once and shown in the settings dialog, where it may be
+// changed to any name but the original's.
+void ProjectSession::GiveCopyItsOwnBaseName(const std::string& copy, const std::string& original,
+                                            const std::string& originalBase,
+                                            const std::string& originalPath) {
+  if (!SameDirectory(settings_.TARNOPath, originalPath)) return;
+  if (LowerCase(settings_.TARNOBaseName) != LowerCase(originalBase)) return;
+  const std::string derived =
+      DerivedBaseName(fs::path(copy).stem().string(), settings_.TARNOPath, {originalBase});
+  {
+    Database db = Database::Open(copy);
+    Statement st = db.Prepare("update Project set TARNOBaseName = ?;");
+    st.Bind(1, derived);
+    st.Run();
+  }
+  settings_.Load(copy);
+  settings_.TakenBaseNames = {originalBase};
+  settings_.TakenFolder = originalPath;
+  settings_.TakenBy = "the project " + original;
+  settings_.CancelEnabled = false;
+  ui_.ShowModal(settings_);
+  settings_.CancelEnabled = true;
+  settings_.TakenBaseNames.clear();
+  settings_.TakenFolder.clear();
+  settings_.TakenBy.clear();
+  settings_.BaseName = settings_.TARNOBaseName;
+  settings_.BasePath = settings_.TARNOPath;
 }
 
 // --- FileCloseProject, CloseAll --------------------------------------------

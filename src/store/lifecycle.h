@@ -200,6 +200,8 @@ class ProjectSession {
   std::string RememberedDirectory(const std::string& key);
   bool CloseAllBody();
   void CloseProjectBody();
+  void GiveCopyItsOwnBaseName(const std::string& copy, const std::string& original,
+                              const std::string& originalBase, const std::string& originalPath);
 
   UserInterface& ui_;
   SessionHooks& hooks_;

@@ -1,6 +1,10 @@
 #include "store/lifecycle_basename.h"
 
+#include <algorithm>
+#include <cctype>
 #include <ctime>
+#include <filesystem>
+#include <set>
 #include <string>
 
 #include "core/error.h"
@@ -54,6 +58,43 @@ std::string DefaultBaseNameNow() {
   t.minute = tm.tm_min;
   t.second = tm.tm_sec;
   return DefaultBaseName(t);
+}
+
+namespace {
+
+std::string Lowered(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
+}  // namespace
+
+std::string DerivedBaseName(const std::string& fileStem, const std::string& folder,
+                            const std::vector<std::string>& taken) {
+  std::set<std::string> used;
+  for (const std::string& t : taken) used.insert(Lowered(t));
+  std::error_code ec;
+  for (std::filesystem::directory_iterator it(folder, ec), end; !ec && it != end;
+       it.increment(ec)) {
+    // Project files do not count: a project is often named as its solver files.
+    const std::string file = Lowered(it->path().filename().string());
+    if (file.ends_with(".trn") || file.ends_with(".trn.compress")) continue;
+    used.insert(Lowered(it->path().stem().string()));
+  }
+
+  std::string stem;
+  for (unsigned char c : fileStem) {
+    if (std::isalnum(c) || c == '_' || c == '-') stem += static_cast<char>(c);
+    if (stem.size() == 8) break;
+  }
+  if (stem.empty()) stem = "copy";
+  if (!used.count(Lowered(stem))) return stem;
+  for (int n = 2; n < 1000; ++n) {
+    const std::string number = std::to_string(n);
+    const std::string name = stem.substr(0, std::min(stem.size(), 8 - number.size())) + number;
+    if (!used.count(Lowered(name))) return name;
+  }
+  return DefaultBaseNameNow();
 }
 
 }  // namespace tarno

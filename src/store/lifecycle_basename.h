@@ -13,6 +13,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tarno {
 
@@ -30,5 +31,13 @@ std::string DefaultBaseName(const LocalDateTime& t);
 
 // The base name for the present local date and time.
 std::string DefaultBaseNameNow();
+
+// A base name of its own for a project copied into the folder of the solver files
+// of another: made from the copy's file name (letters, digits, '_' and '-', at most
+// eight), with a number in its last places when that name is among `taken` or a
+// file of that name (any extension, any case) already stands in `folder`. A file
+// name with none of those characters starts from "copy".
+std::string DerivedBaseName(const std::string& fileStem, const std::string& folder,
+                            const std::vector<std::string>& taken);
 
 }  // namespace tarno

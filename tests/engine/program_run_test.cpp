@@ -6,8 +6,10 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -437,4 +439,85 @@ TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {
       EXPECT_NEAR(std::strtod(f[11].c_str(), nullptr), 25.0, 1e-9) << l;
       EXPECT_NEAR(std::strtod(f[13].c_str(), nullptr), 1e-3, 1e-12) << l;
     }
+}
+
+// A trace block with no particles (a model without particles, wells without
+// particles) is nothing to trace, not a problem: the error log stays clean, so the
+// front end does not show it, and the message log says why the pathline file is empty.
+TEST(ProgramRun, TraceWithoutParticlesIsNoProblem) {
+  TempDir dir;
+  auto file = with(with(kHeader, wellAndRiver()),
+                   {" layout ", " window -1000.00 -1000.00 1000.00 1000.00 ", " quit ", " time 0",
+                    " solve 3 3 0 1", " trace", " picture off", " file demo", " y ", " time 3650", " step 1",
+                    " go", " quit", " stop"});
+  writeLines(dir.path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+  EXPECT_TRUE(fs::exists(dir.path() / "demo.PTH"));
+  EXPECT_NE(readAll(dir.path() / "message.log").find("no particles to trace"), std::string::npos);
+}
+
+// A run that solves writes <name>.OUT, a report for a person to read: the header,
+// the model in words, the iterations, the water balance and the element results,
+// with CR LF line ends. A later run that only loads the solution leaves it as it is.
+TEST(ProgramRun, SolveWritesTheOutputReport) {
+  TempDir dir;
+  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
+  ASSERT_TRUE(fs::exists(dir.path() / "demo.OUT"));
+  const std::string text = readAll(dir.path() / "demo.OUT");
+  size_t bare = 0;
+  for (size_t i = 0; i < text.size(); ++i)
+    if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) ++bare;
+  EXPECT_EQ(bare, 0u) << "every line ends with CR LF";
+  std::vector<std::string> lines = readLines(dir.path() / "demo.OUT");
+  for (auto& l : lines)
+    if (!l.empty() && l.back() == '\r') l.pop_back();
+  auto has = [&](const std::string& part) {
+    return std::any_of(lines.begin(), lines.end(), [&](const std::string& l) { return l.find(part) != std::string::npos; });
+  };
+  auto lineWith = [&](const std::string& part) {
+    for (const auto& l : lines)
+      if (l.find(part) != std::string::npos) return l;
+    return std::string();
+  };
+  EXPECT_TRUE(has("Title:         well and river"));
+  EXPECT_TRUE(has("Base name:     demo"));
+  EXPECT_TRUE(has("Command file:  DEMO.DAT"));
+  EXPECT_TRUE(has("Aquifer: base 0, thickness 50 (top 50), hydraulic conductivity 10, porosity 0.25."));
+  EXPECT_TRUE(has("  wells: 1 (1 discharge specified, 0 head specified)"));
+  EXPECT_TRUE(has("  line-sink strings: 1 with 48 segments"));
+  EXPECT_TRUE(has("    head specified: 1 string, 48 segments"));
+  EXPECT_TRUE(has("Equations (unknowns): 49"));
+  for (const char* heading : {"Model", "Iterations", "Water balance", "Results"}) {
+    auto it = std::find(lines.begin(), lines.end(), heading);
+    ASSERT_NE(it, lines.end()) << heading;
+    ASSERT_NE(it + 1, lines.end());
+    EXPECT_EQ(*(it + 1), std::string(std::strlen(heading), '='));
+  }
+  EXPECT_TRUE(has("Converged: every condition was met."));
+  // The well's row: its label, then x, y, radius, discharge and head.
+  std::istringstream well(lineWith("WL_000001"));
+  std::string label;
+  double x = 0, y = 0, radius = 0, discharge = 0, head = 0;
+  well >> label >> x >> y >> radius >> discharge >> head;
+  EXPECT_EQ(x, 200.0);
+  EXPECT_DOUBLE_EQ(discharge, 500.0);
+  // The well's screen runs dry in this model: the dry head stands there.
+  EXPECT_TRUE(head == -9999.0 || (head > 0.0 && head < 10.0)) << head;
+  // The balance closes: the total row's inflow and outflow agree.
+  std::istringstream total(lineWith("total "));
+  double in = 0, out = 0;
+  total >> label >> in >> out;
+  EXPECT_GT(in, 0.0);
+  EXPECT_NEAR(in, out, 1e-6 * in);
+  EXPECT_TRUE(has("LS_000002_0200"));
+  EXPECT_NE(readAll(dir.path() / "message.log").find("demo.OUT"), std::string::npos);
+
+  // A regrid loads the solution and solves nothing: the report of the solve stays.
+  writeLines(dir.path() / "REGRID.DAT",
+             with(kHeader, {" load demo", " grid", " window -100 -100 100 100", " horizontalpoints 5", " go",
+                            " surfer demo", " y", " quit", " stop"}));
+  ASSERT_EQ(runTarno1(dir.path(), "61 REGRID.DAT"), 0);
+  EXPECT_EQ(readAll(dir.path() / "demo.OUT"), text);
 }

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "program_test_util.h"
@@ -172,6 +173,39 @@ TEST_F(TarnocmdSolve, BadArgumentsAndTables) {
   const RunResult missing = Run({"solve", (dir_ / "nothing.trn").string()});
   EXPECT_EQ(missing.status, 1);
   EXPECT_TRUE(Contains(missing.err, "nothing.trn")) << missing.err;
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+namespace tarno::test {
+namespace {
+
+// A base name or a folder that the file system refuses stops the solve before it
+// deletes anything: the message names the name or the path, the run files of the
+// last solve stay, and the general error trap is never reached.
+TEST_F(TarnocmdSolve, UnwritableSolverFilesAreToldAndTheSolutionStays) {
+  ASSERT_EQ(Run({"solve", project_}).status, 0);
+  ASSERT_TRUE(fs::exists(dir_ / "example.SOL"));
+  const std::string missing = (dir_ / "no such folder").string();
+  for (const auto& [name, path, named] :
+       std::vector<std::tuple<std::string, std::string, std::string>>{
+           {"a/b*c", dir_.string(), "a/b*c"}, {"example", missing, missing}}) {
+    SCOPED_TRACE(name + " in " + path);
+    {
+      Database db = Database::Open(project_);
+      Statement st = db.PrepareRaw("update Project set TARNOBaseName = ?, TARNOBasePath = ?");
+      st.Bind(1, name).Bind(2, path);
+      st.Run();
+    }
+    const RunResult r = Run({"solve", project_});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(Contains(r.err, "Cannot Write Solver Files")) << r.err;
+    EXPECT_TRUE(Contains(r.err, named)) << r.err;
+    EXPECT_FALSE(Contains(r.err, "Unhandled error")) << r.err;
+    EXPECT_TRUE(fs::exists(dir_ / "example.SOL"));
+    EXPECT_TRUE(fs::exists(dir_ / "example.XTR"));
+  }
 }
 
 }  // namespace

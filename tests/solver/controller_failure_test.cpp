@@ -274,3 +274,68 @@ TEST_F(SolveFailure, MissingContourProgramThenPresentContourProgram) {
 
 }  // namespace
 }  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+class SolverFilesRefused : public ControllerTest {
+ protected:
+  void SetUp() override {
+    ControllerTest::SetUp();
+    const auto w = Point(50, 50);
+    Sql("insert into Wells (VID, Label, Head) values (" + std::to_string(w) + ", 'North', 300)");
+    Context();
+    state_.ReferenceHead = 1;
+    GoodSolver();
+  }
+  void SetSolverFiles(const std::string& base, const std::string& dir) {
+    Statement st = db_.PrepareRaw("update Project set TARNOBaseName = ?, TARNOBasePath = ?");
+    st.Bind(1, base).Bind(2, dir);
+    st.Run();
+  }
+  SolveReport Solve() {
+    SolveOptions o;
+    o.Prompt = false;
+    return ModelRunTARNO(ctx_, o);
+  }
+};
+
+// A base name with a separator, a missing folder, a file in place of the folder and a
+// read-only command file: each is told before anything is deleted, with the name or
+// the path, never through the general error trap; the solution of the last run stays.
+TEST_F(SolverFilesRefused, PathProblemsAreToldBeforeTheSolutionIsDiscarded) {
+  ASSERT_EQ(Solve().outcome, SolveOutcome::Completed);
+  ui_.Verify();
+  ASSERT_TRUE(state_.SolutionPresent);
+  Touch("afile");
+  Touch("golden.DAT");
+  const std::string dir = Dir().string();
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"a/b*c", dir}, {"golden", dir + "/missing"}, {"golden", dir + "/afile"}, {"golden", dir}};
+  for (const auto& [base, path] : cases) {
+    SCOPED_TRACE(base + " in " + path);
+    const bool readOnlyDat = base == "golden" && path == dir;
+    if (readOnlyDat) {
+      std::filesystem::permissions(Dir() / "golden.DAT", std::filesystem::perms::owner_read);
+      if (::access((Dir() / "golden.DAT").c_str(), W_OK) == 0) continue;  // the superuser writes anyway
+    }
+    SetSolverFiles(base, path);
+    ui_.ClearRecord();
+    ui_.ExpectMessageTitled(kSolverFilesTitle);
+    const SolveReport r = Solve();
+    ui_.Verify();
+    EXPECT_EQ(r.outcome, SolveOutcome::Refused);
+    ASSERT_EQ(ui_.Calls().size(), 1u);
+    const auto& lines = ui_.Calls()[0].lines;
+    const std::string named = readOnlyDat ? (Dir() / "golden.DAT").string() : base == "a/b*c" ? base : path;
+    EXPECT_TRUE(std::any_of(lines.begin(), lines.end(),
+                            [&](const std::string& l) { return l.find(named) != std::string::npos; }));
+    EXPECT_TRUE(r.deletedFiles.empty());
+    EXPECT_TRUE(state_.SolutionPresent);
+    EXPECT_TRUE(Has("golden.SOL"));
+    EXPECT_TRUE(Has("golden.XTR"));
+  }
+}
+
+}  // namespace
+}  // namespace tarno::testing

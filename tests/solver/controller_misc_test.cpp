@@ -40,6 +40,94 @@ TEST_F(ControllerTest, NewGridIsContouredWithTheLevelsAsTheyStand) {
   EXPECT_NE(std::find(menus_.begin(), menus_.end(), "chkContour+"), menus_.end());
 }
 
+// A field that is no number reads as 0 everywhere in the settings; the contourer is
+// given that number, not the text it would refuse.
+TEST_F(ControllerTest, ContourLevelsAreTheNumbersTheFieldsReadAs) {
+  GoodSolver("*\\r\\n", std::string("printf '") + kGrid + "' > golden.GRD");
+  FakeProgram("contour", ": > \"$1.CTR\"");
+  SolveContext& ctx = Context();
+  settings_.chkContour = true;
+  settings_.SelectContourProperty(kContourHeads);
+  settings_.tbContourMin = "abc";
+  settings_.tbContourInt = " .5m";
+  settings_.tbContourMax = "12.0";
+  state_.ReferenceHead = 1;
+  SolveOptions o;
+  const SolveReport r = ModelRunTARNO(ctx, o);
+  ui_.Verify();
+  ASSERT_EQ(r.outcome, SolveOutcome::Completed) << r.failure;
+  EXPECT_EQ(Args("contour"), "golden 0 0.5 12");
+}
+
+// A contourer that fails is told with what it said; the contour lines of the last
+// run stay until a run replaces them.
+TEST_F(ControllerTest, FailedContourRunIsToldAndKeepsTheOldLines) {
+  GoodSolver("*\\r\\n", std::string("printf '") + kGrid + "' > golden.GRD");
+  FakeProgram("contour", "echo 'contour: the grid golden.GRD is cut short' >&2\nexit 3");
+  Touch("golden.CTR");
+  SolveContext& ctx = Context();
+  settings_.chkContour = true;
+  settings_.SelectContourProperty(kContourHeads);
+  state_.ReferenceHead = 1;
+  ui_.ExpectMessage(kContourFailedTitle,
+                    {"The contour program failed (exit status 3) on golden.GRD with the levels 0 to 1 by 1.",
+                     "contour: the grid golden.GRD is cut short", "The contour lines drawn before are kept."});
+  SolveOptions o;
+  const SolveReport r = ModelRunTARNO(ctx, o);
+  ui_.Verify();
+  ASSERT_EQ(r.outcome, SolveOutcome::Completed) << r.failure;
+  EXPECT_EQ(r.contourStatus, 3);
+  EXPECT_EQ(ReadFile(Dir() / "golden.CTR"), "old");
+  EXPECT_TRUE(state_.ContourLinesPresent);
+
+  // Without lines of an earlier run there is nothing to draw, and the state says so.
+  std::filesystem::remove(Dir() / "golden.CTR");
+  ui_.ClearRecord();
+  ui_.ExpectMessageTitled(kContourFailedTitle);
+  SolveOptions again;
+  again.Prompt = false;
+  state_.SolutionPresent = false;
+  EXPECT_EQ(ModelRunTARNO(ctx, again).outcome, SolveOutcome::Completed);
+  ui_.Verify();
+  const auto& calls = ui_.Calls();
+  const auto told = std::find_if(calls.begin(), calls.end(),
+                                 [](const UiCall& c) { return c.title == kContourFailedTitle; });
+  ASSERT_NE(told, calls.end());
+  EXPECT_EQ(told->lines.back(), "No contour lines are drawn.");
+  EXPECT_FALSE(state_.ContourLinesPresent);
+}
+
+// A custom grid of fewer than two points across passes the settings' check but not
+// the solver: the solve says so before it starts and changes nothing.
+TEST_F(ControllerTest, GridPointsOutOfTheSolversRangeStopTheSolve) {
+  GoodSolver();
+  Touch("golden.SOL");
+  Touch("golden.XTR");
+  SolveContext& ctx = Context();
+  settings_.chkContour = true;
+  settings_.contourDetail = kContourCustom;
+  settings_.tbContourLevel = "1";
+  state_.SolutionPresent = true;
+  ui_.ExpectMessage("Bad Entry",
+                    {"The contour grid needs from 2 to 100000 points across; the Contour Level is 1.",
+                     "Please enter a new Contour Level in the Model Settings, or turn the contours off."});
+  SolveOptions o;
+  const SolveReport r = ModelRunTARNO(ctx, o);
+  ui_.Verify();
+  EXPECT_EQ(r.outcome, SolveOutcome::Refused);
+  EXPECT_TRUE(r.deletedFiles.empty());
+  EXPECT_TRUE(Has("golden.SOL") && Has("golden.XTR"));
+  EXPECT_FALSE(Has("tarno1.args"));
+  EXPECT_TRUE(state_.SolutionPresent);
+
+  // Without contours the level does not matter.
+  ui_.ClearRecord();
+  settings_.chkContour = false;
+  SolveOptions plain;
+  plain.Prompt = false;
+  EXPECT_EQ(ModelRunTARNO(ctx, plain).outcome, SolveOutcome::Completed);
+}
+
 TEST_F(ControllerTest, StreamFunctionLevelsComeFromTheGridRange) {
   GoodSolver("*\\r\\n", std::string("printf '") + kGrid + "' > golden.GRD");
   FakeProgram("contour", ": > \"$1.CTR\"");
@@ -214,6 +302,20 @@ TEST_F(Invalidate, FailedContourStartIsReported) {
                     {"Could not run the contouring program", kPersistsLine});
   InvalidateContours(ctx_);
   ui_.Verify();
+}
+
+TEST_F(Invalidate, FailedRecomputeIsToldAndKeepsTheOldLines) {
+  Sql("update Model set CONTOURMinimum=3, CONTOURInterval=0.5, CONTOURMaximum=12");
+  FakeProgram("contour", "echo 'contour: cannot read golden.GRD' >&2\nexit 1");
+  state_.ContourLinesPresent = false;
+  ui_.ExpectMessageTitled("Recompute?", Answer::Yes);
+  ui_.ExpectMessage(kContourFailedTitle,
+                    {"The contour program failed (exit status 1) on golden.GRD with the levels 3 to 12 by 0.5.",
+                     "contour: cannot read golden.GRD", "The contour lines drawn before are kept."});
+  InvalidateContours(ctx_);
+  ui_.Verify();
+  EXPECT_TRUE(Has("golden.CTR"));
+  EXPECT_FALSE(state_.ContourLinesPresent);
 }
 
 TEST_F(Invalidate, NoToRecomputeTurnsContoursOff) {

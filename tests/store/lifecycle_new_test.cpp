@@ -1,8 +1,12 @@
 // The new-project road, save as, closing, the settings dialog and the unit change.
 #include <filesystem>
+#include <fstream>
+
+#include <unistd.h>
 
 #include "lifecycle_fixture.h"
 #include "store/default_dirs.h"
+#include "store/lifecycle_basename.h"
 
 namespace tarno::test {
 namespace {
@@ -210,6 +214,8 @@ TEST_F(LifecycleTest, SaveAsCopiesAndOpensTheCopy) {
   const std::string copy = P("copy.trn");
   ASSERT_TRUE(session_->FileOpenProject(path));
   ui_.ExpectSaveFile(copy).Title("Save As");
+  // The copy stands in the folder of the original's solver files: its own base name.
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) { s.OK(ui_); });
   ASSERT_TRUE(session_->FileSaveAs());
   ui_.Verify();
   EXPECT_EQ(session_->Settings().DBName, copy);
@@ -231,6 +237,135 @@ TEST_F(LifecycleTest, DestroyingTheSessionClosesTheProject) {
   session_.reset();
   EXPECT_EQ(ui_.WaitTexts().size(), 1u);
   EXPECT_EQ(Text(path, "select Description from Project"), "Test project");
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+namespace tarno::test {
+namespace {
+
+// Names and paths that the file system refuses are refused by the dialog, each with
+// its message, and the dialog stays; a missing folder is offered to be created.
+TEST_F(LifecycleTest, ProjectSettingsRefusesNamesAndPathsTheFileSystemRefuses) {
+  const std::string path = MakeProject("p.trn");
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  std::ofstream(P("plain")) << "a file";
+  const std::string missing = P("new/solver");
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [&, this](ProjectSettings& s) {
+    for (const std::string bad : {"a/b*c", "run:1", "x?", "..", "a\\b"}) {
+      SCOPED_TRACE(bad);
+      s.BaseName = bad;
+      EXPECT_FALSE(s.OK(ui_));
+    }
+    s.BaseName = "run1";
+    s.BasePath = P("plain");
+    EXPECT_FALSE(s.OK(ui_));
+    s.BasePath = missing;
+    EXPECT_FALSE(s.OK(ui_));  // No: nothing is created
+    EXPECT_FALSE(std::filesystem::exists(missing));
+    EXPECT_TRUE(s.OK(ui_));   // Yes: created
+  });
+  for (int i = 0; i < 5; ++i)
+    ui_.ExpectMessage(ProjectSettings::kBadNameTitle, {ProjectSettings::kBadNameCharactersText});
+  ui_.ExpectMessage(ProjectSettings::kBadPathTitle,
+                    {"The path " + P("plain") + " is not a folder.", "Please enter another path."});
+  ui_.ExpectMessage(ProjectSettings::kCreateFolderTitle,
+                    {"The path " + missing + " does not exist.", "Create it?"}, Answer::No);
+  ui_.ExpectMessage(ProjectSettings::kCreateFolderTitle,
+                    {"The path " + missing + " does not exist.", "Create it?"}, Answer::Yes);
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_TRUE(std::filesystem::is_directory(missing));
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), missing);
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run1");
+}
+
+TEST(SolverFilesProblem, NamesWhatKeepsTheFilesFromBeingWritten) {
+  const std::string dir = std::filesystem::temp_directory_path().string();
+  EXPECT_EQ(SolverFilesProblem(dir, "golden"), "");
+  EXPECT_NE(SolverFilesProblem(dir, "a/b*c").find("a/b*c"), std::string::npos);
+  EXPECT_NE(SolverFilesProblem(dir, "").find("empty"), std::string::npos);
+  EXPECT_NE(SolverFilesProblem(dir + "/tarno-no-such-folder", "golden").find("tarno-no-such-folder"),
+            std::string::npos);
+  EXPECT_NE(SolverFilesProblem("", "golden").find("empty"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+namespace tarno::test {
+namespace {
+
+// A duplicate in the folder of the original's solver files gets a base name of its
+// own, derived from its file name and shown in the settings dialog, where any name
+// but the original's may be given; the original keeps its own.
+TEST_F(LifecycleTest, DuplicateInTheSameFolderGetsABaseNameOfItsOwn) {
+  const std::string path = MakeProject("orig.trn");
+  Exec(path, "update Project set TARNOBaseName = 'example'");
+  std::ofstream(P("scenario.SOL")) << "a file of another run";
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("Scenario B.trn"));
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) {
+    EXPECT_FALSE(s.CancelEnabled);
+    EXPECT_EQ(s.BaseName, "Scenari2");  // "Scenario" is in use
+    s.BaseName = "EXAMPLE";
+    EXPECT_FALSE(s.OK(ui_));
+    s.BaseName = "scen_b";
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  ui_.ExpectMessage(ProjectSettings::kBadNameTitle,
+                    {"Base file name EXAMPLE is used by the project " + path + " in this folder.",
+                     "Please enter another base file name."});
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(Text(P("Scenario B.trn"), "select TARNOBaseName from Project"), "scen_b");
+  EXPECT_EQ(session_->Settings().TARNOBaseName, "scen_b");
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "example");
+}
+
+// A duplicate in another folder whose solver files move beside it keeps the base
+// name; one whose solver files stay in the original's folder gets its own.
+TEST_F(LifecycleTest, DuplicateElsewhereGetsItsOwnNameOnlyWhenItSharesTheFolder) {
+  const std::string path = MakeProject("orig.trn");
+  Exec(path, "update Project set TARNOBaseName = 'example'");
+  std::filesystem::create_directories(P("other"));
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("other/moved.trn"));
+  ui_.ExpectMessageTitled("TARNO", Answer::Yes);
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(session_->Settings().TARNOBaseName, "example");
+  EXPECT_EQ(session_->Settings().TARNOPath, P("other"));
+
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ui_.ExpectSaveFile(P("other/kept.trn"));
+  ui_.ExpectMessageTitled("TARNO", Answer::No);
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& s) {
+    EXPECT_EQ(s.BaseName, "kept");
+    EXPECT_TRUE(s.OK(ui_));
+  });
+  ASSERT_TRUE(session_->FileSaveAs());
+  ui_.Verify();
+  EXPECT_EQ(Text(P("other/kept.trn"), "select TARNOBaseName from Project"), "kept");
+  EXPECT_EQ(Text(P("other/kept.trn"), "select TARNOBasePath from Project"), Dir());
+}
+
+TEST(DerivedBaseName, FromTheFileNameAndFreeInTheFolder) {
+  const auto dir = std::filesystem::temp_directory_path() / ("tarno-derived-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(dir);
+  for (const char* f : {"model.DAT", "model2.sol", "longname.XTR", "plan.trn"})
+    std::ofstream(dir / f) << "x";
+  EXPECT_EQ(DerivedBaseName("Plan", dir.string(), {"example"}), "Plan");  // project files do not count
+  EXPECT_EQ(DerivedBaseName("model", dir.string(), {}), "model3");
+  EXPECT_EQ(DerivedBaseName("Long name of a copy", dir.string(), {}), "Longnam2");
+  EXPECT_EQ(DerivedBaseName("example", dir.string(), {"EXAMPLE"}), "example2");
+  EXPECT_EQ(DerivedBaseName("%%%", dir.string(), {}), "copy");
+  for (const std::string& name : {DerivedBaseName("a very long name", dir.string(), {"averylon"}),
+                                 DerivedBaseName("x", dir.string(), {})})
+    EXPECT_TRUE(ProjectSettings::ValidBaseName(name) && !ProjectSettings::HasBadFileCharacters(name))
+        << name;
+  std::filesystem::remove_all(dir);
 }
 
 }  // namespace
