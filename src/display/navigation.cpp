@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 
 #include "core/error.h"
@@ -140,9 +141,79 @@ void RestoreWindow::TakeFields() {
 Navigator::Navigator(MapState& state, MapView& view, UserInterface& ui)
     : state_(state), view_(view), ui_(ui) {}
 
+void Navigator::ZoomTo(const WorldWindow& window) {
+  RunOperation(ui_, "ZoomActions", [&] {
+    const WorldWindow previous = state_.Window;
+    state_.Window = window;
+    Finish(previous, WindowCause::kWheel);
+  });
+}
+
+void Navigator::TellLimit(const char* text, const char* reason, WindowCause cause,
+                          const WorldWindow& previous) {
+  // The wheel turns in bursts: at the limit one message is enough until the
+  // window moves again.
+  if (cause == WindowCause::kWheel && limitTold_ && *limitTold_ == previous) return;
+  limitTold_ = cause == WindowCause::kWheel ? std::optional<WorldWindow>(previous) : std::nullopt;
+  ui_.MessageBox(vgraph_text::kCantZoomTitle, {text, "", std::string("\t") + reason}, Buttons::OK,
+                 Icon::Information);
+}
+
+void Navigator::Finish(const WorldWindow& previous, WindowCause cause) {
+  WorldWindow& w = state_.Window;
+  // The window is chosen: keep it valid, redraw, and remember it in the project.
+  if (hooks.setUpToolbar) hooks.setUpToolbar();
+  if (!(w.Left < w.Right) || !(w.Bottom < w.Top)) {
+    ui_.MessageBox("Bad Window", {"Window Settings are Invalid!"});
+    if (state_.ProjectOpen) w = ReadModelWindow(state_.projectFile);
+  }
+
+  // The limits of the layer are found before anything is drawn. A window the user
+  // chose beyond them is refused and the window stays as it was; a window taken
+  // from the model's own data (its extents) that is too large means data far out
+  // of place, which the layer's own message says.
+  if (cause != WindowCause::kCurrent && state_.ProjectOpen) {
+    switch (view_.CheckWindow(w)) {
+      case WindowRange::kFits:
+        break;
+      case WindowRange::kTooSmall:
+        if (cause == WindowCause::kData) {
+          w = view_.SmallestWindow(w);  // a model of one point: as close as the map goes
+          break;
+        }
+        TellLimit(vgraph_text::kCantZoomText, vgraph_text::kTooSmallReason, cause, previous);
+        w = previous;
+        return;
+      case WindowRange::kTooLarge:
+        if (cause == WindowCause::kData) {
+          ui_.MessageBox(vgraph_text::kAppTitle,
+                         {vgraph_text::kWindowRangeText, vgraph_text::kWindowRangeCause},
+                         Buttons::OK, Icon::Critical);
+        } else {
+          TellLimit(vgraph_text::kCantZoomOutText, vgraph_text::kTooLargeReason, cause, previous);
+        }
+        w = previous;
+        return;
+    }
+  }
+  limitTold_.reset();
+
+  const double ww = w.Right - w.Left;
+  const double wh = w.Top - w.Bottom;
+  SearchRadius2 = 0.0005 * (ww * ww + wh * wh);
+
+  const bool drawn = view_.Redraw(false, true);
+
+  // The window stored is the one the layer corrected to the surface's aspect; a
+  // window that could not be drawn is never stored.
+  const bool running = hooks.solverRunning && hooks.solverRunning();
+  if (drawn && !running && state_.ProjectOpen) WriteModelWindow(state_.projectFile, w);
+}
+
 void Navigator::ZoomActions(int action, double x1, double y1, double x2, double y2) {
   RunOperation(ui_, "ZoomActions", [&] {
     WorldWindow& w = state_.Window;
+    const WorldWindow previous = w;
     const double width = w.Right - w.Left;
     const double height = w.Top - w.Bottom;
     const double cx = (w.Left + w.Right) / 2.0;
@@ -153,8 +224,7 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         if (state_.layers.manualRedraw) {
           // The picture stays as it is and the status bar says it is obsolete.
           if (hooks.elemTurnOffSelection) hooks.elemTurnOffSelection();
-          ui_.Activity("REDRAW");
-          ui_.Feedback("Current picture is obsolete -- press CTRL-L to refresh");
+          view_.MarkObsolete();
           return;
         }
         break;
@@ -282,21 +352,10 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         return;
     }
 
-    // The window is chosen: keep it valid, redraw, and remember it in the project.
-    if (hooks.setUpToolbar) hooks.setUpToolbar();
-    if (!(w.Left < w.Right) || !(w.Bottom < w.Top)) {
-      ui_.MessageBox("Bad Window", {"Window Settings are Invalid!"});
-      if (state_.ProjectOpen) w = ReadModelWindow(state_.projectFile);
-    }
-    const double ww = w.Right - w.Left;
-    const double wh = w.Top - w.Bottom;
-    SearchRadius2 = 0.0005 * (ww * ww + wh * wh);
-
-    view_.Redraw(false, true);
-
-    // The window stored is the one the layer corrected to the surface's aspect.
-    const bool running = hooks.solverRunning && hooks.solverRunning();
-    if (!running && state_.ProjectOpen) WriteModelWindow(state_.projectFile, w);
+    WindowCause cause = WindowCause::kUser;
+    if (action == kZoomRedraw || action == kZoomRefresh) cause = WindowCause::kCurrent;
+    if (action == kZoomExtents) cause = WindowCause::kData;
+    Finish(previous, cause);
   });
 }
 

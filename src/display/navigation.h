@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,8 @@ class Navigator {
   // The action and the map points of a mouse action (the rectangle of action 20,
   // the clicked point of action 22 in x1, y1).
   void ZoomActions(int action, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0);
+  // A window chosen by the mouse wheel: checked, drawn and stored as a zoom is.
+  void ZoomTo(const WorldWindow& window);
 
   // 0.0005 times the sum of the squares of the window's width and height.
   double SearchRadius2 = 0.0;
@@ -99,9 +102,20 @@ class Navigator {
   RestoreWindow restoreWindow;
 
  private:
+  // Where a new window comes from: the current one redrawn, the user's zoom, pan or
+  // saved window, the wheel (the user's too, in bursts), or the model's data.
+  enum class WindowCause { kCurrent, kUser, kWheel, kData };
+  // After the window is chosen: the checks, the redraw and the storing.
+  void Finish(const WorldWindow& previous, WindowCause cause);
+  // The "Can't Zoom" message of a refused window.
+  void TellLimit(const char* text, const char* reason, WindowCause cause,
+                 const WorldWindow& previous);
+
   MapState& state_;
   MapView& view_;
   UserInterface& ui_;
+  // The window at which the wheel was last told of the limit.
+  std::optional<WorldWindow> limitTold_;
 };
 
 }  // namespace tarno
