@@ -245,7 +245,8 @@ TEST_F(Navigation, SaveWindowWithANameAddsARow) {
   EXPECT_EQ(view.BackgroundBuilds(), 0);
 
   ui.ExpectInput(std::string(""));
-  ui.ExpectMessage("No Name", {"The window was not saved"});
+  ui.ExpectMessage("No Name", {"The window was not saved",
+                               "A window is saved under a name, and none was given."});
   nav.ZoomActions(kZoomSaveWindow);
   ui.ExpectInput(std::nullopt);
   ui.ExpectMessage("No Name", {"The window was not saved"});
@@ -289,7 +290,7 @@ TEST_F(Navigation, SavedWindowsAreChosenThroughTheDialog) {
   EXPECT_EQ(view.BackgroundBuilds(), 2);
 }
 
-TEST_F(Navigation, RestoreWindowDeletesTheRowInView) {
+TEST_F(Navigation, RestoreWindowDeletesTheRowInViewOnOK) {
   Execute(
       "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('A', 0, 0, 20, 10);"
       "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('B', 100, 50, 140, 70);");
@@ -298,16 +299,110 @@ TEST_F(Navigation, RestoreWindowDeletesTheRowInView) {
   d.Navigate(5);  // out of range: nothing moves
   EXPECT_EQ(d.current, 0);
   d.Navigate(1);
-  d.DeleteWindow(project.string());
-  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
-  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'A'"), 1);
+  d.DeleteWindow();
   ASSERT_EQ(d.rows.size(), 1u);
   EXPECT_EQ(d.current, 0);
   EXPECT_EQ(d.txX2, "20");
-  d.DeleteWindow(project.string());
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2) << "not before OK";
+  d.DeleteWindow();
   EXPECT_TRUE(d.rows.empty());
   EXPECT_EQ(d.current, -1);
   EXPECT_TRUE(d.txX1.empty());
+  EXPECT_TRUE(d.CanOK()) << "OK confirms the deletions";
+  d.ApplyDeletions(project.string());
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  EXPECT_FALSE(d.CanOK());
+}
+
+TEST_F(Navigation, DeletingOneOfTwinWindowsKeepsTheOther) {
+  // Two rows of one name and the same corners, as older projects may hold.
+  Execute(
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Town', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Town', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Farm', 100, 50, 140, 70);");
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    ASSERT_EQ(d.rows.size(), 3u);
+    d.Navigate(1);
+    d.DeleteWindow();
+    ASSERT_EQ(d.rows.size(), 2u);
+    d.Navigate(1);  // Farm
+    d.OK();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'Town'"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2);
+  ExpectWindow(state.Window, 100, 140, 70, 50);
+}
+
+TEST_F(Navigation, CancelKeepsTheWindowsDeletedInTheDialog) {
+  Execute(
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('A', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('B', 100, 50, 140, 70);");
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    d.DeleteWindow();
+    d.DeleteWindow();
+    d.Cancel();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2);
+
+  // OK with every row deleted deletes them and leaves the window as it is.
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    ASSERT_EQ(d.rows.size(), 2u) << "the list is read afresh";
+    d.DeleteWindow();
+    d.DeleteWindow();
+    d.OK();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  ExpectWindow(state.Window, 0, 200, 100, 0);
+  EXPECT_EQ(view.BackgroundBuilds(), 0);
+}
+
+TEST_F(Navigation, OneNameOneWindow) {
+  ui.ExpectInput(std::string("Town"));
+  nav.ZoomActions(kZoomSaveWindow);
+  nav.ZoomActions(kZoomIn);
+
+  // The same name in other case and with blanks around it: the user is asked.
+  ui.ExpectInput(std::string(" TOWN "));
+  ui.ExpectMessage("Save Window",
+                   {"A window named \"TOWN\" is already saved.",
+                    "Replace it with the current window?"},
+                   Answer::No);
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows where X2 = 200"), 1) << "kept";
+
+  ui.ExpectInput(std::string("town"));
+  ui.ExpectMessageTitled("Save Window").Answer(Answer::Yes);
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'town' and X1 = 50 and "
+                  "Y1 = 25 and X2 = 150 and Y2 = 75"),
+            1);
+}
+
+TEST_F(Navigation, ARefusedNameSaysWhy) {
+  ui.ExpectInput(std::string("   "));
+  ui.ExpectMessage("No Name", {"The window was not saved",
+                               "A window is saved under a name, and none was given."});
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.ExpectInput(std::string(65, 'w'));
+  ui.ExpectMessage("Save Window", {"The window was not saved",
+                                   "A name holds at most 64 characters; this one has 65."});
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  ui.ExpectInput(std::string(64, 'w'));
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
 }
 
 TEST_F(Navigation, ZoomInStopsAtTheLimitWithOneMessageAndKeepsTheWindow) {
