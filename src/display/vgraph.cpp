@@ -632,6 +632,13 @@ void VGraphGDI::vgGDItext(DevicePoint& at, std::string_view text, int heightPoin
   }
 }
 
+VGraphGDI::TextSize VGraphGDI::TextExtent(std::string_view text, int heightPoints,
+                                          std::string_view font) const {
+  if (s_.Surface == nullptr) return {};
+  const std::int32_t h = Mul(heightPoints, s_.PixelsPerInchY) / 72;
+  return {s_.Surface->TextWidth(text, h, font), h};
+}
+
 VGraphGDI& Graphics() {
   static VGraphGDI graphics;
   return graphics;

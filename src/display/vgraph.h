@@ -174,6 +174,15 @@ class VGraphGDI {
   void vgGDItext(DevicePoint& at, std::string_view text, int heightPoints, double angle,
                  int alignment, Colour colour, std::string_view font, bool offset);
 
+  // The size in device pixels of a string as vgGDItext draws it on the bound
+  // surface: its advance and its height (the font's height in pixels). Zero
+  // without a surface.
+  struct TextSize {
+    int width = 0;
+    int height = 0;
+  };
+  TextSize TextExtent(std::string_view text, int heightPoints, std::string_view font) const;
+
  private:
   void DrawGrid(bool printer);
   // The grid of the screen or of the page at a spacing; a spacing at or below zero
