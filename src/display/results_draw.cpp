@@ -39,6 +39,20 @@ std::filesystem::path SolverFile(const DrawContext& ctx, const std::string& exte
   return FindFileNoCase(s.directory, s.baseName + extension);
 }
 
+std::vector<WorldPoint> Points(const std::vector<double>& xs, const std::vector<double>& ys) {
+  std::vector<WorldPoint> points;
+  for (std::size_t i = 0; i < xs.size() && i < ys.size(); ++i) points.push_back({xs[i], ys[i]});
+  return points;
+}
+
+double Length(const std::vector<std::vector<WorldPoint>>& pieces) {
+  double length = 0.0;
+  for (const auto& piece : pieces)
+    for (std::size_t i = 1; i < piece.size(); ++i)
+      length += std::hypot(piece[i].x - piece[i - 1].x, piece[i].y - piece[i - 1].y);
+  return length;
+}
+
 }  // namespace
 
 std::vector<std::vector<WorldPoint>> SplitAroundBox(const std::vector<double>& xs,
@@ -162,7 +176,11 @@ void ModelDrawContours(DrawContext& ctx) {
         draw::DrawWorldPolyline(ctx, xs, ys, o.ContourColor, o.ContourWidth, o.ContourType);
         continue;
       }
-      for (const std::vector<WorldPoint>& piece : SplitAroundBox(xs, ys, *label)) {
+      std::vector<std::vector<WorldPoint>> pieces = SplitAroundBox(xs, ys, *label);
+      // A line hardly larger than its label (a small closed contour) would all but
+      // vanish under it: it is drawn whole, as it was before labels had gaps.
+      if (Length(pieces) < 0.5 * Length({Points(xs, ys)})) pieces = {Points(xs, ys)};
+      for (const std::vector<WorldPoint>& piece : pieces) {
         px.clear();
         py.clear();
         for (const WorldPoint& p : piece) {

@@ -171,6 +171,18 @@ TEST_F(ResultsDraw, AThickContourPenLeavesAGapUnderTheLabel) {
   EXPECT_LT(right - left, textWidth + 4 * labels[0].height) << "a gap, not a hole";
 }
 
+TEST_F(ResultsDraw, ALineHardlyLargerThanItsLabelIsDrawnWhole) {
+  // A small closed contour, 3 units (24 pixels) across, under a label of about as
+  // much: cut around the label it would all but vanish.
+  Write("model.CTR", Level(3, {{50, 50}, {53, 50}, {53, 51}, {50, 51}, {50, 50}}));
+  auto ctx = Ctx();
+  ModelDrawContours(ctx);
+  const auto lines = In(Kind::Polyline, Rgb(1, 2, 3));
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].points.size(), 5u);
+  EXPECT_EQ(OpsOf(Kind::Text).size(), 1u);
+}
+
 TEST_F(ResultsDraw, ContourLabelMarginIsFourPercentOfTheWindow) {
   // Midpoints at 4.5 and 95.5 lie inside [4, 96]; 3.5 and 96.5 do not.
   Write("model.CTR", Level(1, {{3, 50}, {6, 50}}) + Level(2, {{95, 50}, {96, 50}}) +
