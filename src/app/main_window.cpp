@@ -110,6 +110,8 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   rh.resetMenus = [this] { ApplyMenus(); };
   rh.elemTurnOffSelection = [this] { ElemTurnOffSelection(); };
   rh.layersChanged = [this] { ApplyMenus(); };
+  rh.currentActivity = [this] { return panels_[0]->text().toStdString(); };
+  rh.currentFeedback = [this] { return panels_[1]->text().toStdString(); };
 
   Navigator::Hooks& nh = nav_->hooks;
   nh.setUpToolbar = [this] { SetUpToolbar(); };
@@ -149,8 +151,13 @@ MainWindow::MainWindow(Options options, QWidget* parent)
     AfterMouseAction();
   };
   mapWidget_->onWheelZoom = [this](const WorldWindow& w) {
-    state_.Window = w;
-    Zoom(kZoomRefresh);
+    if (closing_) return;
+    // Checked against the layer's limits as every zoom is.
+    RunOperation(port_, "ZoomActions", [&] {
+      SyncSolutionView();
+      nav_->ZoomTo(w);
+    });
+    mapWidget_->update();
   };
   mapWidget_->onPosition = [this](double x, double y) {
     panels_[3]->setText(QString::number(x, 'f', 2));
@@ -446,6 +453,11 @@ void MainWindow::ToggleSwitch(const std::string& key) {
     return;
   }
   if (key == "EDITORGRID(0)") view_->RedrawBasemap = true;
+  if (key == "Layermenu(13)" && *on) {
+    // Turning Manual Redraw on leaves a current picture current.
+    ApplyMenus();
+    return;
+  }
   if (key == "Layermenu(12)" && !solution_.SolutionPresent) {
     ApplyMenus();
     return;
@@ -571,7 +583,12 @@ void MainWindow::ModelCheckExtents(ProjectSession& session, StoredWindow& window
   const bool empty = !(window.x1 < window.x2) || !(window.y1 < window.y2);
   const bool beside = saved.Right < e.MinX || saved.Left > e.MaxX || saved.Top < e.MinY ||
                       saved.Bottom > e.MaxY;
-  if (empty || beside) {
+  // So does a window the map cannot draw (stored before the zoom had its limits).
+  const bool undrawable =
+      !empty && CheckWindowRange(WorldWindow{saved.Left, saved.Right, saved.Top, saved.Bottom},
+                                 std::max(1, mapWidget_->width()),
+                                 std::max(1, mapWidget_->height())) != WindowRange::kFits;
+  if (empty || beside || undrawable) {
     const double dx = std::max(1.0, e.MaxX - e.MinX) / 10, dy = std::max(1.0, e.MaxY - e.MinY) / 10;
     window = StoredWindow{e.MinX - dx, e.MaxX + dx, e.MinY - dy, e.MaxY + dy};
   }

@@ -88,6 +88,13 @@ class Canvas {
   // counter-clockwise, alignment as above (baseline flag included), font face name.
   virtual void Text(DevicePoint at, std::string_view text, int height, int escapement,
                     int alignment, Colour colour, std::string_view font) = 0;
+  // The advance of a string in device pixels at a height in device pixels. A
+  // surface that cannot measure estimates it from the character count (six tenths
+  // of the height each, a little wide for the digits of most faces).
+  virtual int TextWidth(std::string_view text, int height, std::string_view font) const {
+    (void)font;
+    return static_cast<int>(0.6 * height * static_cast<double>(text.size()) + 0.5);
+  }
   // The clip rectangle between two device corners given in any order; in force
   // until the next Clear or ResetClip.
   virtual void SetClipRect(DevicePoint a, DevicePoint b) = 0;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 
 #include "core/error.h"
@@ -72,11 +73,13 @@ std::string FilterNumberText(const std::string& typed) {
 
 void RestoreWindow::Load(const std::string& projectFile) {
   rows.clear();
+  deleted.clear();
   current = -1;
   Database db = Database::Open(projectFile);
-  Statement st = db.Prepare("select * from SavedWindows");
+  Statement st = db.PrepareRaw("select rowid as RowKey, * from SavedWindows order by rowid");
   while (st.Step()) {
     Row r;
+    r.key = st.GetInt64("RowKey");
     r.name = st.GetText("name");
     r.x1 = st.GetDouble("x1");
     r.y1 = st.GetDouble("y1");
@@ -108,16 +111,9 @@ void RestoreWindow::Navigate(int index) {
   txY2 = GeneralNumber(y2);
 }
 
-void RestoreWindow::DeleteWindow(const std::string& projectFile) {
-  if (current < 0 || current >= static_cast<int>(rows.size())) return;
-  const Row& r = rows[static_cast<std::size_t>(current)];
-  {
-    Database db = Database::Open(projectFile);
-    Statement st = db.Prepare(
-        "delete from SavedWindows where Name = ? and X1 = ? and Y1 = ? and X2 = ? and Y2 = ?");
-    st.Bind(1, r.name).Bind(2, r.x1).Bind(3, r.y1).Bind(4, r.x2).Bind(5, r.y2);
-    st.Run();
-  }
+void RestoreWindow::DeleteWindow() {
+  if (!InView()) return;
+  deleted.push_back(rows[static_cast<std::size_t>(current)].key);
   rows.erase(rows.begin() + current);
   if (rows.empty()) {
     current = -1;
@@ -130,6 +126,19 @@ void RestoreWindow::DeleteWindow(const std::string& projectFile) {
   }
 }
 
+void RestoreWindow::ApplyDeletions(const std::string& projectFile) {
+  if (deleted.empty()) return;
+  Database db = Database::Open(projectFile);
+  for (const std::int64_t key : deleted) {
+    Statement st = db.PrepareRaw("delete from SavedWindows where rowid = ?");
+    st.Bind(1, key);
+    st.Run();
+  }
+  deleted.clear();
+}
+
+bool RestoreWindow::CanOK() const { return InView() || !deleted.empty(); }
+
 void RestoreWindow::TakeFields() {
   x1 = Val(txX1);
   y1 = Val(txY1);
@@ -140,9 +149,122 @@ void RestoreWindow::TakeFields() {
 Navigator::Navigator(MapState& state, MapView& view, UserInterface& ui)
     : state_(state), view_(view), ui_(ui) {}
 
+void Navigator::SaveWindow() {
+  constexpr const char* kTitle = "Save Window";
+  constexpr const char* kNotSaved = "The window was not saved";
+  const std::optional<std::string> typed =
+      ui_.InputBox("Enter a name for the window: ", kTitle, "");
+  if (!typed) {
+    ui_.MessageBox("No Name", {kNotSaved});
+    return;
+  }
+  // Blanks around a name are no part of it; a name of blanks is no name.
+  const std::string name = TrimST(*typed);
+  if (name.empty()) {
+    ui_.MessageBox("No Name", {kNotSaved, "A window is saved under a name, and none was given."});
+    return;
+  }
+  if (name.size() > kSavedWindowNameSize) {
+    ui_.MessageBox(kTitle, {kNotSaved, "A name holds at most " +
+                                           std::to_string(kSavedWindowNameSize) +
+                                           " characters; this one has " +
+                                           std::to_string(name.size()) + "."});
+    return;
+  }
+  Database db = Database::Open(state_.projectFile);
+  {
+    // One name, one window: names compare without regard to case.
+    Statement st = db.Prepare("select count(*) from SavedWindows where Name = ?");
+    st.Bind(1, name);
+    if (st.Step() && st.GetInt64(0) > 0) {
+      if (!ui_.Question(kTitle, {"A window named \"" + name + "\" is already saved.",
+                                 "Replace it with the current window?"}))
+        return;
+      Statement del = db.Prepare("delete from SavedWindows where Name = ?");
+      del.Bind(1, name);
+      del.Run();
+    }
+  }
+  const WorldWindow& w = state_.Window;
+  Statement st =
+      db.Prepare("insert into SavedWindows (Name, X1, Y1, X2, Y2) values (?, ?, ?, ?, ?)");
+  st.Bind(1, name).Bind(2, w.Left).Bind(3, w.Bottom).Bind(4, w.Right).Bind(5, w.Top);
+  st.Run();
+}
+
+void Navigator::ZoomTo(const WorldWindow& window) {
+  RunOperation(ui_, "ZoomActions", [&] {
+    const WorldWindow previous = state_.Window;
+    state_.Window = window;
+    Finish(previous, WindowCause::kWheel);
+  });
+}
+
+void Navigator::TellLimit(const char* text, const char* reason, WindowCause cause,
+                          const WorldWindow& previous) {
+  // The wheel turns in bursts: at the limit one message is enough until the
+  // window moves again.
+  if (cause == WindowCause::kWheel && limitTold_ && *limitTold_ == previous) return;
+  limitTold_ = cause == WindowCause::kWheel ? std::optional<WorldWindow>(previous) : std::nullopt;
+  ui_.MessageBox(vgraph_text::kCantZoomTitle, {text, "", std::string("\t") + reason}, Buttons::OK,
+                 Icon::Information);
+}
+
+void Navigator::Finish(const WorldWindow& previous, WindowCause cause) {
+  WorldWindow& w = state_.Window;
+  // The window is chosen: keep it valid, redraw, and remember it in the project.
+  if (hooks.setUpToolbar) hooks.setUpToolbar();
+  if (!(w.Left < w.Right) || !(w.Bottom < w.Top)) {
+    ui_.MessageBox("Bad Window", {"Window Settings are Invalid!"});
+    if (state_.ProjectOpen) w = ReadModelWindow(state_.projectFile);
+  }
+
+  // The limits of the layer are found before anything is drawn. A window the user
+  // chose beyond them is refused and the window stays as it was; a window taken
+  // from the model's own data (its extents) that is too large means data far out
+  // of place, which the layer's own message says.
+  if (cause != WindowCause::kCurrent && state_.ProjectOpen) {
+    switch (view_.CheckWindow(w)) {
+      case WindowRange::kFits:
+        break;
+      case WindowRange::kTooSmall:
+        if (cause == WindowCause::kData) {
+          w = view_.SmallestWindow(w);  // a model of one point: as close as the map goes
+          break;
+        }
+        TellLimit(vgraph_text::kCantZoomText, vgraph_text::kTooSmallReason, cause, previous);
+        w = previous;
+        return;
+      case WindowRange::kTooLarge:
+        if (cause == WindowCause::kData) {
+          ui_.MessageBox(vgraph_text::kAppTitle,
+                         {vgraph_text::kWindowRangeText, vgraph_text::kWindowRangeCause},
+                         Buttons::OK, Icon::Critical);
+        } else {
+          TellLimit(vgraph_text::kCantZoomOutText, vgraph_text::kTooLargeReason, cause, previous);
+        }
+        w = previous;
+        return;
+    }
+  }
+  limitTold_.reset();
+
+  const double ww = w.Right - w.Left;
+  const double wh = w.Top - w.Bottom;
+  SearchRadius2 = 0.0005 * (ww * ww + wh * wh);
+
+  const bool drawn = view_.Redraw(false, true);
+
+  // The window stored is the one the layer corrected to the surface's aspect; a
+  // window that could not be drawn is never stored.
+  const bool running = hooks.solverRunning && hooks.solverRunning();
+  if (drawn && !running && state_.ProjectOpen) WriteModelWindow(state_.projectFile, w);
+}
+
 void Navigator::ZoomActions(int action, double x1, double y1, double x2, double y2) {
   RunOperation(ui_, "ZoomActions", [&] {
     WorldWindow& w = state_.Window;
+    const WorldWindow previous = w;
     const double width = w.Right - w.Left;
     const double height = w.Top - w.Bottom;
     const double cx = (w.Left + w.Right) / 2.0;
@@ -153,8 +275,7 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         if (state_.layers.manualRedraw) {
           // The picture stays as it is and the status bar says it is obsolete.
           if (hooks.elemTurnOffSelection) hooks.elemTurnOffSelection();
-          ui_.Activity("REDRAW");
-          ui_.Feedback("Current picture is obsolete -- press CTRL-L to refresh");
+          view_.MarkObsolete();
           return;
         }
         break;
@@ -194,25 +315,16 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         return;
       case kZoomRefresh:
         break;
-      case kZoomSaveWindow: {
-        const std::optional<std::string> name =
-            ui_.InputBox("Enter a name for the window: ", "Save Window", "");
-        if (!name || name->empty()) {
-          ui_.MessageBox("No Name", {"The window was not saved"});
-          return;
-        }
-        Database db = Database::Open(state_.projectFile);
-        Statement st =
-            db.Prepare("insert into SavedWindows (Name, X1, Y1, X2, Y2) values (?, ?, ?, ?, ?)");
-        st.Bind(1, *name).Bind(2, w.Left).Bind(3, w.Bottom).Bind(4, w.Right).Bind(5, w.Top);
-        st.Run();
+      case kZoomSaveWindow:
+        SaveWindow();
         return;
-      }
       case kZoomSavedWindows:
         restoreWindow.Load(state_.projectFile.string());
         restoreWindow.Result = 2;
         ui_.ShowModal(restoreWindow);
         if (restoreWindow.Result != 1) return;
+        restoreWindow.ApplyDeletions(state_.projectFile.string());
+        if (!restoreWindow.InView()) return;  // only deletions: the window stays
         restoreWindow.TakeFields();
         w.Left = restoreWindow.x1;
         w.Bottom = restoreWindow.y1;
@@ -282,21 +394,10 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         return;
     }
 
-    // The window is chosen: keep it valid, redraw, and remember it in the project.
-    if (hooks.setUpToolbar) hooks.setUpToolbar();
-    if (!(w.Left < w.Right) || !(w.Bottom < w.Top)) {
-      ui_.MessageBox("Bad Window", {"Window Settings are Invalid!"});
-      if (state_.ProjectOpen) w = ReadModelWindow(state_.projectFile);
-    }
-    const double ww = w.Right - w.Left;
-    const double wh = w.Top - w.Bottom;
-    SearchRadius2 = 0.0005 * (ww * ww + wh * wh);
-
-    view_.Redraw(false, true);
-
-    // The window stored is the one the layer corrected to the surface's aspect.
-    const bool running = hooks.solverRunning && hooks.solverRunning();
-    if (!running && state_.ProjectOpen) WriteModelWindow(state_.projectFile, w);
+    WindowCause cause = WindowCause::kUser;
+    if (action == kZoomRedraw || action == kZoomRefresh) cause = WindowCause::kCurrent;
+    if (action == kZoomExtents) cause = WindowCause::kData;
+    Finish(previous, cause);
   });
 }
 

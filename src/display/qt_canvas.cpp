@@ -188,6 +188,12 @@ void QtCanvas::Text(DevicePoint at, std::string_view text, int height, int escap
   p.restore();
 }
 
+int QtCanvas::TextWidth(std::string_view text, int height, std::string_view font) const {
+  const QString string = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  const QFontMetricsF metrics(MakeFont(font, height), &image_);
+  return static_cast<int>(std::ceil(metrics.horizontalAdvance(string)));
+}
+
 void QtCanvas::SetClipRect(DevicePoint a, DevicePoint b) {
   if (image_.isNull()) return;
   // As a rectangular region: the left and top edges belong to it, the right and

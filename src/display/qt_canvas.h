@@ -35,6 +35,7 @@ class QtCanvas : public Canvas {
               Colour fill) override;
   void Text(DevicePoint at, std::string_view text, int height, int escapement, int alignment,
             Colour colour, std::string_view font) override;
+  int TextWidth(std::string_view text, int height, std::string_view font) const override;
   void SetClipRect(DevicePoint a, DevicePoint b) override;
   void ResetClip() override;
   void Clear(Colour background) override;

@@ -24,6 +24,9 @@ constexpr const char* kRedrawingText = "Redrawing...";
 constexpr const char* kDrawingElementsText = "Drawing Elements...";
 constexpr const char* kDrawingBasemapsText = "Drawing Basemaps...";
 constexpr const char* kApplyingHazeText = "Applying Haze...";
+// What the status bar says in the select state.
+constexpr const char* kSelectActivity = "Select";
+constexpr const char* kSelectFeedback = "Click mouse button to select element";
 // The wait window takes its own width for these short texts.
 constexpr int kWaitWidth = 0;
 
@@ -39,11 +42,32 @@ MapView::MapView(MapState& state, VGraphGDI& layer, UserInterface& ui, MapSurfac
                  MapSurface& map2)
     : state_(state), g_(layer), ui_(ui), map_(map), map2_(map2) {}
 
-void MapView::Redraw(bool printing, bool showWait) {
+WindowRange MapView::CheckWindow(const WorldWindow& window) {
+  const Canvas& c = map_.GetCanvas();
+  return CheckWindowRange(window, c.Width(), c.Height(), c.PixelsPerInchX(), c.PixelsPerInchY());
+}
+
+WorldWindow MapView::SmallestWindow(const WorldWindow& window) {
+  const Canvas& c = map_.GetCanvas();
+  return WidenToSmallest(window, c.Width(), c.Height(), c.PixelsPerInchX(), c.PixelsPerInchY());
+}
+
+void MapView::MarkObsolete() {
+  if (!obsolete_) {
+    keptActivity_ = hooks.currentActivity ? hooks.currentActivity() : kSelectActivity;
+    keptFeedback_ = hooks.currentFeedback ? hooks.currentFeedback() : kSelectFeedback;
+    obsolete_ = true;
+  }
+  ui_.Activity(kObsoleteActivity);
+  ui_.Feedback(kObsoleteFeedback);
+}
+
+bool MapView::Redraw(bool printing, bool showWait) {
   if (printing) {
     // Paper (the page set-up, margins and the printer's surface) comes with printing.
     throw Error("Printing is not available yet");
   }
+  bool drawn = false;
   const bool finished = RunOperation(ui_, "Redraw", [&] {
     const bool projectOpen = state_.ProjectOpen;
     const bool solutionValid = state_.solution.valid;
@@ -75,7 +99,28 @@ void MapView::Redraw(bool printing, bool showWait) {
     }
 
     if (hooks.layoutSurfaces) hooks.layoutSurfaces();
-    if (!projectOpen) return;
+    if (!projectOpen) {
+      obsolete_ = false;  // nothing is shown, so nothing is out of date
+      return;
+    }
+
+    // A window the layer cannot draw is caught here, before anything is drawn:
+    // otherwise every kind of element would fail in turn on the same overflow.
+    switch (CheckWindow(state_.Window)) {
+      case WindowRange::kFits:
+        break;
+      case WindowRange::kTooSmall:
+        state_.Window = SmallestWindow(state_.Window);
+        break;
+      case WindowRange::kTooLarge:
+        WindowError = true;
+        ui_.MessageBox(vgraph_text::kAppTitle,
+                       {vgraph_text::kWindowRangeText, vgraph_text::kWindowRangeCause},
+                       Buttons::OK, Icon::Critical);
+        if (hooks.enableMouse) hooks.enableMouse();
+        ui_.PleaseWaitHide();
+        return;
+    }
 
     const Colour background = state_.options.Background;
     map_.GetCanvas().Clear(background);
@@ -121,12 +166,20 @@ void MapView::Redraw(bool printing, bool showWait) {
     if (showWait) ui_.PleaseWaitHide();
     // The second hide is required even when nothing is left to hide.
     ui_.PleaseWaitHide();
+    drawn = true;
   });
   if (!finished) {
     // The mouse stays disabled until a redraw succeeds; the wait window goes, so
     // that the message is not hidden behind it.
     ui_.PleaseWaitHide();
   }
+  if (drawn && obsolete_) {
+    // The picture is current again: the note goes.
+    obsolete_ = false;
+    ui_.Activity(keptActivity_);
+    ui_.Feedback(keptFeedback_);
+  }
+  return drawn;
 }
 
 void MapView::Redraw_Basemap() {

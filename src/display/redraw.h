@@ -56,7 +56,14 @@ struct RedrawHooks {
   // The text of the status bar's Feedback panel, kept over the base map drawing and
   // restored after it; empty leaves the panel alone.
   std::function<std::string()> currentFeedback;
+  // The text of the Activity panel, kept over the note of an obsolete picture.
+  std::function<std::string()> currentActivity;
 };
+
+// The note of the status bar while the picture is obsolete (Manual Redraw).
+inline constexpr const char* kObsoleteActivity = "REDRAW";
+inline constexpr const char* kObsoleteFeedback =
+    "Current picture is obsolete -- press CTRL-L to refresh";
 
 class MapView {
  public:
@@ -65,8 +72,21 @@ class MapView {
   RedrawHooks hooks;
 
   // The one entry for a complete redraw. Printing draws on paper (a later part);
-  // here it is refused with an Error.
-  void Redraw(bool printing, bool showWait);
+  // here it is refused with an Error. True when the picture was drawn; false when
+  // it failed or the window lies out of the layer's range (the old picture stays).
+  // A window a little too small for the surface (the map grew) is widened to the
+  // smallest one the layer draws.
+  bool Redraw(bool printing, bool showWait);
+  // The range of a window on the visible surface as it is laid out now.
+  WindowRange CheckWindow(const WorldWindow& window);
+  // The smallest window the visible surface draws around the centre of `window`.
+  WorldWindow SmallestWindow(const WorldWindow& window);
+
+  // The obsolete picture (an edit under Manual Redraw): the note replaces the
+  // status bar's Activity and Feedback until a redraw makes the picture current
+  // again, which puts back what they said before the first note.
+  void MarkObsolete();
+  bool PictureObsolete() const { return obsolete_; }
   // The background on whatever surface the layer is bound to.
   void Redraw_Basemap();
   // The dot screen over Map2.
@@ -98,6 +118,9 @@ class MapView {
   MapSurface& map_;
   MapSurface& map2_;
   int backgroundBuilds_ = 0;
+  bool obsolete_ = false;
+  std::string keptActivity_;
+  std::string keptFeedback_;
 };
 
 }  // namespace tarno

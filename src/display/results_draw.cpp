@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,82 @@ namespace tarno {
 namespace {
 
 constexpr int kContourLabelPoints = 8;
+constexpr const char* kContourLabelFont = "Arial";
 
 std::filesystem::path SolverFile(const DrawContext& ctx, const std::string& extension) {
   const SolutionView& s = ctx.state.solution;
   return FindFileNoCase(s.directory, s.baseName + extension);
 }
 
+std::vector<WorldPoint> Points(const std::vector<double>& xs, const std::vector<double>& ys) {
+  std::vector<WorldPoint> points;
+  for (std::size_t i = 0; i < xs.size() && i < ys.size(); ++i) points.push_back({xs[i], ys[i]});
+  return points;
+}
+
+double Length(const std::vector<std::vector<WorldPoint>>& pieces) {
+  double length = 0.0;
+  for (const auto& piece : pieces)
+    for (std::size_t i = 1; i < piece.size(); ++i)
+      length += std::hypot(piece[i].x - piece[i - 1].x, piece[i].y - piece[i - 1].y);
+  return length;
+}
+
 }  // namespace
+
+std::vector<std::vector<WorldPoint>> SplitAroundBox(const std::vector<double>& xs,
+                                                    const std::vector<double>& ys,
+                                                    const LabelBox& box) {
+  std::vector<std::vector<WorldPoint>> pieces;
+  const std::size_t n = std::min(xs.size(), ys.size());
+  if (n == 0) return pieces;
+  const double a = box.angle * 3.14159265358979 / 180.0;
+  const double c = std::cos(a), s = std::sin(a);
+  // A point in the box's own frame: u along the baseline, v across it (up).
+  auto frame = [&](double x, double y) {
+    const double dx = x - box.x, dy = y - box.y;
+    return std::pair<double, double>{dx * c + dy * s, -dx * s + dy * c};
+  };
+  auto inside = [&](double x, double y) {
+    const auto [u, v] = frame(x, y);
+    return u > -box.halfLength && u < box.halfLength && v > -box.below && v < box.above;
+  };
+
+  std::vector<WorldPoint> current;
+  if (!inside(xs[0], ys[0])) current.push_back({xs[0], ys[0]});
+  for (std::size_t i = 1; i < n; ++i) {
+    const WorldPoint p{xs[i - 1], ys[i - 1]}, q{xs[i], ys[i]};
+    // The part of the segment inside the box, [t0, t1], by clipping its parameter
+    // against the four sides in the box's frame.
+    const auto [u0, v0] = frame(p.x, p.y);
+    const auto [u1, v1] = frame(q.x, q.y);
+    double t0 = 0.0, t1 = 1.0;
+    bool hit = true;
+    auto clip = [&](double start, double delta, double low, double high) {
+      if (delta == 0.0) {
+        if (start <= low || start >= high) hit = false;
+        return;
+      }
+      double ta = (low - start) / delta, tb = (high - start) / delta;
+      if (ta > tb) std::swap(ta, tb);
+      t0 = std::max(t0, ta);
+      t1 = std::min(t1, tb);
+    };
+    clip(u0, u1 - u0, -box.halfLength, box.halfLength);
+    clip(v0, v1 - v0, -box.below, box.above);
+    if (!hit || !(t1 > t0)) {
+      current.push_back(q);
+      continue;
+    }
+    auto at = [&](double t) { return WorldPoint{p.x + t * (q.x - p.x), p.y + t * (q.y - p.y)}; };
+    if (t0 > 0.0) current.push_back(at(t0));
+    if (current.size() >= 2) pieces.push_back(current);
+    current.clear();
+    if (t1 < 1.0) current = {at(t1), q};
+  }
+  if (current.size() >= 2) pieces.push_back(current);
+  return pieces;
+}
 
 double ContourLabelAngle(double dx, double dy) {
   if (dx == 0.0) return 90.0;
@@ -67,7 +137,13 @@ void ModelDrawContours(DrawContext& ctx) {
     const DisplayOptions& o = ctx.state.options;
     const ModelFrame& f = ctx.state.frame;
 
-    std::vector<double> xs, ys;
+    // World units per device pixel, to size the labels' boxes.
+    const double perPixel = ctx.g.vgGDIUnitsPerPixel() / 100.0;
+    // Half the contour pen's width in pixels, as the layer sizes it from points.
+    const double penHalf =
+        0.5 * std::max(1.0, std::trunc(ctx.g.State().PixelsPerInchY * o.ContourWidth / 72.0));
+
+    std::vector<double> xs, ys, px, py;
     for (const ContourPolyline& line : lines) {
       xs.clear();
       ys.clear();
@@ -76,16 +152,45 @@ void ModelDrawContours(DrawContext& ctx) {
         ys.push_back(MToW_Y(f, p.y));
       }
       if (xs.size() < 2) continue;
-      draw::DrawWorldPolyline(ctx, xs, ys, o.ContourColor, o.ContourWidth, o.ContourType);
+      // The label goes on the first segment whose midpoint is inside the margin.
+      std::optional<LabelBox> label;
+      std::string text;
       for (std::size_t i = 1; i < xs.size(); ++i) {
         const double cx = 0.5 * (xs[i - 1] + xs[i]);
         const double cy = 0.5 * (ys[i - 1] + ys[i]);
         if (cx < lx1 || cx > lx2 || cy < ly1 || cy > ly2) continue;
-        const double angle = ContourLabelAngle(xs[i] - xs[i - 1], ys[i] - ys[i - 1]);
-        ctx.g.vgGDIWorldText(cx, cy, FormatNumber(line.level, "###0.0"), "Arial",
-                             kContourLabelPoints, o.ContourColor, angle, 1, false);
+        text = FormatNumber(line.level, "###0.0");
+        const VGraphGDI::TextSize size =
+            ctx.g.TextExtent(text, kContourLabelPoints, kContourLabelFont);
+        // A quarter of the text's height clear of it all round, beyond the pen.
+        const double pad = 0.25 * size.height + penHalf;
+        label = LabelBox{cx,
+                         cy,
+                         ContourLabelAngle(xs[i] - xs[i - 1], ys[i] - ys[i - 1]),
+                         (0.5 * size.width + pad) * perPixel,
+                         (0.25 * size.height + pad) * perPixel,
+                         (size.height + pad) * perPixel};
         break;
       }
+      if (!label) {
+        draw::DrawWorldPolyline(ctx, xs, ys, o.ContourColor, o.ContourWidth, o.ContourType);
+        continue;
+      }
+      std::vector<std::vector<WorldPoint>> pieces = SplitAroundBox(xs, ys, *label);
+      // A line hardly larger than its label (a small closed contour) would all but
+      // vanish under it: it is drawn whole, as it was before labels had gaps.
+      if (Length(pieces) < 0.5 * Length({Points(xs, ys)})) pieces = {Points(xs, ys)};
+      for (const std::vector<WorldPoint>& piece : pieces) {
+        px.clear();
+        py.clear();
+        for (const WorldPoint& p : piece) {
+          px.push_back(p.x);
+          py.push_back(p.y);
+        }
+        draw::DrawWorldPolyline(ctx, px, py, o.ContourColor, o.ContourWidth, o.ContourType);
+      }
+      ctx.g.vgGDIWorldText(label->x, label->y, text, kContourLabelFont, kContourLabelPoints,
+                           o.ContourColor, label->angle, 1, false);
     }
   });
 }

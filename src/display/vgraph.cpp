@@ -1,5 +1,6 @@
 #include "display/vgraph.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <limits>
@@ -52,7 +53,78 @@ int AlignmentFlags(int alignment) {
   return flags + kAlignBaseline;
 }
 
+// Keeps world units square on the device: the window grows in the direction in
+// which it is too small for the surface, around its centre.
+void CorrectAspect(WorldWindow& window, double inchesX, double inchesY) {
+  const double scaleX = std::abs(window.Right - window.Left) / inchesX;
+  const double scaleY = std::abs(window.Top - window.Bottom) / inchesY;
+  if (scaleX <= scaleY) {
+    const double h = window.Top - window.Bottom;
+    const double c = (window.Left + window.Right) * 0.5;
+    window.Right = c + h * 0.5 * inchesX / inchesY;
+    window.Left = c - h * 0.5 * inchesX / inchesY;
+  } else {
+    const double w = window.Right - window.Left;
+    const double c = (window.Top + window.Bottom) * 0.5;
+    window.Top = c + w * 0.5 * inchesY / inchesX;
+    window.Bottom = c - w * 0.5 * inchesY / inchesX;
+  }
+}
+
+// True when a value in hundredths, rounded, fits a 32-bit integer.
+bool FitsHundredths(double hundredths) {
+  return std::isfinite(hundredths) &&
+         std::nearbyint(hundredths) >= std::numeric_limits<std::int32_t>::min() &&
+         std::nearbyint(hundredths) <= std::numeric_limits<std::int32_t>::max();
+}
+
+bool NoExtent(const WorldWindow& w, int deviceWidth, int deviceHeight, int ppiX, int ppiY) {
+  return deviceWidth <= 0 || deviceHeight <= 0 || ppiX <= 0 || ppiY <= 0 || w.Left == w.Right ||
+         w.Top == w.Bottom;
+}
+
 }  // namespace
+
+WorldWindow AspectCorrected(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                            int pixelsPerInchX, int pixelsPerInchY) {
+  WorldWindow w = window;
+  if (NoExtent(w, deviceWidth, deviceHeight, pixelsPerInchX, pixelsPerInchY)) return w;
+  CorrectAspect(w, static_cast<double>(deviceWidth) / pixelsPerInchX,
+                static_cast<double>(deviceHeight) / pixelsPerInchY);
+  return w;
+}
+
+WindowRange CheckWindowRange(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                             int pixelsPerInchX, int pixelsPerInchY) {
+  if (NoExtent(window, deviceWidth, deviceHeight, pixelsPerInchX, pixelsPerInchY))
+    return WindowRange::kFits;
+  const WorldWindow w =
+      AspectCorrected(window, deviceWidth, deviceHeight, pixelsPerInchX, pixelsPerInchY);
+  const double width100 = std::abs(w.Right - w.Left) * 100;
+  const double height100 = std::abs(w.Top - w.Bottom) * 100;
+  // The sides, the width and height, and the far corners as the init sums them.
+  for (double v : {w.Left * 100, w.Right * 100, w.Top * 100, w.Bottom * 100, width100,
+                   height100, std::nearbyint(w.Left * 100) + std::nearbyint(width100),
+                   std::nearbyint(w.Bottom * 100) + std::nearbyint(height100)}) {
+    if (!FitsHundredths(v)) return WindowRange::kTooLarge;
+  }
+  if (std::nearbyint(width100) < deviceWidth || std::nearbyint(height100) < deviceHeight)
+    return WindowRange::kTooSmall;
+  return WindowRange::kFits;
+}
+
+WorldWindow WidenToSmallest(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                            int pixelsPerInchX, int pixelsPerInchY) {
+  if (deviceWidth <= 0 || deviceHeight <= 0 || pixelsPerInchX <= 0 || pixelsPerInchY <= 0)
+    return window;
+  // One hundredth per pixel in both directions, with a little room so that the
+  // rounding of the init stays on the right side of the limit.
+  const double cx = (window.Left + window.Right) * 0.5;
+  const double cy = (window.Top + window.Bottom) * 0.5;
+  const double halfW = std::max(std::abs(window.Right - window.Left), (deviceWidth + 1) / 100.0) / 2;
+  const double halfH = std::max(std::abs(window.Top - window.Bottom), (deviceHeight + 1) / 100.0) / 2;
+  return WorldWindow{cx - halfW, cx + halfW, cy + halfH, cy - halfH};
+}
 
 void VGraphGDI::Message(const std::string& title, const std::vector<std::string>& lines,
                         Icon icon) {
@@ -84,21 +156,7 @@ int VGraphGDI::vgGDIInitObject(Canvas& surface, WorldWindow& window, bool showGr
         window.Top == window.Bottom) {
       result = 1;
     } else {
-      // Keep world units square on the device: the window grows in the direction
-      // in which it is too small for the surface, around its centre.
-      const double scaleX = std::abs(window.Right - window.Left) / inchesX;
-      const double scaleY = std::abs(window.Top - window.Bottom) / inchesY;
-      if (scaleX <= scaleY) {
-        const double h = window.Top - window.Bottom;
-        const double c = (window.Left + window.Right) * 0.5;
-        window.Right = c + h * 0.5 * inchesX / inchesY;
-        window.Left = c - h * 0.5 * inchesX / inchesY;
-      } else {
-        const double w = window.Right - window.Left;
-        const double c = (window.Top + window.Bottom) * 0.5;
-        window.Top = c + w * 0.5 * inchesY / inchesX;
-        window.Bottom = c - w * 0.5 * inchesY / inchesX;
-      }
+      CorrectAspect(window, inchesX, inchesY);
 
       s_.WorldX0 = CLng(window.Left * 100);
       s_.WorldY0 = CLng(window.Bottom * 100);
@@ -572,6 +630,13 @@ void VGraphGDI::vgGDItext(DevicePoint& at, std::string_view text, int heightPoin
   } catch (const std::exception&) {
     Message(vgraph_text::kDrawTextTitle, {vgraph_text::kDrawTextError}, Icon::Critical);
   }
+}
+
+VGraphGDI::TextSize VGraphGDI::TextExtent(std::string_view text, int heightPoints,
+                                          std::string_view font) const {
+  if (s_.Surface == nullptr) return {};
+  const std::int32_t h = Mul(heightPoints, s_.PixelsPerInchY) / 72;
+  return {s_.Surface->TextWidth(text, h, font), h};
 }
 
 VGraphGDI& Graphics() {

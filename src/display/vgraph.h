@@ -53,11 +53,37 @@ inline constexpr const char* kGdiErrorTitle = "Internal GDI Error";
 inline constexpr const char* kClipErrorText = "vgGDISetClipRegion cannot delete region";
 inline constexpr const char* kCantZoomTitle = "Can't Zoom";
 inline constexpr const char* kCantZoomText = "Can't zoom in any further!";
+inline constexpr const char* kCantZoomOutText = "Can't zoom out any further!";
+// Why a window is refused, the third line of a "Can't Zoom" message.
+inline constexpr const char* kTooSmallReason =
+    "The map would show less than one hundredth of a unit per pixel.";
+inline constexpr const char* kTooLargeReason =
+    "The map would reach beyond 21,474,836 units, the limit of its coordinates.";
 inline constexpr const char* kDrawTextTitle = "DrawText";
 inline constexpr const char* kDrawTextError = "Unhandled error in vgGDItext";
 // The title of the messages that carry none of their own (the program's name).
 inline constexpr const char* kAppTitle = "TARNO";
 }  // namespace vgraph_text
+
+// Whether a window can be drawn on a surface of a size. The hundredths of its
+// sides, its width and height must fit 32-bit integers (kTooLarge), and a pixel
+// must hold at least one hundredth of a unit (kTooSmall): the hundredth is the
+// layer's finest unit, below it the scale of the picture is no longer exact and
+// the device coordinates soon overflow. A surface or window of no extent fits:
+// there is nothing to draw.
+enum class WindowRange { kFits, kTooSmall, kTooLarge };
+
+// The window as the screen init corrects it to a surface's aspect (unchanged for a
+// surface or window of no extent).
+WorldWindow AspectCorrected(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                            int pixelsPerInchX = 96, int pixelsPerInchY = 96);
+// The range of the aspect-corrected window on such a surface.
+WindowRange CheckWindowRange(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                             int pixelsPerInchX = 96, int pixelsPerInchY = 96);
+// The smallest window that fits such a surface, around the centre of `window`; the
+// window itself when it is already at least that large.
+WorldWindow WidenToSmallest(const WorldWindow& window, int deviceWidth, int deviceHeight,
+                            int pixelsPerInchX = 96, int pixelsPerInchY = 96);
 
 // The most points vgGDIPolyline and vgGDIPolygon take from world arrays.
 inline constexpr int kMaxWorldPolylinePoints = 5000;
@@ -147,6 +173,15 @@ class VGraphGDI {
                          double size);
   void vgGDItext(DevicePoint& at, std::string_view text, int heightPoints, double angle,
                  int alignment, Colour colour, std::string_view font, bool offset);
+
+  // The size in device pixels of a string as vgGDItext draws it on the bound
+  // surface: its advance and its height (the font's height in pixels). Zero
+  // without a surface.
+  struct TextSize {
+    int width = 0;
+    int height = 0;
+  };
+  TextSize TextExtent(std::string_view text, int heightPoints, std::string_view font) const;
 
  private:
   void DrawGrid(bool printer);

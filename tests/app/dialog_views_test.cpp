@@ -414,6 +414,26 @@ TEST(RestoreWindowViewTest, CornersAreFilteredAndHandedOver) {
   EXPECT_DOUBLE_EQ(model.y2, 2000);
 }
 
+TEST(RestoreWindowViewTest, DeleteTakesTheRowInViewOffAndOKConfirmsIt) {
+  EnsureApplication();
+  RestoreWindow model;
+  model.rows = {{"north", 0, 0, 10, 10, 7}, {"north", 0, 0, 10, 10, 8}};
+  model.Navigate(1);
+  ScriptedUserInterface ui;
+  RestoreWindowView view(model, ui, [] { return std::string("project.trn"); });
+  ASSERT_TRUE(view.deleteButton()->isEnabled());
+  view.deleteButton()->click();
+  ASSERT_EQ(view.names()->count(), 1);
+  EXPECT_EQ(model.rows[0].key, 7) << "the twin in view went, not both";
+  EXPECT_EQ(model.deleted, (std::vector<std::int64_t>{8}));
+  view.deleteButton()->click();
+  EXPECT_EQ(view.names()->count(), 0);
+  EXPECT_FALSE(view.deleteButton()->isEnabled());
+  EXPECT_TRUE(view.okButton()->isEnabled()) << "OK confirms the deletions";
+  view.okButton()->click();
+  EXPECT_EQ(model.Result, 1);
+}
+
 // ---------------------------------------------------------------------------
 // Around a solve.
 

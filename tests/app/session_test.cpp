@@ -211,6 +211,68 @@ TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {
   EXPECT_NEAR(w.State().Window.Left, left.Left, 1e-6 * (left.Right - left.Left));
 }
 
+// How many messages of a title the console port has written.
+int CountOf(const std::string& text, const std::string& what) {
+  int n = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+TEST_F(ExampleSession, DeepZoomStopsAtTheLimitAndAnUndrawableWindowOpensAtTheExtents) {
+  {
+    MainWindow w(options_);
+    w.resize(800, 600);
+    ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+    w.Action("ZOOM_CMDS(3)")->trigger();
+    // The wheel, notch by notch, then the menu, far past the limit.
+    MapWidget* map = w.Map();
+    for (int i = 0; i < 80; ++i) map->Wheel(QPoint(map->width() / 2, map->height() / 2), 1);
+    for (int i = 0; i < 25; ++i) w.Action("ZOOM_CMDS(1)")->trigger();
+    const std::string told = messages_.str();
+    EXPECT_EQ(CountOf(told, "Unhandled"), 0) << told;
+    EXPECT_EQ(CountOf(told, "Can't zoom in any further!"), 1 + 25) << told;
+    const WorldWindow deepest = w.State().Window;
+    EXPECT_EQ(CheckWindowRange(deepest, map->width(), map->height()), WindowRange::kFits);
+    EXPECT_LT(deepest.Right - deepest.Left, 2.0 * map->width() / 100);
+    ASSERT_TRUE(w.CloseProject());
+  }
+  // A window stored before the zoom had its limits (a hundred-thousandth of a unit).
+  {
+    Database db = Database::Open(project_);
+    db.ExecuteRaw(
+        "update Model set WINDOWX1 = 1000, WINDOWX2 = 1000.00001, WINDOWY1 = 500, "
+        "WINDOWY2 = 500.00001");
+  }
+  messages_.str("");
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  EXPECT_EQ(messages_.str(), "");
+  const WorldWindow opened = w.State().Window;
+  EXPECT_GT(opened.Right - opened.Left, 1000.0);
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.Prepare("select count(*) from Vertices where X < ? or X > ? or Y < ? or Y > ?");
+    st.Bind(1, opened.Left).Bind(2, opened.Right).Bind(3, opened.Bottom).Bind(4, opened.Top);
+    ASSERT_TRUE(st.Step());
+    EXPECT_EQ(st.GetInt64(0), 0) << "the whole model is in view";
+  }
+}
+
+TEST_F(ExampleSession, TurningManualRedrawOnLeavesThePictureCurrent) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  w.Action("Layermenu(13)")->trigger();
+  EXPECT_TRUE(w.State().layers.manualRedraw);
+  EXPECT_EQ(w.PanelText(0).toStdString(), "Select");
+  w.Action("Layermenu(1)")->trigger();  // an edit of the picture: now it is obsolete
+  EXPECT_EQ(w.PanelText(1).toStdString(), "Current picture is obsolete -- press CTRL-L to refresh");
+  w.Action("Layermenu(10)")->trigger();
+  EXPECT_EQ(w.PanelText(0).toStdString(), "Select");
+  EXPECT_EQ(w.PanelText(1).toStdString(), "Click mouse button to select element");
+}
+
 TEST_F(ExampleSession, ZoomToWindowByTheRubberBand) {
   MainWindow w(options_);
   w.resize(800, 600);

@@ -15,6 +15,15 @@ class Navigation : public MapFixture {
   Navigator nav;
 };
 
+// The limits of the layer. The map is 200 by 100 pixels, so the smallest window
+// it draws is 2 by 1 units (one hundredth per pixel).
+const std::vector<std::string> kCantZoomIn = {
+    "Can't zoom in any further!", "",
+    "\tThe map would show less than one hundredth of a unit per pixel."};
+const std::vector<std::string> kCantZoomOut = {
+    "Can't zoom out any further!", "",
+    "\tThe map would reach beyond 21,474,836 units, the limit of its coordinates."};
+
 void ExpectWindow(const WorldWindow& w, double left, double right, double top, double bottom) {
   EXPECT_DOUBLE_EQ(w.Left, left);
   EXPECT_DOUBLE_EQ(w.Right, right);
@@ -177,6 +186,53 @@ TEST_F(Navigation, ManualRedrawLeavesThePictureUntilRefresh) {
   EXPECT_EQ(view.BackgroundBuilds(), 2);
 }
 
+TEST_F(Navigation, TheObsoleteNoteGoesWhenThePictureIsCurrentAgain) {
+  ui.Activity("Select");
+  ui.Feedback("Click mouse button to select element");
+  nav.ZoomActions(kZoomRedraw);
+  state.layers.manualRedraw = true;
+  auto obsolete = [&] {
+    AddWell(100, 50);
+    nav.ZoomActions(kZoomRedraw);
+    nav.ZoomActions(kZoomRedraw);  // a second edit keeps what the first note replaced
+    EXPECT_EQ(ui.CurrentActivity(), "REDRAW");
+    EXPECT_EQ(ui.CurrentFeedback(), "Current picture is obsolete -- press CTRL-L to refresh");
+    EXPECT_TRUE(view.PictureObsolete());
+  };
+  auto current = [&](const char* what) {
+    EXPECT_FALSE(view.PictureObsolete()) << what;
+    EXPECT_EQ(ui.CurrentActivity(), "Select") << what;
+    EXPECT_EQ(ui.CurrentFeedback(), "Click mouse button to select element") << what;
+  };
+  obsolete();
+  nav.ZoomActions(kZoomRefresh);
+  current("refresh");
+  obsolete();
+  nav.ZoomActions(kZoomIn);
+  current("zoom");
+  obsolete();
+  state.layers.manualRedraw = false;
+  nav.ZoomActions(kZoomRedraw);
+  current("manual redraw off");
+
+  // The status bar's own texts come back, whatever they were.
+  view.hooks.currentActivity = [] { return std::string("Add Well"); };
+  view.hooks.currentFeedback = [] { return std::string("Click to place the well"); };
+  state.layers.manualRedraw = true;
+  nav.ZoomActions(kZoomRedraw);
+  nav.ZoomActions(kZoomRefresh);
+  EXPECT_EQ(ui.CurrentActivity(), "Add Well");
+  EXPECT_EQ(ui.CurrentFeedback(), "Click to place the well");
+
+  // A refused zoom draws nothing: the picture stays obsolete.
+  nav.ZoomActions(kZoomRedraw);
+  view.hooks = RedrawHooks{};
+  ui.ExpectMessage("Can't Zoom", kCantZoomIn);
+  nav.ZoomTo(WorldWindow{99.9, 100.1, 50.05, 49.95});
+  ui.Verify();
+  EXPECT_TRUE(view.PictureObsolete());
+}
+
 TEST_F(Navigation, SaveWindowWithANameAddsARow) {
   ui.ExpectInput(std::string("Town"))
       .Title("Save Window")
@@ -189,7 +245,8 @@ TEST_F(Navigation, SaveWindowWithANameAddsARow) {
   EXPECT_EQ(view.BackgroundBuilds(), 0);
 
   ui.ExpectInput(std::string(""));
-  ui.ExpectMessage("No Name", {"The window was not saved"});
+  ui.ExpectMessage("No Name", {"The window was not saved",
+                               "A window is saved under a name, and none was given."});
   nav.ZoomActions(kZoomSaveWindow);
   ui.ExpectInput(std::nullopt);
   ui.ExpectMessage("No Name", {"The window was not saved"});
@@ -233,7 +290,7 @@ TEST_F(Navigation, SavedWindowsAreChosenThroughTheDialog) {
   EXPECT_EQ(view.BackgroundBuilds(), 2);
 }
 
-TEST_F(Navigation, RestoreWindowDeletesTheRowInView) {
+TEST_F(Navigation, RestoreWindowDeletesTheRowInViewOnOK) {
   Execute(
       "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('A', 0, 0, 20, 10);"
       "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('B', 100, 50, 140, 70);");
@@ -242,16 +299,230 @@ TEST_F(Navigation, RestoreWindowDeletesTheRowInView) {
   d.Navigate(5);  // out of range: nothing moves
   EXPECT_EQ(d.current, 0);
   d.Navigate(1);
-  d.DeleteWindow(project.string());
-  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
-  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'A'"), 1);
+  d.DeleteWindow();
   ASSERT_EQ(d.rows.size(), 1u);
   EXPECT_EQ(d.current, 0);
   EXPECT_EQ(d.txX2, "20");
-  d.DeleteWindow(project.string());
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2) << "not before OK";
+  d.DeleteWindow();
   EXPECT_TRUE(d.rows.empty());
   EXPECT_EQ(d.current, -1);
   EXPECT_TRUE(d.txX1.empty());
+  EXPECT_TRUE(d.CanOK()) << "OK confirms the deletions";
+  d.ApplyDeletions(project.string());
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  EXPECT_FALSE(d.CanOK());
+}
+
+TEST_F(Navigation, DeletingOneOfTwinWindowsKeepsTheOther) {
+  // Two rows of one name and the same corners, as older projects may hold.
+  Execute(
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Town', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Town', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Farm', 100, 50, 140, 70);");
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    ASSERT_EQ(d.rows.size(), 3u);
+    d.Navigate(1);
+    d.DeleteWindow();
+    ASSERT_EQ(d.rows.size(), 2u);
+    d.Navigate(1);  // Farm
+    d.OK();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'Town'"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2);
+  ExpectWindow(state.Window, 100, 140, 70, 50);
+}
+
+TEST_F(Navigation, CancelKeepsTheWindowsDeletedInTheDialog) {
+  Execute(
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('A', 0, 0, 20, 10);"
+      "insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('B', 100, 50, 140, 70);");
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    d.DeleteWindow();
+    d.DeleteWindow();
+    d.Cancel();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 2);
+
+  // OK with every row deleted deletes them and leaves the window as it is.
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) {
+    ASSERT_EQ(d.rows.size(), 2u) << "the list is read afresh";
+    d.DeleteWindow();
+    d.DeleteWindow();
+    d.OK();
+  });
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  ExpectWindow(state.Window, 0, 200, 100, 0);
+  EXPECT_EQ(view.BackgroundBuilds(), 0);
+}
+
+TEST_F(Navigation, OneNameOneWindow) {
+  ui.ExpectInput(std::string("Town"));
+  nav.ZoomActions(kZoomSaveWindow);
+  nav.ZoomActions(kZoomIn);
+
+  // The same name in other case and with blanks around it: the user is asked.
+  ui.ExpectInput(std::string(" TOWN "));
+  ui.ExpectMessage("Save Window",
+                   {"A window named \"TOWN\" is already saved.",
+                    "Replace it with the current window?"},
+                   Answer::No);
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows where X2 = 200"), 1) << "kept";
+
+  ui.ExpectInput(std::string("town"));
+  ui.ExpectMessageTitled("Save Window").Answer(Answer::Yes);
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
+  EXPECT_EQ(Count("select count(*) from SavedWindows where Name = 'town' and X1 = 50 and "
+                  "Y1 = 25 and X2 = 150 and Y2 = 75"),
+            1);
+}
+
+TEST_F(Navigation, ARefusedNameSaysWhy) {
+  ui.ExpectInput(std::string("   "));
+  ui.ExpectMessage("No Name", {"The window was not saved",
+                               "A window is saved under a name, and none was given."});
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.ExpectInput(std::string(65, 'w'));
+  ui.ExpectMessage("Save Window", {"The window was not saved",
+                                   "A name holds at most 64 characters; this one has 65."});
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 0);
+  ui.ExpectInput(std::string(64, 'w'));
+  nav.ZoomActions(kZoomSaveWindow);
+  ui.Verify();
+  EXPECT_EQ(Count("select count(*) from SavedWindows"), 1);
+}
+
+TEST_F(Navigation, ZoomInStopsAtTheLimitWithOneMessageAndKeepsTheWindow) {
+  AddWell(100, 50);
+  AddWell(150, 75);
+  for (int i = 0; i < 6; ++i) nav.ZoomActions(kZoomIn);  // down to 3.125 units wide
+  ui.Verify();
+  const WorldWindow last = state.Window;
+  ExpectWindow(last, 98.4375, 101.5625, 50.78125, 49.21875);
+  const int builds = view.BackgroundBuilds();
+
+  // Each refused zoom says so once, and nothing is drawn or stored.
+  for (int i = 0; i < 3; ++i) {
+    ui.ExpectMessage("Can't Zoom", kCantZoomIn).WithIcon(Icon::Information);
+    nav.ZoomActions(kZoomIn);
+    ui.Verify();
+  }
+  EXPECT_EQ(state.Window, last);
+  EXPECT_EQ(view.BackgroundBuilds(), builds);
+  EXPECT_EQ(StoredWindow(), last);
+}
+
+TEST_F(Navigation, TheWheelIsToldTheLimitOnceUntilTheWindowMoves) {
+  const WorldWindow start = state.Window;
+  ui.ExpectMessage("Can't Zoom", kCantZoomIn);
+  nav.ZoomTo(WorldWindow{99, 100, 50.5, 50});
+  ui.Verify();
+  EXPECT_EQ(state.Window, start);
+  nav.ZoomTo(WorldWindow{99.5, 100, 50.25, 50});  // the same burst: no second message
+  ui.Verify();
+  EXPECT_EQ(state.Window, start);
+  EXPECT_EQ(view.BackgroundBuilds(), 0);
+
+  // A wheel zoom within the limits draws and is stored.
+  nav.ZoomTo(WorldWindow{50, 150, 75, 25});
+  ExpectWindow(state.Window, 50, 150, 75, 25);
+  EXPECT_EQ(StoredWindow(), state.Window);
+  ui.ExpectMessage("Can't Zoom", kCantZoomIn);
+  nav.ZoomTo(WorldWindow{99, 100, 50.5, 50});
+  ui.Verify();
+}
+
+TEST_F(Navigation, RectanglesAndSavedWindowsBelowTheLimitAreRefused) {
+  state.Window = WorldWindow{0, 20, 10, 0};
+  nav.ZoomActions(kZoomRefresh);
+  ui.ExpectMessage("Can't Zoom", kCantZoomIn);
+  nav.ZoomActions(kZoomWindowEnd, 5, 5, 6, 5.5);  // 5 % of the window, yet 1 unit wide
+  ui.Verify();
+  ExpectWindow(state.Window, 0, 20, 10, 0);
+
+  Execute("insert into SavedWindows (Name, X1, Y1, X2, Y2) values ('Pin', 1, 1, 1.001, 1.001)");
+  ui.ExpectModal<RestoreWindow>(RestoreWindow::kName, [](RestoreWindow& d) { d.OK(); });
+  ui.ExpectMessage("Can't Zoom", kCantZoomIn);
+  nav.ZoomActions(kZoomSavedWindows);
+  ui.Verify();
+  ExpectWindow(state.Window, 0, 20, 10, 0);
+  ExpectWindow(StoredWindow(), 0, 20, 10, 0);
+}
+
+TEST_F(Navigation, ZoomingFarOutSaysSoAndKeepsTheWindow) {
+  state.Window = WorldWindow{-8e6, 8e6, 4e6, -4e6};
+  nav.ZoomActions(kZoomRefresh);
+  ui.Verify();
+  ui.ExpectMessage("Can't Zoom", kCantZoomOut);
+  nav.ZoomActions(kZoomOut);
+  ui.Verify();
+  ExpectWindow(state.Window, -8e6, 8e6, 4e6, -4e6);
+  ExpectWindow(StoredWindow(), -8e6, 8e6, 4e6, -4e6);
+}
+
+TEST_F(Navigation, ExtentsOutOfRangeBlameTheDataOnceAndKeepTheWindow) {
+  AddWell(100, 50);
+  nav.hooks.modelExtents = [](WorldWindow& e) {
+    e = WorldWindow{0, 5e8, 2.5e8, 0};  // a test point imported with a wrong coordinate
+    return true;
+  };
+  ui.ExpectMessage("TARNO",
+                   {"Error while initializing new window: Window out of range!",
+                    "Likely cause: One or more imported test points or wells with incorrect "
+                    "coordinates."})
+      .WithIcon(Icon::Critical);
+  nav.ZoomActions(kZoomExtents);
+  ui.Verify();
+  ExpectWindow(state.Window, 0, 200, 100, 0);
+  EXPECT_EQ(view.BackgroundBuilds(), 0);
+}
+
+TEST_F(Navigation, ExtentsOfOnePointOpenAsCloseAsTheMapGoes) {
+  nav.hooks.modelExtents = [](WorldWindow& e) {
+    e = WorldWindow{99.95, 100.05, 50.05, 49.95};
+    return true;
+  };
+  nav.ZoomActions(kZoomExtents);
+  ui.Verify();
+  EXPECT_NEAR((state.Window.Left + state.Window.Right) / 2, 100, 1e-9);
+  EXPECT_NEAR((state.Window.Top + state.Window.Bottom) / 2, 50, 1e-9);
+  EXPECT_GE(state.Window.Right - state.Window.Left, 2.0);
+  EXPECT_LT(state.Window.Right - state.Window.Left, 2.1);
+  EXPECT_EQ(view.BackgroundBuilds(), 1);
+}
+
+TEST_F(Navigation, AnUndrawableWindowIsNeverDrawnNorStored) {
+  // A window stored before the zoom had its limits, redrawn as it stands.
+  AddWell(100, 50);
+  state.Window = WorldWindow{-3e7, 3e7, 1.5e7, -1.5e7};
+  ui.ExpectMessage("TARNO",
+                   {"Error while initializing new window: Window out of range!",
+                    "Likely cause: One or more imported test points or wells with incorrect "
+                    "coordinates."});
+  nav.ZoomActions(kZoomRefresh);
+  ui.Verify();  // one message, not one for each kind of element
+  EXPECT_EQ(view.BackgroundBuilds(), 0);
+  ExpectWindow(StoredWindow(), 0, 200, 100, 0);
+
+  // One a little too small for the surface (the map grew) is widened to the limit.
+  state.Window = WorldWindow{99.5, 100.5, 50.25, 49.75};
+  nav.ZoomActions(kZoomRefresh);
+  ui.Verify();
+  EXPECT_GE(state.Window.Right - state.Window.Left, 2.0);
+  EXPECT_EQ(StoredWindow(), state.Window);
 }
 
 TEST(FilterNumberText, KeepsDigitsPointMinusAndE) {

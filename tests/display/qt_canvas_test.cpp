@@ -204,6 +204,20 @@ TEST(QtCanvas, TextStandsOnTheBaselineAndFollowsTheAlignment) {
   EXPECT_GT(Inked(image, 100, 20, 130, 40), 10);
 }
 
+TEST(QtCanvas, TextWidthIsTheInkedWidthOfTheString) {
+  EnsureApplication();
+  QImage image = WhiteImage(300, 100);
+  QtCanvas canvas(image);
+  const int width = canvas.TextWidth("1234.5", 20, "Arial");
+  canvas.Text({50, 60}, "1234.5", 20, 0, kAlignLeft + kAlignBaseline, 0, "Arial");
+  canvas.End();
+  // The ink lies within the measured advance, and fills most of it.
+  EXPECT_EQ(Inked(image, 50 + width + 1, 0, 300, 100), 0);
+  EXPECT_GT(Inked(image, 50 + width * 3 / 4, 30, 50 + width, 62), 0);
+  EXPECT_GT(canvas.TextWidth("1234.56", 20, "Arial"), width);
+  EXPECT_EQ(canvas.TextWidth("", 20, "Arial"), 0);
+}
+
 TEST(QtCanvas, TextRotatesCounterClockwise) {
   EnsureApplication();
   QImage image = WhiteImage(200, 200);

@@ -84,11 +84,16 @@ TEST_F(ResultsDraw, ContoursAreOnePolylinePerLevelWithTheContourPen) {
                          Level(20, {{10, 90}, {90, 10}}));             // falling
   auto ctx = Ctx();
   ModelDrawContours(ctx);
+  // Each labelled line in two pieces around its label; the one near the edge whole.
   const auto lines = In(Kind::Polyline, Rgb(1, 2, 3));
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0].points, (std::vector<DevicePoint>{Dev(1, 1), Dev(3, 3), Dev(50, 50)}));
+  ASSERT_EQ(lines.size(), 7u);
+  EXPECT_EQ(lines[0].points.front(), Dev(1, 1));
+  EXPECT_EQ(lines[0].points[1], Dev(3, 3));
+  EXPECT_EQ(lines[1].points.back(), Dev(50, 50));
   EXPECT_EQ(lines[0].style, kPenDash);
-  EXPECT_EQ(lines[1].points.size(), 2u);
+  EXPECT_EQ(lines[2].points, (std::vector<DevicePoint>{Dev(1, 50), Dev(3, 50)}));
+  EXPECT_EQ(lines[3].points.front(), Dev(50, 10));
+  EXPECT_EQ(lines[4].points.back(), Dev(50, 90));
 
   const auto labels = OpsOf(Kind::Text);
   ASSERT_EQ(labels.size(), 3u) << "the line near the edge has no label";
@@ -102,6 +107,80 @@ TEST_F(ResultsDraw, ContoursAreOnePolylinePerLevelWithTheContourPen) {
   EXPECT_EQ(labels[1].escapement, 900);
   EXPECT_EQ(labels[2].text, "20.0");
   EXPECT_EQ(labels[2].escapement, 3150);
+}
+
+TEST(SplitAroundBox, CutsTheLineWhereItEntersAndLeavesTheBox) {
+  const LabelBox box{10, 0, 0, 2, 1, 3};  // u in (-2, 2), v in (-1, 3) about (10, 0)
+  // Straight through along the baseline.
+  auto pieces = SplitAroundBox({0, 10, 20}, {0, 0, 0}, box);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[0], (std::vector<WorldPoint>{{0, 0}, {8, 0}}));
+  EXPECT_EQ(pieces[1], (std::vector<WorldPoint>{{12, 0}, {20, 0}}));
+  // In through the left side, out through the top.
+  pieces = SplitAroundBox({0, 10, 10}, {0, 0, 10}, box);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[0].back(), (WorldPoint{8, 0}));
+  EXPECT_EQ(pieces[1], (std::vector<WorldPoint>{{10, 3}, {10, 10}}));
+  // Missing the box, or only touching its edge: whole.
+  pieces = SplitAroundBox({0, 20}, {5, 5}, box);
+  ASSERT_EQ(pieces.size(), 1u);
+  EXPECT_EQ(pieces[0].size(), 2u);
+  pieces = SplitAroundBox({0, 20}, {3, 3}, box);
+  ASSERT_EQ(pieces.size(), 1u);
+  // Wholly inside: nothing is left; starting inside: the part after the box.
+  EXPECT_TRUE(SplitAroundBox({9, 11}, {0, 1}, box).empty());
+  pieces = SplitAroundBox({10, 30}, {0, 0}, box);
+  ASSERT_EQ(pieces.size(), 1u);
+  EXPECT_EQ(pieces[0], (std::vector<WorldPoint>{{12, 0}, {30, 0}}));
+  // The box turns with the label: at 90 degrees it is long in Y.
+  const LabelBox up{0, 0, 90, 2, 1, 3};
+  pieces = SplitAroundBox({0, 0}, {-10, 10}, up);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_NEAR(pieces[0].back().y, -2, 1e-12);
+  EXPECT_NEAR(pieces[1].front().y, 2, 1e-12);
+  pieces = SplitAroundBox({-10, 10}, {0, 0}, up);  // across it: v from -1 (right) to 3 (left)
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_NEAR(pieces[0].back().x, -3, 1e-12);
+  EXPECT_NEAR(pieces[1].front().x, 1, 1e-12);
+}
+
+TEST_F(ResultsDraw, AThickContourPenLeavesAGapUnderTheLabel) {
+  state_.options.ContourWidth = 6;  // points: 8 pixels at 96 per inch
+  state_.options.ContourType = kPenSolid;
+  Write("model.CTR", Level(42, {{10, 50}, {90, 50}}));
+  auto ctx = Ctx();
+  ModelDrawContours(ctx);
+  const auto lines = In(Kind::Polyline, Rgb(1, 2, 3));
+  const auto labels = OpsOf(Kind::Text);
+  ASSERT_EQ(lines.size(), 2u);
+  ASSERT_EQ(labels.size(), 1u);
+  EXPECT_EQ(lines[0].width, 8);
+  EXPECT_EQ(lines[0].points.front(), Dev(10, 50));
+  EXPECT_EQ(lines[1].points.back(), Dev(90, 50));
+  // The label stands in the gap, centred, and the gap holds its width (as the
+  // surface measures it) with the pen's round ends kept clear of the text.
+  const DevicePoint at = labels[0].points[0];
+  EXPECT_EQ(at, Dev(50, 50));
+  const int left = lines[0].points.back().x, right = lines[1].points.front().x;
+  EXPECT_LT(left, at.x);
+  EXPECT_GT(right, at.x);
+  const int textWidth = canvas_.TextWidth("42.0", labels[0].height, "Arial");
+  EXPECT_GE(at.x - left, textWidth / 2 + 8 / 2);
+  EXPECT_GE(right - at.x, textWidth / 2 + 8 / 2);
+  EXPECT_NEAR(at.x - left, right - at.x, 1);
+  EXPECT_LT(right - left, textWidth + 4 * labels[0].height) << "a gap, not a hole";
+}
+
+TEST_F(ResultsDraw, ALineHardlyLargerThanItsLabelIsDrawnWhole) {
+  // A small closed contour, 3 units (24 pixels) across, under a label of about as
+  // much: cut around the label it would all but vanish.
+  Write("model.CTR", Level(3, {{50, 50}, {53, 50}, {53, 51}, {50, 51}, {50, 50}}));
+  auto ctx = Ctx();
+  ModelDrawContours(ctx);
+  const auto lines = In(Kind::Polyline, Rgb(1, 2, 3));
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].points.size(), 5u);
+  EXPECT_EQ(OpsOf(Kind::Text).size(), 1u);
 }
 
 TEST_F(ResultsDraw, ContourLabelMarginIsFourPercentOfTheWindow) {
@@ -123,7 +202,7 @@ TEST_F(ResultsDraw, ContoursNeedTheSwitchTheModelsShowFlagAndTheFile) {
 
   Write("model.ctr", Level(5, {{10, 10}, {90, 90}}));  // the name's case does not matter
   ModelDrawContours(ctx);
-  EXPECT_EQ(canvas_.Count(Kind::Polyline), 1);
+  EXPECT_EQ(canvas_.Count(Kind::Polyline), 2);  // the line on either side of its label
 
   canvas_.ClearOps();
   state_.layers.contours = false;

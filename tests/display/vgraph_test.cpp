@@ -667,5 +667,41 @@ TEST_F(LayerTest, PrinterGridWithIllegalSpacingIsToldToo) {
   EXPECT_EQ(page.Ops().size(), 3u);  // frame, clip, frame
 }
 
+// The range of a window on a surface of 400 by 200 pixels: one hundredth per pixel
+// at least, and every side within 32-bit hundredths.
+TEST(WindowRangeTest, LimitsAreOneHundredthPerPixelAndThe32BitHundredths) {
+  EXPECT_EQ(CheckWindowRange({0, 4, 2, 0}, 400, 200), WindowRange::kFits);
+  EXPECT_EQ(CheckWindowRange({0, 3.99, 1.99, 0}, 400, 200), WindowRange::kTooSmall);
+  // The aspect correction counts: a window tall enough grows wide enough.
+  EXPECT_EQ(CheckWindowRange({0, 1, 2, 0}, 400, 200), WindowRange::kFits);
+  EXPECT_EQ(CheckWindowRange({0, 0.0001, 0.0001, 0}, 400, 200), WindowRange::kTooSmall);
+  EXPECT_EQ(CheckWindowRange({-1e7, 1e7, 5e6, -5e6}, 400, 200), WindowRange::kFits);
+  // Each side fits, but the width in hundredths does not.
+  EXPECT_EQ(CheckWindowRange({-2e7, 2e7, 1e7, -1e7}, 400, 200), WindowRange::kTooLarge);
+  EXPECT_EQ(CheckWindowRange({2.2e7, 2.2e7 + 10, 5, 0}, 400, 200), WindowRange::kTooLarge);
+  // No extent: nothing to draw, nothing out of range.
+  EXPECT_EQ(CheckWindowRange({0, 0, 2, 0}, 400, 200), WindowRange::kFits);
+  EXPECT_EQ(CheckWindowRange({0, 4, 2, 0}, 0, 200), WindowRange::kFits);
+
+  const WorldWindow widened = WidenToSmallest({10, 10.5, 5.1, 5}, 400, 200);
+  EXPECT_EQ(CheckWindowRange(widened, 400, 200), WindowRange::kFits);
+  EXPECT_DOUBLE_EQ((widened.Left + widened.Right) / 2, 10.25);
+  EXPECT_DOUBLE_EQ((widened.Top + widened.Bottom) / 2, 5.05);
+  EXPECT_LT(widened.Right - widened.Left, 4.1);
+  const WorldWindow large{0, 100, 50, 0};
+  EXPECT_EQ(WidenToSmallest(large, 400, 200), large);
+}
+
+// The window the range is checked on is the one the screen init draws.
+TEST(WindowRangeTest, AspectCorrectionIsTheInitsOwn) {
+  VGraphGDI g;
+  RecordingCanvas surface(400, 100, 96, 48);
+  WorldWindow w{0, 100, 100, 0};
+  const WorldWindow corrected = AspectCorrected(w, 400, 100, 96, 48);
+  g.vgGDIInitObject(surface, w, false, 10);
+  EXPECT_EQ(corrected, w);
+  EXPECT_NE(corrected, (WorldWindow{0, 100, 100, 0}));
+}
+
 }  // namespace
 }  // namespace tarno

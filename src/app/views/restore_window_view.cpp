@@ -63,7 +63,7 @@ RestoreWindowView::RestoreWindowView(RestoreWindow& model, UserInterface& ui,
   });
   connect(delete_, &QPushButton::clicked, this, [this] {
     if (!projectFile_ || model_.current < 0) return;
-    RunOperation(ui_, "RestoreWindow.DeleteWindow", [&] { model_.DeleteWindow(projectFile_()); });
+    RunOperation(ui_, "RestoreWindow.DeleteWindow", [&] { model_.DeleteWindow(); });
     ShowRows();
   });
   connect(ok_, &QPushButton::clicked, this, [this] {
@@ -100,9 +100,9 @@ void RestoreWindowView::ShowCurrent() {
   y1_->setText(Q(model_.txY1));
   x2_->setText(Q(model_.txX2));
   y2_->setText(Q(model_.txY2));
-  const bool inView = model_.current >= 0 && model_.current < static_cast<int>(model_.rows.size());
-  delete_->setEnabled(inView && static_cast<bool>(projectFile_));
-  ok_->setEnabled(inView);
+  delete_->setEnabled(model_.InView() && static_cast<bool>(projectFile_));
+  // OK also confirms deletions when no row is left in view.
+  ok_->setEnabled(model_.CanOK());
 }
 
 void RestoreWindowView::reject() {
