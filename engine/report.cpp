@@ -34,6 +34,8 @@ std::string plural(size_t n, const std::string& one, const std::string& many) {
     return std::to_string(n) + " " + (n == 1 ? one : many);
 }
 
+using Rows = std::vector<std::pair<std::string, std::vector<double>>>;
+
 class Writer {
 public:
     explicit Writer(std::ostream& out) : out_(out) {}
@@ -44,7 +46,7 @@ public:
         line(std::string(text.size(), '='));
     }
     // A table: a header row of names, then rows of a label and numbers.
-    void table(const std::vector<std::string>& names, const std::vector<std::pair<std::string, std::vector<double>>>& rows) {
+    void table(const std::vector<std::string>& names, const Rows& rows) {
         size_t labelWidth = names.empty() ? 0 : names[0].size();
         for (const auto& r : rows) labelWidth = std::max(labelWidth, r.first.size());
         labelWidth += 1;
@@ -159,86 +161,63 @@ void writeBalance(Writer& w, const WaterBalance& b) {
 void writeResults(Writer& w, const ExtractSource& results) {
     w.heading("Results");
     bool any = false;
+    // One table of results: a title, the table, a blank line; nothing for no rows.
+    auto section = [&](const std::string& title, const std::vector<std::string>& names, const Rows& rows) {
+        if (rows.empty()) return;
+        w.line(title);
+        w.table(names, rows);
+        w.line();
+        any = true;
+    };
     const std::vector<WellResult> wells = results.wells();
-    std::vector<std::pair<std::string, std::vector<double>>> q, h;
+    Rows q, h;
     for (const WellResult& x : wells) {
         if (x.headSpecified) h.push_back({x.label, {x.x, x.y, x.radius, x.discharge, x.specifiedHead, x.headError}});
         else q.push_back({x.label, {x.x, x.y, x.radius, x.discharge, x.head}});
     }
-    if (!q.empty()) {
-        w.line("Discharge specified wells (discharge > 0 pumps):");
-        w.table({"label", "x", "y", "radius", "discharge", "head"}, q);
-        w.line();
-        any = true;
-    }
-    if (!h.empty()) {
-        w.line("Head specified wells (head error: computed minus specified):");
-        w.table({"label", "x", "y", "radius", "discharge", "specified head", "head error"}, h);
-        w.line();
-        any = true;
-    }
+    section("Discharge specified wells (discharge > 0 pumps):", {"label", "x", "y", "radius", "discharge", "head"}, q);
+    section("Head specified wells (head error: computed minus specified):", {"label", "x", "y", "radius", "discharge", "specified head", "head error"}, h);
     const std::vector<PartialWellResult> partial = results.partialWells();
-    if (!partial.empty()) {
-        std::vector<std::pair<std::string, std::vector<double>>> rows;
-        for (const PartialWellResult& x : partial)
-            rows.push_back({x.label, {x.x, x.y, x.screenTop, x.screenBottom, x.discharge, x.head}});
-        w.line("Partially penetrating wells:");
-        w.table({"label", "x", "y", "screen top", "screen bottom", "discharge", "head"}, rows);
-        w.line();
-        any = true;
-    }
+    Rows partialRows;
+    for (const PartialWellResult& x : partial)
+        partialRows.push_back({x.label, {x.x, x.y, x.screenTop, x.screenBottom, x.discharge, x.head}});
+    section("Partially penetrating wells:", {"label", "x", "y", "screen top", "screen bottom", "discharge", "head"}, partialRows);
     const std::vector<TheisWellResult> theis = results.theisWells();
-    if (!theis.empty()) {
-        std::vector<std::pair<std::string, std::vector<double>>> rows;
-        for (const TheisWellResult& x : theis) rows.push_back({x.label, {x.x, x.y, x.radius, x.discharge, x.head}});
-        w.line("Transient (Theis) wells at the time of evaluation:");
-        w.table({"label", "x", "y", "radius", "discharge", "head"}, rows);
-        w.line();
-        any = true;
-    }
+    Rows theisRows;
+    for (const TheisWellResult& x : theis) theisRows.push_back({x.label, {x.x, x.y, x.radius, x.discharge, x.head}});
+    section("Transient (Theis) wells at the time of evaluation:", {"label", "x", "y", "radius", "discharge", "head"}, theisRows);
     const std::vector<SegmentResult> segments = results.segments();
     for (LineSinkKind kind : {LineSinkKind::Discharge, LineSinkKind::Head, LineSinkKind::Drain, LineSinkKind::Gallery,
                               LineSinkKind::Stream}) {
-        std::vector<std::pair<std::string, std::vector<double>>> rows;
+        Rows rows;
         for (const SegmentResult& s : segments) {
             if (s.kind != kind) continue;
             if (kind == LineSinkKind::Discharge) rows.push_back({s.label, {s.x1, s.y1, s.x2, s.y2, s.discharge}});
             else rows.push_back({s.label, {s.x1, s.y1, s.x2, s.y2, s.specifiedHead, s.calculatedHead, s.discharge,
                                            s.error}});
         }
-        if (rows.empty()) continue;
-        w.line("Line-sinks, " + std::string(kindWords(kind)) + " (discharge > 0 takes water out of the aquifer):");
+        const std::string title =
+            "Line-sinks, " + std::string(kindWords(kind)) + " (discharge > 0 takes water out of the aquifer):";
         if (kind == LineSinkKind::Discharge)
-            w.table({"label", "x1", "y1", "x2", "y2", "discharge"}, rows);
+            section(title, {"label", "x1", "y1", "x2", "y2", "discharge"}, rows);
         else
-            w.table({"label", "x1", "y1", "x2", "y2", "specified head", "computed head", "discharge", "error"}, rows);
-        w.line();
-        any = true;
+            section(title, {"label", "x1", "y1", "x2", "y2", "specified head", "computed head", "discharge", "error"},
+                    rows);
     }
     const std::vector<InhomogeneityResult> inhoms = results.inhomogeneities();
-    if (!inhoms.empty()) {
-        std::vector<std::pair<std::string, std::vector<double>>> rows;
-        for (const InhomogeneityResult& x : inhoms)
-            rows.push_back({x.label, {x.conductivity, x.base, x.extraction, x.porosity, x.area, x.averageJump}});
-        w.line("Inhomogeneities (extraction > 0 takes water out; recharge is its negative):");
-        w.table({"label", "conductivity", "base", "extraction", "porosity", "area", "average jump"}, rows);
-        w.line();
-        any = true;
-    }
+    Rows inhomRows;
+    for (const InhomogeneityResult& x : inhoms)
+        inhomRows.push_back({x.label, {x.conductivity, x.base, x.extraction, x.porosity, x.area, x.averageJump}});
+    section("Inhomogeneities (extraction > 0 takes water out; recharge is its negative):", {"label", "conductivity", "base", "extraction", "porosity", "area", "average jump"}, inhomRows);
     const std::vector<WallResult> walls = results.walls();
-    if (!walls.empty()) {
-        std::vector<std::pair<std::string, std::vector<double>>> rows;
-        for (const WallResult& x : walls) {
-            double largest = 0.0;
-            for (const WallNode& n : x.nodes)
-                largest = std::max({largest, std::fabs(n.flowErrorCentre), std::fabs(n.flowErrorNode)});
-            rows.push_back({x.label, {x.conductivity, x.thickness, x.porosity, x.bottom, largest}});
-        }
-        w.line("Walls:");
-        w.table({"label", "conductivity", "thickness", "porosity", "bottom", "flow error"}, rows);
-        w.line();
-        any = true;
+    Rows wallRows;
+    for (const WallResult& x : walls) {
+        double largest = 0.0;
+        for (const WallNode& n : x.nodes)
+            largest = std::max({largest, std::fabs(n.flowErrorCentre), std::fabs(n.flowErrorNode)});
+        wallRows.push_back({x.label, {x.conductivity, x.thickness, x.porosity, x.bottom, largest}});
     }
+    section("Walls:", {"label", "conductivity", "thickness", "porosity", "bottom", "flow error"}, wallRows);
     if (!any) w.line("The model has no elements with results of their own.");
 }
 
