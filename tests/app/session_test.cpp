@@ -8,6 +8,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSettings>
 #include <QToolBar>
 #include <QStandardPaths>
@@ -23,12 +26,14 @@
 #include "app/shell_models.h"
 #include "app/main_window.h"
 #include "app/map_widget.h"
+#include "app/views/solve_views.h"
 #include "core/console_ui.h"
 #include "display/navigation.h"
 #include "display/redraw.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
+#include "dialogs_test_support.h"
 
 namespace tarno {
 namespace {
@@ -180,6 +185,38 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   EXPECT_FALSE(w.State().layers.contours);
   const int contourOff = CountColour(w.MapImage(), contour);
   EXPECT_LT(contourOff, contourBefore + (contourAfter - contourBefore) / 10);
+}
+
+// Reads a text file whole.
+std::string ReadAll(const fs::path& file) {
+  std::ifstream in(file);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// The example's river has a resistance: one iteration is below the advice. The
+// window's own port shows the advice, and the solve goes on with the count chosen.
+TEST_F(ExampleSession, TheIterationsAdviceShowsInTheWindowAndTheSolveGoesOn) {
+  ASSERT_EQ(Shell("sqlite3 " + Quote(project_) +
+                  " 'update Model set SOLVERIterations=1, ViewMessageLog=0, ViewErrorLog=0'"),
+            0);
+  options_.ui = nullptr;  // the Qt port with the dialog views
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_));
+  std::string advice, count;
+  testing::OnNextDialog<IterationsDialogView>([&](IterationsDialogView* view) {
+    advice = view->advice()->text().toStdString();
+    count = view->iterations()->text().toStdString();
+    view->iterations()->setText("2");
+    view->okButton()->click();
+  });
+  EXPECT_EQ(w.Solve(false), SolveOutcome::Completed) << w.LastSolve().failure;
+  EXPECT_EQ(advice,
+            "For models containing linesinks with resistance, it is recommended to use at least 2 "
+            "iterations.");
+  EXPECT_EQ(count, "1");
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_NE(ReadAll(work_ / "example.dat").find("\n solve 2 "), std::string::npos);
 }
 
 TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {
