@@ -15,12 +15,14 @@
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 #include "core/error.h"
@@ -107,7 +109,40 @@ QString StartPath(const FileDialogRequest& request) {
   return QDir(dir).filePath(Q(request.initialFile));
 }
 
+// The file dialog of the port: Qt's own widgets, large enough that the name, size,
+// type and date columns show whole ("204 KiB", not "204...KiB").
+void PrepareFileDialog(QFileDialog& dialog) {
+  dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+  dialog.setViewMode(QFileDialog::Detail);
+  for (QTreeView* tree : dialog.findChildren<QTreeView*>()) {
+    QHeaderView* header = tree->header();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(0, QHeaderView::Stretch);
+    for (int column = 1; column < header->count(); ++column)
+      header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+  }
+  const QSize hint = dialog.sizeHint();
+  dialog.resize(std::max(hint.width(), 860), std::max(hint.height(), 520));
+}
+
 }  // namespace
+
+std::string FilterExtension(const QString& qtFilter) {
+  // The patterns stand in the parentheses that end the filter, or are the filter.
+  QString patterns = qtFilter.trimmed();
+  const qsizetype open = patterns.lastIndexOf(QLatin1Char('('));
+  if (open >= 0 && patterns.endsWith(QLatin1Char(')')))
+    patterns = patterns.mid(open + 1, patterns.size() - open - 2);
+  const QStringList list = patterns.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+  if (list.isEmpty()) return {};
+  const QString& first = list.first();
+  if (!first.startsWith(QStringLiteral("*."))) return {};
+  const QString ext = first.mid(2);
+  if (ext.isEmpty() || ext.contains(QLatin1Char('*')) || ext.contains(QLatin1Char('?')) ||
+      ext.contains(QLatin1Char('[')))
+    return {};
+  return S(ext);
+}
 
 QString QtFilter(const std::string& classicFilter) {
   const QStringList parts = Q(classicFilter).split(QLatin1Char('|'));
@@ -188,24 +223,48 @@ std::optional<std::string> QtUserInterface::InputBox(const std::string& prompt,
 }
 
 std::optional<std::string> QtUserInterface::OpenFileDialog(const FileDialogRequest& request) {
-  const QString chosen = QFileDialog::getOpenFileName(parent_, Q(request.title), StartPath(request),
-                                                      QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  PrepareFileDialog(dialog);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  const QString chosen = dialog.selectedFiles().first();
   if (chosen.isEmpty()) return std::nullopt;
   return S(QDir::toNativeSeparators(chosen));
 }
 
 std::optional<std::string> QtUserInterface::SaveFileDialog(const FileDialogRequest& request) {
-  const QString chosen = QFileDialog::getSaveFileName(parent_, Q(request.title), StartPath(request),
-                                                      QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  PrepareFileDialog(dialog);
+  // A name typed without an extension takes that of the chosen filter (a new
+  // project becomes "name.trn", so that it shows among the projects); the
+  // request's default extension serves only a filter without a plain extension.
+  auto extension = [&request](const QString& filter) {
+    const std::string ext = FilterExtension(filter);
+    return ext.empty() ? request.defaultExtension : ext;
+  };
+  dialog.setDefaultSuffix(Q(extension(dialog.selectedNameFilter())));
+  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
+                   [&dialog, extension](const QString& filter) {
+                     dialog.setDefaultSuffix(Q(extension(filter)));
+                   });
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  const QString chosen = dialog.selectedFiles().first();
   if (chosen.isEmpty()) return std::nullopt;
-  return WithDefaultExtension(S(QDir::toNativeSeparators(chosen)), request.defaultExtension);
+  return WithDefaultExtension(S(QDir::toNativeSeparators(chosen)),
+                              extension(dialog.selectedNameFilter()));
 }
 
 std::vector<std::string> QtUserInterface::OpenFilesDialog(const FileDialogRequest& request) {
-  const QStringList chosen = QFileDialog::getOpenFileNames(
-      parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  PrepareFileDialog(dialog);
   std::vector<std::string> paths;
-  for (const auto& path : chosen) paths.push_back(S(QDir::toNativeSeparators(path)));
+  if (dialog.exec() != QDialog::Accepted) return paths;
+  for (const auto& path : dialog.selectedFiles()) paths.push_back(S(QDir::toNativeSeparators(path)));
   return paths;
 }
 

@@ -9,6 +9,8 @@
 #include <QColor>
 #include <QDialog>
 #include <QFileDialog>
+#include <QHeaderView>
+#include <QTreeView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -73,6 +75,16 @@ TEST(DefaultExtensionTest, AddedOnlyWhenTheNameHasNone) {
       << "a dot in a folder's name is no extension";
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ""), "/tmp/model");
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ".dat"), "/tmp/model.dat");
+}
+
+TEST(DefaultExtensionTest, TheChosenFilterSuppliesThePlainExtension) {
+  EXPECT_EQ(FilterExtension("Project Database Files (*.trn)"), "trn");
+  EXPECT_EQ(FilterExtension("Maps (*.bbm *.shp)"), "bbm") << "the first pattern";
+  EXPECT_EQ(FilterExtension("*.dat"), "dat") << "a filter of patterns only";
+  EXPECT_EQ(FilterExtension("All Files (*.*)"), "");
+  EXPECT_EQ(FilterExtension("All Files (*)"), "");
+  EXPECT_EQ(FilterExtension("Logs (*.lo?)"), "");
+  EXPECT_EQ(FilterExtension(""), "");
 }
 
 class NamedModel : public DialogModel {
@@ -241,6 +253,29 @@ TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
     static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
   });
   EXPECT_EQ(ui.SaveFileDialog(request), (dir / "copy.trn").string());
+
+  // A new project: the request's default extension is "wrk", but the project
+  // filter supplies ".trn", so that the new file shows among the projects.
+  request.title = "Create New Project Database";
+  request.defaultExtension = "wrk";
+  int width = 0;
+  std::vector<QHeaderView::ResizeMode> modes;
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    width = dialog->width();
+    if (auto* tree = dialog->findChild<QTreeView*>()) {
+      for (int c = 0; c < tree->header()->count(); ++c)
+        modes.push_back(tree->header()->sectionResizeMode(c));
+    }
+    if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) {
+      name->setText(QStringLiteral("new project"));
+    }
+    static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+  });
+  EXPECT_EQ(ui.SaveFileDialog(request), (dir / "new project.trn").string());
+  // The columns after the name fit their contents, in a dialog wide enough for them.
+  EXPECT_GE(width, 860);
+  ASSERT_GE(modes.size(), 2u);
+  for (std::size_t c = 1; c < modes.size(); ++c) EXPECT_EQ(modes[c], QHeaderView::ResizeToContents);
 
   OnNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
   EXPECT_TRUE(ui.OpenFilesDialog(request).empty());
