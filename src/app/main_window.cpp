@@ -611,21 +611,13 @@ std::string MainWindow::ProgramDirectory() const {
   return tarno::ProgramDirectory().string();
 }
 
-SolveOutcome MainWindow::RunSolve(SolveOptions options) {
-  if (!session_->ProjectOpen()) return SolveOutcome::Cancelled;
-  // The window repaints while the solver and the contourer run; the user's input
-  // waits until the run is over.
-  PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
-                       std::chrono::milliseconds(30));
-  // The tracing step that follows the window, for a model that asks for it.
-  settings_.DefaultStepSize =
-      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+SolveContext MainWindow::SolveContextFor(ProcessWaiter* waiter) {
   SolveContext ctx;
   ctx.projectPath = session_->Settings().DBName;
   ctx.settings = &settings_;
   ctx.state = &solution_;
   ctx.ui = &port_;
-  ctx.waiter = &waiter;
+  ctx.waiter = waiter;
   ctx.programDirectory = ProgramDirectory();
   ctx.window = MapWindow{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
   ctx.programOutput = "/dev/null";
@@ -640,6 +632,32 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
     SyncSolutionView();
     Zoom(kZoomRedraw);
   };
+  return ctx;
+}
+
+bool MainWindow::InvalidateSolution(bool ask) {
+  if (!session_->ProjectOpen() || !solution_.SolutionPresent) return false;
+  BlockingWaiter waiter;  // no program runs here
+  SolveContext ctx = SolveContextFor(&waiter);
+  const bool removed = tarno::InvalidateSolution(ctx, ask, true);
+  if (removed) {
+    // The note told what the removed contours showed; the units stand there again.
+    Note("", "");
+    ApplyMenus();
+  }
+  return removed;
+}
+
+SolveOutcome MainWindow::RunSolve(SolveOptions options) {
+  if (!session_->ProjectOpen()) return SolveOutcome::Cancelled;
+  // The window repaints while the solver and the contourer run; the user's input
+  // waits until the run is over.
+  PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
+                       std::chrono::milliseconds(30));
+  // The tracing step that follows the window, for a model that asks for it.
+  settings_.DefaultStepSize =
+      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+  SolveContext ctx = SolveContextFor(&waiter);
   solving_ = true;
   DisableMouse();
   ApplyMenus();
@@ -680,6 +698,9 @@ void MainWindow::ModelSettingsCommand() {
     ModelSettingsDialog dialog(settings_, file);
     port_.ShowModal(dialog);
     if (dialog.Result != 1) return;
+    // A new aquifer or new solver settings make the solution another model's: it
+    // goes as after an edit of an element, unless the user keeps it.
+    if (dialog.last.invalidate) InvalidateSolution(true);
     const bool flagged = dialog.last.regrid || dialog.last.retrace;
     // The grid or the traces of the present solution no longer answer the settings:
     // the next regrid (now, or when the next solve is answered No) writes them anew.

@@ -36,6 +36,7 @@ class MapWidget;
 class Navigator;
 class QtMapSurface;
 class QtUserInterface;
+class ProcessWaiter;
 
 // The per-user settings of the program: organisation "TARNO2K", group "Startup".
 inline constexpr const char* kSettingsOrganisation = "TARNO2K";
@@ -77,6 +78,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // Sol&ve (and "Run!"); `prompt`: ask when a valid solution is present.
   SolveOutcome Solve(bool prompt = true);
   SolveOutcome ContinueSolve();
+  // Removes the present solution after a change of the model (asking first with
+  // `ask`): its files, flags, result rows and its picture. True when removed.
+  bool InvalidateSolution(bool ask);
   void ModelSettingsCommand();
   void GuiOptionsCommand();
   void ModelSizeCommand();
@@ -152,6 +156,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void AfterMouseAction();
   void ShowWelcome();
   SolveOutcome RunSolve(SolveOptions options);
+  // The solve controller's view of this window (its state, settings, port, menus
+  // and redraw), waiting for programs with `waiter`.
+  SolveContext SolveContextFor(ProcessWaiter* waiter);
   std::string ProgramDirectory() const;
   std::unique_ptr<QSettings> OpenSettings() const;
 

@@ -93,6 +93,7 @@ void ModelSettings::Load(Database& db) {
 
   gridSnapshot_ = GridSnapshot();
   traceSnapshot_ = TraceSnapshot();
+  solutionSnapshot_ = SolutionSnapshot();
 }
 
 void ModelSettings::SelectContourProperty(int index) {
@@ -213,6 +214,21 @@ std::string ModelSettings::TraceSnapshot() const {
   return std::string(chkComputePaths ? "1" : "0") + "|" + tbMaxTime + "|" + tbStepSize;
 }
 
+std::string ModelSettings::SolutionSnapshot() const {
+  // The values as they are written, so that "75" and "75.0" are the same value.
+  std::string snapshot;
+  for (const std::string* field : {&tbBase, &tbThickness, &tbHydCond, &tbRecharge, &tbPorosity,
+                                   &tbFreshGravity, &tbSaltGravity, &tbAvgSeaLevel})
+    snapshot += GeneralNumber(Val(*field)) + "|";
+  snapshot += std::string(chkAddSaltwaterInterface ? "1" : "0") + "|";
+  snapshot += std::to_string(CInt(Val(tbIterations))) + "|";
+  snapshot += std::string(chkOutsideLoop ? "1" : "0") + "|";
+  snapshot += std::to_string(CLng(Val(tbOuterIterations))) + "|";
+  snapshot += std::string(chkFastSolution ? "1" : "0") + "|";
+  snapshot += std::string(chkConjunctive ? "1" : "0");
+  return snapshot;
+}
+
 ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   OkResult result;
   result.failedField = Validate(ui);
@@ -271,8 +287,11 @@ ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   const std::string trace = TraceSnapshot();
   result.regrid = grid != gridSnapshot_;
   result.retrace = trace != traceSnapshot_;
+  const std::string solution = SolutionSnapshot();
+  result.invalidate = solution != solutionSnapshot_;
   gridSnapshot_ = grid;
   traceSnapshot_ = trace;
+  solutionSnapshot_ = solution;
   result.accepted = true;
   return result;
 }

@@ -72,6 +72,9 @@ class ModelSettings {
     Field failedField = Field::None;
     bool regrid = false;   // contour limits, level or kind changed
     bool retrace = false;  // tracing fields changed
+    // The aquifer, the interface or the solver's settings changed: a solution of
+    // the old settings no longer belongs to the model.
+    bool invalidate = false;
   };
 
   // Reads the Model row ("select * from Model").
@@ -158,8 +161,10 @@ class ModelSettings {
   // What the grid and the traces depended on when the row was last read or written.
   std::string gridSnapshot_;
   std::string traceSnapshot_;
+  std::string solutionSnapshot_;
   std::string GridSnapshot() const;
   std::string TraceSnapshot() const;
+  std::string SolutionSnapshot() const;
 };
 
 }  // namespace tarno

@@ -219,6 +219,79 @@ TEST_F(ExampleSession, TheIterationsAdviceShowsInTheWindowAndTheSolveGoesOn) {
   EXPECT_NE(ReadAll(work_ / "example.dat").find("\n solve 2 "), std::string::npos);
 }
 
+// A new conductivity in the model settings: the old solution goes (after the
+// question), with its files, its contours and its note; a regrid cannot contour it
+// under the new settings any more.
+TEST_F(ExampleSession, ANewAquiferInTheModelSettingsInvalidatesTheSolution) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const QImage before = w.MapImage();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ASSERT_TRUE(fs::exists(work_ / "example.SOL"));
+  const Colour contour = w.State().options.ContourColor;
+  const int contourBefore = CountColour(before, contour);
+  ASSERT_GT(CountColour(w.MapImage(), contour), contourBefore + 80);
+
+  ui_.SetVerbose(true);
+  // The interval changes too: with the solution gone there is no regrid to ask for.
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbHydCond = "40";
+    d.settings.tbContourInt = "0.25";
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Model Changed!"), std::string::npos) << messages_.str();
+  EXPECT_EQ(messages_.str().find("Regrid/Retrace?"), std::string::npos) << messages_.str();
+  EXPECT_FALSE(w.Solution().SolutionPresent);
+  EXPECT_FALSE(w.Solution().ContourLinesPresent);
+  EXPECT_FALSE(fs::exists(work_ / "example.SOL"));
+  EXPECT_FALSE(fs::exists(work_ / "example.CTR"));
+  EXPECT_FALSE(w.Action("MODEL_CMDS(2)")->isEnabled()) << "nothing to continue";
+  EXPECT_FALSE(w.Action("Layermenu(2)")->isEnabled());
+  EXPECT_EQ(w.PanelText(2).toStdString(), " m");
+  EXPECT_LT(CountColour(w.MapImage(), contour), contourBefore + 20);
+
+  // A change that touches neither aquifer nor solver keeps a new solution.
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.chkViewMessage = !d.settings.chkViewMessage;
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_EQ(messages_.str().find("Model Changed!"), std::string::npos) << messages_.str();
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+}
+
+// The user may keep the solution: No leaves it, and the next regrid answers the new
+// contour settings on it as before.
+TEST_F(ExampleSession, KeepingTheSolutionAfterANewAquiferLeavesItStanding) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  std::vector<std::string> asked;
+  ui_.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>&,
+                          Buttons) -> std::optional<Answer> {
+    asked.push_back(title);
+    return Answer::No;
+  });
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbIterations = "3";
+    d.OK(ui_);
+  });
+  w.Action("MODEL_CMDS(0)")->trigger();
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0], "Model Changed!");
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(fs::exists(work_ / "example.SOL"));
+}
+
 TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {
   MainWindow w(options_);
   w.resize(800, 600);

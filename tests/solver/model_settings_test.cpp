@@ -2,6 +2,8 @@
 // exact message and bounds, and the write-back of the row.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "solver_fixture.h"
 
 namespace tarno::testing {
@@ -231,6 +233,53 @@ TEST_F(ModelSettingsTest, OkWritesTheRowAndReportsRegridAndRetrace) {
   ASSERT_TRUE(n.Step());
   EXPECT_EQ(n.GetInt64(0), 17);
   EXPECT_DOUBLE_EQ(n.GetDouble(1), 1);
+  ui.Verify();
+}
+
+TEST_F(ModelSettingsTest, OkReportsAChangeOfTheAquiferOrTheSolverAsInvalidating) {
+  ScriptedUserInterface ui;
+  ModelSettings s = LoadSettings();
+  // Nothing changed, or a value written otherwise: the solution stands.
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate);
+  s.tbPorosity = "0.20";
+  s.tbHydCond = s.tbHydCond + ".0";
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate);
+  // Contours and tracing only regrid or retrace.
+  s.tbContourInt = "0.5";
+  s.tbStepSize = "2";
+  auto r = s.Ok(db_, ui);
+  EXPECT_TRUE(r.regrid);
+  EXPECT_TRUE(r.retrace);
+  EXPECT_FALSE(r.invalidate);
+  s.chkViewError = !s.chkViewError;
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate) << "a log switch is no change of the solution";
+
+  // Each aquifer and solver value on its own.
+  const std::vector<std::function<void(ModelSettings&)>> changes = {
+      [](ModelSettings& m) { m.tbBase = "-3"; },
+      [](ModelSettings& m) { m.tbThickness = "40"; },
+      [](ModelSettings& m) { m.tbHydCond = "20"; },
+      [](ModelSettings& m) { m.tbRecharge = "0.001"; },
+      [](ModelSettings& m) { m.tbPorosity = "0.3"; },
+      [](ModelSettings& m) { m.chkAddSaltwaterInterface = !m.chkAddSaltwaterInterface; },
+      [](ModelSettings& m) { m.tbIterations = "4"; },
+      [](ModelSettings& m) { m.chkFastSolution = !m.chkFastSolution; },
+      [](ModelSettings& m) { m.chkConjunctive = !m.chkConjunctive; },
+      [](ModelSettings& m) {
+        m.chkOutsideLoop = true;
+        m.tbOuterIterations = "6";
+      },
+  };
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    changes[i](s);
+    const auto result = s.Ok(db_, ui);
+    ASSERT_TRUE(result.accepted) << i;
+    EXPECT_TRUE(result.invalidate) << "change " << i;
+    EXPECT_FALSE(s.Ok(db_, ui).invalidate) << "the same settings again, change " << i;
+  }
+  // A fresh load compares with the row as it now stands.
+  ModelSettings again = LoadSettings();
+  EXPECT_FALSE(again.Ok(db_, ui).invalidate);
   ui.Verify();
 }
 
