@@ -577,6 +577,12 @@ void MainWindow::ModelCheckExtents(ProjectSession& session, StoredWindow& window
   Note("", "");
 }
 
+void MainWindow::UnitsChanged() {
+  // The solution's coordinates were computed with the old factor: drawn with the
+  // new one they would stand in the wrong places, so it goes without a question.
+  InvalidateSolution(false);
+}
+
 void MainWindow::RenderMapAt(int width, int height) {
   fixedMapSize_ = std::make_pair(width, height);
   if (state_.ProjectOpen) {

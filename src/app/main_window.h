@@ -134,6 +134,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void DisableMouse() override;
   void ClearProjectViews() override;
   void ModelCheckExtents(ProjectSession& session, StoredWindow& window) override;
+  void UnitsChanged() override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;

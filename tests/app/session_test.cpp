@@ -292,6 +292,57 @@ TEST_F(ExampleSession, KeepingTheSolutionAfterANewAquiferLeavesItStanding) {
   EXPECT_TRUE(fs::exists(work_ / "example.SOL"));
 }
 
+// Change Units (the map in feet) and Cancel, then solve without reopening: the
+// command file's window, the map's frame and the unit text all follow the new
+// designation, and the solution of the old units is gone.
+TEST_F(ExampleSession, AUnitChangeAppliesToTheNextSolveWithoutReopening) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ASSERT_DOUBLE_EQ(w.State().frame.basemapConvert, 1.0);
+
+  ui_.SetModalHandler(UnitChange::kName, [](DialogModel& m) {
+    auto& d = dynamic_cast<UnitChange&>(m);
+    d.BasemapMeters = false;
+    d.OK();
+  });
+  ui_.SetModalHandler(ProjectSettings::kName, [this](DialogModel& m) {
+    auto& p = dynamic_cast<ProjectSettings&>(m);
+    p.ChangeUnits(ui_);
+    p.Cancel();
+  });
+  w.Action("FILE_CMDS(4)")->trigger();
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.Prepare("select BasemapMeters from Model");
+    ASSERT_TRUE(st.Step());
+    ASSERT_FALSE(st.GetBool(0)) << "Change Units writes at once";
+  }
+  const double factor = 0.3048;  // map feet, model metres
+  EXPECT_FALSE(w.Solution().SolutionPresent) << "the old solution belongs to the old units";
+  EXPECT_NEAR(w.Settings().BasemapConvert, factor, 1e-12);
+  EXPECT_NEAR(w.State().frame.basemapConvert, factor, 1e-12);
+  EXPECT_EQ(w.PanelText(2).toStdString(), " ft");
+
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  EXPECT_NEAR(w.State().frame.basemapConvert, factor, 1e-12);
+  // The window line of the command file is the map's window in model coordinates of
+  // the new factor.
+  const std::string dat = ReadAll(work_ / "example.dat");
+  const std::size_t at = dat.find("\n window ");
+  ASSERT_NE(at, std::string::npos) << dat;
+  std::istringstream line(dat.substr(at + 9, dat.find('\n', at + 1) - at - 9));
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  ASSERT_TRUE(line >> x1 >> y1 >> x2 >> y2);
+  const ModelFrame& f = w.State().frame;
+  const WorldWindow& win = w.State().Window;
+  EXPECT_NEAR(x1, (win.Left - f.originX) * factor, 0.01);
+  EXPECT_NEAR(y1, (win.Bottom - f.originY) * factor, 0.01);
+  EXPECT_NEAR(x2, (win.Right - f.originX) * factor, 0.01);
+  EXPECT_NEAR(y2, (win.Top - f.originY) * factor, 0.01);
+}
+
 TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {
   MainWindow w(options_);
   w.resize(800, 600);
