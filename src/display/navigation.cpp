@@ -189,6 +189,8 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
           if (hooks.elemTurnOffSelection) hooks.elemTurnOffSelection();
           state_.mouseState = kZoomWindowMouseState;
           state_.mouseMode = kZoomWindowMouseMode;
+          ui_.Activity("Zoom Window");
+          ui_.Feedback("Drag a rectangle over the new window -- press the button again to leave");
           if (hooks.turnOffMenus) hooks.turnOffMenus();
         }
         return;

@@ -73,10 +73,16 @@ TEST_F(Navigation, ZoomWindowModeIsEnteredAndLeft) {
   int off = 0, on = 0;
   nav.hooks.turnOffMenus = [&] { ++off; };
   nav.hooks.turnOnMenus = [&] { ++on; };
+  ui.Activity("Select");
+  ui.Feedback("Click mouse button to select element");
   nav.ZoomActions(kZoomWindowMode);
   EXPECT_EQ(state.mouseState, kZoomWindowMouseState);
   EXPECT_EQ(state.mouseMode, kZoomWindowMouseMode);
   EXPECT_EQ(off, 1);
+  // The status bar tells the mode and what to do in it, no longer "Select".
+  EXPECT_EQ(ui.CurrentActivity(), "Zoom Window");
+  EXPECT_EQ(ui.CurrentFeedback(),
+            "Drag a rectangle over the new window -- press the button again to leave");
   nav.hooks.clearMouseMode = [&] { state.mouseState = 0, state.mouseMode = 0; };
   nav.ZoomActions(kZoomWindowMode);
   EXPECT_EQ(state.mouseMode, 0);
