@@ -99,6 +99,11 @@ class ModelSettings {
   // The grid resolution in use: 40, 80 or the custom level.
   int DetailedContours() const;
 
+  // The default step as its read-only field shows it: rounded to three
+  // significant digits ("83.5", "0.0123", "1240"), as fine as a tracing step is
+  // chosen by hand. The value itself stays as computed.
+  std::string DefaultStepText() const;
+
   // Units.
   std::string LengthUnit() const { return computeMeters ? "meters" : "feet"; }
   std::string VelocityUnit() const { return computeMeters ? "meters/day" : "feet/day"; }
@@ -144,10 +149,11 @@ class ModelSettings {
   bool chkStoreMatrixOnDisk = false;
   bool chkConjunctive = false;
   // Scenarios: tbScenario[1] is the tag of the conductivity, tbScenario[2] that of
-  // the base elevation; [0] is not used.
+  // the base elevation; [0] is not used. No tag is an empty field here and
+  // "__NONE__" in the store.
   bool chkScenarioHydCond = false;
   bool chkScenarioBaseElev = false;
-  std::array<std::string, 3> tbScenario{"", "__NONE__", "__NONE__"};
+  std::array<std::string, 3> tbScenario{"", "", ""};
 
   // Units of the project, from the Model row.
   bool basemapMeters = true;

@@ -116,6 +116,7 @@ TEST_F(ModelSettingsViewTest, DrawdownNoteAndEnablingRules) {
   EXPECT_TRUE(view.drawdownNote()->isHidden());
 
   QLineEdit* step = view.field(Field::StepSize);
+  EXPECT_EQ(Text(view.tbDefaultStepSize()), "0");
   view.chkDefaultStep()->setChecked(true);
   EXPECT_FALSE(step->isEnabled());
   view.chkDefaultStep()->setChecked(false);
@@ -188,12 +189,22 @@ TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
   EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
 }
 
+TEST_F(ModelSettingsViewTest, TheDefaultStepShowsRounded) {
+  settings_.DefaultStepSize = 83.5010203256312;
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  EXPECT_EQ(Text(view.tbDefaultStepSize()), "83.5");
+  EXPECT_TRUE(view.tbDefaultStepSize()->isReadOnly());
+}
+
 TEST_F(ModelSettingsViewTest, ScenarioTagsAreCheckedByTheModel) {
   ModelSettingsDialog dialog(settings_, path_.string());
   ScriptedUserInterface ui;
   ModelSettingsView view(dialog, ui);
   QLineEdit* tag = view.field(Field::ScenarioHydCond);
-  EXPECT_EQ(Text(tag), "__NONE__");
+  EXPECT_EQ(Text(tag), "") << "no tag shows as an empty field";
+  EXPECT_EQ(Text(view.field(Field::ScenarioBaseElev)), "");
   EXPECT_FALSE(tag->isEnabled());
   view.chkScenarioHydCond()->setChecked(true);
   EXPECT_TRUE(tag->isEnabled());

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "solver_fixture.h"
 
@@ -48,7 +50,8 @@ TEST_F(ModelSettingsTest, NewProjectDefaults) {
   EXPECT_TRUE(s.chkComputePaths);
   EXPECT_TRUE(s.chkViewError);
   EXPECT_FALSE(s.chkOutsideLoop);
-  EXPECT_EQ(s.tbScenario[1], "__NONE__");
+  EXPECT_EQ(s.tbScenario[1], "") << "no tag (\"__NONE__\" in the store) shows empty";
+  EXPECT_EQ(s.tbScenario[2], "");
   EXPECT_EQ(s.LengthUnit(), "meters");
   EXPECT_EQ(s.VelocityUnit(), "meters/day");
   EXPECT_DOUBLE_EQ(s.BasemapConvert, 1.0);
@@ -175,13 +178,27 @@ TEST_F(ModelSettingsTest, ScenarioTagRule) {
   s.chkScenarioBaseElev = true;
   s.tbScenario[2] = "b_";
   ExpectRefused(s, ModelSettings::Field::ScenarioBaseElev, message);
-  s.tbScenario[2] = "";  // an empty tag is not written
+  s.tbScenario[2] = "";  // no tag
   ExpectAccepted(s);
-  Statement st = db_.Prepare("select ScenHydCond, ScenBaseElev, chkScenarioHydCond from Model");
+  {
+    Statement st = db_.Prepare("select ScenHydCond, ScenBaseElev, chkScenarioHydCond from Model");
+    ASSERT_TRUE(st.Step());
+    EXPECT_EQ(st.GetText(0), "kA");
+    EXPECT_EQ(st.GetText(1), "__NONE__");
+    EXPECT_TRUE(st.GetBool(2));
+  }
+  // A tag cleared in the field goes: the store says "__NONE__" again, and the field
+  // reads back empty.
+  s.tbScenario[1] = "";
+  ExpectAccepted(s);
+  Statement st = db_.Prepare("select ScenHydCond from Model");
   ASSERT_TRUE(st.Step());
-  EXPECT_EQ(st.GetText(0), "kA");
-  EXPECT_EQ(st.GetText(1), "__NONE__");
-  EXPECT_TRUE(st.GetBool(2));
+  EXPECT_EQ(st.GetText(0), "__NONE__");
+  EXPECT_EQ(LoadSettings().tbScenario[1], "");
+  // A scenario switched on over a field that was loaded without a tag passes.
+  ModelSettings fresh = LoadSettings();
+  fresh.chkScenarioBaseElev = true;
+  ExpectAccepted(fresh);
 }
 
 TEST_F(ModelSettingsTest, OkWritesTheRowAndReportsRegridAndRetrace) {
@@ -281,6 +298,18 @@ TEST_F(ModelSettingsTest, OkReportsAChangeOfTheAquiferOrTheSolverAsInvalidating)
   ModelSettings again = LoadSettings();
   EXPECT_FALSE(again.Ok(db_, ui).invalidate);
   ui.Verify();
+}
+
+TEST(DefaultStep, ShowsThreeSignificantDigits) {
+  ModelSettings s;
+  const std::vector<std::pair<double, std::string>> cases = {
+      {83.5010203256312, "83.5"}, {0.0123456, "0.0123"}, {1237.6, "1240"},
+      {5, "5"},                   {99.96, "100"},        {0, "0"}};
+  for (const auto& [value, text] : cases) {
+    s.DefaultStepSize = value;
+    EXPECT_EQ(s.DefaultStepText(), text) << value;
+  }
+  EXPECT_DOUBLE_EQ(s.DefaultStepSize, 0) << "only the text is rounded";
 }
 
 TEST(DefaultStep, IsFourThousandthsOfTheWindowDiagonal) {

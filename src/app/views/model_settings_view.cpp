@@ -265,7 +265,7 @@ void ModelSettingsView::FromModel() {
   tbMaxTime_->setText(Q(s.tbMaxTime));
   tbStepSize_->setText(Q(s.tbStepSize));
   chkDefaultStep_->setChecked(s.chkDefaultStep);
-  tbDefaultStepSize_->setText(Q(GeneralNumber(s.DefaultStepSize)));
+  tbDefaultStepSize_->setText(Q(s.DefaultStepText()));
   tbIterations_->setText(Q(s.tbIterations));
   chkOutsideLoop_->setChecked(s.chkOutsideLoop);
   tbOuterIterations_->setText(Q(s.tbOuterIterations));
@@ -276,8 +276,7 @@ void ModelSettingsView::FromModel() {
   chkConjunctive_->setChecked(s.chkConjunctive);
   chkScenarioHydCond_->setChecked(s.chkScenarioHydCond);
   chkScenarioBaseElev_->setChecked(s.chkScenarioBaseElev);
-  // The tags show as stored ("__NONE__" when none was given); the model's check
-  // refuses that text for a scenario switched on.
+  // No tag shows as an empty field (the model stores it as "__NONE__").
   tbScenarioHydCond_->setText(Q(s.tbScenario[1]));
   tbScenarioBaseElev_->setText(Q(s.tbScenario[2]));
   UpdateEnabled();
