@@ -447,7 +447,14 @@ void MainWindow::ToggleSwitch(const std::string& key) {
     ApplyMenus();
     return;
   }
+  if (key == "Layermenu(2)") ShowSolutionNote();
   Zoom(kZoomRedraw);
+}
+
+void MainWindow::ShowSolutionNote() {
+  // What the contours show while they are on the map; the units otherwise.
+  const bool shown = solution_.SolutionPresent && state_.layers.contours;
+  Note(shown ? solution_.Note : std::string(), "");
 }
 
 void MainWindow::AfterMouseAction() {
@@ -527,6 +534,8 @@ void MainWindow::ClearProjectViews() {
   mouseOperation_ = false;
   unitsText_.clear();
   Note("", "");
+  // No mode, no prompt and no pointer position without a project.
+  for (int panel : {0, 1, 3, 4}) panels_[panel]->clear();
   for (QtMapSurface* s : {map_.get(), map2_.get()}) s->GetCanvas().Clear(state_.options.Background);
   mapWidget_->update();
 }
@@ -670,8 +679,8 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
   lastSolve_ = ModelRunTARNO(ctx, options);
   solving_ = false;
   SyncSolutionView();
-  // The note panel tells what the contours show (the units without a solution).
-  Note(solution_.SolutionPresent ? solution_.Note : std::string(), "");
+  // The note panel tells what the contours show (the units without them).
+  ShowSolutionNote();
   // A completed run has redrawn the map with its results; any other leaves the
   // picture of the flags as they now stand.
   if (lastSolve_.outcome != SolveOutcome::Completed) Zoom(kZoomRedraw);

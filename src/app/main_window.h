@@ -149,6 +149,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void ToggleSwitch(const std::string& key);
   void ApplyMenus();
   void SyncSolutionView();
+  void ShowSolutionNote();
   void LayoutSurfaces();
   void LoadGuiOptions();
   void SaveStartupSettings();

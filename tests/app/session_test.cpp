@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QMouseEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -143,7 +144,19 @@ TEST_F(ExampleSession, OpeningSetsCaptionMenusAndTheMap) {
   ASSERT_FALSE(img.isNull());
   EXPECT_LT(CountColour(img, Rgb(255, 255, 255)), img.width() * img.height());
 
+  // The pointer over the map shows its position.
+  {
+    QMouseEvent move(QEvent::MouseMove, QPointF(40, 30), QPointF(40, 30), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(w.Map(), &move);
+  }
+  EXPECT_FALSE(w.PanelText(3).isEmpty());
+  EXPECT_FALSE(w.PanelText(4).isEmpty());
+
   ASSERT_TRUE(w.CloseProject());
+  // Nothing of the project stays in the status bar: mode, prompt, units, position.
+  for (int panel = 0; panel < 5; ++panel)
+    EXPECT_EQ(w.PanelText(panel).toStdString(), "") << "panel " << panel;
   EXPECT_EQ(w.windowTitle().toStdString(), "TARNO");
   EXPECT_FALSE(w.Action("MODEL_CMDS(1)")->isEnabled());
   EXPECT_FALSE(w.Action("VIEWMENU")->isEnabled());
@@ -180,11 +193,14 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   EXPECT_TRUE(w.Action("Layermenu(3)")->isChecked());
   EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
 
-  // "Contours" off removes the contour lines from the picture.
+  // "Contours" off removes the contour lines from the picture, and their note.
   w.Action("Layermenu(2)")->trigger();
   EXPECT_FALSE(w.State().layers.contours);
   const int contourOff = CountColour(w.MapImage(), contour);
   EXPECT_LT(contourOff, contourBefore + (contourAfter - contourBefore) / 10);
+  EXPECT_EQ(w.PanelText(2).toStdString(), " m");
+  w.Action("Layermenu(2)")->trigger();
+  EXPECT_EQ(w.PanelText(2).toStdString(), "Contours: Heads");
 }
 
 // Reads a text file whole.
