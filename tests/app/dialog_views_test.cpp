@@ -189,6 +189,32 @@ TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
   EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
 }
 
+// The note on drawdowns has its room from the start: showing it neither grows the
+// dialog nor squeezes the option buttons above it.
+TEST_F(ModelSettingsViewTest, TheDrawdownNoteShowsWithoutMovingTheLayout) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  view.tabs()->setCurrentIndex(ModelSettingsView::TabOf(Field::ContourInt));
+  view.show();
+  QApplication::processEvents();
+  const QSize before = view.size();
+  const QRect heads = view.contourProperty(kContourHeads)->geometry();
+  view.contourProperty(kContourDrawdowns)->click();
+  QApplication::processEvents();
+  EXPECT_FALSE(view.drawdownNote()->isHidden());
+  EXPECT_EQ(view.size(), before);
+  EXPECT_EQ(view.contourProperty(kContourHeads)->geometry(), heads);
+  for (int i = 0; i < 6; ++i) {
+    QRadioButton* option = view.contourProperty(i);
+    EXPECT_GE(option->height(), option->sizeHint().height()) << "option " << i << " is clipped";
+  }
+  QGroupBox* note = view.drawdownNote();
+  EXPECT_GE(note->height(), note->hasHeightForWidth() ? note->heightForWidth(note->width())
+                                                      : note->sizeHint().height());
+  view.hide();
+}
+
 TEST_F(ModelSettingsViewTest, TheDefaultStepShowsRounded) {
   settings_.DefaultStepSize = 83.5010203256312;
   ModelSettingsDialog dialog(settings_, path_.string());

@@ -123,6 +123,11 @@ ModelSettingsView::ModelSettingsView(ModelSettingsDialog& model, UserInterface& 
   noteText->setWordWrap(true);
   noteLayout->addWidget(noteText);
   grid->addWidget(drawdownNote_, 7, 0, 1, 3);
+  // The note keeps its room while hidden: the dialog is laid out for it once, and
+  // choosing Drawdowns neither grows the dialog nor squeezes the options above.
+  QSizePolicy notePolicy = drawdownNote_->sizePolicy();
+  notePolicy.setRetainSizeWhenHidden(true);
+  drawdownNote_->setSizePolicy(notePolicy);
   tabs_->addTab(page, QStringLiteral("Contours"));
 
   // Streamline Tracing Settings.
