@@ -206,6 +206,21 @@ Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<s
   for (const auto& line : lines) text << Q(line);
   QMessageBox box(IconOf(icon), Q(title), text.join(QLatin1Char('\n')), StandardButtonsOf(buttons),
                   parent_);
+  // The lines are the message's own: the box asks for the width of its longest line
+  // so that no line breaks in the middle of a sentence (the box would otherwise
+  // wrap at half the screen). A line wider than most of the screen (a long path) is
+  // left to wrap.
+  if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+    int widest = 0;
+    for (const QString& line : text) widest = std::max(widest, label->fontMetrics().horizontalAdvance(line));
+    const QScreen* screen = parent_ != nullptr && parent_->screen() != nullptr
+                                ? parent_->screen()
+                                : QGuiApplication::primaryScreen();
+    const int room = screen != nullptr ? screen->availableGeometry().width() * 3 / 4 : 1200;
+    label->setMinimumWidth(std::min(widest + label->contentsMargins().left() +
+                                        label->contentsMargins().right() + 2,
+                                    room));
+  }
   const int pressed = box.exec();
   QAbstractButton* clicked = box.clickedButton();
   if (clicked != nullptr) return AnswerOf(box.standardButton(clicked), buttons);

@@ -9,6 +9,7 @@
 #include <QColor>
 #include <QDialog>
 #include <QFileDialog>
+#include <QLabel>
 #include <QHeaderView>
 #include <QTreeView>
 #include <QInputDialog>
@@ -195,6 +196,33 @@ TEST_F(QtPortTest, MessageBoxShowsTitleLinesAndIconAndMapsTheAnswer) {
   PressInNextBox(QMessageBox::Cancel, &title, &text, &icon);
   EXPECT_EQ(ui.MessageBox("Q", {"?"}, Buttons::YesNoCancel, Icon::Question), Answer::Cancel);
   EXPECT_EQ(icon, QMessageBox::Question);
+}
+
+// The lines of a message are the lines the user reads: the box asks for the width
+// of its longest line, so that none is broken in two (as "...coordinates (meters),
+// you should" of the units warning was, at the box's usual half a screen). How wide
+// the box then is depends on the screen, which here is a small offscreen one.
+TEST_F(QtPortTest, MessageBoxAsksForTheWidthOfItsLongestLine) {
+  QtUserInterface ui;
+  const std::vector<std::string> lines = {
+      "In general these units should NOT be changed!",
+      "but you are using BBM files that have UTM coordinates (meters), you should",
+      "change feet into meters for a proper interpretation of the map coordinates.",
+      "Do you wish to continue?"};
+  int asked = 0, widest = 0, room = 0;
+  OnNextDialog<QMessageBox>([&](QMessageBox* box) {
+    if (auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+      asked = label->minimumWidth();
+      for (const auto& line : lines)
+        widest = std::max(widest, label->fontMetrics().horizontalAdvance(QString::fromStdString(line)));
+    }
+    room = box->screen()->availableGeometry().width() * 3 / 4;
+    box->button(QMessageBox::Yes)->click();
+  });
+  EXPECT_EQ(ui.MessageBox("STOP!", lines, Buttons::YesNo), Answer::Yes);
+  ASSERT_GT(widest, 0);
+  EXPECT_GE(asked, std::min(widest, room));
+  EXPECT_LE(asked, std::max(room, widest + 40));
 }
 
 TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
