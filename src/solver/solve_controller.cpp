@@ -496,11 +496,13 @@ bool InvalidateSolution(SolveContext& ctx, bool ask, bool redraw) {
       Enable(ctx, entry, false);
     state.SolutionTime = 0;
     state.SolutionPresent = false;
-    if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();
     state.Note.clear();
     for (const char* table :
          {"NFResults", "TPResults", "FIResults", "INResults", "WLResults", "LSResults"})
       db.Execute(std::string("DELETE * FROM ") + table + ";");
+    // Drawn once the results are gone, so that the map shows no part of the removed
+    // solution (the wells and test points are drawn by their results).
+    if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();
     removed = true;
   }
   if (ctx.hooks.closeSearch) ctx.hooks.closeSearch();

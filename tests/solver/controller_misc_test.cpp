@@ -197,6 +197,20 @@ TEST_F(Invalidate, YesRemovesFilesFlagsAndRows) {
   EXPECT_EQ(searchClosed_, 1);
 }
 
+// The map is drawn again once the results are gone: the redraw must not show the
+// removed solution's wells and test points by their old results, nor its note.
+TEST_F(Invalidate, TheRedrawComesAfterTheResultsAreRemoved) {
+  std::int64_t rowsAtRedraw = -1;
+  std::string noteAtRedraw = "unset";
+  ctx_.hooks.redraw = [&] {
+    rowsAtRedraw = Count("WLResults");
+    noteAtRedraw = state_.Note;
+  };
+  EXPECT_TRUE(InvalidateSolution(ctx_, false, true));
+  EXPECT_EQ(rowsAtRedraw, 0);
+  EXPECT_EQ(noteAtRedraw, "");
+}
+
 TEST_F(Invalidate, WithoutSolutionOnlyTheSearchWindowCloses) {
   state_.SolutionPresent = false;
   EXPECT_FALSE(InvalidateSolution(ctx_, true, true));
