@@ -252,6 +252,8 @@ std::optional<std::string> QtUserInterface::SaveFileDialog(const FileDialogReque
   QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
+  // The callers ask about an existing file in their own words ("File Exists").
+  dialog.setOption(QFileDialog::DontConfirmOverwrite, true);
   PrepareFileDialog(dialog);
   // A name typed without an extension takes that of the chosen filter (a new
   // project becomes "name.trn", so that it shows among the projects); the

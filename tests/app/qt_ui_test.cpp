@@ -300,6 +300,31 @@ TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
     static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
   });
   EXPECT_EQ(ui.SaveFileDialog(request), (dir / "new project.trn").string());
+  // An existing project chosen by its name alone: the dialog asks nothing itself,
+  // the callers ask "File Exists" in their own words. A question of the dialog's
+  // own would be answered Yes here, and counted.
+  int confirmations = 0;
+  QTimer watcher;
+  QObject::connect(&watcher, &QTimer::timeout, [&] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* box = qobject_cast<QMessageBox*>(widget);
+      if (box == nullptr || !box->isVisible()) continue;
+      ++confirmations;
+      if (QAbstractButton* yes = box->button(QMessageBox::Yes)) yes->click();
+    }
+  });
+  watcher.start(10);
+  bool typed = false;
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    if (typed) return;
+    typed = true;
+    if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+      name->setText(QStringLiteral("a"));
+    QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+  });
+  EXPECT_EQ(ui.SaveFileDialog(request), (dir / "a.trn").string());
+  watcher.stop();
+  EXPECT_EQ(confirmations, 0);
   // The columns after the name fit their contents, in a dialog wide enough for them.
   EXPECT_GE(width, 860);
   ASSERT_GE(modes.size(), 2u);
