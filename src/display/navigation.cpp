@@ -251,6 +251,9 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         const double top = std::max(y1, y2);
         if ((right - left) / width < 0.01 || (top - bottom) / height < 0.01) {
           ui_.MessageBox("Can't Set Window", {"Selected window is too small."});
+          // The rectangle ends the mode whatever its size.
+          ui_.Activity(kSelectActivity);
+          ui_.Feedback(kSelectFeedback);
           return;
         }
         w.Left = left;

@@ -53,10 +53,13 @@ TEST_F(Navigation, ZoomWindowRectangleOfOnePercentPassesSmallerFails) {
 
   const WorldWindow before = state.Window;
   const int builds = view.BackgroundBuilds();
+  ui.Activity("Zoom Window");
   ui.ExpectMessage("Can't Set Window", {"Selected window is too small."});
   nav.ZoomActions(kZoomWindowEnd, 10, 20, 10.0199, 21);
   ui.Verify();
   EXPECT_EQ(state.Window, before);
+  // The rectangle ends the mode all the same (the window goes back to selecting).
+  EXPECT_EQ(ui.CurrentActivity(), "Select");
   EXPECT_EQ(view.BackgroundBuilds(), builds);
 
   ui.ExpectMessage("Can't Set Window", {"Selected window is too small."});
