@@ -11,6 +11,7 @@
 #include "store/database.h"
 #include "store/dialogs.h"
 #include "store/lifecycle.h"
+#include "solver/solve_controller.h"
 #include "store/project_file.h"
 
 namespace tarno::cmd {
@@ -141,8 +142,20 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
       if (db.TableExists(table)) {
         Statement st = db.PrepareRaw(std::string("select count(*) from ") + table + ";");
         st.Step();
-        std::snprintf(line, sizeof line, "  %-16s %lld\n", table,
+        std::snprintf(line, sizeof line, "  %-16s %lld", table,
                       static_cast<long long>(st.GetInt64(0)));
+        out << line;
+        // The wells by kind, counted as the desktop program's "Model Size" counts them.
+        if (std::string(table) == "Wells") {
+          try {
+            const WellCounts w = CountWells(db);
+            out << " (2-D " << w.twoD << ", partially penetrating " << w.partiallyPenetrating
+                << ", transient " << w.transient << ")";
+          } catch (const StoreError&) {
+            // A file of an older version may lack the kinds; the total stands alone.
+          }
+        }
+        std::snprintf(line, sizeof line, "\n");
       } else {
         std::snprintf(line, sizeof line, "  %-16s absent\n", table);
       }

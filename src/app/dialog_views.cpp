@@ -2,6 +2,7 @@
 // view over the model, runs it modally and leaves the result in the model.
 #include "app/dialog_views.h"
 
+#include "app/dialog_registry.h"
 #include "app/shell_models.h"
 #include "app/views/gui_options_view.h"
 #include "app/views/model_settings_view.h"
@@ -38,49 +39,64 @@ void Register(QtUserInterface& ui, const char* name, Make make) {
   });
 }
 
+// What the views need beyond their model.
+struct ViewContext {
+  UserInterface* port;
+  std::function<std::string()> projectFile;
+};
+
+// One view per dialog model of the registry; a model of the list without its
+// overload here does not compile.
+auto MakeView(NewDatabaseWizard& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<NewDatabaseWizardView>(m, parent);
+}
+auto MakeView(ProjectSettings& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ProjectSettingsView>(m, *c.port, parent);
+}
+auto MakeView(UnitChange& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<UnitChangeView>(m, parent);
+}
+auto MakeView(ModelSettingsDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ModelSettingsView>(m, *c.port, parent);
+}
+auto MakeView(GUIOptions& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<GUIOptionsView>(m, *c.port, parent);
+}
+auto MakeView(Welcome& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<WelcomeView>(m, parent);
+}
+auto MakeView(RestoreWindow& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<RestoreWindowView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(SolvePrompt& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SolvePromptView>(m, parent);
+}
+auto MakeView(FormContinueSolve& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<FormContinueSolveView>(m, *c.port, parent);
+}
+auto MakeView(IterationsDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<IterationsDialogView>(m, *c.port, parent);
+}
+auto MakeView(RelaxDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<RelaxDialogView>(m, *c.port, nullptr, parent);
+}
+auto MakeView(ConvergeDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ConvergeDialogView>(m, *c.port, nullptr, parent);
+}
+auto MakeView(SolverIntegrity& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SolverIntegrityView>(m, parent);
+}
+
 }  // namespace
 
 void RegisterDialogViews(QtUserInterface& ui) { RegisterDialogViews(ui, {}); }
 
 void RegisterDialogViews(QtUserInterface& ui, std::function<std::string()> projectFile) {
-  UserInterface* port = &ui;
-  Register<NewDatabaseWizard>(ui, NewDatabaseWizard::kName, [](auto& m, QWidget* parent) {
-    return std::make_unique<NewDatabaseWizardView>(m, parent);
-  });
-  Register<ProjectSettings>(ui, ProjectSettings::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<ProjectSettingsView>(m, *port, parent);
-  });
-  Register<UnitChange>(ui, UnitChange::kName, [](auto& m, QWidget* parent) {
-    return std::make_unique<UnitChangeView>(m, parent);
-  });
-  Register<ModelSettingsDialog>(ui, ModelSettingsDialog::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<ModelSettingsView>(m, *port, parent);
-  });
-  Register<GUIOptions>(ui, GUIOptions::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<GUIOptionsView>(m, *port, parent);
-  });
-  Register<Welcome>(ui, Welcome::kName, [](auto& m, QWidget* parent) {
-    return std::make_unique<WelcomeView>(m, parent);
-  });
-  Register<RestoreWindow>(ui, RestoreWindow::kName,
-                          [port, projectFile](auto& m, QWidget* parent) {
-                            return std::make_unique<RestoreWindowView>(m, *port, projectFile,
-                                                                       parent);
-                          });
-  Register<SolvePrompt>(ui, SolvePrompt::kName, [](auto& m, QWidget* parent) {
-    return std::make_unique<SolvePromptView>(m, parent);
-  });
-  Register<FormContinueSolve>(ui, FormContinueSolve::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<FormContinueSolveView>(m, *port, parent);
-  });
-  Register<RelaxDialog>(ui, RelaxDialog::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<RelaxDialogView>(m, *port, nullptr, parent);
-  });
-  Register<ConvergeDialog>(ui, ConvergeDialog::kName, [port](auto& m, QWidget* parent) {
-    return std::make_unique<ConvergeDialogView>(m, *port, nullptr, parent);
-  });
-  Register<SolverIntegrity>(ui, SolverIntegrity::kName, [](auto& m, QWidget* parent) {
-    return std::make_unique<SolverIntegrityView>(m, parent);
+  const ViewContext context{&ui, std::move(projectFile)};
+  ShownDialogs::ForEach([&]<typename Model>() {
+    Register<Model>(ui, Model::kName, [context](Model& m, QWidget* parent) {
+      return MakeView(m, context, parent);
+    });
   });
 }
 

@@ -12,12 +12,7 @@ namespace tarno {
 
 class DatabaseOpener;
 
-// Registers every view below with the port:
-//   NewDatabaseWizard, ProjectSettings, UnitChange   (the project life cycle)
-//   ModelSettings                                   (the model settings with their tabs)
-//   GUIOptions, Welcome                             (the shell)
-//   RestoreWindow                                   (saved windows)
-//   SolvePrompt, FormContinueSolve, RelaxDialog, ConvergeDialog, SolverIntegrity
+// Registers a view for every dialog model of the registry (app/dialog_registry.h).
 void RegisterDialogViews(QtUserInterface& ui);
 // The same, with the open project's file (empty while none is open) for the views
 // that write to it outside their model's buttons: the saved windows' Delete.

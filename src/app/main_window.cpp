@@ -462,7 +462,14 @@ void MainWindow::ToggleSwitch(const std::string& key) {
     ApplyMenus();
     return;
   }
+  if (key == "Layermenu(2)") ShowSolutionNote();
   Zoom(kZoomRedraw);
+}
+
+void MainWindow::ShowSolutionNote() {
+  // What the contours show while they are on the map; the units otherwise.
+  const bool shown = solution_.SolutionPresent && state_.layers.contours;
+  Note(shown ? solution_.Note : std::string(), "");
 }
 
 void MainWindow::AfterMouseAction() {
@@ -542,6 +549,8 @@ void MainWindow::ClearProjectViews() {
   mouseOperation_ = false;
   unitsText_.clear();
   Note("", "");
+  // No mode, no prompt and no pointer position without a project.
+  for (int panel : {0, 1, 3, 4}) panels_[panel]->clear();
   for (QtMapSurface* s : {map_.get(), map2_.get()}) s->GetCanvas().Clear(state_.options.Background);
   mapWidget_->update();
 }
@@ -597,6 +606,12 @@ void MainWindow::ModelCheckExtents(ProjectSession& session, StoredWindow& window
   Note("", "");
 }
 
+void MainWindow::UnitsChanged() {
+  // The solution's coordinates were computed with the old factor: drawn with the
+  // new one they would stand in the wrong places, so it goes without a question.
+  InvalidateSolution(false);
+}
+
 void MainWindow::RenderMapAt(int width, int height) {
   fixedMapSize_ = std::make_pair(width, height);
   if (state_.ProjectOpen) {
@@ -631,21 +646,13 @@ std::string MainWindow::ProgramDirectory() const {
   return tarno::ProgramDirectory().string();
 }
 
-SolveOutcome MainWindow::RunSolve(SolveOptions options) {
-  if (!session_->ProjectOpen()) return SolveOutcome::Cancelled;
-  // The window repaints while the solver and the contourer run; the user's input
-  // waits until the run is over.
-  PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
-                       std::chrono::milliseconds(30));
-  // The tracing step that follows the window, for a model that asks for it.
-  settings_.DefaultStepSize =
-      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+SolveContext MainWindow::SolveContextFor(ProcessWaiter* waiter) {
   SolveContext ctx;
   ctx.projectPath = session_->Settings().DBName;
   ctx.settings = &settings_;
   ctx.state = &solution_;
   ctx.ui = &port_;
-  ctx.waiter = &waiter;
+  ctx.waiter = waiter;
   ctx.programDirectory = ProgramDirectory();
   ctx.window = MapWindow{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
   ctx.programOutput = "/dev/null";
@@ -660,14 +667,40 @@ SolveOutcome MainWindow::RunSolve(SolveOptions options) {
     SyncSolutionView();
     Zoom(kZoomRedraw);
   };
+  return ctx;
+}
+
+bool MainWindow::InvalidateSolution(bool ask) {
+  if (!session_->ProjectOpen() || !solution_.SolutionPresent) return false;
+  BlockingWaiter waiter;  // no program runs here
+  SolveContext ctx = SolveContextFor(&waiter);
+  const bool removed = tarno::InvalidateSolution(ctx, ask, true);
+  if (removed) {
+    // The note told what the removed contours showed; the units stand there again.
+    Note("", "");
+    ApplyMenus();
+  }
+  return removed;
+}
+
+SolveOutcome MainWindow::RunSolve(SolveOptions options) {
+  if (!session_->ProjectOpen()) return SolveOutcome::Cancelled;
+  // The window repaints while the solver and the contourer run; the user's input
+  // waits until the run is over.
+  PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
+                       std::chrono::milliseconds(30));
+  // The tracing step that follows the window, for a model that asks for it.
+  settings_.DefaultStepSize =
+      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+  SolveContext ctx = SolveContextFor(&waiter);
   solving_ = true;
   DisableMouse();
   ApplyMenus();
   lastSolve_ = ModelRunTARNO(ctx, options);
   solving_ = false;
   SyncSolutionView();
-  // The note panel tells what the contours show (the units without a solution).
-  Note(solution_.SolutionPresent ? solution_.Note : std::string(), "");
+  // The note panel tells what the contours show (the units without them).
+  ShowSolutionNote();
   // A completed run has redrawn the map with its results; any other leaves the
   // picture of the flags as they now stand.
   if (lastSolve_.outcome != SolveOutcome::Completed) Zoom(kZoomRedraw);
@@ -700,6 +733,9 @@ void MainWindow::ModelSettingsCommand() {
     ModelSettingsDialog dialog(settings_, file);
     port_.ShowModal(dialog);
     if (dialog.Result != 1) return;
+    // A new aquifer or new solver settings make the solution another model's: it
+    // goes as after an edit of an element, unless the user keeps it.
+    if (dialog.last.invalidate) InvalidateSolution(true);
     const bool flagged = dialog.last.regrid || dialog.last.retrace;
     // The grid or the traces of the present solution no longer answer the settings:
     // the next regrid (now, or when the next solve is answered No) writes them anew.

@@ -37,6 +37,7 @@ class MapWidget;
 class Navigator;
 class QtMapSurface;
 class QtUserInterface;
+class ProcessWaiter;
 
 // The per-user settings of the program: organisation "TARNO2K", group "Startup".
 inline constexpr const char* kSettingsOrganisation = "TARNO2K";
@@ -78,6 +79,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // Sol&ve (and "Run!"); `prompt`: ask when a valid solution is present.
   SolveOutcome Solve(bool prompt = true);
   SolveOutcome ContinueSolve();
+  // Removes the present solution after a change of the model (asking first with
+  // `ask`): its files, flags, result rows and its picture. True when removed.
+  bool InvalidateSolution(bool ask);
   void ModelSettingsCommand();
   void GuiOptionsCommand();
   void ModelSizeCommand();
@@ -137,6 +141,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void DisableMouse() override;
   void ClearProjectViews() override;
   void ModelCheckExtents(ProjectSession& session, StoredWindow& window) override;
+  void UnitsChanged() override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -151,6 +156,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void ToggleSwitch(const std::string& key);
   void ApplyMenus();
   void SyncSolutionView();
+  void ShowSolutionNote();
   void LayoutSurfaces();
   void LoadGuiOptions();
   void SaveStartupSettings();
@@ -159,6 +165,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void AfterMouseAction();
   void ShowWelcome();
   SolveOutcome RunSolve(SolveOptions options);
+  // The solve controller's view of this window (its state, settings, port, menus
+  // and redraw), waiting for programs with `waiter`.
+  SolveContext SolveContextFor(ProcessWaiter* waiter);
   std::string ProgramDirectory() const;
   std::unique_ptr<QSettings> OpenSettings() const;
 

@@ -15,6 +15,7 @@
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -23,6 +24,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTabWidget>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 #include "core/error.h"
@@ -149,7 +151,40 @@ std::string TabInFront(QDialog* dialog) {
   return S(text);
 }
 
+// The file dialog of the port: Qt's own widgets, large enough that the name, size,
+// type and date columns show whole ("204 KiB", not "204...KiB").
+void PrepareFileDialog(QFileDialog& dialog) {
+  dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+  dialog.setViewMode(QFileDialog::Detail);
+  for (QTreeView* tree : dialog.findChildren<QTreeView*>()) {
+    QHeaderView* header = tree->header();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(0, QHeaderView::Stretch);
+    for (int column = 1; column < header->count(); ++column)
+      header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+  }
+  const QSize hint = dialog.sizeHint();
+  dialog.resize(std::max(hint.width(), 860), std::max(hint.height(), 520));
+}
+
 }  // namespace
+
+std::string FilterExtension(const QString& qtFilter) {
+  // The patterns stand in the parentheses that end the filter, or are the filter.
+  QString patterns = qtFilter.trimmed();
+  const qsizetype open = patterns.lastIndexOf(QLatin1Char('('));
+  if (open >= 0 && patterns.endsWith(QLatin1Char(')')))
+    patterns = patterns.mid(open + 1, patterns.size() - open - 2);
+  const QStringList list = patterns.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+  if (list.isEmpty()) return {};
+  const QString& first = list.first();
+  if (!first.startsWith(QStringLiteral("*."))) return {};
+  const QString ext = first.mid(2);
+  if (ext.isEmpty() || ext.contains(QLatin1Char('*')) || ext.contains(QLatin1Char('?')) ||
+      ext.contains(QLatin1Char('[')))
+    return {};
+  return S(ext);
+}
 
 QString QtFilter(const std::string& classicFilter) {
   const QStringList parts = Q(classicFilter).split(QLatin1Char('|'));
@@ -219,6 +254,21 @@ Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<s
   for (const auto& line : lines) text << Q(line);
   QMessageBox box(IconOf(icon), Q(title), text.join(QLatin1Char('\n')), StandardButtonsOf(buttons),
                   parent_);
+  // The lines are the message's own: the box asks for the width of its longest line
+  // so that no line breaks in the middle of a sentence (the box would otherwise
+  // wrap at half the screen). A line wider than most of the screen (a long path) is
+  // left to wrap.
+  if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+    int widest = 0;
+    for (const QString& line : text) widest = std::max(widest, label->fontMetrics().horizontalAdvance(line));
+    const QScreen* screen = parent_ != nullptr && parent_->screen() != nullptr
+                                ? parent_->screen()
+                                : QGuiApplication::primaryScreen();
+    const int room = screen != nullptr ? screen->availableGeometry().width() * 3 / 4 : 1200;
+    label->setMinimumWidth(std::min(widest + label->contentsMargins().left() +
+                                        label->contentsMargins().right() + 2,
+                                    room));
+  }
   const int pressed = box.exec();
   QAbstractButton* clicked = box.clickedButton();
   if (clicked != nullptr) return AnswerOf(box.standardButton(clicked), buttons);
@@ -236,24 +286,50 @@ std::optional<std::string> QtUserInterface::InputBox(const std::string& prompt,
 }
 
 std::optional<std::string> QtUserInterface::OpenFileDialog(const FileDialogRequest& request) {
-  const QString chosen = QFileDialog::getOpenFileName(parent_, Q(request.title), StartPath(request),
-                                                      QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  PrepareFileDialog(dialog);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  const QString chosen = dialog.selectedFiles().first();
   if (chosen.isEmpty()) return std::nullopt;
   return S(QDir::toNativeSeparators(chosen));
 }
 
 std::optional<std::string> QtUserInterface::SaveFileDialog(const FileDialogRequest& request) {
-  const QString chosen = QFileDialog::getSaveFileName(parent_, Q(request.title), StartPath(request),
-                                                      QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  // The callers ask about an existing file in their own words ("File Exists").
+  dialog.setOption(QFileDialog::DontConfirmOverwrite, true);
+  PrepareFileDialog(dialog);
+  // A name typed without an extension takes that of the chosen filter (a new
+  // project becomes "name.trn", so that it shows among the projects); the
+  // request's default extension serves only a filter without a plain extension.
+  auto extension = [&request](const QString& filter) {
+    const std::string ext = FilterExtension(filter);
+    return ext.empty() ? request.defaultExtension : ext;
+  };
+  dialog.setDefaultSuffix(Q(extension(dialog.selectedNameFilter())));
+  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
+                   [&dialog, extension](const QString& filter) {
+                     dialog.setDefaultSuffix(Q(extension(filter)));
+                   });
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  const QString chosen = dialog.selectedFiles().first();
   if (chosen.isEmpty()) return std::nullopt;
-  return WithDefaultExtension(S(QDir::toNativeSeparators(chosen)), request.defaultExtension);
+  return WithDefaultExtension(S(QDir::toNativeSeparators(chosen)),
+                              extension(dialog.selectedNameFilter()));
 }
 
 std::vector<std::string> QtUserInterface::OpenFilesDialog(const FileDialogRequest& request) {
-  const QStringList chosen = QFileDialog::getOpenFileNames(
-      parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  QFileDialog dialog(parent_, Q(request.title), StartPath(request), QtFilter(request.filter));
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  PrepareFileDialog(dialog);
   std::vector<std::string> paths;
-  for (const auto& path : chosen) paths.push_back(S(QDir::toNativeSeparators(path)));
+  if (dialog.exec() != QDialog::Accepted) return paths;
+  for (const auto& path : dialog.selectedFiles()) paths.push_back(S(QDir::toNativeSeparators(path)));
   return paths;
 }
 

@@ -87,6 +87,11 @@ QString QtFilter(const std::string& classicFilter);
 QColor ToQColor(std::uint32_t packed);
 std::uint32_t FromQColor(const QColor& colour);
 
+// The extension a name typed without one takes from a Qt filter ("Project
+// Database Files (*.trn)" gives "trn"): that of its first pattern when it is a plain
+// "*.ext"; empty for "*", "*.*" and the like.
+std::string FilterExtension(const QString& qtFilter);
+
 // A saved file's path with ".<extension>" added when its name has no extension of
 // its own (nothing is added for an empty extension).
 std::string WithDefaultExtension(const std::string& path, const std::string& extension);

@@ -310,6 +310,8 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
           if (hooks.elemTurnOffSelection) hooks.elemTurnOffSelection();
           state_.mouseState = kZoomWindowMouseState;
           state_.mouseMode = kZoomWindowMouseMode;
+          ui_.Activity("Zoom Window");
+          ui_.Feedback("Drag a rectangle over the new window -- press the button again to leave");
           if (hooks.turnOffMenus) hooks.turnOffMenus();
         }
         return;
@@ -361,6 +363,9 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
         const double top = std::max(y1, y2);
         if ((right - left) / width < 0.01 || (top - bottom) / height < 0.01) {
           ui_.MessageBox("Can't Set Window", {"Selected window is too small."});
+          // The rectangle ends the mode whatever its size.
+          ui_.Activity(kSelectActivity);
+          ui_.Feedback(kSelectFeedback);
           return;
         }
         w.Left = left;

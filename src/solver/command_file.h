@@ -89,7 +89,18 @@ struct ModflowLink {
 // dialog sets Result to 1 when the user confirms the text of tbIterations.
 class IterationsDialog : public DialogModel {
  public:
-  std::string DialogName() const override { return "Iterations"; }
+  static constexpr const char* kName = "Iterations";
+  static constexpr const char* kTitle = "Recommended # Iterations";
+  std::string DialogName() const override { return kName; }
+
+  // The advice with the recommended minimum set into the gap of blanks that
+  // lblRecommended leaves for it.
+  std::string AdviceText() const;
+  // OK: a count that is not positive gets the message of the model settings ("Bad
+  // Entry") and the dialog stays (false); otherwise Result is 1.
+  bool OK(UserInterface& ui);
+  void Cancel() { Result = 2; }
+
   std::string lblRecommended;
   int lblRecommendedIterations = 0;
   std::string tbIterations;

@@ -28,6 +28,11 @@ bool BadTag(const std::string& tag) {
   return tag.find_first_of(" -,_") != std::string::npos;
 }
 
+constexpr const char* kNoTag = "__NONE__";
+
+std::string ShownTag(const std::string& stored) { return stored == kNoTag ? std::string() : stored; }
+std::string StoredTag(const std::string& shown) { return shown.empty() ? std::string(kNoTag) : shown; }
+
 std::string Text(Statement& st, std::string_view column) {
   return GeneralNumber(st.GetDouble(column));
 }
@@ -88,11 +93,13 @@ void ModelSettings::Load(Database& db) {
 
   chkScenarioHydCond = st.GetBool("chkScenarioHydCond");
   chkScenarioBaseElev = st.GetBool("chkScenarioBaseElev");
-  tbScenario[1] = st.GetText("ScenHydCond");
-  tbScenario[2] = st.GetText("ScenBaseElev");
+  // A tag stored as "__NONE__" (no tag) shows as an empty field.
+  tbScenario[1] = ShownTag(st.GetText("ScenHydCond"));
+  tbScenario[2] = ShownTag(st.GetText("ScenBaseElev"));
 
   gridSnapshot_ = GridSnapshot();
   traceSnapshot_ = TraceSnapshot();
+  solutionSnapshot_ = SolutionSnapshot();
 }
 
 void ModelSettings::SelectContourProperty(int index) {
@@ -129,6 +136,13 @@ int ModelSettings::DetailedContours() const {
     default:
       return CInt(Val(tbContourLevel));
   }
+}
+
+std::string ModelSettings::DefaultStepText() const {
+  const double v = DefaultStepSize;
+  if (!std::isfinite(v) || v <= 0) return GeneralNumber(v);
+  const double scale = std::pow(10.0, std::floor(std::log10(v)) - 2);
+  return GeneralNumber(std::round(v / scale) * scale);
 }
 
 int ModelSettings::Iterations() const { return CLng(Val(tbIterations)); }
@@ -195,7 +209,7 @@ ModelSettings::Field ModelSettings::Validate(UserInterface& ui) const {
                 {"Number of Iterations (Outside Loop) must be positive.",
                  "Please enter a new value for the Number of Iterations for the Outside Loop."});
   // A tag is checked only when its box takes part in scenarios; an empty tag is
-  // simply not written.
+  // no tag and is stored as "__NONE__".
   if (chkScenarioHydCond && !tbScenario[1].empty() && BadTag(tbScenario[1]))
     return fail(Field::ScenarioHydCond, kTagMessage);
   if (chkScenarioBaseElev && !tbScenario[2].empty() && BadTag(tbScenario[2]))
@@ -213,6 +227,21 @@ std::string ModelSettings::TraceSnapshot() const {
   return std::string(chkComputePaths ? "1" : "0") + "|" + tbMaxTime + "|" + tbStepSize;
 }
 
+std::string ModelSettings::SolutionSnapshot() const {
+  // The values as they are written, so that "75" and "75.0" are the same value.
+  std::string snapshot;
+  for (const std::string* field : {&tbBase, &tbThickness, &tbHydCond, &tbRecharge, &tbPorosity,
+                                   &tbFreshGravity, &tbSaltGravity, &tbAvgSeaLevel})
+    snapshot += GeneralNumber(Val(*field)) + "|";
+  snapshot += std::string(chkAddSaltwaterInterface ? "1" : "0") + "|";
+  snapshot += std::to_string(CInt(Val(tbIterations))) + "|";
+  snapshot += std::string(chkOutsideLoop ? "1" : "0") + "|";
+  snapshot += std::to_string(CLng(Val(tbOuterIterations))) + "|";
+  snapshot += std::string(chkFastSolution ? "1" : "0") + "|";
+  snapshot += std::string(chkConjunctive ? "1" : "0");
+  return snapshot;
+}
+
 ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   OkResult result;
   result.failedField = Validate(ui);
@@ -228,9 +257,7 @@ ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
       "CONTOURLevel=?, TRACECompute=?, TRACEMaxTime=?, TRACEStep=?, SOLVERIterations=?, "
       "OuterIterationsFlag=?, OuterIterations=?, FastSolution=?, ViewErrorLog=?, "
       "ViewMessageLog=?, StoreMatrixOnDisk=?, SOLVERConjunctive=?, chkScenarioHydCond=?, "
-      "chkScenarioBaseElev=?";
-  if (!tbScenario[1].empty()) sql += ", ScenHydCond=?";
-  if (!tbScenario[2].empty()) sql += ", ScenBaseElev=?";
+      "chkScenarioBaseElev=?, ScenHydCond=?, ScenBaseElev=?";
   Statement st = db.PrepareRaw(sql);
   int i = 1;
   st.Bind(i++, Val(tbBase));
@@ -263,16 +290,20 @@ ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   st.Bind(i++, static_cast<std::int64_t>(chkConjunctive ? 1 : 0));
   st.Bind(i++, chkScenarioHydCond);
   st.Bind(i++, chkScenarioBaseElev);
-  if (!tbScenario[1].empty()) st.Bind(i++, tbScenario[1]);
-  if (!tbScenario[2].empty()) st.Bind(i++, tbScenario[2]);
+  // An empty field is no tag: "__NONE__" in the store.
+  st.Bind(i++, StoredTag(tbScenario[1]));
+  st.Bind(i++, StoredTag(tbScenario[2]));
   st.Run();
 
   const std::string grid = GridSnapshot();
   const std::string trace = TraceSnapshot();
   result.regrid = grid != gridSnapshot_;
   result.retrace = trace != traceSnapshot_;
+  const std::string solution = SolutionSnapshot();
+  result.invalidate = solution != solutionSnapshot_;
   gridSnapshot_ = grid;
   traceSnapshot_ = trace;
+  solutionSnapshot_ = solution;
   result.accepted = true;
   return result;
 }

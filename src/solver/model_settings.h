@@ -72,6 +72,9 @@ class ModelSettings {
     Field failedField = Field::None;
     bool regrid = false;   // contour limits, level or kind changed
     bool retrace = false;  // tracing fields changed
+    // The aquifer, the interface or the solver's settings changed: a solution of
+    // the old settings no longer belongs to the model.
+    bool invalidate = false;
   };
 
   // Reads the Model row ("select * from Model").
@@ -95,6 +98,11 @@ class ModelSettings {
   int ContourShowValue() const;
   // The grid resolution in use: 40, 80 or the custom level.
   int DetailedContours() const;
+
+  // The default step as its read-only field shows it: rounded to three
+  // significant digits ("83.5", "0.0123", "1240"), as fine as a tracing step is
+  // chosen by hand. The value itself stays as computed.
+  std::string DefaultStepText() const;
 
   // Units.
   std::string LengthUnit() const { return computeMeters ? "meters" : "feet"; }
@@ -141,10 +149,11 @@ class ModelSettings {
   bool chkStoreMatrixOnDisk = false;
   bool chkConjunctive = false;
   // Scenarios: tbScenario[1] is the tag of the conductivity, tbScenario[2] that of
-  // the base elevation; [0] is not used.
+  // the base elevation; [0] is not used. No tag is an empty field here and
+  // "__NONE__" in the store.
   bool chkScenarioHydCond = false;
   bool chkScenarioBaseElev = false;
-  std::array<std::string, 3> tbScenario{"", "__NONE__", "__NONE__"};
+  std::array<std::string, 3> tbScenario{"", "", ""};
 
   // Units of the project, from the Model row.
   bool basemapMeters = true;
@@ -158,8 +167,10 @@ class ModelSettings {
   // What the grid and the traces depended on when the row was last read or written.
   std::string gridSnapshot_;
   std::string traceSnapshot_;
+  std::string solutionSnapshot_;
   std::string GridSnapshot() const;
   std::string TraceSnapshot() const;
+  std::string SolutionSnapshot() const;
 };
 
 }  // namespace tarno

@@ -452,6 +452,24 @@ void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLog
   (void)showResults;  // the map shows the results by the redraw above
 }
 
+WellCounts CountWells(Database& db) {
+  WellCounts c;
+  Statement st = db.PrepareRaw("select HeadSpecified, PPWell, Transient from Wells");
+  while (st.Step()) {
+    const bool head = st.GetInt64(0) != 0, pp = st.GetInt64(1) != 0, tr = st.GetInt64(2) != 0;
+    if (pp) {
+      ++c.partiallyPenetrating;
+      c.unknowns += head ? 3 : 2;
+    } else if (tr) {
+      ++c.transient;
+    } else {
+      ++c.twoD;
+      if (head) c.unknowns += 1;
+    }
+  }
+  return c;
+}
+
 int ModelGetSize(Database& db, bool show, UserInterface& ui, int leakageCells, bool gridPresent) {
   std::map<std::int64_t, std::int64_t> vertices;
   {
@@ -462,22 +480,9 @@ int ModelGetSize(Database& db, bool show, UserInterface& ui, int leakageCells, b
     auto it = vertices.find(pid);
     return it == vertices.end() ? std::int64_t{0} : it->second;
   };
-  std::int64_t wells2d = 0, ppWells = 0, transient = 0, wellUnknowns = 0;
-  {
-    Statement st = db.PrepareRaw("select HeadSpecified, PPWell, Transient from Wells");
-    while (st.Step()) {
-      const bool head = st.GetInt64(0) != 0, pp = st.GetInt64(1) != 0, tr = st.GetInt64(2) != 0;
-      if (pp) {
-        ++ppWells;
-        wellUnknowns += head ? 3 : 2;
-      } else if (tr) {
-        ++transient;
-      } else {
-        ++wells2d;
-        if (head) wellUnknowns += 1;
-      }
-    }
-  }
+  const WellCounts wells = CountWells(db);
+  const std::int64_t wells2d = wells.twoD, ppWells = wells.partiallyPenetrating,
+                     transient = wells.transient, wellUnknowns = wells.unknowns;
   std::int64_t strings = 0, linesinks = 0;
   {
     Statement st = db.Prepare("select PID from LinesinkStrings");
@@ -558,11 +563,13 @@ bool InvalidateSolution(SolveContext& ctx, bool ask, bool redraw) {
       Enable(ctx, entry, false);
     state.SolutionTime = 0;
     state.SolutionPresent = false;
-    if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();
     state.Note.clear();
     for (const char* table :
          {"NFResults", "TPResults", "FIResults", "INResults", "WLResults", "LSResults"})
       db.Execute(std::string("DELETE * FROM ") + table + ";");
+    // Drawn once the results are gone, so that the map shows no part of the removed
+    // solution (the wells and test points are drawn by their results).
+    if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();
     removed = true;
   }
   if (ctx.hooks.closeSearch) ctx.hooks.closeSearch();

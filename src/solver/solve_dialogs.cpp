@@ -2,6 +2,7 @@
 
 #include "core/error.h"
 #include "core/text.h"
+#include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "store/database.h"
 
@@ -24,6 +25,26 @@ void BadEntry(UserInterface& ui, const char* line1, const char* line2) {
 }
 
 }  // namespace
+
+std::string IterationsDialog::AdviceText() const {
+  // The gap is the first run of two or more blanks; a text without one gets the
+  // number at its end.
+  const std::string number = " " + std::to_string(lblRecommendedIterations) + " ";
+  const std::size_t start = lblRecommended.find("  ");
+  if (start == std::string::npos) return lblRecommended + number;
+  const std::size_t end = lblRecommended.find_first_not_of(' ', start);
+  return lblRecommended.substr(0, start) + number +
+         (end == std::string::npos ? std::string() : lblRecommended.substr(end));
+}
+
+bool IterationsDialog::OK(UserInterface& ui) {
+  if (!(FieldValue(tbIterations) > 0)) {
+    BadEntry(ui, kIterationsLine1, kIterationsLine2);
+    return false;
+  }
+  Result = 1;
+  return true;
+}
 
 void RelaxDialog::Load(const ModelSettings& s) {
   chkOutsideLoop = s.chkOutsideLoop;

@@ -662,25 +662,41 @@ bool ProjectSession::FileProjectSettings() {
     settings_.MustRedraw = false;
     settings_.Reload = false;
     settings_.CancelEnabled = true;
+    const bool compUnits = settings_.ModelCompUnits, mapUnits = settings_.ModelMapUnits;
     ui_.ShowModal(settings_);
     if (settings_.Result == ProjectSettings::kOK) {
       settings_.BaseName = settings_.TARNOBaseName;
       settings_.BasePath = settings_.TARNOPath;
     }
-    if (settings_.Reload || settings_.MustRedraw) {
+    // "Change Units..." writes the new designations at once, whichever button
+    // closes the dialog afterwards.
+    if (compUnits != settings_.ModelCompUnits || mapUnits != settings_.ModelMapUnits) {
+      ApplyUnitChange();
+    } else if (settings_.Reload || settings_.MustRedraw) {
       hooks_.SetUpLayers();
       hooks_.ZoomActions(false);
     }
   });
 }
 
+void ProjectSession::ApplyUnitChange() {
+  if (!projectOpen_ || settings_.DBName.empty()) return;
+  hooks_.UnitsChanged();
+  hooks_.SetUpLayers();
+  ReadModel(settings_.DBName);
+  hooks_.ZoomActions(false);
+}
+
 bool ProjectSession::UnitChange() {
   bool changed = false;
   RunOperation(ui_, "UnitChange", [&] {
     if (settings_.DBName.empty()) return;
-    // Only the stored designation changes; what was read on opening stays until the
-    // project is opened again, as the message tells the user.
+    // Only the stored designation changes, no number; what the session derived
+    // from the old designations is derived anew.
+    const bool compUnits = settings_.ModelCompUnits, mapUnits = settings_.ModelMapUnits;
     changed = settings_.ChangeUnits(ui_);
+    if (compUnits != settings_.ModelCompUnits || mapUnits != settings_.ModelMapUnits)
+      ApplyUnitChange();
   });
   return changed;
 }

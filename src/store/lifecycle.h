@@ -69,6 +69,10 @@ class SessionHooks {
   virtual void DBIntegrity(ProjectSession& session) {}
   // May widen `window` so that it covers the model's extents.
   virtual void ModelCheckExtents(ProjectSession& session, StoredWindow& window) {}
+  // The unit designations of the open project changed: a solution computed under
+  // the old ones no longer fits the map. Called before the session derives the
+  // units' values anew (SetUpLayers, ModelCheckExtents, ZoomActions).
+  virtual void UnitsChanged() {}
 };
 
 // The fixed texts of the life cycle.
@@ -196,6 +200,10 @@ class ProjectSession {
   bool AskFileExists(const std::string& path);
   bool OpenCursors(const std::string& path);
   void ReadModel(const std::string& path);
+  // After a change of the unit designations: everything the open session derived
+  // from them (model settings, unit text, model frame) is derived anew, as on
+  // opening, so that the project need not be reopened.
+  void ApplyUnitChange();
   void RememberDirectory(const std::string& key, const std::string& file);
   std::string RememberedDirectory(const std::string& key);
   bool CloseAllBody();

@@ -13,7 +13,14 @@
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTabWidget>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
 
+#include "app/dialog_registry.h"
 #include "app/dialog_views.h"
 #include "app/shell_models.h"
 #include "app/views/gui_options_view.h"
@@ -109,6 +116,7 @@ TEST_F(ModelSettingsViewTest, DrawdownNoteAndEnablingRules) {
   EXPECT_TRUE(view.drawdownNote()->isHidden());
 
   QLineEdit* step = view.field(Field::StepSize);
+  EXPECT_EQ(Text(view.tbDefaultStepSize()), "0");
   view.chkDefaultStep()->setChecked(true);
   EXPECT_FALSE(step->isEnabled());
   view.chkDefaultStep()->setChecked(false);
@@ -181,12 +189,48 @@ TEST_F(ModelSettingsViewTest, ConvergenceButtonTakesTheAdvancedDialogsFields) {
   EXPECT_EQ(Text(view.field(Field::Iterations)), "6");
 }
 
+// The note on drawdowns has its room from the start: showing it neither grows the
+// dialog nor squeezes the option buttons above it.
+TEST_F(ModelSettingsViewTest, TheDrawdownNoteShowsWithoutMovingTheLayout) {
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  view.tabs()->setCurrentIndex(ModelSettingsView::TabOf(Field::ContourInt));
+  view.show();
+  QApplication::processEvents();
+  const QSize before = view.size();
+  const QRect heads = view.contourProperty(kContourHeads)->geometry();
+  view.contourProperty(kContourDrawdowns)->click();
+  QApplication::processEvents();
+  EXPECT_FALSE(view.drawdownNote()->isHidden());
+  EXPECT_EQ(view.size(), before);
+  EXPECT_EQ(view.contourProperty(kContourHeads)->geometry(), heads);
+  for (int i = 0; i < 6; ++i) {
+    QRadioButton* option = view.contourProperty(i);
+    EXPECT_GE(option->height(), option->sizeHint().height()) << "option " << i << " is clipped";
+  }
+  QGroupBox* note = view.drawdownNote();
+  EXPECT_GE(note->height(), note->hasHeightForWidth() ? note->heightForWidth(note->width())
+                                                      : note->sizeHint().height());
+  view.hide();
+}
+
+TEST_F(ModelSettingsViewTest, TheDefaultStepShowsRounded) {
+  settings_.DefaultStepSize = 83.5010203256312;
+  ModelSettingsDialog dialog(settings_, path_.string());
+  ScriptedUserInterface ui;
+  ModelSettingsView view(dialog, ui);
+  EXPECT_EQ(Text(view.tbDefaultStepSize()), "83.5");
+  EXPECT_TRUE(view.tbDefaultStepSize()->isReadOnly());
+}
+
 TEST_F(ModelSettingsViewTest, ScenarioTagsAreCheckedByTheModel) {
   ModelSettingsDialog dialog(settings_, path_.string());
   ScriptedUserInterface ui;
   ModelSettingsView view(dialog, ui);
   QLineEdit* tag = view.field(Field::ScenarioHydCond);
-  EXPECT_EQ(Text(tag), "__NONE__");
+  EXPECT_EQ(Text(tag), "") << "no tag shows as an empty field";
+  EXPECT_EQ(Text(view.field(Field::ScenarioBaseElev)), "");
   EXPECT_FALSE(tag->isEnabled());
   view.chkScenarioHydCond()->setChecked(true);
   EXPECT_TRUE(tag->isEnabled());
@@ -522,16 +566,99 @@ TEST(SolveViewsTest, IntegrityShowsTheValues) {
   EXPECT_TRUE(view.value(2, 0)->isReadOnly());
 }
 
-TEST(DialogRegistryTest, EveryDialogHasItsView) {
+TEST(SolveViewsTest, IterationsAdviceShowsTheMinimumAndChecksTheCount) {
+  EnsureApplication();
+  IterationsDialog advice;
+  advice.lblRecommended =
+      "For models containing linesinks with resistance, it is recommended to use at least      "
+      "  iterations.";
+  advice.lblRecommendedIterations = 2;
+  advice.tbIterations = "1";
+  ScriptedUserInterface ui;
+  IterationsDialogView view(advice, ui);
+  EXPECT_EQ(view.windowTitle().toStdString(), "Recommended # Iterations");
+  EXPECT_EQ(view.advice()->text().toStdString(),
+            "For models containing linesinks with resistance, it is recommended to use at least "
+            "2 iterations.");
+  EXPECT_EQ(Text(view.iterations()), "1");
+
+  view.iterations()->setText("0");
+  ui.ExpectMessage("Bad Entry",
+                   {"Number of Iterations must be positive.",
+                    "Please enter a new value for the Number of Iterations."});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(advice.Result, 2);
+  EXPECT_EQ(view.result(), 0) << "the dialog stays after a bad count";
+
+  view.iterations()->setText("3");
+  view.okButton()->click();
+  EXPECT_EQ(advice.Result, 1);
+  EXPECT_EQ(advice.tbIterations, "3");
+
+  IterationsDialog declined;
+  declined.tbIterations = "1";
+  declined.Result = 1;
+  IterationsDialogView other(declined, ui);
+  other.iterations()->setText("4");
+  other.cancelButton()->click();
+  EXPECT_EQ(declined.Result, 2);
+  EXPECT_EQ(declined.tbIterations, "1") << "Cancel keeps the count";
+}
+
+TEST(IterationsDialogTest, TheMinimumFillsTheGapOfBlanks) {
+  IterationsDialog d;
+  d.lblRecommended = "use at least        iterations.";
+  d.lblRecommendedIterations = 5;
+  EXPECT_EQ(d.AdviceText(), "use at least 5 iterations.");
+  d.lblRecommended = "no gap";
+  EXPECT_EQ(d.AdviceText(), "no gap 5 ");
+}
+
+TEST(DialogRegistryTest, EveryShownDialogHasItsView) {
   EnsureApplication();
   QtUserInterface ui;
   RegisterDialogViews(ui);
-  for (const char* name :
-       {"NewDatabaseWizard", "ProjectSettings", "UnitChange", "ModelSettings", "GUIOptions",
-        "Welcome", "RestoreWindow", "SolvePrompt", "FormContinueSolve", "relax", "Converge",
-        "SolverIntegrity"}) {
-    EXPECT_TRUE(ui.HasView(name)) << name;
+  const std::vector<std::string> names = ShownDialogs::Names();
+  ASSERT_FALSE(names.empty());
+  for (const std::string& name : names) EXPECT_TRUE(ui.HasView(name)) << name;
+  EXPECT_TRUE(ui.HasView("Iterations"));
+  const std::set<std::string> unique(names.begin(), names.end());
+  EXPECT_EQ(unique.size(), names.size()) << "two models share a name";
+}
+
+// Every dialog model declared in the sources takes part in the registry: the name
+// in its kName must be one of the registry's names. A model left out would reach a
+// window without a view.
+TEST(DialogRegistryTest, EveryDialogModelOfTheSourcesIsInTheRegistry) {
+  namespace fs = std::filesystem;
+  const std::vector<std::string> registry = ShownDialogs::Names();
+  const std::regex declaration(R"(class\s+(\w+)\s*(?:final\s*)?:\s*public\s+DialogModel\b)");
+  const std::regex name(R"re(kName\s*=\s*"([^"]*)")re");
+  int models = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(fs::path(TARNO_SOURCE_DIR) / "src")) {
+    if (entry.path().extension() != ".h") continue;
+    std::ifstream in(entry.path());
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (auto it = std::sregex_iterator(text.begin(), text.end(), declaration);
+         it != std::sregex_iterator(); ++it) {
+      ++models;
+      const std::string cls = (*it)[1];
+      // The model's own name stands in its body, before the next class begins.
+      const std::size_t from = static_cast<std::size_t>(it->position() + it->length());
+      const std::size_t next = text.find("\nclass ", from);
+      const std::string body = text.substr(from, next == std::string::npos ? std::string::npos
+                                                                            : next - from);
+      std::smatch m;
+      if (!std::regex_search(body, m, name)) {
+        ADD_FAILURE() << cls << " (" << entry.path() << ") has no kName";
+        continue;
+      }
+      EXPECT_NE(std::find(registry.begin(), registry.end(), m[1].str()), registry.end())
+          << cls << " \"" << m[1] << "\" is not in ShownDialogs";
+    }
   }
+  EXPECT_EQ(models, static_cast<int>(registry.size()));
 }
 
 TEST_F(ProjectTest, ShowModalRunsTheViewAndLeavesTheResultInTheModel) {

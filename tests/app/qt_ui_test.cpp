@@ -9,6 +9,9 @@
 #include <QColor>
 #include <QDialog>
 #include <QFileDialog>
+#include <QLabel>
+#include <QHeaderView>
+#include <QTreeView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -73,6 +76,16 @@ TEST(DefaultExtensionTest, AddedOnlyWhenTheNameHasNone) {
       << "a dot in a folder's name is no extension";
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ""), "/tmp/model");
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ".dat"), "/tmp/model.dat");
+}
+
+TEST(DefaultExtensionTest, TheChosenFilterSuppliesThePlainExtension) {
+  EXPECT_EQ(FilterExtension("Project Database Files (*.trn)"), "trn");
+  EXPECT_EQ(FilterExtension("Maps (*.bbm *.shp)"), "bbm") << "the first pattern";
+  EXPECT_EQ(FilterExtension("*.dat"), "dat") << "a filter of patterns only";
+  EXPECT_EQ(FilterExtension("All Files (*.*)"), "");
+  EXPECT_EQ(FilterExtension("All Files (*)"), "");
+  EXPECT_EQ(FilterExtension("Logs (*.lo?)"), "");
+  EXPECT_EQ(FilterExtension(""), "");
 }
 
 class NamedModel : public DialogModel {
@@ -185,6 +198,33 @@ TEST_F(QtPortTest, MessageBoxShowsTitleLinesAndIconAndMapsTheAnswer) {
   EXPECT_EQ(icon, QMessageBox::Question);
 }
 
+// The lines of a message are the lines the user reads: the box asks for the width
+// of its longest line, so that none is broken in two (as "...coordinates (meters),
+// you should" of the units warning was, at the box's usual half a screen). How wide
+// the box then is depends on the screen, which here is a small offscreen one.
+TEST_F(QtPortTest, MessageBoxAsksForTheWidthOfItsLongestLine) {
+  QtUserInterface ui;
+  const std::vector<std::string> lines = {
+      "In general these units should NOT be changed!",
+      "but you are using BBM files that have UTM coordinates (meters), you should",
+      "change feet into meters for a proper interpretation of the map coordinates.",
+      "Do you wish to continue?"};
+  int asked = 0, widest = 0, room = 0;
+  OnNextDialog<QMessageBox>([&](QMessageBox* box) {
+    if (auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+      asked = label->minimumWidth();
+      for (const auto& line : lines)
+        widest = std::max(widest, label->fontMetrics().horizontalAdvance(QString::fromStdString(line)));
+    }
+    room = box->screen()->availableGeometry().width() * 3 / 4;
+    box->button(QMessageBox::Yes)->click();
+  });
+  EXPECT_EQ(ui.MessageBox("STOP!", lines, Buttons::YesNo), Answer::Yes);
+  ASSERT_GT(widest, 0);
+  EXPECT_GE(asked, std::min(widest, room));
+  EXPECT_LE(asked, std::max(room, widest + 40));
+}
+
 TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
   QtUserInterface ui;
   QString title, label, shown;
@@ -241,6 +281,54 @@ TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
     static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
   });
   EXPECT_EQ(ui.SaveFileDialog(request), (dir / "copy.trn").string());
+
+  // A new project: the request's default extension is "wrk", but the project
+  // filter supplies ".trn", so that the new file shows among the projects.
+  request.title = "Create New Project Database";
+  request.defaultExtension = "wrk";
+  int width = 0;
+  std::vector<QHeaderView::ResizeMode> modes;
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    width = dialog->width();
+    if (auto* tree = dialog->findChild<QTreeView*>()) {
+      for (int c = 0; c < tree->header()->count(); ++c)
+        modes.push_back(tree->header()->sectionResizeMode(c));
+    }
+    if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) {
+      name->setText(QStringLiteral("new project"));
+    }
+    static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+  });
+  EXPECT_EQ(ui.SaveFileDialog(request), (dir / "new project.trn").string());
+  // An existing project chosen by its name alone: the dialog asks nothing itself,
+  // the callers ask "File Exists" in their own words. A question of the dialog's
+  // own would be answered Yes here, and counted.
+  int confirmations = 0;
+  QTimer watcher;
+  QObject::connect(&watcher, &QTimer::timeout, [&] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* box = qobject_cast<QMessageBox*>(widget);
+      if (box == nullptr || !box->isVisible()) continue;
+      ++confirmations;
+      if (QAbstractButton* yes = box->button(QMessageBox::Yes)) yes->click();
+    }
+  });
+  watcher.start(10);
+  bool typed = false;
+  OnNextDialog<QFileDialog>([&](QFileDialog* dialog) {
+    if (typed) return;
+    typed = true;
+    if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+      name->setText(QStringLiteral("a"));
+    QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+  });
+  EXPECT_EQ(ui.SaveFileDialog(request), (dir / "a.trn").string());
+  watcher.stop();
+  EXPECT_EQ(confirmations, 0);
+  // The columns after the name fit their contents, in a dialog wide enough for them.
+  EXPECT_GE(width, 860);
+  ASSERT_GE(modes.size(), 2u);
+  for (std::size_t c = 1; c < modes.size(); ++c) EXPECT_EQ(modes[c], QHeaderView::ResizeToContents);
 
   OnNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
   EXPECT_TRUE(ui.OpenFilesDialog(request).empty());

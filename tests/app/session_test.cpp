@@ -8,6 +8,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QMouseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSettings>
 #include <QToolBar>
 #include <QStandardPaths>
@@ -23,12 +27,14 @@
 #include "app/shell_models.h"
 #include "app/main_window.h"
 #include "app/map_widget.h"
+#include "app/views/solve_views.h"
 #include "core/console_ui.h"
 #include "display/navigation.h"
 #include "display/redraw.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
+#include "dialogs_test_support.h"
 
 namespace tarno {
 namespace {
@@ -138,7 +144,19 @@ TEST_F(ExampleSession, OpeningSetsCaptionMenusAndTheMap) {
   ASSERT_FALSE(img.isNull());
   EXPECT_LT(CountColour(img, Rgb(255, 255, 255)), img.width() * img.height());
 
+  // The pointer over the map shows its position.
+  {
+    QMouseEvent move(QEvent::MouseMove, QPointF(40, 30), QPointF(40, 30), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(w.Map(), &move);
+  }
+  EXPECT_FALSE(w.PanelText(3).isEmpty());
+  EXPECT_FALSE(w.PanelText(4).isEmpty());
+
   ASSERT_TRUE(w.CloseProject());
+  // Nothing of the project stays in the status bar: mode, prompt, units, position.
+  for (int panel = 0; panel < 5; ++panel)
+    EXPECT_EQ(w.PanelText(panel).toStdString(), "") << "panel " << panel;
   EXPECT_EQ(w.windowTitle().toStdString(), "TARNO");
   EXPECT_FALSE(w.Action("MODEL_CMDS(1)")->isEnabled());
   EXPECT_FALSE(w.Action("VIEWMENU")->isEnabled());
@@ -175,11 +193,170 @@ TEST_F(ExampleSession, SolveFromTheMenuDrawsContoursAndPathlines) {
   EXPECT_TRUE(w.Action("Layermenu(3)")->isChecked());
   EXPECT_GT(CountColour(solved, path), CountColour(before, path) + 50);
 
-  // "Contours" off removes the contour lines from the picture.
+  // "Contours" off removes the contour lines from the picture, and their note.
   w.Action("Layermenu(2)")->trigger();
   EXPECT_FALSE(w.State().layers.contours);
   const int contourOff = CountColour(w.MapImage(), contour);
   EXPECT_LT(contourOff, contourBefore + (contourAfter - contourBefore) / 10);
+  EXPECT_EQ(w.PanelText(2).toStdString(), " m");
+  w.Action("Layermenu(2)")->trigger();
+  EXPECT_EQ(w.PanelText(2).toStdString(), "Contours: Heads");
+}
+
+// Reads a text file whole.
+std::string ReadAll(const fs::path& file) {
+  std::ifstream in(file);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// The example's river has a resistance: one iteration is below the advice. The
+// window's own port shows the advice, and the solve goes on with the count chosen.
+TEST_F(ExampleSession, TheIterationsAdviceShowsInTheWindowAndTheSolveGoesOn) {
+  ASSERT_EQ(Shell("sqlite3 " + Quote(project_) +
+                  " 'update Model set SOLVERIterations=1, ViewMessageLog=0, ViewErrorLog=0'"),
+            0);
+  options_.ui = nullptr;  // the Qt port with the dialog views
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_));
+  std::string advice, count;
+  testing::OnNextDialog<IterationsDialogView>([&](IterationsDialogView* view) {
+    advice = view->advice()->text().toStdString();
+    count = view->iterations()->text().toStdString();
+    view->iterations()->setText("2");
+    view->okButton()->click();
+  });
+  EXPECT_EQ(w.Solve(false), SolveOutcome::Completed) << w.LastSolve().failure;
+  EXPECT_EQ(advice,
+            "For models containing linesinks with resistance, it is recommended to use at least 2 "
+            "iterations.");
+  EXPECT_EQ(count, "1");
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_NE(ReadAll(work_ / "example.dat").find("\n solve 2 "), std::string::npos);
+}
+
+// A new conductivity in the model settings: the old solution goes (after the
+// question), with its files, its contours and its note; a regrid cannot contour it
+// under the new settings any more.
+TEST_F(ExampleSession, ANewAquiferInTheModelSettingsInvalidatesTheSolution) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  const QImage before = w.MapImage();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ASSERT_TRUE(fs::exists(work_ / "example.SOL"));
+  const Colour contour = w.State().options.ContourColor;
+  const int contourBefore = CountColour(before, contour);
+  ASSERT_GT(CountColour(w.MapImage(), contour), contourBefore + 80);
+
+  ui_.SetVerbose(true);
+  // The interval changes too: with the solution gone there is no regrid to ask for.
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbHydCond = "40";
+    d.settings.tbContourInt = "0.25";
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_NE(messages_.str().find("Model Changed!"), std::string::npos) << messages_.str();
+  EXPECT_EQ(messages_.str().find("Regrid/Retrace?"), std::string::npos) << messages_.str();
+  EXPECT_FALSE(w.Solution().SolutionPresent);
+  EXPECT_FALSE(w.Solution().ContourLinesPresent);
+  EXPECT_FALSE(fs::exists(work_ / "example.SOL"));
+  EXPECT_FALSE(fs::exists(work_ / "example.CTR"));
+  EXPECT_FALSE(w.Action("MODEL_CMDS(2)")->isEnabled()) << "nothing to continue";
+  EXPECT_FALSE(w.Action("Layermenu(2)")->isEnabled());
+  EXPECT_EQ(w.PanelText(2).toStdString(), " m");
+  EXPECT_LT(CountColour(w.MapImage(), contour), contourBefore + 20);
+
+  // A change that touches neither aquifer nor solver keeps a new solution.
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.chkViewMessage = !d.settings.chkViewMessage;
+    d.OK(ui_);
+  });
+  messages_.str("");
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_EQ(messages_.str().find("Model Changed!"), std::string::npos) << messages_.str();
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+}
+
+// The user may keep the solution: No leaves it, and the next regrid answers the new
+// contour settings on it as before.
+TEST_F(ExampleSession, KeepingTheSolutionAfterANewAquiferLeavesItStanding) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  std::vector<std::string> asked;
+  ui_.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>&,
+                          Buttons) -> std::optional<Answer> {
+    asked.push_back(title);
+    return Answer::No;
+  });
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbIterations = "3";
+    d.OK(ui_);
+  });
+  w.Action("MODEL_CMDS(0)")->trigger();
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0], "Model Changed!");
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(fs::exists(work_ / "example.SOL"));
+}
+
+// Change Units (the map in feet) and Cancel, then solve without reopening: the
+// command file's window, the map's frame and the unit text all follow the new
+// designation, and the solution of the old units is gone.
+TEST_F(ExampleSession, AUnitChangeAppliesToTheNextSolveWithoutReopening) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ASSERT_DOUBLE_EQ(w.State().frame.basemapConvert, 1.0);
+
+  ui_.SetModalHandler(UnitChange::kName, [](DialogModel& m) {
+    auto& d = dynamic_cast<UnitChange&>(m);
+    d.BasemapMeters = false;
+    d.OK();
+  });
+  ui_.SetModalHandler(ProjectSettings::kName, [this](DialogModel& m) {
+    auto& p = dynamic_cast<ProjectSettings&>(m);
+    p.ChangeUnits(ui_);
+    p.Cancel();
+  });
+  w.Action("FILE_CMDS(4)")->trigger();
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.Prepare("select BasemapMeters from Model");
+    ASSERT_TRUE(st.Step());
+    ASSERT_FALSE(st.GetBool(0)) << "Change Units writes at once";
+  }
+  const double factor = 0.3048;  // map feet, model metres
+  EXPECT_FALSE(w.Solution().SolutionPresent) << "the old solution belongs to the old units";
+  EXPECT_NEAR(w.Settings().BasemapConvert, factor, 1e-12);
+  EXPECT_NEAR(w.State().frame.basemapConvert, factor, 1e-12);
+  EXPECT_EQ(w.PanelText(2).toStdString(), " ft");
+
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  EXPECT_NEAR(w.State().frame.basemapConvert, factor, 1e-12);
+  // The window line of the command file is the map's window in model coordinates of
+  // the new factor.
+  const std::string dat = ReadAll(work_ / "example.dat");
+  const std::size_t at = dat.find("\n window ");
+  ASSERT_NE(at, std::string::npos) << dat;
+  std::istringstream line(dat.substr(at + 9, dat.find('\n', at + 1) - at - 9));
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  ASSERT_TRUE(line >> x1 >> y1 >> x2 >> y2);
+  const ModelFrame& f = w.State().frame;
+  const WorldWindow& win = w.State().Window;
+  EXPECT_NEAR(x1, (win.Left - f.originX) * factor, 0.01);
+  EXPECT_NEAR(y1, (win.Bottom - f.originY) * factor, 0.01);
+  EXPECT_NEAR(x2, (win.Right - f.originX) * factor, 0.01);
+  EXPECT_NEAR(y2, (win.Top - f.originY) * factor, 0.01);
 }
 
 TEST_F(ExampleSession, ZoomInHalvesTheWindowAndStoresItInTheModelRow) {

@@ -62,10 +62,13 @@ TEST_F(Navigation, ZoomWindowRectangleOfOnePercentPassesSmallerFails) {
 
   const WorldWindow before = state.Window;
   const int builds = view.BackgroundBuilds();
+  ui.Activity("Zoom Window");
   ui.ExpectMessage("Can't Set Window", {"Selected window is too small."});
   nav.ZoomActions(kZoomWindowEnd, 10, 20, 10.0199, 21);
   ui.Verify();
   EXPECT_EQ(state.Window, before);
+  // The rectangle ends the mode all the same (the window goes back to selecting).
+  EXPECT_EQ(ui.CurrentActivity(), "Select");
   EXPECT_EQ(view.BackgroundBuilds(), builds);
 
   ui.ExpectMessage("Can't Set Window", {"Selected window is too small."});
@@ -82,10 +85,16 @@ TEST_F(Navigation, ZoomWindowModeIsEnteredAndLeft) {
   int off = 0, on = 0;
   nav.hooks.turnOffMenus = [&] { ++off; };
   nav.hooks.turnOnMenus = [&] { ++on; };
+  ui.Activity("Select");
+  ui.Feedback("Click mouse button to select element");
   nav.ZoomActions(kZoomWindowMode);
   EXPECT_EQ(state.mouseState, kZoomWindowMouseState);
   EXPECT_EQ(state.mouseMode, kZoomWindowMouseMode);
   EXPECT_EQ(off, 1);
+  // The status bar tells the mode and what to do in it, no longer "Select".
+  EXPECT_EQ(ui.CurrentActivity(), "Zoom Window");
+  EXPECT_EQ(ui.CurrentFeedback(),
+            "Drag a rectangle over the new window -- press the button again to leave");
   nav.hooks.clearMouseMode = [&] { state.mouseState = 0, state.mouseMode = 0; };
   nav.ZoomActions(kZoomWindowMode);
   EXPECT_EQ(state.mouseMode, 0);

@@ -164,7 +164,7 @@ TEST_F(TarnocmdTest, InfoShowsCountsAndExtents) {
   EXPECT_TRUE(Contains(r.out, "Version: 123"));
   EXPECT_TRUE(Contains(r.out, "Base name: inf1"));
   EXPECT_TRUE(Contains(r.out, "Basemap units: Meters"));
-  EXPECT_TRUE(Contains(r.out, "  Wells            0\n"));
+  EXPECT_TRUE(Contains(r.out, "  Wells            0 (2-D 0, partially penetrating 0, transient 0)\n"));
   EXPECT_TRUE(Contains(r.out, "Extents: no elements"));
 
   {
@@ -182,6 +182,26 @@ TEST_F(TarnocmdTest, InfoShowsCountsAndExtents) {
   EXPECT_TRUE(Contains(r.out, "  Polygons         1\n"));
   EXPECT_TRUE(Contains(r.out, "Extents: X -7 to 250, Y -3 to 40"));
   EXPECT_EQ(ReadAll(path), before);  // info changes nothing
+}
+
+// The wells are counted by kind as the desktop program's "Model Size" counts them: a
+// partially penetrating well is not also a plain (2-D) one, a transient one neither.
+TEST_F(TarnocmdTest, InfoCountsTheWellsByKindAsModelSizeDoes) {
+  const std::string path = P("wells.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "wl1"}).status, 0);
+  {
+    Database db = Database::Open(path);
+    for (int i = 1; i <= 5; ++i)
+      db.ExecuteRaw("insert into Vertices(PID, Seq, X, Y) values (-1, -1, " + std::to_string(i) +
+                    ", 0);");
+    db.ExecuteRaw(
+        "insert into Wells (VID, Label, HeadSpecified, PPWell, Transient) values "
+        "(1,'a',1,0,0),(2,'b',0,0,0),(3,'c',1,1,0),(4,'d',0,1,1),(5,'e',0,0,1)");
+  }
+  RunResult r = Run({"info", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(Contains(r.out, "  Wells            5 (2-D 2, partially penetrating 2, transient 1)\n"))
+      << r.out;
 }
 
 TEST_F(TarnocmdTest, InfoOfBadFilesFails) {

@@ -185,6 +185,18 @@ TEST_F(ControllerTest, MissingContourProgramIsToldByItsName) {
   EXPECT_FALSE(ui_.WaitWindowVisible());
 }
 
+TEST_F(ControllerTest, WellsAreCountedByKindOnce) {
+  for (int i = 0; i < 5; ++i) Point(i, i);
+  Sql("insert into Wells (VID, Label, HeadSpecified, PPWell, Transient) values "
+      "(1,'a',1,0,0),(2,'b',0,0,0),(3,'c',1,1,0),(4,'d',0,1,1),(5,'e',0,0,1)");
+  const WellCounts c = CountWells(db_);
+  EXPECT_EQ(c.twoD, 2);
+  EXPECT_EQ(c.partiallyPenetrating, 2) << "a partially penetrating transient well is counted once";
+  EXPECT_EQ(c.transient, 1);
+  EXPECT_EQ(c.total(), 5);
+  EXPECT_EQ(c.unknowns, 1 + 3 + 2);
+}
+
 TEST_F(ControllerTest, SizeOfAnEmptyModelIsTheMinimum) {
   ui_.ExpectMessageTitled("Model Size");
   EXPECT_EQ(ModelGetSize(db_, true, ui_), 61);
@@ -271,6 +283,20 @@ TEST_F(Invalidate, YesRemovesFilesFlagsAndRows) {
   EXPECT_EQ(Count("WLResults"), 0);
   EXPECT_EQ(redraws_, 1);
   EXPECT_EQ(searchClosed_, 1);
+}
+
+// The map is drawn again once the results are gone: the redraw must not show the
+// removed solution's wells and test points by their old results, nor its note.
+TEST_F(Invalidate, TheRedrawComesAfterTheResultsAreRemoved) {
+  std::int64_t rowsAtRedraw = -1;
+  std::string noteAtRedraw = "unset";
+  ctx_.hooks.redraw = [&] {
+    rowsAtRedraw = Count("WLResults");
+    noteAtRedraw = state_.Note;
+  };
+  EXPECT_TRUE(InvalidateSolution(ctx_, false, true));
+  EXPECT_EQ(rowsAtRedraw, 0);
+  EXPECT_EQ(noteAtRedraw, "");
 }
 
 TEST_F(Invalidate, WithoutSolutionOnlyTheSearchWindowCloses) {

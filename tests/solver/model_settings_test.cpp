@@ -2,6 +2,10 @@
 // exact message and bounds, and the write-back of the row.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <utility>
+#include <vector>
+
 #include "solver_fixture.h"
 
 namespace tarno::testing {
@@ -46,7 +50,8 @@ TEST_F(ModelSettingsTest, NewProjectDefaults) {
   EXPECT_TRUE(s.chkComputePaths);
   EXPECT_TRUE(s.chkViewError);
   EXPECT_FALSE(s.chkOutsideLoop);
-  EXPECT_EQ(s.tbScenario[1], "__NONE__");
+  EXPECT_EQ(s.tbScenario[1], "") << "no tag (\"__NONE__\" in the store) shows empty";
+  EXPECT_EQ(s.tbScenario[2], "");
   EXPECT_EQ(s.LengthUnit(), "meters");
   EXPECT_EQ(s.VelocityUnit(), "meters/day");
   EXPECT_DOUBLE_EQ(s.BasemapConvert, 1.0);
@@ -173,13 +178,27 @@ TEST_F(ModelSettingsTest, ScenarioTagRule) {
   s.chkScenarioBaseElev = true;
   s.tbScenario[2] = "b_";
   ExpectRefused(s, ModelSettings::Field::ScenarioBaseElev, message);
-  s.tbScenario[2] = "";  // an empty tag is not written
+  s.tbScenario[2] = "";  // no tag
   ExpectAccepted(s);
-  Statement st = db_.Prepare("select ScenHydCond, ScenBaseElev, chkScenarioHydCond from Model");
+  {
+    Statement st = db_.Prepare("select ScenHydCond, ScenBaseElev, chkScenarioHydCond from Model");
+    ASSERT_TRUE(st.Step());
+    EXPECT_EQ(st.GetText(0), "kA");
+    EXPECT_EQ(st.GetText(1), "__NONE__");
+    EXPECT_TRUE(st.GetBool(2));
+  }
+  // A tag cleared in the field goes: the store says "__NONE__" again, and the field
+  // reads back empty.
+  s.tbScenario[1] = "";
+  ExpectAccepted(s);
+  Statement st = db_.Prepare("select ScenHydCond from Model");
   ASSERT_TRUE(st.Step());
-  EXPECT_EQ(st.GetText(0), "kA");
-  EXPECT_EQ(st.GetText(1), "__NONE__");
-  EXPECT_TRUE(st.GetBool(2));
+  EXPECT_EQ(st.GetText(0), "__NONE__");
+  EXPECT_EQ(LoadSettings().tbScenario[1], "");
+  // A scenario switched on over a field that was loaded without a tag passes.
+  ModelSettings fresh = LoadSettings();
+  fresh.chkScenarioBaseElev = true;
+  ExpectAccepted(fresh);
 }
 
 TEST_F(ModelSettingsTest, OkWritesTheRowAndReportsRegridAndRetrace) {
@@ -232,6 +251,65 @@ TEST_F(ModelSettingsTest, OkWritesTheRowAndReportsRegridAndRetrace) {
   EXPECT_EQ(n.GetInt64(0), 17);
   EXPECT_DOUBLE_EQ(n.GetDouble(1), 1);
   ui.Verify();
+}
+
+TEST_F(ModelSettingsTest, OkReportsAChangeOfTheAquiferOrTheSolverAsInvalidating) {
+  ScriptedUserInterface ui;
+  ModelSettings s = LoadSettings();
+  // Nothing changed, or a value written otherwise: the solution stands.
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate);
+  s.tbPorosity = "0.20";
+  s.tbHydCond = s.tbHydCond + ".0";
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate);
+  // Contours and tracing only regrid or retrace.
+  s.tbContourInt = "0.5";
+  s.tbStepSize = "2";
+  auto r = s.Ok(db_, ui);
+  EXPECT_TRUE(r.regrid);
+  EXPECT_TRUE(r.retrace);
+  EXPECT_FALSE(r.invalidate);
+  s.chkViewError = !s.chkViewError;
+  EXPECT_FALSE(s.Ok(db_, ui).invalidate) << "a log switch is no change of the solution";
+
+  // Each aquifer and solver value on its own.
+  const std::vector<std::function<void(ModelSettings&)>> changes = {
+      [](ModelSettings& m) { m.tbBase = "-3"; },
+      [](ModelSettings& m) { m.tbThickness = "40"; },
+      [](ModelSettings& m) { m.tbHydCond = "20"; },
+      [](ModelSettings& m) { m.tbRecharge = "0.001"; },
+      [](ModelSettings& m) { m.tbPorosity = "0.3"; },
+      [](ModelSettings& m) { m.chkAddSaltwaterInterface = !m.chkAddSaltwaterInterface; },
+      [](ModelSettings& m) { m.tbIterations = "4"; },
+      [](ModelSettings& m) { m.chkFastSolution = !m.chkFastSolution; },
+      [](ModelSettings& m) { m.chkConjunctive = !m.chkConjunctive; },
+      [](ModelSettings& m) {
+        m.chkOutsideLoop = true;
+        m.tbOuterIterations = "6";
+      },
+  };
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    changes[i](s);
+    const auto result = s.Ok(db_, ui);
+    ASSERT_TRUE(result.accepted) << i;
+    EXPECT_TRUE(result.invalidate) << "change " << i;
+    EXPECT_FALSE(s.Ok(db_, ui).invalidate) << "the same settings again, change " << i;
+  }
+  // A fresh load compares with the row as it now stands.
+  ModelSettings again = LoadSettings();
+  EXPECT_FALSE(again.Ok(db_, ui).invalidate);
+  ui.Verify();
+}
+
+TEST(DefaultStep, ShowsThreeSignificantDigits) {
+  ModelSettings s;
+  const std::vector<std::pair<double, std::string>> cases = {
+      {83.5010203256312, "83.5"}, {0.0123456, "0.0123"}, {1237.6, "1240"},
+      {5, "5"},                   {99.96, "100"},        {0, "0"}};
+  for (const auto& [value, text] : cases) {
+    s.DefaultStepSize = value;
+    EXPECT_EQ(s.DefaultStepText(), text) << value;
+  }
+  EXPECT_DOUBLE_EQ(s.DefaultStepSize, 0) << "only the text is rounded";
 }
 
 TEST(DefaultStep, IsFourThousandthsOfTheWindowDiagonal) {

@@ -34,6 +34,7 @@ class RecordingHooks : public SessionHooks {
   void ZoomActions(bool first) override { calls.push_back(first ? "ZoomActions(first)" : "ZoomActions"); }
   void CheckGradient(ProjectSession&) override { calls.push_back("CheckGradient"); }
   void DBIntegrity(ProjectSession&) override { calls.push_back("DBIntegrity"); }
+  void UnitsChanged() override { calls.push_back("UnitsChanged"); }
   int Count(const std::string& name) const {
     int n = 0;
     for (const auto& c : calls) n += c == name;

@@ -182,9 +182,45 @@ TEST_F(LifecycleTest, UnitChangeWarnsThenWritesOnlyTheDesignation) {
   EXPECT_EQ(Int(path, "select ComputeMeters from Model"), 1);
   EXPECT_EQ(Text(path, "select AQHydCond from Model"), "12.5");
   EXPECT_EQ(session_->Settings().MapUnits(), "Feet");
+  // The open session takes the new designation at once: no reopening is needed.
+  EXPECT_EQ(session_->UnitsText(), " ft");
+  EXPECT_EQ(hooks_.Count("UnitsChanged"), 1);
 
   ASSERT_EQ(UnitChangeWarningLines().size(), 11u);
   EXPECT_EQ(UnitChangeWarningLines()[9], "                no data conversion takes place.");
+}
+
+// "Change Units..." inside the project settings, then Cancel: the new designation
+// stands in the file, and the session derives everything from it anew (the model
+// settings, the unit text, the frame) before the map is drawn again.
+TEST_F(LifecycleTest, AUnitChangeInTheProjectSettingsIsAppliedWhicheverButtonCloses) {
+  const std::string path = MakeProject("v.trn", /*meters=*/true);
+  ASSERT_TRUE(session_->FileOpenProject(path));
+  ASSERT_EQ(session_->UnitsText(), " m");
+  hooks_.calls.clear();
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [this](ProjectSettings& p) {
+    ui_.ExpectMessageTitled("                                           STOP!", Answer::Yes);
+    ui_.ExpectModal<UnitChange>("UnitChange", [](UnitChange& d) {
+      d.BasemapMeters = false;
+      d.OK();
+    });
+    ui_.ExpectMessageTitled("Reopen Project");
+    EXPECT_TRUE(p.ChangeUnits(ui_));
+    EXPECT_TRUE(p.Cancel());
+  });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_EQ(Int(path, "select BasemapMeters from Model"), 0);
+  EXPECT_EQ(session_->UnitsText(), " ft");
+  const std::vector<std::string> expected = {"UnitsChanged", "SetUpLayers", "ZoomActions"};
+  EXPECT_EQ(hooks_.calls, expected);
+
+  // Project settings that leave the units alone derive nothing anew.
+  hooks_.calls.clear();
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [](ProjectSettings& p) { p.Cancel(); });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  EXPECT_TRUE(hooks_.calls.empty());
+  EXPECT_EQ(session_->UnitsText(), " ft");
 }
 
 TEST_F(LifecycleTest, CloseCompactsAndResetsTheState) {

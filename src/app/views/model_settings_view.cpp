@@ -123,6 +123,11 @@ ModelSettingsView::ModelSettingsView(ModelSettingsDialog& model, UserInterface& 
   noteText->setWordWrap(true);
   noteLayout->addWidget(noteText);
   grid->addWidget(drawdownNote_, 7, 0, 1, 3);
+  // The note keeps its room while hidden: the dialog is laid out for it once, and
+  // choosing Drawdowns neither grows the dialog nor squeezes the options above.
+  QSizePolicy notePolicy = drawdownNote_->sizePolicy();
+  notePolicy.setRetainSizeWhenHidden(true);
+  drawdownNote_->setSizePolicy(notePolicy);
   tabs_->addTab(page, QStringLiteral("Contours"));
 
   // Streamline Tracing Settings.
@@ -265,7 +270,7 @@ void ModelSettingsView::FromModel() {
   tbMaxTime_->setText(Q(s.tbMaxTime));
   tbStepSize_->setText(Q(s.tbStepSize));
   chkDefaultStep_->setChecked(s.chkDefaultStep);
-  tbDefaultStepSize_->setText(Q(GeneralNumber(s.DefaultStepSize)));
+  tbDefaultStepSize_->setText(Q(s.DefaultStepText()));
   tbIterations_->setText(Q(s.tbIterations));
   chkOutsideLoop_->setChecked(s.chkOutsideLoop);
   tbOuterIterations_->setText(Q(s.tbOuterIterations));
@@ -276,8 +281,7 @@ void ModelSettingsView::FromModel() {
   chkConjunctive_->setChecked(s.chkConjunctive);
   chkScenarioHydCond_->setChecked(s.chkScenarioHydCond);
   chkScenarioBaseElev_->setChecked(s.chkScenarioBaseElev);
-  // The tags show as stored ("__NONE__" when none was given); the model's check
-  // refuses that text for a scenario switched on.
+  // No tag shows as an empty field (the model stores it as "__NONE__").
   tbScenarioHydCond_->setText(Q(s.tbScenario[1]));
   tbScenarioBaseElev_->setText(Q(s.tbScenario[2]));
   UpdateEnabled();

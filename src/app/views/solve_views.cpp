@@ -198,6 +198,43 @@ void ConvergeDialogView::reject() {
 
 // ---------------------------------------------------------------------------
 
+IterationsDialogView::IterationsDialogView(IterationsDialog& model, UserInterface& ui,
+                                           QWidget* parent)
+    : QDialog(parent), model_(model), ui_(ui) {
+  setWindowTitle(IterationsDialog::kTitle);
+  auto* layout = new QVBoxLayout(this);
+  advice_ = new QLabel(Q(model.AdviceText()));
+  advice_->setWordWrap(true);
+  // Wide enough that the advice takes two or three lines, not a column of words.
+  advice_->setMinimumWidth(advice_->fontMetrics().averageCharWidth() * 60);
+  layout->addWidget(advice_);
+  auto* grid = new QGridLayout;
+  iterations_ = AddField(grid, 0, QStringLiteral("Number of Iterations"), model.tbIterations);
+  layout->addLayout(grid);
+  layout->addLayout(OkCancelRow(ok_, cancel_));
+  iterations_->selectAll();
+  iterations_->setFocus();
+  connect(ok_, &QPushButton::clicked, this, [this] {
+    model_.tbIterations = S(iterations_->text());
+    bool accepted = false;
+    RunOperation(ui_, "Iterations.OK_Click", [&] { accepted = model_.OK(ui_); });
+    if (accepted) {
+      done(1);
+    } else {
+      iterations_->setFocus();
+      iterations_->selectAll();
+    }
+  });
+  connect(cancel_, &QPushButton::clicked, this, [this] { reject(); });
+}
+
+void IterationsDialogView::reject() {
+  model_.Cancel();
+  done(2);
+}
+
+// ---------------------------------------------------------------------------
+
 SolverIntegrityView::SolverIntegrityView(const SolverIntegrity& model, QWidget* parent)
     : QDialog(parent) {
   setWindowTitle(SolverIntegrity::kTitle);

@@ -6,10 +6,12 @@
 #include <QDialog>
 
 #include "core/ui_port.h"
+#include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "solver/solve_dialogs.h"
 
 class QCheckBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -88,6 +90,27 @@ class ConvergeDialogView : public QDialog {
   ModelSettings* settings_;
   QLineEdit* iterations_;
   QCheckBox *fastSolution_, *storeMatrix_;
+  QPushButton *ok_, *cancel_;
+};
+
+// The advice on the number of iterations, shown while the command file is written:
+// the advice with its recommended minimum and the present count, which the user may
+// raise. OK checks the count as the model settings do; either button lets the
+// writing go on.
+class IterationsDialogView : public QDialog {
+ public:
+  IterationsDialogView(IterationsDialog& model, UserInterface& ui, QWidget* parent = nullptr);
+  QLabel* advice() const { return advice_; }
+  QLineEdit* iterations() const { return iterations_; }
+  QPushButton* okButton() const { return ok_; }
+  QPushButton* cancelButton() const { return cancel_; }
+  void reject() override;
+
+ private:
+  IterationsDialog& model_;
+  UserInterface& ui_;
+  QLabel* advice_;
+  QLineEdit* iterations_;
   QPushButton *ok_, *cancel_;
 };
 

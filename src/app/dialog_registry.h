@@ -1,0 +1,37 @@
+// The one list of the dialog models that the program shows with
+// UserInterface::ShowModal. The desktop program registers a view for each model of
+// this list (app/dialog_views.cpp walks it, so that a model without a view does not
+// compile), and the tests take the names from here. A new dialog model joins the
+// list where it is declared beside the others.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/shell_models.h"
+#include "display/navigation.h"
+#include "solver/command_file.h"
+#include "solver/solve_dialogs.h"
+#include "store/dialogs.h"
+
+namespace tarno {
+
+template <typename... Models>
+struct DialogList {
+  // Calls f.template operator()<Model>() for each model, in the order of the list.
+  template <typename F>
+  static void ForEach(F&& f) {
+    (f.template operator()<Models>(), ...);
+  }
+  // The DialogName() of each model.
+  static std::vector<std::string> Names() { return {Models::kName...}; }
+};
+
+using ShownDialogs =
+    DialogList<NewDatabaseWizard, ProjectSettings, UnitChange,  // the project life cycle
+               ModelSettingsDialog, GUIOptions, Welcome,        // the shell
+               RestoreWindow,                                   // saved windows
+               SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
+               SolverIntegrity>;  // around a solve
+
+}  // namespace tarno
