@@ -36,6 +36,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"ModelSettings", "Streamline Tracing Settings", "solving.md#streamline-tracing"},
       {"ModelSettings", "Solver", "solving.md#solver"},
       {"ModelSettings", "Scenarios", "solving.md#scenarios"},
+      {"Iterations", "", "solving.md#advice-on-iterations"},
       {"SolvePrompt", "", "solving.md#solving-again"},
       {"FormContinueSolve", "", "solving.md#continuing-a-solve"},
       {"relax", "", "solving.md#surface-water-relaxation"},

@@ -29,7 +29,9 @@ void BadEntry(UserInterface& ui, const char* line1, const char* line2) {
 std::string IterationsDialog::AdviceText() const {
   // The gap is the first run of two or more blanks; a text without one gets the
   // number at its end.
-  const std::string number = " " + std::to_string(lblRecommendedIterations) + " ";
+  // Built by appends: GCC 12 warns falsely (-Wrestrict) on " " + std::to_string(...).
+  std::string number(1, ' ');
+  number.append(std::to_string(lblRecommendedIterations)).push_back(' ');
   const std::size_t start = lblRecommended.find("  ");
   if (start == std::string::npos) return lblRecommended + number;
   const std::size_t end = lblRecommended.find_first_not_of(' ', start);
