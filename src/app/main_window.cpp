@@ -516,6 +516,7 @@ void MainWindow::Zoom(int action, double x1, double y1, double x2, double y2) {
     SyncSolutionView();
     nav_->ZoomActions(action, x1, y1, x2, y2);
   });
+  mapWidget_->ReportPosition();
   mapWidget_->update();
 }
 

@@ -123,8 +123,19 @@ void MapWidget::mousePressEvent(QMouseEvent* event) {
 void MapWidget::mouseMoveEvent(QMouseEvent* event) {
   const QPoint at = event->position().toPoint();
   if (banding_ && band_ != nullptr) band_->setGeometry(QRect(bandOrigin_, at).normalized());
-  if (state_.ProjectOpen && g_.Surface() != nullptr && onPosition)
-    onPosition(WorldX(at.x()), WorldY(at.y()));
+  pointer_ = at;
+  pointerInside_ = true;
+  ReportPosition();
+}
+
+void MapWidget::leaveEvent(QEvent* event) {
+  pointerInside_ = false;
+  QWidget::leaveEvent(event);
+}
+
+void MapWidget::ReportPosition() {
+  if (pointerInside_ && state_.ProjectOpen && g_.Surface() != nullptr && onPosition)
+    onPosition(WorldX(pointer_.x()), WorldY(pointer_.y()));
 }
 
 void MapWidget::mouseReleaseEvent(QMouseEvent* event) {

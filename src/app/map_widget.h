@@ -51,6 +51,10 @@ class MapWidget : public QWidget {
   void Click(QPoint at);
   void Wheel(QPoint at, int steps);
 
+  // Reports the position of a pointer resting on the map again, through the
+  // picture now shown: the window changed under it (a zoom, a scroll).
+  void ReportPosition();
+
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
@@ -59,6 +63,7 @@ class MapWidget : public QWidget {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void leaveEvent(QEvent* event) override;
 
  private:
   bool InZoomWindowMode() const;
@@ -72,6 +77,9 @@ class MapWidget : public QWidget {
   QRubberBand* band_ = nullptr;
   QPoint bandOrigin_;
   bool banding_ = false;
+  // The pointer's last place on the map, while it is over the map.
+  QPoint pointer_;
+  bool pointerInside_ = false;
 };
 
 }  // namespace tarno

@@ -1,7 +1,6 @@
 // The user interface port through Qt widgets.
 #include "app/qt_ui.h"
 
-#include <algorithm>
 
 #include <QApplication>
 #include <QColor>
@@ -26,6 +25,7 @@
 #include <QTabWidget>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "core/error.h"
 
@@ -221,7 +221,10 @@ std::uint32_t FromQColor(const QColor& colour) {
 std::string WithDefaultExtension(const std::string& path, const std::string& extension) {
   if (path.empty() || extension.empty()) return path;
   const QFileInfo info(Q(path));
-  if (!info.suffix().isEmpty()) return path;
+  // Digits alone after the last dot are part of the name ("site 2.5", "run 2026.11").
+  const QString suffix = info.suffix();
+  const bool number = std::all_of(suffix.begin(), suffix.end(), [](QChar c) { return c.isDigit(); });
+  if (!suffix.isEmpty() && !number) return path;
   std::string ext = extension;
   if (ext.front() == '.') ext.erase(0, 1);
   if (path.back() == '.') return path + ext;

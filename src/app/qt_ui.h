@@ -93,7 +93,8 @@ std::uint32_t FromQColor(const QColor& colour);
 std::string FilterExtension(const QString& qtFilter);
 
 // A saved file's path with ".<extension>" added when its name has no extension of
-// its own (nothing is added for an empty extension).
+// its own (nothing is added for an empty extension). Digits alone after the last dot
+// are no extension: "site 2.5" becomes "site 2.5.trn".
 std::string WithDefaultExtension(const std::string& path, const std::string& extension);
 
 }  // namespace tarno

@@ -697,7 +697,13 @@ void IterationsAdvice(Database& db, ModelSettings& s, UserInterface& ui) {
   dialog.lblRecommendedIterations = minimum;
   dialog.tbIterations = s.tbIterations;
   ui.ShowModal(dialog);
-  if (dialog.Result == 1) s.SetIterations(dialog.tbIterations);
+  if (dialog.Result != 1) return;
+  s.SetIterations(dialog.tbIterations);
+  // The count the user confirmed is the project's from now on: the model settings
+  // show it when they open again, and the next solve needs no advice.
+  Statement up = db.PrepareRaw("update Model set SOLVERIterations=?");
+  up.Bind(1, static_cast<std::int64_t>(s.Iterations()));
+  up.Run();
 }
 
 void PrepareNewSolve(Database& db, SolutionState& state, UserInterface& ui) {

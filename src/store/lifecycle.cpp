@@ -270,6 +270,12 @@ bool ProjectSession::FileNewProject() {
     }
     bool made = RunOperation(ui_, "DBNewDatabase", [&] {
       DBNewDatabase(path, wizard_.Description, wizard_.BasemapMeters, wizard_.ComputeMeters);
+      // The solver files go beside the new project: the folder chosen in the file
+      // dialog, not the one the program was started in.
+      Database db = Database::Open(path);
+      Statement st = db.Prepare("update Project set TARNOBasePath = ?;");
+      st.Bind(1, fs::path(path).parent_path().string());
+      st.Run();
     });
     if (!made) return;
     opened = FileOpenProject(path, false, true, true);

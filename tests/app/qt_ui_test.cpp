@@ -76,6 +76,12 @@ TEST(DefaultExtensionTest, AddedOnlyWhenTheNameHasNone) {
       << "a dot in a folder's name is no extension";
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ""), "/tmp/model");
   EXPECT_EQ(WithDefaultExtension("/tmp/model", ".dat"), "/tmp/model.dat");
+  // A number after the last dot is part of the name (a version, a date), not an
+  // extension: the project still becomes a ".trn" that Open lists.
+  EXPECT_EQ(WithDefaultExtension("/tmp/site 2.5", "trn"), "/tmp/site 2.5.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/run 2026.11", "trn"), "/tmp/run 2026.11.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/site 2.5.trn", "trn"), "/tmp/site 2.5.trn");
+  EXPECT_EQ(WithDefaultExtension("/tmp/model.v2", "trn"), "/tmp/model.v2") << "letters make one";
 }
 
 TEST(DefaultExtensionTest, TheChosenFilterSuppliesThePlainExtension) {

@@ -473,6 +473,51 @@ TEST_F(ExampleSession, ZoomToWindowByTheRubberBand) {
   EXPECT_TRUE(w.Action("MODEL_CMDS(1)")->isEnabled());
 }
 
+// The position in the status bar is that of the pointer on the picture now shown:
+// a pointer resting on the map while the window changes under it (the end of the
+// rubber band, a scroll by the keys) reads the new coordinates at once.
+TEST_F(ExampleSession, ThePositionFollowsTheWindowUnderARestingPointer) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  MapWidget* map = w.Map();
+  const QPoint end(map->width() / 2, map->height() / 2);
+  auto shown = [&w] {
+    return std::make_pair(w.PanelText(3).toDouble(), w.PanelText(4).toDouble());
+  };
+  auto near = [](std::pair<double, double> a, double x, double y) {
+    return std::abs(a.first - x) < 0.01 && std::abs(a.second - y) < 0.01;
+  };
+
+  w.ToolbarAction("WINDOWZOOMWIN")->trigger();
+  map->BeginRubberBand(QPoint(map->width() / 4, map->height() / 4));
+  {
+    QMouseEvent move(QEvent::MouseMove, QPointF(end), QPointF(end), Qt::LeftButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(map, &move);
+  }
+  const double beforeX = map->WorldX(end.x()), beforeY = map->WorldY(end.y());
+  EXPECT_TRUE(near(shown(), beforeX, beforeY));
+  map->EndRubberBand(end);
+  const double afterX = map->WorldX(end.x()), afterY = map->WorldY(end.y());
+  ASSERT_GT(std::abs(afterX - beforeX), 1.0) << "the zoom moves the point under the pointer";
+  EXPECT_TRUE(near(shown(), afterX, afterY))
+      << w.PanelText(3).toStdString() << " " << w.PanelText(4).toStdString();
+
+  w.ToolbarAction("WINDOWSCROLLRIGHT")->trigger();
+  EXPECT_TRUE(near(shown(), map->WorldX(end.x()), map->WorldY(end.y())));
+  EXPECT_GT(shown().first, afterX);
+
+  // A pointer that has left the map reports nothing more.
+  {
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(map, &leave);
+  }
+  const auto left = shown();
+  w.ToolbarAction("WINDOWSCROLLRIGHT")->trigger();
+  EXPECT_EQ(shown(), left);
+}
+
 TEST_F(ExampleSession, RecenterByAClickAndTheWheelZoomAboutThePointer) {
   MainWindow w(options_);
   w.resize(800, 600);

@@ -89,13 +89,13 @@ TEST_F(TarnocmdTest, HelpAndBadUsage) {
 
 TEST_F(TarnocmdTest, NewCreatesTheFullSchemaWithDefaults) {
   const std::string path = P("model.trn");
-  // Run from another directory: the solver directory question is answered Yes.
+  // Run from another directory: the solver files go beside the project unasked.
   RunResult r = Run({"new", path, "--description", "Vincennes test", "--map-units", "feet",
                      "--model-units", "meters"},
                     dir_ / "elsewhere");
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_TRUE(Contains(r.out, "Created " + path));
-  EXPECT_TRUE(Contains(r.err, "TARNO: Your Project File and your Intermediate Model Files"));
+  EXPECT_FALSE(Contains(r.err, "TARNO: Your Project File and your Intermediate Model Files"));
 
   Database db = Database::Open(path);
   std::set<std::string> tables;
@@ -133,8 +133,10 @@ TEST_F(TarnocmdTest, NewAnswersNoAndKeepsExistingFiles) {
   const std::string path = P("keep.trn");
   RunResult r = Run({"new", path, "--no", "--base-name", "run7"}, dir_ / "elsewhere");
   ASSERT_EQ(r.status, 0) << r.err;
-  // The solver directory question was answered No: it stays where the program ran.
-  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), (dir_ / "elsewhere").string());
+  // The solver files go beside the new project, not where the program ran; no
+  // question on their place is asked, so --no does not move them away.
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), dir_.string());
+  EXPECT_FALSE(Contains(r.err, "not set in the same place")) << r.err;
   EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run7");
   EXPECT_EQ(Text(path, "select Description from Project"), "New TARNO Project\n");
 

@@ -23,6 +23,13 @@ class CommandFileTest : public SolverProject {
     return ctx;
   }
 
+  // The iterations of the project's Model row.
+  std::int64_t StoredIterations() {
+    Statement m = db_.Prepare("select SOLVERIterations from Model");
+    EXPECT_TRUE(m.Step());
+    return m.GetInt64(0);
+  }
+
   std::vector<std::string> Header(const std::string& suffix = "") {
     return {"* Written by TARNO for Windows 2.2.4",
             " error error" + suffix + ".log",
@@ -842,6 +849,7 @@ TEST_F(ControlBlocksTest, IterationAdviceCasesInTheirOrder) {
     ModelWriteInputFile(kWriteNewSolve, true, false, ctx);
     ui.Verify();
     EXPECT_EQ(s.Iterations(), 1);
+    EXPECT_EQ(StoredIterations(), 1) << "Cancel stores nothing";
   }
   // Then the inhomogeneity with its own base.
   {
@@ -859,6 +867,9 @@ TEST_F(ControlBlocksTest, IterationAdviceCasesInTheirOrder) {
     const auto lines = Lines(ReadFile(ModelWriteInputFile(kWriteNewSolve, true, false, ctx)));
     ui.Verify();
     EXPECT_NE(std::find(lines.begin(), lines.end(), " solve 3 3 0 1"), lines.end());
+    // The confirmed count is the project's: the settings show it when they open
+    // again, and the next solve does not advise once more.
+    EXPECT_EQ(StoredIterations(), 3);
   }
   // Enough iterations: no dialog.
   {
