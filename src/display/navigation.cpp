@@ -173,11 +173,13 @@ void Navigator::SaveWindow() {
   }
   Database db = Database::Open(state_.projectFile);
   {
-    // One name, one window: names compare without regard to case.
-    Statement st = db.Prepare("select count(*) from SavedWindows where Name = ?");
+    // One name, one window: names compare without regard to case, and the
+    // question names the window as it was saved.
+    Statement st = db.Prepare("select Name from SavedWindows where Name = ?");
     st.Bind(1, name);
-    if (st.Step() && st.GetInt64(0) > 0) {
-      if (!ui_.Question(kTitle, {"A window named \"" + name + "\" is already saved.",
+    if (st.Step()) {
+      const std::string saved = st.GetText(0);
+      if (!ui_.Question(kTitle, {"A window named \"" + saved + "\" is already saved.",
                                  "Replace it with the current window?"}))
         return;
       Statement del = db.Prepare("delete from SavedWindows where Name = ?");

@@ -225,6 +225,18 @@ bool ProjectSettings::Cancel() {
   return true;
 }
 
+void ProjectSettings::SetSolverPath(const std::string& dir) {
+  {
+    Database db = Database::Open(DBName);
+    Statement st = db.Prepare("update Project set TARNOBasePath = ?;");
+    st.Bind(1, dir);
+    st.Run();
+  }
+  TARNOPath = dir;
+  BasePath = dir;
+  savedBasePath_ = dir;
+}
+
 bool ProjectSettings::ChangeUnits(UserInterface& ui) {
   if (!ui.Question(kUnitChangeWarningTitle, UnitChangeWarningLines(), Icon::None))
     return false;

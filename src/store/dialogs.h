@@ -127,6 +127,9 @@ class ProjectSettings : public DialogModel {
   // Cancel: Result 2, the names and path of Load are written back; the dialog
   // hides. Does nothing (and returns false) while Cancel is disabled.
   bool Cancel();
+  // Moves the solver files to `dir` (the opening's own choice, not the user's
+  // edit): written to the Project row and kept as the path that Cancel restores.
+  void SetSolverPath(const std::string& dir);
   // The "Change Units..." button: the STOP! warning, the UnitChange dialog, the new
   // designations written to Model and the "Reopen Project" message. Returns true
   // when the units were written.

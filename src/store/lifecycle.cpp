@@ -428,12 +428,7 @@ bool ProjectSession::OpenProjectBody(std::string path, bool fromDialog, bool isN
     if (ui_.MessageBoxStyle(lt::kBasePathTitle, BasePathQuestionLines(), 36) == Answer::Yes) {
       std::string dir = projectDirectory_;
       if (dir.size() > 1 && dir.back() == '/') dir.pop_back();
-      Database db = Database::Open(path);
-      Statement st = db.Prepare("update Project set TARNOBasePath = ?;");
-      st.Bind(1, dir);
-      st.Run();
-      settings_.TARNOPath = dir;
-      settings_.BasePath = dir;
+      settings_.SetSolverPath(dir);
     }
   }
   projectOpen_ = true;
@@ -503,15 +498,7 @@ bool ProjectSession::OpenCursors(const std::string& path) {
   settings_.Load(path);
 
   if (!AccessibleDirectory(settings_.TARNOPath)) {
-    const std::string cwd = ProcessCurrentDirectory();
-    {
-      Database db = Database::Open(path);
-      Statement st = db.Prepare("update Project set TARNOBasePath = ?;");
-      st.Bind(1, cwd);
-      st.Run();
-    }
-    settings_.TARNOPath = cwd;
-    settings_.BasePath = cwd;
+    settings_.SetSolverPath(ProcessCurrentDirectory());
     ui_.MessageBox(lt::kPleaseNoteTitle, PleaseNoteLines());
   }
   return true;

@@ -458,6 +458,26 @@ TEST(RestoreWindowViewTest, CornersAreFilteredAndHandedOver) {
   EXPECT_DOUBLE_EQ(model.y2, 2000);
 }
 
+TEST(RestoreWindowViewTest, EveryCornerShowsWholeWithItsSign) {
+  EnsureApplication();
+  RestoreWindow model;
+  // The corners of a window zoomed far out: long numbers, two of them negative.
+  model.rows = {{"far", -8909292.3587527, -815529.096515035, 9819792.3587527, 10796503.4283383}};
+  model.Navigate(0);
+  ScriptedUserInterface ui;
+  RestoreWindowView view(model, ui, {});
+  view.show();
+  for (QLineEdit* edit : {view.x1(), view.y1(), view.x2(), view.y2()}) {
+    // With the cursor at the end a text too long for its field scrolls, and its
+    // first characters (the sign) go out of sight to the left.
+    edit->setCursorPosition(static_cast<int>(edit->text().size()));
+    (void)view.grab();
+    const int start = edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().center().x() -
+                      edit->fontMetrics().horizontalAdvance(edit->text());
+    EXPECT_GE(start, 0) << Text(edit);
+  }
+}
+
 TEST(RestoreWindowViewTest, DeleteTakesTheRowInViewOffAndOKConfirmsIt) {
   EnsureApplication();
   RestoreWindow model;

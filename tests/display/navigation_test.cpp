@@ -376,10 +376,11 @@ TEST_F(Navigation, OneNameOneWindow) {
   nav.ZoomActions(kZoomSaveWindow);
   nav.ZoomActions(kZoomIn);
 
-  // The same name in other case and with blanks around it: the user is asked.
+  // The same name in other case and with blanks around it: the user is asked,
+  // about the window under the name it was saved with.
   ui.ExpectInput(std::string(" TOWN "));
   ui.ExpectMessage("Save Window",
-                   {"A window named \"TOWN\" is already saved.",
+                   {"A window named \"Town\" is already saved.",
                     "Replace it with the current window?"},
                    Answer::No);
   nav.ZoomActions(kZoomSaveWindow);

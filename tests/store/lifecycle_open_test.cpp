@@ -226,6 +226,15 @@ TEST_F(LifecycleTest, BasePathQuestion) {
   ui_.Verify();
   EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), Dir());
   EXPECT_EQ(session_->Settings().TARNOPath, Dir());
+  // Cancel in the project settings keeps the path the opening chose: the solver
+  // files stay where the last solve wrote them.
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [](ProjectSettings& s) {
+    EXPECT_TRUE(s.Cancel());
+  });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), Dir());
+  EXPECT_EQ(session_->Settings().TARNOPath, Dir());
   ASSERT_TRUE(session_->FileCloseProject());
 
   // The same directory with a closing separator asks nothing.
@@ -247,6 +256,14 @@ TEST_F(LifecycleTest, InaccessibleBasePathIsReplacedByTheCurrentDirectory) {
   ASSERT_TRUE(session_->FileOpenProject(path));
   ui_.Verify();
   EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), cwd);
+  // Cancel in the project settings does not bring the inaccessible path back.
+  ui_.ExpectModal<ProjectSettings>("ProjectSettings", [](ProjectSettings& s) {
+    EXPECT_TRUE(s.Cancel());
+  });
+  ASSERT_TRUE(session_->FileProjectSettings());
+  ui_.Verify();
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), cwd);
+  EXPECT_EQ(session_->Settings().TARNOPath, cwd);
 }
 
 TEST_F(LifecycleTest, MissingBasemaps) {

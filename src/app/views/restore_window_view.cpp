@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QFontMetrics>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -12,6 +13,7 @@
 
 #include "app/views/view_support.h"
 #include "core/error_trap.h"
+#include "core/format.h"
 #include "core/text.h"
 
 namespace tarno {
@@ -35,6 +37,20 @@ RestoreWindowView::RestoreWindowView(RestoreWindow& model, UserInterface& ui,
   x2_ = AddField(grid, 2, QStringLiteral("X2"), model.txX2);
   y2_ = AddField(grid, 3, QStringLiteral("Y2"), model.txY2);
   right->addLayout(grid);
+  // The corner fields are wide enough for every corner on the list, and at least
+  // for a coordinate at the map's limit with all its digits, so that no sign or
+  // digit is hidden.
+  {
+    const QFontMetrics metrics = x1_->fontMetrics();
+    int widest = metrics.horizontalAdvance(QStringLiteral("-21474836.1234567"));
+    for (const auto& row : model.rows) {
+      for (const double corner : {row.x1, row.y1, row.x2, row.y2})
+        widest = std::max(widest, metrics.horizontalAdvance(Q(GeneralNumber(corner))));
+    }
+    // What a field needs around its text: its hint less the text it was sized for.
+    const int frame = x1_->sizeHint().width() - 17 * metrics.horizontalAdvance(QLatin1Char('x'));
+    for (QLineEdit* edit : {x1_, y1_, x2_, y2_}) edit->setMinimumWidth(widest + std::max(frame, 0));
+  }
   delete_ = new QPushButton(QStringLiteral("Delete"));
   ok_ = new QPushButton(QStringLiteral("OK"));
   cancel_ = new QPushButton(QStringLiteral("Cancel"));
