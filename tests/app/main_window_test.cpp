@@ -89,7 +89,9 @@ TEST_F(Window, MenusCarryTheCaptionsAndTheirStateOfConstruction) {
     QAction* a = w.Action(e.key);
     ASSERT_NE(a, nullptr) << e.key;
     EXPECT_EQ(a->text().toStdString(), e.caption) << e.key;
-    if (!e.built) EXPECT_EQ(a->statusTip().toStdString(), kNotAvailableTip) << e.key;
+    if (!e.built) {
+      EXPECT_EQ(a->statusTip().toStdString(), kNotAvailableTip) << e.key;
+    }
     EXPECT_EQ(a->isCheckable(), e.kind == MenuKind::Switch) << e.key;
   }
   EXPECT_EQ(w.Action("Layermenu(10)")->shortcut(), QKeySequence("Ctrl+L"));
