@@ -133,5 +133,28 @@ TEST(RunReport, AModelWithoutElementsSaysSo) {
   EXPECT_TRUE(Has(lines, "The model has no elements with results of their own."));
 }
 
+// The tables give model coordinates; the report says where they are measured from,
+// so that an element can be found on the map.
+TEST(RunReport, SaysWhereTheCoordinatesAreMeasuredFrom) {
+  SolveReport r;
+  auto coordinates = [&](const Model& m) {
+    std::ostringstream out;
+    writeRunReport(out, RunReportHeader{}, m, r, HandResults{});
+    for (const std::string& l : Lines(out.str()))
+      if (l.rfind("Coordinates:", 0) == 0) return l;
+    return std::string();
+  };
+  Model m;
+  m.originX = 447500;
+  m.originY = 4386500;
+  EXPECT_EQ(coordinates(m),
+            "Coordinates: model coordinates, measured from the model origin at (447500, 4386500) on the map.");
+  m.unitCode = 1;
+  EXPECT_EQ(coordinates(m),
+            "Coordinates: model coordinates, measured from the model origin at (447500, 4386500) on the map, "
+            "in model units.");
+  EXPECT_EQ(coordinates(Model{}), "Coordinates: map coordinates.");
+}
+
 }  // namespace
 }  // namespace tarno::engine
