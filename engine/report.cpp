@@ -13,6 +13,7 @@ namespace {
 constexpr const char* kEol = "\r\n";
 
 std::string fmt(const char* f, double v) {
+    if (v == 0.0) v = 0.0;  // a zero computed as -0 (a dry reach) shows as 0
     char buf[64];
     std::snprintf(buf, sizeof buf, f, v);
     return buf;

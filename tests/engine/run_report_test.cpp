@@ -156,5 +156,23 @@ TEST(RunReport, SaysWhereTheCoordinatesAreMeasuredFrom) {
   EXPECT_EQ(coordinates(Model{}), "Coordinates: map coordinates.");
 }
 
+// A dry stream reach takes nothing: its discharge shows as 0, never as -0.
+TEST(RunReport, ANegativeZeroShowsAsZero) {
+  SolveReport r;
+  HandResults results;
+  SegmentResult s;
+  s.label = "LS_000004_0100";
+  s.kind = LineSinkKind::Stream;
+  s.specifiedHead = 116.6;
+  s.calculatedHead = 116.3;
+  s.discharge = -0.0;
+  s.error = -0.0;
+  results.segments_ = {s};
+  std::ostringstream out;
+  writeRunReport(out, RunReportHeader{}, Model{}, r, results);
+  EXPECT_EQ(out.str().find("-0.000000E+00"), std::string::npos);
+  EXPECT_NE(out.str().find("1.163000E+02    0.000000E+00    0.000000E+00"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace tarno::engine
