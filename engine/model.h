@@ -180,7 +180,7 @@ struct Window {
 struct Model {
     std::string title;
     std::string baseName;      // the name used for reports
-    double originX = 0.0;      // model origin in map units (logged, not used)
+    double originX = 0.0;      // model origin in map units (logged and told in the report)
     double originY = 0.0;
     int unitCode = 2;
     Aquifer aquifer;

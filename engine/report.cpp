@@ -13,6 +13,7 @@ namespace {
 constexpr const char* kEol = "\r\n";
 
 std::string fmt(const char* f, double v) {
+    if (v == 0.0) v = 0.0;  // a zero computed as -0 (a dry reach) shows as 0
     char buf[64];
     std::snprintf(buf, sizeof buf, f, v);
     return buf;
@@ -20,6 +21,8 @@ std::string fmt(const char* f, double v) {
 
 // A number in words: the shortest form that keeps six significant digits.
 std::string num(double v) { return fmt("%.6G", v); }
+// A map coordinate: whole metres or feet of a large map grid keep all their digits.
+std::string mapNum(double v) { return fmt("%.10G", v); }
 
 // A table cell: numbers right-aligned in 16 characters, so that a column's name
 // of up to 14 characters stands apart from the one before.
@@ -92,6 +95,12 @@ void writeModel(Writer& w, const Model& m, const SolveReport& r) {
                num(a.referenceY) + ").");
     else
         w.line("No reference point.");
+    // Unit code 2: map and model units agree; 0 and 1: model units differ.
+    if (m.originX == 0.0 && m.originY == 0.0 && m.unitCode == 2)
+        w.line("Coordinates: map coordinates.");
+    else
+        w.line("Coordinates: model coordinates, measured from the model origin at (" + mapNum(m.originX) + ", " +
+               mapNum(m.originY) + ") on the map" + (m.unitCode == 2 ? "" : ", in model units") + ".");
     if (a.hasInterface)
         w.line("Salt water interface: fresh water gravity " + num(a.freshGravity) + ", salt water gravity " +
                num(a.saltGravity) + ", sea level " + num(a.seaLevel) + " (read, not computed by this version).");

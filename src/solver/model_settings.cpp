@@ -179,6 +179,14 @@ ModelSettings::Field ModelSettings::Validate(UserInterface& ui) const {
   } else if (!(interval > 0)) {
     return fail(Field::ContourInt, {"Contour Interval must be greater than zero.",
                                     "Please enter a new Contour Interval."});
+  } else if (!((Val(tbContourMax) - Val(tbContourMin)) / interval + 1 <= kContourMaxLevels)) {
+    // The contour program refuses more levels than this as a mistake in its
+    // arguments; the settings say so before a solve gets that far.
+    return fail(Field::ContourInt,
+                {"From " + GeneralNumber(Val(tbContourMin)) + " to " + GeneralNumber(Val(tbContourMax)) + " by " +
+                     GeneralNumber(interval) + " are more than " +
+                     std::to_string(kContourMaxLevels) + " contour levels.",
+                 "Please enter a larger Contour Interval."});
   }
   if (contourDetail == kContourCustom) {
     const double level = Val(tbContourLevel);

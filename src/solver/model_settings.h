@@ -43,6 +43,9 @@ enum ContourDetailOption : int {
 // The default tracing step: 0.004 times the diagonal of the map window.
 double ComputeDefaultStep(double x1, double y1, double x2, double y2);
 
+// The most contour levels the contour program draws in one run.
+inline constexpr long long kContourMaxLevels = 100000;
+
 class ModelSettings {
  public:
   // Which field a failed check belongs to; the dialog brings its tab forward and

@@ -168,6 +168,7 @@ void ProjectSettings::WriteNames(const std::string& name, const std::string& pat
 
 bool ProjectSettings::OK(UserInterface& ui) {
   const std::string name = TrimST(BaseName);
+  Refused = Field::BaseName;
   if (!ValidBaseName(name)) {
     ui.MessageBox(kBadNameTitle, {kBadNameText});
     return false;
@@ -176,6 +177,7 @@ bool ProjectSettings::OK(UserInterface& ui) {
     ui.MessageBox(kBadNameTitle, {kBadNameCharactersText});
     return false;
   }
+  Refused = Field::Path;
   std::string path = TrimST(BasePath);
   // The path is kept without a closing separator, as a new project stores it.
   while (path.size() > 1 && path.back() == '/') path.pop_back();
@@ -196,6 +198,7 @@ bool ProjectSettings::OK(UserInterface& ui) {
     return false;
   }
   if (!TakenBaseNames.empty() && SameFolder(path, TakenFolder)) {
+    Refused = Field::BaseName;
     for (const std::string& taken : TakenBaseNames) {
       if (LowerText(taken) != LowerText(name)) continue;
       ui.MessageBox(kBadNameTitle, {"Base file name " + name + " is used by " + TakenBy + " in this folder.",
@@ -203,6 +206,7 @@ bool ProjectSettings::OK(UserInterface& ui) {
       return false;
     }
   }
+  Refused = Field::None;
   BaseName = name;
   WriteNames(name, path, &Description);
   TARNOBaseName = name;

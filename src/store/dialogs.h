@@ -124,6 +124,10 @@ class ProjectSettings : public DialogModel {
   // good one writes the description, the name and the path to the Project row, sets
   // TARNOBaseName, TARNOPath and Result 1, and the dialog hides (returns true).
   bool OK(UserInterface& ui);
+  // The field that the last refused OK named, so that the view puts the cursor
+  // there; None after an accepted OK.
+  enum class Field { None, BaseName, Path };
+  Field Refused = Field::None;
   // Cancel: Result 2, the names and path of Load are written back; the dialog
   // hides. Does nothing (and returns false) while Cancel is disabled.
   bool Cancel();

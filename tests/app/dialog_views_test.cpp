@@ -318,6 +318,30 @@ TEST_F(ProjectTest, ProjectSettingsViewKeepsABadNameAndWritesAGoodOne) {
   EXPECT_EQ(st.GetText(1), "Renamed");
 }
 
+// After a refused OK the refused field is selected, so that what is typed next
+// replaces the name or the path the message spoke of.
+TEST_F(ProjectTest, ProjectSettingsViewSelectsTheRefusedField) {
+  ProjectSettings settings;
+  settings.Load(path_.string());
+  ScriptedUserInterface ui;
+  ProjectSettingsView view(settings, ui);
+  view.basePath()->setText(QString::fromStdString(path_.string()));  // a file, not a folder
+  ui.ExpectMessageTitled(ProjectSettings::kBadPathTitle);
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.result(), 0);
+  EXPECT_EQ(view.basePath()->selectedText().toStdString(), path_.string());
+  EXPECT_FALSE(view.baseName()->hasSelectedText());
+
+  view.basePath()->setText(QString::fromStdString(path_.parent_path().string()));
+  view.baseName()->setText("a*b");
+  ui.ExpectMessage(ProjectSettings::kBadNameTitle, {ProjectSettings::kBadNameCharactersText});
+  view.okButton()->click();
+  ui.Verify();
+  EXPECT_EQ(view.baseName()->selectedText().toStdString(), "a*b");
+  EXPECT_FALSE(view.basePath()->hasSelectedText());
+}
+
 TEST_F(ProjectTest, ProjectSettingsCancelDisabledForANewProject) {
   ProjectSettings settings;
   settings.Load(path_.string());

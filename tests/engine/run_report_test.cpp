@@ -133,5 +133,46 @@ TEST(RunReport, AModelWithoutElementsSaysSo) {
   EXPECT_TRUE(Has(lines, "The model has no elements with results of their own."));
 }
 
+// The tables give model coordinates; the report says where they are measured from,
+// so that an element can be found on the map.
+TEST(RunReport, SaysWhereTheCoordinatesAreMeasuredFrom) {
+  SolveReport r;
+  auto coordinates = [&](const Model& m) {
+    std::ostringstream out;
+    writeRunReport(out, RunReportHeader{}, m, r, HandResults{});
+    for (const std::string& l : Lines(out.str()))
+      if (l.rfind("Coordinates:", 0) == 0) return l;
+    return std::string();
+  };
+  Model m;
+  m.originX = 447500;
+  m.originY = 4386500;
+  EXPECT_EQ(coordinates(m),
+            "Coordinates: model coordinates, measured from the model origin at (447500, 4386500) on the map.");
+  m.unitCode = 1;
+  EXPECT_EQ(coordinates(m),
+            "Coordinates: model coordinates, measured from the model origin at (447500, 4386500) on the map, "
+            "in model units.");
+  EXPECT_EQ(coordinates(Model{}), "Coordinates: map coordinates.");
+}
+
+// A dry stream reach takes nothing: its discharge shows as 0, never as -0.
+TEST(RunReport, ANegativeZeroShowsAsZero) {
+  SolveReport r;
+  HandResults results;
+  SegmentResult s;
+  s.label = "LS_000004_0100";
+  s.kind = LineSinkKind::Stream;
+  s.specifiedHead = 116.6;
+  s.calculatedHead = 116.3;
+  s.discharge = -0.0;
+  s.error = -0.0;
+  results.segments_ = {s};
+  std::ostringstream out;
+  writeRunReport(out, RunReportHeader{}, Model{}, r, results);
+  EXPECT_EQ(out.str().find("-0.000000E+00"), std::string::npos);
+  EXPECT_NE(out.str().find("1.163000E+02    0.000000E+00    0.000000E+00"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace tarno::engine

@@ -121,6 +121,22 @@ TEST_F(ModelSettingsTest, ContourChecks) {
   s.tbContourInt = "0";
   ExpectRefused(s, ModelSettings::Field::ContourInt,
                 {"Contour Interval must be greater than zero.", "Please enter a new Contour Interval."});
+  // More levels than the contour program draws: refused here, not at the solve.
+  s.tbContourMin = "0";
+  s.tbContourMax = "1000";
+  s.tbContourInt = "0.001";
+  ExpectRefused(s, ModelSettings::Field::ContourInt,
+                {"From 0 to 1000 by 0.001 are more than 100000 contour levels.",
+                 "Please enter a larger Contour Interval."});
+  s.tbContourInt = "1";
+  s.tbContourMax = "100000";  // 100001 levels, one too many
+  ExpectRefused(s, ModelSettings::Field::ContourInt,
+                {"From 0 to 100000 by 1 are more than 100000 contour levels.",
+                 "Please enter a larger Contour Interval."});
+  s.tbContourMax = "99999";  // the most there may be
+  ExpectAccepted(s);
+  s.tbContourMin = "5";
+  s.tbContourMax = "6";
   s.SelectContourProperty(kContourStreamFunction);
   s.tbContourInt = "1";
   ExpectRefused(s, ModelSettings::Field::ContourInt,

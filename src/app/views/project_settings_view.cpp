@@ -61,14 +61,16 @@ ProjectSettingsView::ProjectSettingsView(ProjectSettings& model, UserInterface& 
 
   connect(ok_, &QPushButton::clicked, this, [this] {
     ToModel();
-    // A bad name gets the model's "Bad file name" box and the dialog stays.
+    // A bad name or path gets the model's message box and the dialog stays, with
+    // the refused field selected.
     bool accepted = false;
     RunOperation(ui_, "ProjectSettings.OK_Click", [&] { accepted = model_.OK(ui_); });
     if (accepted) {
       done(ProjectSettings::kOK);
     } else {
-      baseName_->setFocus();
-      baseName_->selectAll();
+      QLineEdit* field = model_.Refused == ProjectSettings::Field::Path ? basePath_ : baseName_;
+      field->setFocus();
+      field->selectAll();
     }
   });
   connect(cancel_, &QPushButton::clicked, this, [this] { reject(); });
