@@ -426,6 +426,14 @@ QDialog* QtUserInterface::WaitWindow() const {
   return wait_.data();
 }
 
+QSize TextViewerSize(int textWidth, int textHeight, QSize room) {
+  // Room for the frame, the scroll bar and the Close button around the text.
+  const int frameWidth = 60, frameHeight = 120;
+  const int width = std::clamp(textWidth + frameWidth, 720, std::max(720, room.width() * 9 / 10));
+  const int height = std::clamp(textHeight + frameHeight, 480, std::max(480, room.height() * 8 / 10));
+  return {width, height};
+}
+
 void QtUserInterface::ShowTextFile(const std::string& path) {
   // The program's own viewer of logs and command files, read only.
   QFile file(Q(path));
@@ -448,7 +456,15 @@ void QtUserInterface::ShowTextFile(const std::string& path) {
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
   layout->addWidget(buttons);
-  dialog.resize(720, 480);
+  const QFontMetrics metrics(view->font());
+  int widest = 0, lines = 0;
+  for (const QString& line : text.split(QLatin1Char('\n'))) {
+    widest = std::max(widest, metrics.horizontalAdvance(line));
+    ++lines;
+  }
+  const QScreen* screen =
+      parent_ != nullptr && parent_->screen() != nullptr ? parent_->screen() : QGuiApplication::primaryScreen();
+  dialog.resize(TextViewerSize(widest, lines * metrics.lineSpacing(), screen->availableGeometry().size()));
   dialog.exec();
 }
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QSize>
 #include <QString>
 #include <functional>
 #include <map>
@@ -23,6 +24,12 @@ class QLabel;
 class QColor;
 
 namespace tarno {
+
+// The size of the text viewer for a text `textWidth` by `textHeight` pixels: large
+// enough to show it whole (reports and logs are tables that a narrow window cuts),
+// at least 720 by 480, at most nine tenths of the width and eight tenths of the
+// height of the screen's `room`.
+QSize TextViewerSize(int textWidth, int textHeight, QSize room);
 
 // Shows `model` as a modal dialog over `parent`.
 using DialogView = std::function<void(DialogModel& model, QWidget* parent)>;

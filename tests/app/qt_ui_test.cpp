@@ -341,6 +341,20 @@ TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
   std::filesystem::remove_all(dir);
 }
 
+TEST(TextViewer, ShowsAWideReportWholeWithinTheScreen) {
+  const QSize screen(1920, 1080);
+  // A short log keeps the smallest size.
+  EXPECT_EQ(TextViewerSize(200, 40, screen), QSize(720, 480));
+  // A report's 150-column table and 40 lines fit whole, frame included.
+  const QSize report = TextViewerSize(1200, 40 * 15, screen);
+  EXPECT_GE(report.width(), 1200 + 40);
+  EXPECT_GE(report.height(), 40 * 15 + 40);
+  // Larger than the screen: most of the screen, the rest scrolls.
+  EXPECT_EQ(TextViewerSize(5000, 5000, screen), QSize(1728, 864));
+  // A screen smaller than the smallest size still gets it.
+  EXPECT_EQ(TextViewerSize(5000, 5000, QSize(640, 400)), QSize(720, 480));
+}
+
 TEST_F(QtPortTest, ShowTextFileShowsTheTextReadOnly) {
   const auto path = std::filesystem::temp_directory_path() /
                     ("tarno_dialogs_log_" + std::to_string(::getpid()) + ".LOG");
@@ -363,6 +377,7 @@ TEST_F(QtPortTest, ShowTextFileShowsTheTextReadOnly) {
   EXPECT_EQ(title, path.filename().string());
   EXPECT_EQ(text, "line one\nline two\n");
   EXPECT_TRUE(readOnly);
+
   std::filesystem::remove(path);
 
   QString boxTitle, boxText;
