@@ -3,6 +3,8 @@
 //   tarnocmd new <path> [--description TEXT] [--map-units meters|feet]
 //                       [--model-units meters|feet] [--base-name NAME] [--yes | --no]
 //   tarnocmd info <path>
+//   tarnocmd settings <path> [--description TEXT] [--base-name NAME] [--path DIR]
+//                            [--yes | --no]
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
 //   tarnocmd results <path> <table>
 //   tarnocmd help
@@ -11,8 +13,11 @@
 // wizard is answered from the options, the settings dialog of the new project is
 // accepted (with the default base name unless --base-name is given), and the
 // questions asked on the way are answered by the defaults documented in
-// docs/tarnocmd.md. "info" reads a project without changing it. Messages go to
-// standard error as "<title>: <line>"; results go to standard output.
+// docs/tarnocmd.md. "info" reads a project without changing it. "settings" prints
+// the project's settings or, given values, confirms its settings dialog with them,
+// so that the dialog's checks and messages apply ("Create Folder?" is answered No
+// unless --yes is given); a refused value changes nothing. Messages go to standard
+// error as "<title>: <line>"; results go to standard output.
 //
 // Exit status: 0 success, 1 the operation failed or was refused, 2 bad usage.
 #include <iostream>
@@ -100,6 +105,37 @@ int main(int argc, char** argv) {
     if (!path || path->empty()) return BadUsage("new needs the path of the project to create");
     options.path = *path;
     return tarno::cmd::New(options, std::cout, std::cerr);
+  }
+
+  if (command == "settings") {
+    tarno::cmd::SettingsOptions options;
+    std::optional<std::string> path;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+      const std::string& a = args[i];
+      if (a == "--description" || a == "--base-name" || a == "--path") {
+        if (i + 1 >= args.size())
+          return BadUsage(a + (a == "--description" ? " needs a text"
+                               : a == "--base-name" ? " needs a name"
+                                                    : " needs a folder"));
+        const std::string& v = args[++i];
+        (a == "--description" ? options.description
+         : a == "--base-name" ? options.baseName
+                              : options.basePath) = v;
+      } else if (a == "--yes") {
+        options.answers = tarno::cmd::Answers::Yes;
+      } else if (a == "--no") {
+        options.answers = tarno::cmd::Answers::No;
+      } else if (!a.empty() && a[0] == '-' && a != "-") {
+        return BadUsage("unknown option \"" + a + "\"");
+      } else if (path) {
+        return BadUsage("settings takes one project path");
+      } else {
+        path = a;
+      }
+    }
+    if (!path || path->empty()) return BadUsage("settings needs the path of a project");
+    options.path = *path;
+    return tarno::cmd::Settings(options, std::cout, std::cerr);
   }
 
   if (command == "solve") {

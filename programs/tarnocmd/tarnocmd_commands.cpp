@@ -1,5 +1,6 @@
 #include "tarnocmd_commands.h"
 
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
@@ -8,6 +9,7 @@
 
 #include "core/console_ui.h"
 #include "core/error_trap.h"
+#include "core/text.h"
 #include "store/database.h"
 #include "store/dialogs.h"
 #include "store/lifecycle.h"
@@ -27,6 +29,12 @@ std::string UsageText() {
          "  tarnocmd info <path>\n"
          "      Shows the version, description, units, solver file names, element\n"
          "      counts and extents of a project without changing it.\n"
+         "  tarnocmd settings <path> [--description TEXT] [--base-name NAME] [--path DIR]\n"
+         "                           [--yes | --no]\n"
+         "      Shows the project settings or changes them as the Project Settings dialog\n"
+         "      does: the description, the base file name and the folder of the solver\n"
+         "      files. A missing folder is created only with --yes; a refused value\n"
+         "      changes nothing.\n"
          "  tarnocmd solve <path> [--regrid] [--continue <iterations>] [--yes | --no]\n"
          "      Writes the command file, runs tarno1 (and contour on a new grid) from the\n"
          "      program directory and loads the results. A present solution is solved\n"
@@ -62,6 +70,66 @@ std::string Number(double v) {
   o.precision(15);
   o << v;
   return o.str();
+}
+
+// The lines of the settings dialog's fields: description, base name and folder of
+// the solver files, the two units.
+void PrintSettings(Database& db, std::ostream& out) {
+  {
+    Statement st = db.Prepare("select * from Project;");
+    if (st.Step()) {
+      out << "Description: " << Trimmed(st.GetText("Description")) << "\n";
+      out << "Base name: " << st.GetText("TARNOBaseName") << "\n";
+      out << "Base path: " << st.GetText("TARNOBasePath") << "\n";
+    }
+  }
+  if (db.TableExists("Model")) {
+    Statement st = db.Prepare("select BasemapMeters, ComputeMeters from Model;");
+    if (st.Step()) {
+      out << "Basemap units: " << UnitText(st.GetBool(0)) << "\n";
+      out << "Computation units: " << UnitText(st.GetBool(1)) << "\n";
+    }
+  }
+}
+
+std::string Lower(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
+// Another project whose solver files would share the folder `folder` and the base
+// name `name` with the project `self`, so that a solve of either overwrites the
+// other's run files. Looked for among the project files in that folder.
+struct BaseNameUser {
+  std::string project;   // its file
+  std::string baseName;  // as it spells the name
+  std::string basePath;  // as it stores the folder
+};
+
+std::optional<BaseNameUser> ProjectUsingBaseName(const std::string& folder,
+                                                 const std::string& name,
+                                                 const std::string& self) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+    const fs::path file = it->path();
+    std::error_code fileEc;
+    if (Lower(file.extension().string()) != ".trn" || !it->is_regular_file(fileEc)) continue;
+    if (fs::equivalent(file, self, fileEc)) continue;
+    if (ProbeProjectFile(file.string()).state != ProjectFileState::Project) continue;
+    try {
+      Database db = Database::OpenReadOnly(file.string());
+      Statement st = db.Prepare("select TARNOBaseName, TARNOBasePath from Project;");
+      if (!st.Step()) continue;
+      BaseNameUser user{file.string(), st.GetText(0), st.GetText(1)};
+      if (Lower(TrimST(user.baseName)) != Lower(name)) continue;
+      if (!fs::equivalent(user.basePath, folder, fileEc)) continue;
+      return user;
+    } catch (const std::exception&) {
+      // A project that cannot be read here is no obstacle.
+    }
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -117,21 +185,7 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
     Database db = Database::OpenReadOnly(path);
     out << "File: " << path << "\n";
     out << "Version: " << probe.version << "\n";
-    {
-      Statement st = db.Prepare("select * from Project;");
-      if (st.Step()) {
-        out << "Description: " << Trimmed(st.GetText("Description")) << "\n";
-        out << "Base name: " << st.GetText("TARNOBaseName") << "\n";
-        out << "Base path: " << st.GetText("TARNOBasePath") << "\n";
-      }
-    }
-    if (db.TableExists("Model")) {
-      Statement st = db.Prepare("select BasemapMeters, ComputeMeters from Model;");
-      if (st.Step()) {
-        out << "Basemap units: " << UnitText(st.GetBool(0)) << "\n";
-        out << "Computation units: " << UnitText(st.GetBool(1)) << "\n";
-      }
-    }
+    PrintSettings(db, out);
     static const char* const kTables[] = {
         "Wells",     "LinesinkStrings", "NoFlowStrings", "Inhomogeneities", "Lakes",
         "TestPoints", "Particles",      "FluxInspect",   "Domains",         "Capzones",
@@ -176,6 +230,97 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
     }
   } catch (const std::exception& e) {
     err << "tarnocmd: cannot read " << path << ": " << e.what() << "\n";
+    return 1;
+  }
+  return 0;
+}
+
+int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& err) {
+  namespace fs = std::filesystem;
+  const ProjectFileProbe probe = ProbeProjectFile(options.path);
+  if (probe.state != ProjectFileState::Project) {
+    err << ProbeTitle(probe) << ": " << ProbeMessage(options.path, probe) << "\n";
+    return 1;
+  }
+  if (!options.Changes()) {
+    try {
+      Database db = Database::OpenReadOnly(options.path);
+      PrintSettings(db, out);
+    } catch (const std::exception& e) {
+      err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
+      return 1;
+    }
+    return 0;
+  }
+
+  // Only the dialog runs: the project is not opened as the desktop program opens
+  // it (no question on the folder of the solver files, no check of the base maps,
+  // no compaction), so that nothing but the settings changes.
+  ConsoleUserInterface ui(err, Answer::OK);
+  // "Create Folder?" is the one question of the dialog: a folder is made only
+  // when asked for with --yes.
+  ui.SetDefaultAnswer(options.answers == Answers::Yes ? Answer::Yes : Answer::No);
+  bool folderRefused = false;
+  ui.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>&, Buttons) {
+    if (title == ProjectSettings::kCreateFolderTitle && options.answers != Answers::Yes)
+      folderRefused = true;
+    return std::optional<Answer>();
+  });
+  const auto notChanged = [&] {
+    if (folderRefused && options.answers == Answers::Defaults)
+      err << "tarnocmd: --yes creates the folder\n";
+    err << "tarnocmd: the settings of " << options.path << " were not changed\n";
+    return 1;
+  };
+  if (IsReadOnlyFile(options.path)) {
+    ui.MessageBox(lt::kReadOnlyTitle, ReadOnlyLines());
+    return notChanged();
+  }
+  if (probe.version < ProjectSession::kCurrentVersion) {
+    ui.MessageBox(lt::kMustUpdateTitle, {lt::kMustUpdateText});
+    return notChanged();
+  }
+  if (probe.version > ProjectSession::kCurrentVersion) {
+    ui.MessageBox(lt::kNewerVersionTitle, NewerVersionLines());
+    return notChanged();
+  }
+
+  std::error_code ec;
+  const std::string path = fs::absolute(options.path, ec).lexically_normal().string();
+  ProjectSettings settings;
+  bool accepted = false;
+  ui.SetModalHandler(ProjectSettings::kName, [&](DialogModel& m) {
+    auto& s = dynamic_cast<ProjectSettings&>(m);
+    if (options.description) s.Description = *options.description;
+    if (options.baseName) s.BaseName = *options.baseName;
+    if (options.basePath) {
+      // A relative folder is taken from where the program runs, as the project's.
+      const std::string folder = TrimST(*options.basePath);
+      std::error_code folderEc;
+      const fs::path absolute = folder.empty() ? fs::path() : fs::absolute(folder, folderEc);
+      s.BasePath = folder.empty() || folderEc ? *options.basePath
+                                              : absolute.lexically_normal().string();
+    }
+    // A name that another project in the folder gives its solver files is refused
+    // as the desktop program refuses it for a copy beside its original.
+    if (auto user = ProjectUsingBaseName(TrimST(s.BasePath), TrimST(s.BaseName), path)) {
+      s.TakenBaseNames = {user->baseName};
+      s.TakenFolder = user->basePath;
+      s.TakenBy = "the project " + user->project;
+    }
+    // A refused value leaves the dialog unconfirmed: nothing has been written.
+    accepted = s.OK(ui);
+  });
+  const bool ran = RunOperation(ui, "FileProjectSettings", [&] {
+    settings.Load(ec ? options.path : path);
+    ui.ShowModal(settings);
+  });
+  if (!ran || !accepted) return notChanged();
+  try {
+    Database db = Database::OpenReadOnly(options.path);
+    PrintSettings(db, out);
+  } catch (const std::exception& e) {
+    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
     return 1;
   }
   return 0;

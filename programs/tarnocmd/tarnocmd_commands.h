@@ -29,6 +29,23 @@ int New(const NewOptions& options, std::ostream& out, std::ostream& err);
 // Prints what a project holds. Returns the exit status.
 int Info(const std::string& path, std::ostream& out, std::ostream& err);
 
+// tarnocmd settings: the project settings dialog without a window.
+struct SettingsOptions {
+  std::string path;
+  std::optional<std::string> description;  // nothing: kept
+  std::optional<std::string> baseName;     // nothing: kept
+  std::optional<std::string> basePath;     // the folder of the solver files; nothing: kept
+  Answers answers = Answers::Defaults;     // "Create Folder?": No unless Yes
+  bool Changes() const { return description || baseName || basePath; }
+};
+
+// Without a change: prints the settings (description, base name, solver folder,
+// units) and changes nothing. With one: fills the settings dialog of the project
+// with the given values and confirms it, so that the dialog's checks and messages
+// apply; a refused value leaves the project as it was (exit status 1), an accepted
+// one is written and the new settings are printed.
+int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& err);
+
 // tarnocmd solve: the whole solve cycle without a window.
 struct SolveCommandOptions {
   std::string path;

@@ -78,6 +78,18 @@ const char* WriteTypeText(int type) {
   }
 }
 
+// A path as it is typed on a shell's command line: in single quotes when it holds
+// anything but letters, digits and . / _ - + , : @ %.
+std::string ShellWord(const std::string& word) {
+  const bool plain =
+      !word.empty() && word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                              "0123456789./_-+,:@%") == std::string::npos;
+  if (plain) return word;
+  std::string q = "'";
+  for (char c : word) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
 std::string CsvField(const std::string& v) {
   if (v.find_first_of(",\"\r\n") == std::string::npos) return v;
   std::string q = "\"";
@@ -132,6 +144,13 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   // message shows.
   ctx.solverErrors = "/dev/null";
 
+  // Whether the solve refused a base name or a folder that cannot take the solver
+  // files; the desktop's advice then gets the command that follows it here.
+  bool solverFilesRefused = false;
+  ui.SetAnswerPolicy([&](const std::string& title, const std::vector<std::string>&, Buttons) {
+    if (title == kSolverFilesTitle) solverFilesRefused = true;
+    return std::optional<Answer>();
+  });
   if (options.answers == Answers::No) ui.SetDefaultAnswer(Answer::No);
   if (options.answers == Answers::Yes) ui.SetDefaultAnswer(Answer::Yes);
   ui.SetModalHandler(SolvePrompt::kName, [&](DialogModel& m) {
@@ -161,6 +180,9 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
       return 1;
     case SolveOutcome::Refused:
       // The message above says why; nothing of the project was changed.
+      if (solverFilesRefused)
+        err << "tarnocmd settings " << ShellWord(options.path)
+            << " --base-name NAME --path DIR changes them.\n";
       err << "tarnocmd: the solve was not started\n";
       return 1;
     case SolveOutcome::Failed:

@@ -219,5 +219,187 @@ TEST_F(TarnocmdTest, InfoOfBadFilesFails) {
   EXPECT_EQ(r.out, "");
 }
 
+// --- settings ----------------------------------------------------------------
+
+TEST_F(TarnocmdTest, SettingsWithoutAChangePrintsThemAndChangesNothing) {
+  const std::string path = P("show.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "show1", "--map-units", "feet"}).status, 0);
+  const std::string before = ReadAll(path);
+  const RunResult r = Run({"settings", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out, "Description: New TARNO Project\nBase name: show1\nBase path: " + dir_.string() +
+                       "\nBasemap units: Feet\nComputation units: Meters\n");
+  EXPECT_EQ(r.err, "");
+  EXPECT_EQ(ReadAll(path), before);
+}
+
+TEST_F(TarnocmdTest, SettingsChangesTheBaseNameAndPathThatInfoReports) {
+  const std::string path = P("change.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "first"}).status, 0);
+  const std::string elsewhere = (dir_ / "elsewhere").string();
+  RunResult r = Run({"settings", path, "--base-name", " second ", "--path", elsewhere + "/",
+                     "--description", "Calibration runs"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // The name is trimmed and the closing separator dropped, as the dialog does.
+  EXPECT_TRUE(Contains(r.out, "Base name: second\nBase path: " + elsewhere + "\n")) << r.out;
+  r = Run({"info", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(Contains(r.out, "Description: Calibration runs\n")) << r.out;
+  EXPECT_TRUE(Contains(r.out, "Base name: second\n")) << r.out;
+  EXPECT_TRUE(Contains(r.out, "Base path: " + elsewhere + "\n")) << r.out;
+
+  // One value alone leaves the others; a relative folder is taken from where the
+  // program runs and stored whole.
+  r = Run({"settings", path, "--path", ".."}, dir_ / "elsewhere");
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(Text(path, "select TARNOBasePath from Project"), dir_.string());
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "second");
+  EXPECT_EQ(Text(path, "select Description from Project"), "Calibration runs");
+}
+
+TEST_F(TarnocmdTest, SettingsRefusesABadValueWithTheDialogsMessageAndChangesNothing) {
+  const std::string path = P("refuse.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "keep"}).status, 0);
+  const std::string before = ReadAll(path);
+  const std::string notChanged = "tarnocmd: the settings of " + path + " were not changed\n";
+  struct Case {
+    std::vector<std::string> options;
+    std::string message;
+  };
+  const std::vector<Case> cases = {
+      {{"--base-name", "ninechars"},
+       "Bad file name: Base file name must be less than 8 characters, with no spaces\n"},
+      {{"--base-name", "a b"},
+       "Bad file name: Base file name must be less than 8 characters, with no spaces\n"},
+      {{"--base-name", "a*b", "--description", "lost"},
+       "Bad file name: Base file name must not contain any of the characters / \\ : * ? \" < > |\n"},
+      {{"--path", path, "--base-name", "other"},
+       "Bad path: The path " + path + " is not a folder.\nBad path: Please enter another path.\n"},
+      {{"--path", ""},
+       "Bad path: The path of the solver files is empty.\nBad path: Please enter another path.\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.options[1]);
+    std::vector<std::string> args = {"settings", path};
+    args.insert(args.end(), c.options.begin(), c.options.end());
+    const RunResult r = Run(args);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, c.message + notChanged);
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(ReadAll(path), before);
+  }
+  // Eight characters pass.
+  const RunResult r = Run({"settings", path, "--base-name", "ninechar"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "ninechar");
+}
+
+// A base name that another project in the folder gives its solver files there would
+// let a solve of either overwrite the other's run files.
+TEST_F(TarnocmdTest, SettingsRefusesABaseNameAnotherProjectUsesInTheFolder) {
+  const std::string path = P("mine.trn");
+  const std::string other = P("other.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "mine"}).status, 0);
+  ASSERT_EQ(Run({"new", other, "--base-name", "Shared"}).status, 0);
+  const std::string before = ReadAll(path);
+  RunResult r = Run({"settings", path, "--base-name", "SHARED"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "Bad file name: Base file name SHARED is used by the project " +
+                                  other + " in this folder.\n"
+                                  "Bad file name: Please enter another base file name.\n"))
+      << r.err;
+  EXPECT_EQ(ReadAll(path), before);
+
+  // Once the other project keeps its solver files elsewhere the name is free here.
+  ASSERT_EQ(Run({"settings", other, "--path", (dir_ / "elsewhere").string()}).status, 0);
+  r = Run({"settings", path, "--base-name", "SHARED"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "SHARED");
+}
+
+TEST_F(TarnocmdTest, SettingsCreatesAMissingFolderOnlyWithYes) {
+  const std::string path = P("folder.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "fold"}).status, 0);
+  const std::string before = ReadAll(path);
+  const fs::path missing = dir_ / "runs" / "first";
+  const std::string question = "Create Folder?: The path " + missing.string() +
+                               " does not exist.\nCreate Folder?: Create it?\n";
+  const std::string notChanged = "tarnocmd: the settings of " + path + " were not changed\n";
+
+  RunResult r = Run({"settings", path, "--path", missing.string()});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err, question + "tarnocmd: --yes creates the folder\n" + notChanged);
+  EXPECT_FALSE(fs::exists(dir_ / "runs"));
+  EXPECT_EQ(ReadAll(path), before);
+
+  r = Run({"settings", path, "--path", missing.string(), "--no"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err, question + notChanged);
+  EXPECT_FALSE(fs::exists(dir_ / "runs"));
+  EXPECT_EQ(ReadAll(path), before);
+
+  r = Run({"settings", path, "--path", missing.string(), "--yes"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, question);
+  EXPECT_TRUE(fs::is_directory(missing));
+  r = Run({"info", path});
+  EXPECT_TRUE(Contains(r.out, "Base path: " + missing.string() + "\n")) << r.out;
+}
+
+TEST_F(TarnocmdTest, SettingsBadUsageAndBadFiles) {
+  const std::string path = P("usage.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "use"}).status, 0);
+  EXPECT_EQ(Run({"settings"}).status, 2);
+  EXPECT_EQ(Run({"settings", path, "--base-name"}).status, 2);
+  EXPECT_EQ(Run({"settings", path, "--path"}).status, 2);
+  EXPECT_EQ(Run({"settings", path, P("second.trn")}).status, 2);
+  RunResult r = Run({"settings", path, "--units", "feet"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_TRUE(Contains(r.err, "\"--units\"")) << r.err;
+  EXPECT_TRUE(Contains(Run({"help"}).out, "tarnocmd settings <path>"));
+
+  r = Run({"settings", P("missing.trn"), "--base-name", "x"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "missing.trn")) << r.err;
+  EXPECT_FALSE(fs::exists(P("missing.trn")));
+
+  // A project of a newer version is not written to.
+  Database::Open(path).ExecuteRaw("update Project set ProjectVersion = 124");
+  const std::string before = ReadAll(path);
+  r = Run({"settings", path, "--base-name", "newer"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "Can't open database: The project database was written by a newer "
+                              "version of TARNO."))
+      << r.err;
+  EXPECT_EQ(ReadAll(path), before);
+}
+
+// The desktop's advice after a refused solve names the dialog; the batch program
+// adds the command that changes the same two values.
+TEST_F(TarnocmdTest, ARefusedSolveNamesTheSettingsCommand) {
+  const std::string path = P("solve me.trn");
+  ASSERT_EQ(Run({"new", path, "--base-name", "solv"}).status, 0);
+  Database::Open(path).ExecuteRaw("update Project set TARNOBaseName = 'a*b'");
+  RunResult r = Run({"solve", path});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(
+      r.err,
+      "Cannot Write Solver Files: Change the base file name or the path in Project Settings, then "
+      "solve again.\n"
+      "tarnocmd settings '" + path + "' --base-name NAME --path DIR changes them.\n"
+      "tarnocmd: the solve was not started\n"))
+      << r.err;
+
+  // Following the advice clears the refusal; a refusal for another reason gets no
+  // such line.
+  ASSERT_EQ(Run({"settings", path, "--base-name", "ab"}).status, 0);
+  Database::Open(path).ExecuteRaw("update Model set CONTOURShow = 1, CONTOURLevel = 1");
+  r = Run({"solve", path});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "Bad Entry: ")) << r.err;
+  EXPECT_FALSE(Contains(r.err, "Cannot Write Solver Files")) << r.err;
+  EXPECT_FALSE(Contains(r.err, "tarnocmd settings")) << r.err;
+}
+
 }  // namespace
 }  // namespace tarno::test
