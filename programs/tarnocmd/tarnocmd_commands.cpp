@@ -235,6 +235,22 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
   return 0;
 }
 
+namespace {
+
+// Prints the settings as they stand in the project file; 1 if it cannot be read.
+int PrintStoredSettings(const std::string& path, std::ostream& out, std::ostream& err) {
+  try {
+    Database db = Database::OpenReadOnly(path);
+    PrintSettings(db, out);
+  } catch (const std::exception& e) {
+    err << "tarnocmd: cannot read " << path << ": " << e.what() << "\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
 int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& err) {
   namespace fs = std::filesystem;
   const ProjectFileProbe probe = ProbeProjectFile(options.path);
@@ -242,16 +258,7 @@ int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& er
     err << ProbeTitle(probe) << ": " << ProbeMessage(options.path, probe) << "\n";
     return 1;
   }
-  if (!options.Changes()) {
-    try {
-      Database db = Database::OpenReadOnly(options.path);
-      PrintSettings(db, out);
-    } catch (const std::exception& e) {
-      err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
-      return 1;
-    }
-    return 0;
-  }
+  if (!options.Changes()) return PrintStoredSettings(options.path, out, err);
 
   // Only the dialog runs: the project is not opened as the desktop program opens
   // it (no question on the folder of the solver files, no check of the base maps,
@@ -316,14 +323,7 @@ int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& er
     ui.ShowModal(settings);
   });
   if (!ran || !accepted) return notChanged();
-  try {
-    Database db = Database::OpenReadOnly(options.path);
-    PrintSettings(db, out);
-  } catch (const std::exception& e) {
-    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
-    return 1;
-  }
-  return 0;
+  return PrintStoredSettings(options.path, out, err);
 }
 
 }  // namespace tarno::cmd
