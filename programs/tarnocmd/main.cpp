@@ -52,6 +52,24 @@ std::optional<bool> ParseUnits(const std::string& text) {
   return std::nullopt;
 }
 
+// The arguments that `new` and `settings` share: --yes, --no and the one project
+// path. Takes `a` into `answers` or `path`; says what is wrong with it otherwise.
+std::optional<std::string> TakeAnswerOrPath(const std::string& a, const std::string& command,
+                                            tarno::cmd::Answers& answers, std::optional<std::string>& path) {
+  if (a == "--yes") {
+    answers = tarno::cmd::Answers::Yes;
+  } else if (a == "--no") {
+    answers = tarno::cmd::Answers::No;
+  } else if (!a.empty() && a[0] == '-' && a != "-") {
+    return "unknown option \"" + a + "\"";
+  } else if (path) {
+    return command + " takes one project path";
+  } else {
+    path = a;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -90,16 +108,8 @@ int main(int argc, char** argv) {
         auto v = value("--base-name");
         if (!v) return BadUsage("--base-name needs a name");
         options.baseName = *v;
-      } else if (a == "--yes") {
-        options.answers = tarno::cmd::Answers::Yes;
-      } else if (a == "--no") {
-        options.answers = tarno::cmd::Answers::No;
-      } else if (!a.empty() && a[0] == '-' && a != "-") {
-        return BadUsage("unknown option \"" + a + "\"");
-      } else if (path) {
-        return BadUsage("new takes one project path");
-      } else {
-        path = a;
+      } else if (auto error = TakeAnswerOrPath(a, "new", options.answers, path)) {
+        return BadUsage(*error);
       }
     }
     if (!path || path->empty()) return BadUsage("new needs the path of the project to create");
@@ -121,16 +131,8 @@ int main(int argc, char** argv) {
         (a == "--description" ? options.description
          : a == "--base-name" ? options.baseName
                               : options.basePath) = v;
-      } else if (a == "--yes") {
-        options.answers = tarno::cmd::Answers::Yes;
-      } else if (a == "--no") {
-        options.answers = tarno::cmd::Answers::No;
-      } else if (!a.empty() && a[0] == '-' && a != "-") {
-        return BadUsage("unknown option \"" + a + "\"");
-      } else if (path) {
-        return BadUsage("settings takes one project path");
-      } else {
-        path = a;
+      } else if (auto error = TakeAnswerOrPath(a, "settings", options.answers, path)) {
+        return BadUsage(*error);
       }
     }
     if (!path || path->empty()) return BadUsage("settings needs the path of a project");
