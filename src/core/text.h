@@ -61,4 +61,8 @@ std::string GetNameFromFile(std::string_view path);
 // the locale. A number beyond the range of a 64-bit float throws OverflowError.
 double Val(std::string_view text);
 
+// Equal texts without regard to the case of ASCII letters, as the project file
+// compares labels and field names.
+bool EqualsIgnoreCase(std::string_view a, std::string_view b);
+
 }  // namespace tarno

@@ -362,12 +362,14 @@ bool Database::ColumnExists(std::string_view table, std::string_view column) {
 
 // -------------------------------------------------------------- Transaction
 
-Transaction::Transaction(Database& db) : db_(&db) { db_->ExecuteRaw("BEGIN"); }
+// A savepoint rather than BEGIN, so that an operation that keeps its own
+// transaction can run inside a caller's: the inner one then commits into the outer.
+Transaction::Transaction(Database& db) : db_(&db) { db_->ExecuteRaw("SAVEPOINT tarno_tx"); }
 
 Transaction::~Transaction() {
     if (open_) {
         try {
-            db_->ExecuteRaw("ROLLBACK");
+            db_->ExecuteRaw("ROLLBACK TO tarno_tx; RELEASE tarno_tx");
         } catch (...) {
             // The engine may already have rolled back after an error.
         }
@@ -376,14 +378,14 @@ Transaction::~Transaction() {
 
 void Transaction::Commit() {
     if (!open_) throw StoreError("No transaction is active", db_->Path());
-    db_->ExecuteRaw("COMMIT");
+    db_->ExecuteRaw("RELEASE tarno_tx");
     open_ = false;
 }
 
 void Transaction::Rollback() {
     if (!open_) return;
     open_ = false;
-    db_->ExecuteRaw("ROLLBACK");
+    db_->ExecuteRaw("ROLLBACK TO tarno_tx; RELEASE tarno_tx");
 }
 
 }  // namespace tarno

@@ -200,8 +200,9 @@ private:
     std::string path_;
 };
 
-// RAII transaction: BEGIN on construction, ROLLBACK on destruction unless
-// Commit() was called.
+// RAII transaction, nestable (a savepoint): begun on construction, rolled back on
+// destruction unless Commit() was called. An inner transaction commits into the
+// outer one.
 class Transaction {
 public:
     explicit Transaction(Database& db);
