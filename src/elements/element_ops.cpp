@@ -1,0 +1,481 @@
+#include "elements/element_ops.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/format.h"
+#include "core/text.h"
+#include "elements/element_dialog.h"
+#include "elements/element_store.h"
+#include "elements/geometry.h"
+#include "store/schema.h"
+
+namespace tarno {
+
+namespace {
+
+using namespace ops_text;
+
+std::string Quoted(std::string_view s) {
+  std::string q;
+  q.reserve(s.size() + 2);
+  q.push_back('\'');
+  q.append(s);
+  q.push_back('\'');
+  return q;
+}
+
+// "a well", "an inhomogeneity": the kind's name for the start of a sentence.
+std::string WithArticle(ElementKind kind) {
+  std::string name(Info(kind).name);
+  for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const bool vowel = !name.empty() && std::string_view("aeiou").find(name[0]) != std::string_view::npos;
+  return (vowel ? "An " : "A ") + name;
+}
+
+bool HasLabel(ElementKind kind) {
+  return kind != ElementKind::Particle && kind != ElementKind::UniformFlow &&
+         kind != ElementKind::Text;
+}
+
+// The fields of the uniform flow by the names of its dialog.
+std::string_view UniformFlowAlias(std::string_view field) {
+  if (EqualsIgnoreCase(field, "Head")) return "UNIFLOWRefHead";
+  if (EqualsIgnoreCase(field, "Gradient")) return "UNIFLOWGradient";
+  if (EqualsIgnoreCase(field, "Orientation")) return "UNIFLOWOrientation";
+  return field;
+}
+
+bool IsReadOnlyField(const Element& e, std::string_view field) {
+  const KindInfo& info = Info(e.kind);
+  if (!info.key.empty() && EqualsIgnoreCase(field, info.key)) return true;
+  return e.kind == ElementKind::UniformFlow && EqualsIgnoreCase(field, "UNIFLOWCompute");
+}
+
+std::string FieldList(const Element& e) {
+  std::string list;
+  for (const auto& [name, value] : e.row.Fields()) {
+    if (IsReadOnlyField(e, name)) continue;
+    if (!list.empty()) list += ", ";
+    list += name;
+  }
+  return list;
+}
+
+// What a value of the field must look like, for the message that refuses one.
+std::string ExpectedValue(ElementKind kind, std::string_view field) {
+  const TableDef* table =
+      FindTable(kind == ElementKind::UniformFlow ? std::string_view("Model") : Info(kind).table);
+  const FieldDef* f = table ? FindField(*table, field) : nullptr;
+  if (f != nullptr && f->type == FieldType::Boolean) return "yes, no, true, false or a number";
+  if (f != nullptr && f->type == FieldType::Double) return "a number";
+  return "a whole number, yes or no";
+}
+
+// The duplicate label message of each kind's dialog, for a label given with the
+// element: the dialogs remember the label they were filled with as the element's
+// own, so a label set before the dialog is filled would pass their check.
+// Empty for a kind whose dialog does not check duplicates (lakes, text labels).
+std::optional<std::pair<std::string, std::vector<std::string>>> DuplicateMessage(
+    ElementKind kind, const std::string& found) {
+  const std::vector<std::string> newLabel = {"Please enter a new label."};
+  auto labelled = [&](const std::string& prefix) {
+    std::vector<std::string> lines = {prefix + "Label ('" + found + "') already exists!"};
+    lines.insert(lines.end(), newLabel.begin(), newLabel.end());
+    return std::make_pair(std::string(kDuplicateLabelTitle), lines);
+  };
+  switch (kind) {
+    case ElementKind::Well: return labelled("Well ");
+    case ElementKind::Linesink: return labelled("Linesink ");
+    case ElementKind::Barrier: return labelled("Barrier ");
+    case ElementKind::Inhomogeneity: return labelled("Inhomogeneity ");
+    case ElementKind::TestPoint: return labelled("Test Point ");
+    case ElementKind::FluxLine:
+    case ElementKind::Capzone: return labelled("");
+    case ElementKind::Domain:
+      return std::make_pair(std::string("Non-unique label"),
+                            std::vector<std::string>{
+                                "A Hydrologic Unit Boundary with that label already exists!",
+                                "Please choose another name."});
+    default: return std::nullopt;
+  }
+}
+
+// The label of `e` is another element's of its table: the dialog's duplicate
+// message. `ownKey` is the element's own key (0 for a new one).
+bool RefuseDuplicate(Database& db, const Element& e, std::int64_t ownKey, UserInterface& ui) {
+  if (!HasLabel(e.kind)) return false;
+  const std::string label = e.Label();
+  if (label.empty()) return false;
+  const auto other = FindByLabel(db, e.kind, label);
+  if (!other || other->key == ownKey) return false;
+  const auto message = DuplicateMessage(e.kind, other->Label());
+  if (!message) return false;
+  ui.MessageBox(message->first, message->second, Buttons::OK, Icon::Exclamation);
+  return true;
+}
+
+// TEMPORARY: the label rules for a kind whose dialog is not built yet (its checks
+// take over as soon as MakeElementDialog gives one): unique in its table, not
+// empty, at most 32 characters, no blank, no comma.
+bool BuiltInLabelCheck(Database& db, const Element& e, std::int64_t ownKey, UserInterface& ui) {
+  if (!HasLabel(e.kind)) return true;
+  const std::string label = e.Label();
+  if (const auto other = FindByLabel(db, e.kind, label); other && other->key != ownKey) {
+    ui.MessageBox(kDuplicateLabelTitle,
+                  {std::string(Info(e.kind).name) + " Label ('" + other->Label() +
+                       "') already exists!",
+                   "Please enter a new label."},
+                  Buttons::OK, Icon::Exclamation);
+    return false;
+  }
+  if (label.empty() || label.size() > 32 || label.find_first_of(" ,") != std::string::npos) {
+    ui.MessageBox(kInvalidLabelTitle,
+                  {std::string(Info(e.kind).name) +
+                       " label cannot contain spaces or commas, be blank, or be larger than 32 "
+                       "characters.",
+                   "Please enter a new label"},
+                  Buttons::OK, Icon::Exclamation);
+    return false;
+  }
+  return true;
+}
+
+// The number of points against the kind's geometry.
+bool CheckPointCount(const Element& e, std::size_t count, UserInterface& ui) {
+  const KindInfo& info = Info(e.kind);
+  const bool single = info.geometry == Geometry::Point || info.geometry == Geometry::Row ||
+                      info.geometry == Geometry::Model;
+  const std::string given =
+      std::to_string(count) + (count == 1 ? " was given." : " were given.");
+  if (single) {
+    if (count == 1) return true;
+    ui.MessageBox(kVerticesTitle,
+                  {WithArticle(e.kind) + " is placed at one point (x y); " + given},
+                  Buttons::OK, Icon::Exclamation);
+    return false;
+  }
+  std::size_t least = static_cast<std::size_t>(info.minVertices);
+  std::string what = WithArticle(e.kind);
+  // A closed barrier bounds a region: three vertices at least.
+  if (e.kind == ElementKind::Barrier && e.row.Integer("Closed") != 0) {
+    least = 3;
+    what = "A closed barrier";
+  }
+  if (count >= least) return true;
+  ui.MessageBox(kVerticesTitle,
+                {what + " needs at least " + std::to_string(least) + " vertices; " + given},
+                Buttons::OK, Icon::Exclamation);
+  return false;
+}
+
+// The model's values that the defaults of the elements take.
+struct ModelValues {
+  double base = 0.0;
+  double top = 0.0;
+  double hydCond = 0.0;
+};
+
+ModelValues ReadModelValues(Database& db) {
+  const AquiferFrame frame = LoadAquiferFrame(db);
+  ModelValues v;
+  v.base = frame.base;
+  v.top = frame.Top();
+  Statement st = db.Prepare("select AQHydCond from Model");
+  if (st.Step()) v.hydCond = st.GetDouble(0);
+  return v;
+}
+
+// Writes `e` as a new element (or the uniform flow's settings).
+std::int64_t Write(Database& db, Element& e) {
+  if (e.kind == ElementKind::UniformFlow) {
+    StoreUniformFlow(db, e);
+    return 0;
+  }
+  return Insert(db, e);
+}
+
+// The vertices and the row without the label: what the solver sees of `e`.
+bool SameExceptLabel(const Element& a, const Element& b) {
+  if (a.vertices.size() != b.vertices.size()) return false;
+  for (std::size_t i = 0; i < a.vertices.size(); ++i)
+    if (a.vertices[i].X != b.vertices[i].X || a.vertices[i].Y != b.vertices[i].Y) return false;
+  if (a.row.Fields().size() != b.row.Fields().size()) return false;
+  for (std::size_t i = 0; i < a.row.Fields().size(); ++i) {
+    const auto& [name, value] = a.row.Fields()[i];
+    if (EqualsIgnoreCase(name, "Label")) continue;
+    if (!(value == b.row.Fields()[i].second)) return false;
+  }
+  return true;
+}
+
+// Runs the kind's dialog over `e` as its OK would: filled, checked, written back
+// into `e`. Without a dialog, the built-in label rules. False after a refusal.
+bool RunChecks(Database& db, Element& e, std::int64_t ownKey, UserInterface& ui) {
+  std::unique_ptr<ElementDialog> dialog = MakeElementDialog(e.kind);
+  if (!dialog) return BuiltInLabelCheck(db, e, ownKey, ui);
+  if (RefuseDuplicate(db, e, ownKey, ui)) return false;
+  dialog->LoadElement(db, e);
+  if (!dialog->OK(db, ui)) return false;
+  dialog->StoreElement(e);
+  return true;
+}
+
+}  // namespace
+
+bool ActsOnFlow(ElementKind kind) {
+  switch (kind) {
+    case ElementKind::TestPoint:
+    case ElementKind::Particle:
+    case ElementKind::FluxLine:
+    case ElementKind::Capzone:
+    case ElementKind::Text:
+      return false;
+    default:
+      return true;
+  }
+}
+
+Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>& points) {
+  std::vector<Vertex> vertices;
+  for (const auto& [x, y] : points) vertices.push_back({0, 0, 0, x, y});
+  if (kind == ElementKind::UniformFlow) {
+    // One per model: the settings it has stay, the reference point moves.
+    Element e = LoadUniformFlow(db).value_or(NewElement(kind));
+    e.row.Set("UNIFLOWCompute", 1);
+    if (!points.empty()) {
+      e.row.Set("UNIFLOWRefX", points.front().first);
+      e.row.Set("UNIFLOWRefY", points.front().second);
+      if (e.vertices.empty()) e.vertices = {{0, -10, 0, 0.0, 0.0}};
+      e.vertices.front().X = points.front().first;
+      e.vertices.front().Y = points.front().second;
+    }
+    return e;
+  }
+  Element e = NewElement(kind, kind == ElementKind::Text ? std::vector<Vertex>{} : vertices);
+  const double x = points.empty() ? 0.0 : points.front().first;
+  const double y = points.empty() ? 0.0 : points.front().second;
+  // The defaults of the add step of each kind where they differ from the table's.
+  // TEMPORARY in part: each kind's dialog unit is to give its own defaults beside
+  // its dialog; until it does, they are set here.
+  switch (kind) {
+    case ElementKind::Well: {
+      const ModelValues m = ReadModelValues(db);
+      e.row.Set("Radius", 1.0);
+      e.row.Set("BottomElev", FindLocalBase(db, x, y));
+      e.row.Set("TopElev", m.top);
+      e.row.Set("Setback", 0.0);
+      e.row.Set("NParticles", 0);
+      e.row.Set("StartElev", m.base);
+      break;
+    }
+    case ElementKind::Barrier: {
+      // On the lowest base of the model.
+      double lowest = ReadModelValues(db).base;
+      for (const Element& in : LoadAll(db, ElementKind::Inhomogeneity))
+        lowest = std::min(lowest, in.row.Number("BottomElevation"));
+      e.row.Set("HydCond", 0.0);
+      e.row.Set("Thickness", 1.0);
+      e.row.Set("Porosity", 0.2);
+      e.row.Set("BottomElevation", lowest);
+      break;
+    }
+    case ElementKind::Inhomogeneity: {
+      // Nothing changed from the model: the fields show the model's values.
+      const ModelValues m = ReadModelValues(db);
+      e.row.Set("HydCond", m.hydCond);
+      e.row.Set("Recharge", 0.0);
+      e.row.Set("Porosity", 0.2);
+      e.row.Set("BottomElevation", m.base);
+      e.row.Set("AverageHead", m.top);
+      break;
+    }
+    case ElementKind::Domain:
+      // A hydrologic unit boundary unless told to be a far-field boundary.
+      e.row.Set("NearFieldHU", true);
+      e.row.Set("FarFieldBoundary", false);
+      e.row.Set("Color", 0);
+      break;
+    case ElementKind::Text:
+      e.row.Set("X", x);
+      e.row.Set("Y", y);
+      break;
+    default:
+      break;
+  }
+  return e;
+}
+
+bool ApplyFieldTexts(Element& e, const std::vector<std::string>& fieldTexts, UserInterface& ui) {
+  Element changed = e;
+  const std::string table = e.kind == ElementKind::UniformFlow ? std::string("the uniform flow")
+                                                                : std::string(Info(e.kind).table);
+  for (const std::string& text : fieldTexts) {
+    const std::size_t eq = text.find('=');
+    if (eq == std::string::npos || eq == 0) {
+      ui.MessageBox(kInvalidEntryTitle,
+                    {Quoted(text) + " is not of the form FIELD=VALUE.", "Please enter a new value."},
+                    Buttons::OK, Icon::Exclamation);
+      return false;
+    }
+    std::string_view field = std::string_view(text).substr(0, eq);
+    const std::string value = text.substr(eq + 1);
+    if (e.kind == ElementKind::UniformFlow) field = UniformFlowAlias(field);
+    const std::string name = changed.row.CanonicalName(field);
+    if (name.empty()) {
+      ui.MessageBox(kUnknownFieldTitle,
+                    {Quoted(text) + ": " + table + " has no field " + Quoted(field) + ".",
+                     "The fields are: " + FieldList(e) + "."},
+                    Buttons::OK, Icon::Exclamation);
+      return false;
+    }
+    if (IsReadOnlyField(e, name)) {
+      ui.MessageBox(kInvalidEntryTitle,
+                    {Quoted(text) + ": " + name + " is set by TARNO and cannot be given."},
+                    Buttons::OK, Icon::Exclamation);
+      return false;
+    }
+    if (!changed.row.SetFromText(name, value)) {
+      const std::string expected = ExpectedValue(e.kind, name);
+      ui.MessageBox(kInvalidEntryTitle,
+                    {Quoted(text) + ": " + Quoted(value) + " is not a valid value for " + name +
+                         " (" + expected + ").",
+                     "Please enter a new value."},
+                    Buttons::OK, Icon::Exclamation);
+      return false;
+    }
+  }
+  // The reference point of the uniform flow is its vertex.
+  if (e.kind == ElementKind::UniformFlow && !changed.vertices.empty()) {
+    changed.vertices.front().X = changed.row.Number("UNIFLOWRefX");
+    changed.vertices.front().Y = changed.row.Number("UNIFLOWRefY");
+  }
+  e = std::move(changed);
+  return true;
+}
+
+std::optional<std::int64_t> AddElement(Database& db, ElementKind kind,
+                                       const std::vector<MapPoint>& points,
+                                       const std::vector<std::string>& fieldTexts,
+                                       UserInterface& ui, const InvalidateFn& invalidate) {
+  Element e = NewElementAt(db, kind, points);
+  if (!ApplyFieldTexts(e, fieldTexts, ui)) return std::nullopt;
+  if (!CheckPointCount(e, points.size(), ui)) return std::nullopt;
+  if (!RunChecks(db, e, 0, ui)) return std::nullopt;
+  const std::int64_t key = Write(db, e);
+  if (invalidate && ActsOnFlow(kind)) invalidate();
+  return key;
+}
+
+std::optional<Element> FindElement(Database& db, std::string_view address, UserInterface& ui) {
+  auto none = [&](const std::string& line) -> std::optional<Element> {
+    ui.MessageBox(kNoSuchElementTitle, {line}, Buttons::OK, Icon::Exclamation);
+    return std::nullopt;
+  };
+  if (EqualsIgnoreCase(address, "uniflow")) {
+    if (auto u = LoadUniformFlow(db)) return u;
+    return none("The model has no uniform flow.");
+  }
+  // "<kind>:<label>" when the part before the colon is a kind's word; a label
+  // may hold a colon itself.
+  std::optional<ElementKind> only;
+  std::string_view label = address;
+  if (const std::size_t colon = address.find(':'); colon != std::string_view::npos) {
+    if (auto kind = KindFromWord(address.substr(0, colon))) {
+      only = kind;
+      label = address.substr(colon + 1);
+    }
+  }
+  if (only == ElementKind::Particle) {
+    const std::string digits(TrimST(label));
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
+      return none("A particle is addressed by its number: particle:<VID>, not " +
+                  Quoted(address) + ".");
+    if (auto p = Load(db, ElementKind::Particle, std::stoll(digits))) return p;
+    return none("There is no particle " + digits + ".");
+  }
+  if (only == ElementKind::UniformFlow) return FindElement(db, "uniflow", ui);
+  std::vector<Element> found;
+  for (const KindInfo& k : ElementKinds()) {
+    if (k.kind == ElementKind::Particle || k.kind == ElementKind::UniformFlow) continue;
+    if (only && *only != k.kind) continue;
+    if (auto e = FindByLabel(db, k.kind, label)) found.push_back(std::move(*e));
+  }
+  if (found.empty()) {
+    if (only)
+      return none("There is no " + std::string(Info(*only).word) + " labelled " + Quoted(label) +
+                  ".");
+    return none("No element is labelled " + Quoted(label) + ".");
+  }
+  if (found.size() > 1) {
+    std::string kinds;
+    for (const Element& e : found) kinds += (kinds.empty() ? "" : ", ") + std::string(Info(e.kind).word);
+    ui.MessageBox(kAmbiguousLabelTitle,
+                  {"The label " + Quoted(label) + " names elements of more than one kind: " +
+                       kinds + ".",
+                   "Name the kind with the label, as in " + std::string(Info(found.front().kind).word) +
+                       ":" + std::string(label) + "."},
+                  Buttons::OK, Icon::Exclamation);
+    return std::nullopt;
+  }
+  return std::move(found.front());
+}
+
+std::string AddressOf(Database& db, const Element& e) {
+  if (e.kind == ElementKind::UniformFlow) return "uniflow";
+  if (e.kind == ElementKind::Particle) return "particle:" + std::to_string(e.key);
+  const std::string label = e.Label();
+  for (const KindInfo& k : ElementKinds()) {
+    if (k.kind == e.kind || k.kind == ElementKind::Particle || k.kind == ElementKind::UniformFlow)
+      continue;
+    if (FindByLabel(db, k.kind, label)) return std::string(Info(e.kind).word) + ":" + label;
+  }
+  // A label that reads as "<kind>:..." is written with its own kind ahead.
+  if (const std::size_t colon = label.find(':');
+      colon != std::string::npos && KindFromWord(label.substr(0, colon)))
+    return std::string(Info(e.kind).word) + ":" + label;
+  if (EqualsIgnoreCase(label, "uniflow")) return std::string(Info(e.kind).word) + ":" + label;
+  return label;
+}
+
+std::optional<Element> EditElement(Database& db, std::string_view address,
+                                   const std::vector<std::string>& fieldTexts, UserInterface& ui,
+                                   const InvalidateFn& invalidate) {
+  std::optional<Element> before = FindElement(db, address, ui);
+  if (!before) return std::nullopt;
+  Element e = *before;
+  if (!ApplyFieldTexts(e, fieldTexts, ui)) return std::nullopt;
+  if (e.kind == ElementKind::Barrier &&
+      !CheckPointCount(e, e.vertices.size(), ui))  // closing a barrier of two vertices
+    return std::nullopt;
+  if (!RunChecks(db, e, e.key, ui)) return std::nullopt;
+  Update(db, e);
+  if (invalidate && ActsOnFlow(e.kind) && !SameExceptLabel(*before, e)) invalidate();
+  return e;
+}
+
+std::optional<Element> DeleteElement(Database& db, std::string_view address, UserInterface& ui,
+                                     const InvalidateFn& invalidate) {
+  std::optional<Element> e = FindElement(db, address, ui);
+  if (!e) return std::nullopt;
+  Remove(db, e->kind, e->key);
+  if (invalidate && ActsOnFlow(e->kind)) invalidate();
+  return e;
+}
+
+bool OpenProperties(Database& db, ElementKind kind, std::int64_t key, UserInterface& ui,
+                    const InvalidateFn& invalidate) {
+  std::unique_ptr<ElementDialog> dialog = MakeElementDialog(kind);
+  if (!dialog) return false;
+  std::optional<Element> e = Load(db, kind, key);
+  if (!e) return false;
+  dialog->LoadElement(db, *e);
+  ui.ShowModal(*dialog);
+  if (dialog->Result != 1) return false;
+  dialog->StoreElement(*e);
+  Update(db, *e);
+  if (invalidate && dialog->FormChanged()) invalidate();
+  return true;
+}
+
+}  // namespace tarno
