@@ -25,11 +25,11 @@ std::string Quoted(std::string_view s) {
   return q;
 }
 
-// "a well", "an inhomogeneity": the kind's name for the start of a sentence.
+// "A well", "An inhomogeneity", "A uniform flow": the kind's name opening a sentence.
 std::string WithArticle(ElementKind kind) {
   std::string name(Info(kind).name);
   for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  const bool vowel = !name.empty() && std::string_view("aeiou").find(name[0]) != std::string_view::npos;
+  const bool vowel = !name.empty() && std::string_view("aeio").find(name[0]) != std::string_view::npos;
   return (vowel ? "An " : "A ") + name;
 }
 
@@ -290,6 +290,10 @@ Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>
       e.row.Set("AverageHead", m.top);
       break;
     }
+    case ElementKind::Lake:
+      // The file must be named in the row; no stage table is the text fields' "none".
+      e.row.Set("StageTableFilename", "__NONE__");
+      break;
     case ElementKind::Domain:
       // A hydrologic unit boundary unless told to be a far-field boundary.
       e.row.Set("NearFieldHU", true);
