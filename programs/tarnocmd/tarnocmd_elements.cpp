@@ -189,7 +189,8 @@ int Add(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   if (numbers.empty()) return BadUsage(err, "add needs the coordinates <x> <y> of the element");
   if (numbers.size() % 2 != 0)
     return BadUsage(err, "add needs coordinates in pairs <x> <y>; " +
-                             std::to_string(numbers.size()) + " numbers were given");
+                             std::to_string(numbers.size()) +
+                             (numbers.size() == 1 ? " number was given" : " numbers were given"));
   for (std::size_t n = 0; n < numbers.size(); n += 2) points.emplace_back(numbers[n], numbers[n + 1]);
   for (; i < args.size(); ++i) {
     if (args[i] == "--set") {
@@ -352,7 +353,7 @@ std::string ModelFieldValue(const ModelSettings& s, const ModelField& f) {
 // element fields take.
 bool ReadsAs(std::string_view field, const std::string& value) {
   Row probe = Row::Defaults("Model", {field});
-  return probe.SetFromText(field, value);
+  return IsWholeValue("Model", field, value) && probe.SetFromText(field, value);
 }
 
 // Puts one FIELD=VALUE into the dialog's model; false (with the message shown)

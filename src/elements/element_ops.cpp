@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "core/format.h"
 #include "core/text.h"
@@ -223,6 +224,22 @@ bool RunChecks(Database& db, Element& e, std::int64_t ownKey, UserInterface& ui)
 
 }  // namespace
 
+bool IsWholeValue(std::string_view table, std::string_view field, std::string_view value) {
+  const TableDef* t = FindTable(table);
+  const FieldDef* f = t ? FindField(*t, field) : nullptr;
+  if (f == nullptr || f->type == FieldType::Text || f->type == FieldType::Date) return true;
+  const std::string text = TrimST(value);
+  if (f->type != FieldType::Double) {
+    for (std::string_view word : {"yes", "no", "true", "false"})
+      if (EqualsIgnoreCase(text, word)) return true;
+  }
+  // Digits with an optional sign, point and exponent: no hexadecimal, no "inf".
+  if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos) return false;
+  char* end = nullptr;
+  std::strtod(text.c_str(), &end);
+  return end == text.c_str() + text.size();
+}
+
 bool ActsOnFlow(ElementKind kind) {
   switch (kind) {
     case ElementKind::TestPoint:
@@ -339,7 +356,9 @@ bool ApplyFieldTexts(Element& e, const std::vector<std::string>& fieldTexts, Use
                     Buttons::OK, Icon::Exclamation);
       return false;
     }
-    if (!changed.row.SetFromText(name, value)) {
+    const std::string_view table =
+        e.kind == ElementKind::UniformFlow ? std::string_view("Model") : Info(e.kind).table;
+    if (!IsWholeValue(table, name, value) || !changed.row.SetFromText(name, value)) {
       const std::string expected = ExpectedValue(e.kind, name);
       ui.MessageBox(kInvalidEntryTitle,
                     {Quoted(text) + ": " + Quoted(value) + " is not a valid value for " + name +

@@ -64,6 +64,13 @@ inline constexpr const char* kInvalidLabelTitle = "Invalid Label";
 // annotate the map, and leave it standing.
 bool ActsOnFlow(ElementKind kind);
 
+// Whether `value` is, whole, a value of the field's type in `table`: a number
+// for a number field ("0,3" and "12abc" are not, although the decimal parse of the
+// dialogs' text fields would read them as 0 and 12), a number or yes, no, true,
+// false for a whole-number or yes/no field; any text for a text field. Spaces
+// around the value are allowed.
+bool IsWholeValue(std::string_view table, std::string_view field, std::string_view value);
+
 // The new element of `kind` at `points` with the defaults of its kind, before any
 // field is set: a well's screen spans the aquifer at its position, a barrier
 // stands on the lowest base of the model, an inhomogeneity shows the model's
@@ -77,7 +84,7 @@ Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>
 // (VID, PID) or the uniform flow's UNIFLOWCompute, and a value of the wrong type
 // ("abc" for a number). The uniform flow also takes Head, Gradient and
 // Orientation for its UNIFLOWRefHead, UNIFLOWGradient and UNIFLOWOrientation. On a
-// refusal `e` is unchanged.
+// refusal `e` is unchanged. Values are taken whole (IsWholeValue).
 bool ApplyFieldTexts(Element& e, const std::vector<std::string>& fieldTexts, UserInterface& ui);
 
 // Adds an element of `kind`: one point for a point element, a text label and the
