@@ -472,10 +472,24 @@ int Model(const std::vector<std::string>& args, std::ostream& out, std::ostream&
 }  // namespace
 
 std::string ElementUsageText() {
+  // The kinds, wrapped to the width of the other lines.
+  std::string kinds = "      <kind>:";
+  std::string line = kinds;
+  kinds.clear();
+  std::size_t n = 0;
+  for (const KindInfo& k : ElementKinds()) {
+    const std::string word = " " + std::string(k.word) + (++n < ElementKinds().size() ? "," : ".");
+    if (line.size() + word.size() > 80) {
+      kinds += line + "\n";
+      line = "     ";  // the word brings its blank
+    }
+    line += word;
+  }
+  kinds += line + "\n";
   return "  tarnocmd add <path> <kind> <x> <y> [<x> <y> ...] [--set FIELD=VALUE ...]\n"
          "      Adds an element: one point for a point element (well, testpoint, particle,\n"
-         "      text, uniflow), the vertices in order for a string or polygon. <kind> is\n"
-         "      one of " + KindWords() + ".\n"
+         "      text, uniflow), the vertices in order for a string or polygon.\n" +
+         kinds +
          "      FIELD is a field of the element's table; the others take their defaults.\n"
          "  tarnocmd set <path> <label> FIELD=VALUE ...\n"
          "      Changes fields of an element. <label> may be written <kind>:<label>;\n"

@@ -114,6 +114,25 @@ TEST_F(TarnocmdElements, LabelsSharedByKindsAreNamedWithTheKind) {
             "well\tP1\t1\tX=0 Y=0 HeadSpecified=0 Head=0 Radius=1 Pond=0 PPWell=0 Transient=0\n");
 }
 
+TEST_F(TarnocmdElements, IncompleteElementsAreNamedAndLeftOut) {
+  Ok({"add", project_, "well", "0", "0", "--set", "Label=Lost"});
+  Ok({"add", project_, "well", "9", "9", "--set", "Label=Kept"});
+  Ok({"add", project_, "barrier", "0", "0", "5", "5", "--set", "Label=Bare"});
+  {
+    // A file damaged elsewhere: the well's vertex and the barrier's vertices gone.
+    Database db = Database::Open(project_);
+    db.ExecuteRaw("delete from Vertices where X = 0 and Y = 0 and PID = -1;"
+                  "delete from Vertices where PID in (select PID from NoFlowStrings);");
+  }
+  const RunResult r = Run({"list", project_});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out,
+            "well\tKept\t1\tX=9 Y=9 HeadSpecified=0 Head=0 Radius=1 Pond=0 PPWell=0 Transient=0\n");
+  EXPECT_EQ(r.err,
+            "tarnocmd: Well 'Lost' has no vertex; left out\n"
+            "tarnocmd: Barrier 'Bare' has no vertices; left out\n");
+}
+
 TEST_F(TarnocmdElements, RefusedElementsPrintTheMessageAndWriteNothing) {
   Ok({"add", project_, "well", "0", "0", "--set", "Label=PW1"});
   Refused({"add", project_, "well", "5", "5", "--set", "Label=PW1"}, 1,
