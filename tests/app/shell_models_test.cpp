@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "app/shell_models.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "dialogs_test_support.h"
 #include "store/schema.h"
 

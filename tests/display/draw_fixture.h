@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "display/canvas.h"
 #include "display/elem_draw.h"
 #include "display/vgraph.h"

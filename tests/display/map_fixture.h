@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "display/canvas.h"
 #include "display/map_state.h"
 #include "display/redraw.h"

@@ -7,7 +7,7 @@
 
 #include "core/error.h"
 #include "core/rounding.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "display/canvas.h"
 
 namespace tarno {

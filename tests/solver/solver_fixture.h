@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "store/database.h"

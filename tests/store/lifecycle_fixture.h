@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "store/database.h"
 #include "store/lifecycle.h"
 #include "store/schema.h"
