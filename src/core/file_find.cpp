@@ -31,7 +31,8 @@ std::vector<fs::path> FilesNamedNoCase(const fs::path& directory, std::string_vi
   const fs::path relative{std::string(name)};
   const std::string leaf = relative.filename().string();
   if (leaf.empty()) return found;
-  const fs::path where = relative.has_parent_path() ? directory / relative.parent_path() : directory;
+  const fs::path where =
+      relative.has_parent_path() ? directory / relative.parent_path() : directory;
   std::error_code ec;
   fs::directory_iterator it(where.empty() ? fs::path(".") : where, ec), end;
   for (std::size_t n = 0; !ec && it != end && n < kMaxEntries; it.increment(ec), ++n) {

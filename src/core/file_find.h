@@ -18,8 +18,7 @@ namespace tarno {
 // byte order (so that the choice does not depend on the order of the folder). `name`
 // may hold a sub-folder ("sub/model.dat"); the sub-folder is taken as spelled. Empty
 // when there is none, and for an empty name.
-std::filesystem::path FindFileNoCase(const std::filesystem::path& directory,
-                                     std::string_view name);
+std::filesystem::path FindFileNoCase(const std::filesystem::path& directory, std::string_view name);
 
 // Every regular file of `directory` whose name equals `name` with case ignored, the
 // exact spelling included, in byte order. `name` may hold a sub-folder as above.

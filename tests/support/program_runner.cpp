@@ -111,8 +111,9 @@ RunResult RunExecutable(const fs::path& executable, const std::vector<std::strin
 
   pid_t pid = -1;
   const bool bare = executable.string().find('/') == std::string::npos;
-  const int spawned = bare ? ::posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), envp.data())
-                           : ::posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+  const int spawned =
+      bare ? ::posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), envp.data())
+           : ::posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
   posix_spawn_file_actions_destroy(&actions);
   ::close(outPipe[1]);
   ::close(errPipe[1]);
@@ -126,16 +127,9 @@ RunResult RunExecutable(const fs::path& executable, const std::vector<std::strin
 
   Drain(outPipe[0], errPipe[0], result);
   int raw = 0;
-  while (::waitpid(pid, &raw, 0) < 0 && errno == EINTR) {
-  }
+  while (::waitpid(pid, &raw, 0) < 0 && errno == EINTR) {}
   result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
   return result;
-}
-
-std::string ShellQuote(std::string_view word) {
-  std::string q = "'";
-  for (char c : word) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
 }
 
 }  // namespace tarno::test

@@ -38,7 +38,4 @@ RunResult RunProgram(std::string_view name, const std::vector<std::string>& args
 RunResult RunExecutable(const std::filesystem::path& executable,
                         const std::vector<std::string>& args, const RunOptions& options = {});
 
-// A word quoted for the POSIX shell, for the few tests that need a command line.
-std::string ShellQuote(std::string_view word);
-
 }  // namespace tarno::test
