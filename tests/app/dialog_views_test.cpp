@@ -31,8 +31,8 @@
 #include "app/views/solve_views.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
-#include "core/scripted_ui.h"
 #include "dialogs_test_support.h"
+#include "support/scripted_ui.h"
 
 namespace tarno::testing {
 namespace {
