@@ -1,8 +1,9 @@
 #include "engine/files.h"
 
-#include <algorithm>
 #include <system_error>
 #include <vector>
+
+#include "core/file_find.h"
 
 namespace fs = std::filesystem;
 
@@ -20,24 +21,9 @@ bool equalsNoCase(std::string_view a, std::string_view b) {
 }
 
 std::optional<fs::path> findFileNoCase(const fs::path& dir, const std::string& name) {
-  if (name.empty()) return std::nullopt;
-  fs::path rel(name);
-  fs::path where = rel.has_parent_path() ? dir / rel.parent_path() : dir;
-  std::string leaf = rel.filename().string();
-  if (leaf.empty()) return std::nullopt;
-  std::error_code ec;
-  fs::path exact = where / leaf;
-  if (fs::is_regular_file(exact, ec)) return exact;
-  std::vector<fs::path> candidates;
-  fs::directory_iterator it(where.empty() ? fs::path(".") : where, ec), end;
-  // Bounded walk: a directory with millions of entries is not a project folder.
-  for (size_t n = 0; !ec && it != end && n < 1000000; it.increment(ec), ++n) {
-    std::string entry = it->path().filename().string();
-    if (equalsNoCase(entry, leaf) && fs::is_regular_file(it->path(), ec)) candidates.push_back(where / entry);
-  }
-  if (candidates.empty()) return std::nullopt;
-  std::sort(candidates.begin(), candidates.end());
-  return candidates.front();
+  fs::path found = tarno::FindFileNoCase(dir, name);
+  if (found.empty()) return std::nullopt;
+  return found;
 }
 
 fs::path prepareOutputFile(const fs::path& dir, const std::string& name) {
@@ -45,14 +31,8 @@ fs::path prepareOutputFile(const fs::path& dir, const std::string& name) {
   fs::path where = rel.has_parent_path() ? dir / rel.parent_path() : dir;
   std::string leaf = rel.filename().string();
   std::error_code ec;
-  std::vector<fs::path> stale;
-  fs::directory_iterator it(where.empty() ? fs::path(".") : where, ec), end;
-  for (size_t n = 0; !ec && it != end && n < 1000000; it.increment(ec), ++n) {
-    std::string entry = it->path().filename().string();
-    if (entry != leaf && equalsNoCase(entry, leaf) && fs::is_regular_file(it->path(), ec))
-      stale.push_back(it->path());
-  }
-  for (const auto& p : stale) fs::remove(p, ec);
+  for (const fs::path& other : tarno::FilesNamedNoCase(dir, name))
+    if (other.filename() != leaf) fs::remove(other, ec);
   return where / leaf;
 }
 

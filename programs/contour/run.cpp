@@ -14,6 +14,7 @@
 #include <ostream>
 #include <system_error>
 
+#include "core/file_find.h"
 #include "programs/contour/contour.h"
 #include "programs/contour/ctr_file.h"
 #include "programs/contour/grid.h"
@@ -24,15 +25,6 @@ namespace fs = std::filesystem;
 namespace tarno::contour {
 
 namespace {
-
-char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool equalsNoCase(const std::string& a, const std::string& b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t k = 0; k < a.size(); ++k)
-    if (lowerAscii(a[k]) != lowerAscii(b[k])) return false;
-  return true;
-}
 
 constexpr const char* kUsage = "usage: contour <base> <min> <interval> <max>";
 
@@ -104,16 +96,10 @@ class ReplacingFile {
 // case, so that a reader that ignores case cannot pick up a stale one.
 void removeCaseVariants(const fs::path& target) {
   const fs::path dir = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  const std::string leaf = target.filename().string();
+  const fs::path leaf = target.filename();
   std::error_code ec;
-  std::vector<fs::path> stale;
-  fs::directory_iterator it(dir, ec), end;
-  for (std::size_t n = 0; !ec && it != end && n < 1000000; it.increment(ec), ++n) {
-    std::string entry = it->path().filename().string();
-    if (entry != leaf && equalsNoCase(entry, leaf) && fs::is_regular_file(it->path(), ec))
-      stale.push_back(it->path());
-  }
-  for (const auto& p : stale) fs::remove(p, ec);
+  for (const fs::path& other : FilesNamedNoCase(dir, leaf.string()))
+    if (other.filename() != leaf) fs::remove(other, ec);
 }
 
 bool readArgument(const std::string& text, double& value) { return parseNumber(text, value) && std::isfinite(value); }
@@ -121,22 +107,9 @@ bool readArgument(const std::string& text, double& value) { return parseNumber(t
 }  // namespace
 
 std::optional<fs::path> findFileNoCase(const fs::path& dir, const std::string& name) {
-  if (name.empty()) return std::nullopt;
-  fs::path rel(name);
-  fs::path where = rel.has_parent_path() ? dir / rel.parent_path() : dir;
-  const std::string leaf = rel.filename().string();
-  if (leaf.empty()) return std::nullopt;
-  std::error_code ec;
-  fs::path exact = where / leaf;
-  if (fs::is_regular_file(exact, ec)) return exact;
-  std::vector<fs::path> found;
-  fs::directory_iterator it(where.empty() ? fs::path(".") : where, ec), end;
-  for (std::size_t n = 0; !ec && it != end && n < 1000000; it.increment(ec), ++n) {
-    std::string entry = it->path().filename().string();
-    if (equalsNoCase(entry, leaf) && fs::is_regular_file(it->path(), ec)) found.push_back(where / entry);
-  }
+  fs::path found = FindFileNoCase(dir, name);
   if (found.empty()) return std::nullopt;
-  return *std::min_element(found.begin(), found.end());
+  return found;
 }
 
 int runContour(const std::vector<std::string>& args, const fs::path& workDir, std::ostream& err) {

@@ -9,6 +9,7 @@
 
 #include "core/console_ui.h"
 #include "core/error.h"
+#include "core/file_find.h"
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"

@@ -27,6 +27,7 @@
 #include "app/toolbar_icons.h"
 #include "core/error.h"
 #include "core/error_trap.h"
+#include "core/file_find.h"
 #include "display/navigation.h"
 #include "display/qt_canvas.h"
 #include "display/redraw.h"

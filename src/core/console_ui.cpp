@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "core/scripted_ui.h"  // AnswersOf
-
 namespace tarno {
 
 namespace {

@@ -47,4 +47,13 @@ class InvalidArgumentError : public Error {
       : Error(description, error_number::kInvalidCall) {}
 };
 
+// A failure of the user interface port itself, not of the operation that called it
+// (a port that cannot give the answer asked for). The error traps of the operations
+// let it pass through, so that it reaches whoever drives the port instead of being
+// shown as the operation's failure.
+class UiPortFailure : public Error {
+ public:
+  explicit UiPortFailure(const std::string& description) : Error(description) {}
+};
+
 }  // namespace tarno

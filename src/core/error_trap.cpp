@@ -3,7 +3,7 @@
 #include <exception>
 #include <utility>
 
-#include "core/scripted_ui.h"
+#include "core/error.h"
 
 namespace tarno {
 
@@ -35,7 +35,7 @@ bool RunOperation(const std::function<void()>& body,
   try {
     body();
     return true;
-  } catch (const UnexpectedUiCall&) {
+  } catch (const UiPortFailure&) {
     throw;
   } catch (...) {
     const std::string description = CurrentExceptionDescription();

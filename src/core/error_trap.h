@@ -42,8 +42,8 @@ void ShowUnhandledError(UserInterface& ui, std::string_view operation,
 std::string CurrentExceptionDescription();
 
 // Runs `body`; if it throws, shows the general message for `operation` and returns
-// false. Returns true when the body ran to its end. A failure of the test port's
-// script (UnexpectedUiCall) is not an error of the operation and passes through.
+// false. Returns true when the body ran to its end. A failure of the port itself
+// (UiPortFailure) is not an error of the operation and passes through.
 bool RunOperation(UserInterface& ui, std::string_view operation,
                   const std::function<void()>& body);
 

@@ -20,6 +20,18 @@ Icon IconFromStyle(int style) {
   }
 }
 
+std::vector<Answer> AnswersOf(Buttons buttons) {
+  switch (buttons) {
+    case Buttons::OK: return {Answer::OK};
+    case Buttons::OKCancel: return {Answer::OK, Answer::Cancel};
+    case Buttons::AbortRetryIgnore: return {Answer::Abort, Answer::Retry, Answer::Ignore};
+    case Buttons::YesNoCancel: return {Answer::Yes, Answer::No, Answer::Cancel};
+    case Buttons::YesNo: return {Answer::Yes, Answer::No};
+    case Buttons::RetryCancel: return {Answer::Retry, Answer::Cancel};
+  }
+  return {Answer::OK};
+}
+
 const char* ToString(Buttons b) {
   switch (b) {
     case Buttons::OK: return "OK";

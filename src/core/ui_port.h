@@ -3,8 +3,9 @@
 // Every message box, question, input box, file dialog, colour dialog, wait window,
 // modal dialog and status bar text of the system goes through this interface. The
 // desktop program implements it with Qt widgets; the batch front end with standard
-// error and command-line defaults; the tests with ScriptedUserInterface, which
-// answers from a script and records every call with its exact texts.
+// error and command-line defaults; the tests with a scripted port, which answers
+// from a script and records every call with its exact texts. A port that cannot
+// answer throws UiPortFailure (core/error.h), which the error traps let through.
 #pragma once
 
 #include <cstdint>
@@ -51,6 +52,9 @@ Icon IconFromStyle(int style);
 const char* ToString(Buttons b);
 const char* ToString(Icon i);
 const char* ToString(Answer a);
+
+// The answers a button set offers, in the order of its buttons.
+std::vector<Answer> AnswersOf(Buttons buttons);
 
 // A file dialog's request: title, default extension (without the dot), the filter in
 // the form "Description (*.ext)|*.ext[|...]", and the directory to start in.

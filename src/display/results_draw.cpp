@@ -20,6 +20,7 @@
 #include "core/coords.h"
 #include "core/error.h"
 #include "core/error_trap.h"
+#include "core/file_find.h"
 #include "core/format.h"
 #include "display/draw_common.h"
 #include "display/draw_marks.h"

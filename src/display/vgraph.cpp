@@ -8,7 +8,6 @@
 
 #include "core/error.h"
 #include "core/rounding.h"
-#include "core/scripted_ui.h"  // UnexpectedUiCall: a scripted test's failure passes through
 #include "core/ui_port.h"
 
 namespace tarno {
@@ -180,7 +179,7 @@ int VGraphGDI::vgGDIInitObject(Canvas& surface, WorldWindow& window, bool showGr
     if (raisedWindowError != nullptr) *raisedWindowError = true;
     Message(vgraph_text::kAppTitle,
             {vgraph_text::kWindowRangeText, vgraph_text::kWindowRangeCause}, Icon::Critical);
-  } catch (const UnexpectedUiCall&) {
+  } catch (const UiPortFailure&) {
     throw;  // a test's script, not a drawing failure
   } catch (const Error& e) {
     Message(vgraph_text::kAppTitle,
@@ -625,7 +624,7 @@ void VGraphGDI::vgGDItext(DevicePoint& at, std::string_view text, int heightPoin
     const std::int32_t escapement = Mul(CLng(angle), 10);
     if (s_.Surface == nullptr) return;
     s_.Surface->Text(at, text, h, escapement, AlignmentFlags(alignment), colour, font);
-  } catch (const UnexpectedUiCall&) {
+  } catch (const UiPortFailure&) {
     throw;
   } catch (const std::exception&) {
     Message(vgraph_text::kDrawTextTitle, {vgraph_text::kDrawTextError}, Icon::Critical);

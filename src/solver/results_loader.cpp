@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/error.h"
+#include "core/file_find.h"
 #include "core/text.h"
 #include "store/database.h"
 
@@ -40,25 +41,7 @@ int SectionOfHeadLine(const std::string& headText) {
 
 std::filesystem::path FindExtractFile(const std::filesystem::path& directory,
                                       const std::string& baseName) {
-  const std::filesystem::path exact = directory / (baseName + ".xtr");
-  std::error_code ec;
-  if (std::filesystem::is_regular_file(exact, ec)) return exact;
-  std::string wanted = baseName + ".xtr";
-  auto lower = [](std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return s;
-  };
-  wanted = lower(wanted);
-  std::filesystem::path found;
-  for (const auto& entry : std::filesystem::directory_iterator(directory, ec)) {
-    if (!entry.is_regular_file(ec)) continue;
-    const std::string name = entry.path().filename().string();
-    if (lower(name) != wanted) continue;
-    // Of several spellings take the first by name, so that the choice is stable.
-    if (found.empty() || name < found.filename().string()) found = entry.path();
-  }
-  return found;
+  return FindFileNoCase(directory, baseName + ".xtr");
 }
 
 namespace {

@@ -12,8 +12,8 @@
 
 #include "core/error.h"
 #include "core/error_trap.h"
+#include "core/file_find.h"
 #include "core/text.h"
-#include "core/scripted_ui.h"
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"
 #include "solver/process.h"
@@ -33,11 +33,6 @@ constexpr int kWaitWidth = 3000;
 constexpr int kSolverMinGridPoints = 2;
 constexpr int kSolverMaxGridPoints = 100000;
 
-std::string Lower(std::string s) {
-  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return s;
-}
-
 void Enable(const SolveContext& ctx, const char* entry, bool on) {
   if (ctx.hooks.enableMenu) ctx.hooks.enableMenu(entry, on);
 }
@@ -46,13 +41,7 @@ void Enable(const SolveContext& ctx, const char* entry, bool on) {
 // errors are ignored. Records the names deleted.
 void DeleteNoCase(const fs::path& directory, const std::string& name,
                   std::vector<std::string>* deleted) {
-  std::error_code ec;
-  const std::string want = Lower(name);
-  std::vector<fs::path> found;
-  for (fs::directory_iterator it(directory, ec), end; !ec && it != end; it.increment(ec)) {
-    if (Lower(it->path().filename().string()) == want) found.push_back(it->path());
-  }
-  for (const auto& p : found) {
+  for (const auto& p : FilesNamedNoCase(directory, name)) {
     std::error_code rc;
     if (fs::remove(p, rc) && deleted) deleted->push_back(p.filename().string());
   }
@@ -337,16 +326,6 @@ void RunSolve(SolveContext& ctx, SolveOptions& o, SolveReport& report) {
 
 }  // namespace
 
-fs::path FindFileNoCase(const fs::path& directory, const std::string& name) {
-  std::error_code ec;
-  if (fs::is_regular_file(directory / name, ec)) return directory / name;
-  const std::string want = Lower(name);
-  for (fs::directory_iterator it(directory, ec), end; !ec && it != end; it.increment(ec)) {
-    if (Lower(it->path().filename().string()) == want && it->is_regular_file(ec)) return it->path();
-  }
-  return {};
-}
-
 void ClearSolutionFlags(SolutionState& state) {
   state.SolutionPresent = false;
   ClearGridAndTraceFlags(state);
@@ -384,7 +363,7 @@ SolveReport ModelRunTARNO(SolveContext& ctx, SolveOptions& options) {
   SolveReport report;
   try {
     RunSolve(ctx, options, report);
-  } catch (const UnexpectedUiCall&) {
+  } catch (const UiPortFailure&) {
     throw;  // a test script's failure, not the operation's
   } catch (const std::exception& e) {
     report.outcome = SolveOutcome::Failed;
@@ -593,7 +572,7 @@ void InvalidateContours(SolveContext& ctx) {
       db.Close();
       // A failed run has been told and leaves the contour lines there were.
       if (RunContour(ctx, pf, min, interval, max) == 0) ctx.state->ContourLinesPresent = true;
-    } catch (const UnexpectedUiCall&) {
+    } catch (const UiPortFailure&) {
       throw;
     } catch (const std::exception&) {
       ui.MessageBox(kUnhandledErrorTitle,

@@ -175,9 +175,4 @@ inline constexpr int kErrorReadOnly = 3051;
 void ClearSolutionFlags(SolutionState& state);    // all four
 void ClearGridAndTraceFlags(SolutionState& state);  // contours, lines, paths
 
-// The file of `name` in `directory`, matched without regard to case (an exact match
-// first); empty when there is none.
-std::filesystem::path FindFileNoCase(const std::filesystem::path& directory,
-                                     const std::string& name);
-
 }  // namespace tarno

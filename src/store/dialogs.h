@@ -4,7 +4,7 @@
 // A dialog model holds the dialog's fields and implements its buttons; the caller
 // fills the fields, shows it with UserInterface::ShowModal and reads Result. The
 // views (Qt widgets) map to these models by DialogName(); tests drive the models
-// through ScriptedUserInterface.
+// through a scripted user interface port.
 #pragma once
 
 #include <string>

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <QApplication>
 #include <QDialog>
@@ -12,10 +11,12 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 
@@ -73,12 +74,8 @@ class ProjectTest : public ::testing::Test {
  protected:
   void SetUp() override {
     EnsureApplication();
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = std::filesystem::temp_directory_path() /
-           ("tarno_dialogs_" + std::string(info->test_suite_name()) + "_" + info->name() + "_" +
-            std::to_string(::getpid()));
-    std::filesystem::remove_all(dir_);
-    std::filesystem::create_directories(dir_);
+    temp_.emplace("tarno_dialogs");
+    dir_ = temp_->Path();
     path_ = dir_ / "model.trn";
     DBNewDatabase(path_, "Dialog test", basemapMeters_, true);
     {
@@ -89,10 +86,7 @@ class ProjectTest : public ::testing::Test {
     }
   }
 
-  void TearDown() override {
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
-  }
+  void TearDown() override { temp_.reset(); }
 
   Database Open() { return Database::Open(path_); }
 
@@ -105,6 +99,7 @@ class ProjectTest : public ::testing::Test {
   }
 
   bool basemapMeters_ = true;
+  std::optional<test::TempDir> temp_;
   std::filesystem::path dir_;
   std::filesystem::path path_;
 };

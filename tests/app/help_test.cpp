@@ -31,6 +31,7 @@
 #include "app/views/welcome_view.h"
 #include "core/console_ui.h"
 #include "dialogs_test_support.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 namespace {
@@ -74,8 +75,8 @@ TEST(HelpIndex, EveryHelpMenuCommandOpensAListedPage) {
 }
 
 TEST(HelpIndex, TheFolderIsTheFirstThatHoldsTheContents) {
-  const fs::path root = fs::temp_directory_path() / ("tarno_help_" + std::to_string(::getpid()));
-  fs::remove_all(root);
+  const test::TempDir temp("tarno_help");
+  const fs::path root = temp.Path();
   fs::create_directories(root / "empty");
   fs::create_directories(root / "pages");
   fs::create_directories(root / "more");
@@ -87,7 +88,6 @@ TEST(HelpIndex, TheFolderIsTheFirstThatHoldsTheContents) {
                                    (root / "pages").string(), (root / "more").string()}),
             (root / "pages").string());
   EXPECT_EQ(HelpIndex::FindFolder({(root / "missing").string(), (root / "empty").string()}), "");
-  fs::remove_all(root);
 }
 
 // --- The window over the pages ----------------------------------------------------

@@ -20,6 +20,7 @@
 #include "app/toolbar_icons.h"
 #include "core/console_ui.h"
 #include "core/error.h"
+#include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
@@ -40,9 +41,8 @@ class Window : public ::testing::Test {
   void SetUp() override {
     EnsureApp();
     // Each test keeps its settings in a file of its own (tests may run in parallel).
-    std::string tmpl = (std::filesystem::temp_directory_path() / "tarno-window-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
+    temp_.emplace("tarno-window");
+    dir_ = temp_->Path();
     options_.settingsFile = (dir_ / "TARNO.conf").string();
     options_.ui = &ui_;
     options_.useSettings = false;
@@ -52,14 +52,12 @@ class Window : public ::testing::Test {
       return std::nullopt;
     });
   }
-  void TearDown() override {
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
-  }
+  void TearDown() override { temp_.reset(); }
   QSettings Settings() const {
     return QSettings(QString::fromStdString(options_.settingsFile), QSettings::IniFormat);
   }
 
+  std::optional<test::TempDir> temp_;
   std::filesystem::path dir_;
   std::ostringstream messages_;
   ConsoleUserInterface ui_{messages_, Answer::No};

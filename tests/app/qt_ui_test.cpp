@@ -22,6 +22,7 @@
 #include "app/qt_ui.h"
 #include "core/error.h"
 #include "dialogs_test_support.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 namespace {
@@ -251,9 +252,8 @@ TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
 }
 
 TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
-  const auto dir = std::filesystem::temp_directory_path() /
-                   ("tarno_dialogs_files_" + std::to_string(::getpid()));
-  std::filesystem::create_directories(dir);
+  const test::TempDir temp("tarno_dialogs_files");
+  const std::filesystem::path dir = temp.Path();
   std::ofstream(dir / "a.trn") << "x";
   QtUserInterface ui;
   FileDialogRequest request;
@@ -338,7 +338,6 @@ TEST_F(QtPortTest, FileDialogsStartWhereAskedWithTheFilterAndAddTheExtension) {
 
   OnNextDialog<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
   EXPECT_TRUE(ui.OpenFilesDialog(request).empty());
-  std::filesystem::remove_all(dir);
 }
 
 TEST(TextViewer, ShowsAWideReportWholeWithinTheScreen) {
@@ -356,8 +355,8 @@ TEST(TextViewer, ShowsAWideReportWholeWithinTheScreen) {
 }
 
 TEST_F(QtPortTest, ShowTextFileShowsTheTextReadOnly) {
-  const auto path = std::filesystem::temp_directory_path() /
-                    ("tarno_dialogs_log_" + std::to_string(::getpid()) + ".LOG");
+  const test::TempDir temp("tarno_dialogs_log");
+  const auto path = temp / "run.LOG";
   {
     std::ofstream out(path);
     out << "line one\nline two\n";

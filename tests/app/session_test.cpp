@@ -3,7 +3,6 @@
 // the map's pixels, zoomed and closed; and the screenshot of the program.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/wait.h>
 
 #include <QAction>
 #include <QApplication>
@@ -24,17 +23,19 @@
 #include <string>
 
 #include "app/app_screenshot.h"
-#include "app/shell_models.h"
 #include "app/main_window.h"
 #include "app/map_widget.h"
+#include "app/shell_models.h"
 #include "app/views/solve_views.h"
 #include "core/console_ui.h"
+#include "dialogs_test_support.h"
 #include "display/navigation.h"
 #include "display/redraw.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
-#include "dialogs_test_support.h"
+#include "support/program_runner.h"
+#include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
@@ -52,12 +53,10 @@ void EnsureApp() {
   new QApplication(argc, argv);
 }
 
-std::string Quote(const std::string& s) { return "'" + s + "'"; }
-
-int Shell(const std::string& command) {
-  const int raw = std::system(command.c_str());
-  return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-}
+using test::RunExecutable;
+using test::RunOptions;
+using test::RunProgram;
+using test::RunResult;
 
 // The pixels of an image near a colour (anti-aliased edges count when close).
 int CountColour(const QImage& image, Colour c) {
@@ -78,14 +77,13 @@ class ExampleSession : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     EnsureApp();
-    std::string tmpl = (fs::temp_directory_path() / "tarno-app-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
+    temp_ = new test::TempDir("tarno-app");
+    dir_ = temp_->Path();
     ::setenv("TARNO_CONFIG_DIR", (dir_ / "config").c_str(), 1);
   }
   static void TearDownTestSuite() {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
+    delete temp_;
+    temp_ = nullptr;
   }
 
   // A fresh copy of the example for each test, made as scripts/make-examples does.
@@ -94,15 +92,20 @@ class ExampleSession : public ::testing::Test {
     work_ = dir_ / name;
     fs::create_directories(work_);
     project_ = (work_ / "example.trn").string();
-    const std::string tarnocmd = (fs::path(TARNO_BIN_DIR) / "tarnocmd").string();
     const std::string sql = (fs::path(TARNO_SOURCE_DIR) / "examples" / "vincennes.sql").string();
-    ASSERT_EQ(Shell("cd " + Quote(work_.string()) + " && TARNO_CONFIG_DIR=" +
-                    Quote((dir_ / "config").string()) + " " + Quote(tarnocmd) + " new " +
-                    Quote(project_) +
-                    " --yes --description 'Vincennes, Indiana Example' --map-units meters "
-                    "--model-units meters --base-name example >/dev/null 2>&1"),
-              0);
-    ASSERT_EQ(Shell("sqlite3 -bail " + Quote(project_) + " < " + Quote(sql)), 0);
+    RunOptions made;
+    made.cwd = work_;
+    made.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()};
+    const RunResult created =
+        RunProgram("tarnocmd",
+                   {"new", project_, "--yes", "--description", "Vincennes, Indiana Example",
+                    "--map-units", "meters", "--model-units", "meters", "--base-name", "example"},
+                   made);
+    ASSERT_EQ(created.status, 0) << created.err;
+    RunOptions script;
+    script.input = sql;
+    const RunResult filled = RunExecutable("sqlite3", {"-bail", project_}, script);
+    ASSERT_EQ(filled.status, 0) << filled.err;
     ui_.SetModalHandler(SolvePrompt::kName,
                         [](DialogModel& m) { dynamic_cast<SolvePrompt&>(m).Result = 6; });
     ui_.SetModalHandler([this](DialogModel& m) { shown_.push_back(m.DialogName()); });
@@ -111,6 +114,7 @@ class ExampleSession : public ::testing::Test {
     options_.programDirectory = TARNO_BIN_DIR;
   }
 
+  static test::TempDir* temp_;
   static fs::path dir_;
   fs::path work_;
   std::string project_;
@@ -120,6 +124,7 @@ class ExampleSession : public ::testing::Test {
   std::vector<std::string> shown_;
 };
 
+test::TempDir* ExampleSession::temp_ = nullptr;
 fs::path ExampleSession::dir_;
 
 TEST_F(ExampleSession, OpeningSetsCaptionMenusAndTheMap) {
@@ -212,9 +217,10 @@ std::string ReadAll(const fs::path& file) {
 // The example's river has a resistance: one iteration is below the advice. The
 // window's own port shows the advice, and the solve goes on with the count chosen.
 TEST_F(ExampleSession, TheIterationsAdviceShowsInTheWindowAndTheSolveGoesOn) {
-  ASSERT_EQ(Shell("sqlite3 " + Quote(project_) +
-                  " 'update Model set SOLVERIterations=1, ViewMessageLog=0, ViewErrorLog=0'"),
-            0);
+  const RunResult set = RunExecutable(
+      "sqlite3",
+      {project_, "update Model set SOLVERIterations=1, ViewMessageLog=0, ViewErrorLog=0"});
+  ASSERT_EQ(set.status, 0) << set.err;
   options_.ui = nullptr;  // the Qt port with the dialog views
   MainWindow w(options_);
   w.resize(800, 600);
@@ -701,25 +707,20 @@ TEST_F(ExampleSession, ScreenshotWritesAPngOfTheRequestedSize) {
 }
 
 TEST_F(ExampleSession, TheProgramTakesAScreenshotWithoutADisplay) {
-  const std::string tarno = (fs::path(TARNO_BIN_DIR) / "tarno").string();
   const std::string png = (work_ / "program shot.png").string();
-  const std::string out = (work_ / "out.txt").string();
   // No platform given: the program chooses the offscreen one itself.
-  const std::string env = "env -u QT_QPA_PLATFORM -u DISPLAY -u WAYLAND_DISPLAY TARNO_CONFIG_DIR=" +
-                          Quote((dir_ / "config").string()) + " ";
-  ASSERT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300x200 --solve " +
-                  Quote(project_) + " >" + Quote(out) + " 2>&1"),
-            0);
-  std::ifstream in(out);
-  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  EXPECT_EQ(text, "Screenshot written to " + png + "\n");
+  RunOptions bare;
+  bare.unset = {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
+  bare.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()};
+  const RunResult r =
+      RunProgram("tarno", {"--screenshot", png, "--size", "300x200", "--solve", project_}, bare);
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out + r.err, "Screenshot written to " + png + "\n");
   QImage img(QString::fromStdString(png));
   ASSERT_FALSE(img.isNull());
   EXPECT_EQ(img.size(), QSize(300, 200));
   // A bad size is refused before anything opens.
-  EXPECT_EQ(Shell(env + Quote(tarno) + " --screenshot " + Quote(png) + " --size 300 " +
-                  Quote(project_) + " >/dev/null 2>&1"),
-            2);
+  EXPECT_EQ(RunProgram("tarno", {"--screenshot", png, "--size", "300", project_}, bare).status, 2);
 }
 
 }  // namespace

@@ -2,21 +2,20 @@
 // text, and a reader of .CTR files that reads by columns as the front end does.
 #pragma once
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "programs/contour/grid.h"
+#include "support/program_runner.h"
+#include "support/temp_dir.h"
 
 namespace tarno::contour::test {
 
@@ -101,51 +100,24 @@ inline std::vector<CtrLine> parseCtr(const std::string& text) {
   return out;
 }
 
-inline std::string readFile(const std::filesystem::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+inline std::string readFile(const std::filesystem::path& p) { return tarno::test::ReadFile(p); }
 
 inline void writeFile(const std::filesystem::path& p, const std::string& text) {
-  std::ofstream out(p, std::ios::binary);
-  out << text;
+  tarno::test::WriteFile(p, text);
 }
 
-class TempDir {
- public:
-  TempDir() {
-    std::string tmpl = (std::filesystem::temp_directory_path() / "contour-test-XXXXXX").string();
-    if (!mkdtemp(tmpl.data())) throw std::runtime_error("mkdtemp failed");
-    path_ = tmpl;
-  }
-  ~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
-  }
-  const std::filesystem::path& path() const { return path_; }
+using tarno::test::RunResult;
+using tarno::test::TempDir;
 
- private:
-  std::filesystem::path path_;
-};
-
-struct RunResult {
-  int status = -1;
-  std::string err;
-};
-
-// Runs the contour executable of the build in `dir` with `args` (already quoted
-// for the shell where needed).
+// Runs the contour executable of the build in `dir` with `args`, words separated by
+// blanks.
 inline RunResult runContourProgram(const std::filesystem::path& dir, const std::string& args) {
-  const std::filesystem::path errFile = dir / ".stderr";
-  std::string cmd = "cd '" + dir.string() + "' && '" + std::string(TARNO_BIN_DIR) + "/contour' " + args + " 2>'" +
-                    errFile.string() + "' >/dev/null";
-  int status = std::system(cmd.c_str());
-  RunResult r;
-  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  r.err = readFile(errFile);
-  std::error_code ec;
-  std::filesystem::remove(errFile, ec);
-  return r;
+  std::vector<std::string> words;
+  std::istringstream in(args);
+  for (std::string word; in >> word;) words.push_back(word);
+  tarno::test::RunOptions options;
+  options.cwd = dir;
+  return tarno::test::RunProgram("contour", words, options);
 }
 
 }  // namespace tarno::contour::test

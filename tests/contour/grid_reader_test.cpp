@@ -137,7 +137,7 @@ TEST(GridReaderErrors, TooFewValues) {
 TEST(GridReaderErrors, MissingFileNamesIt) {
   test::TempDir dir;
   try {
-    readGridFile(dir.path() / "NONE.GRD");
+    readGridFile(dir.Path() / "NONE.GRD");
     FAIL() << "read a missing file";
   } catch (const GridError& e) {
     EXPECT_EQ(e.line(), 0);

@@ -8,7 +8,7 @@
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/rounding.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 
 namespace tarno {
 namespace {

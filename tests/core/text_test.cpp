@@ -10,6 +10,7 @@
 
 #include "core/error.h"
 #include "core/text.h"
+#include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
@@ -113,15 +114,15 @@ TEST(Paths, DirectoryAndNameParts) {
 }
 
 TEST(FileExists, TellsFilesFromDirectoriesAndMissingPaths) {
-  const auto dir = std::filesystem::temp_directory_path() / "tarno_core_text_test";
-  std::filesystem::create_directories(dir);
+  test::TempDir temp("tarno_core_text_test");
+  const std::filesystem::path dir = temp.Path();
   const auto file = dir / "present.txt";
   { std::ofstream(file) << "x"; }
   EXPECT_TRUE(FileExists(file.string()));
   EXPECT_FALSE(FileExists(dir.string()));
   EXPECT_FALSE(FileExists((dir / "absent.txt").string()));
   EXPECT_FALSE(FileExists(""));
-  std::filesystem::remove_all(dir);
+  temp.Remove();
   EXPECT_FALSE(FileExists(file.string()));
 }
 

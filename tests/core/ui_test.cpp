@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/console_ui.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 
 namespace tarno {
 namespace {

@@ -4,19 +4,20 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "core/scripted_ui.h"
 #include "display/canvas.h"
 #include "display/elem_draw.h"
 #include "display/vgraph.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 
@@ -25,9 +26,8 @@ using Kind = RecordingCanvas::Kind;
 class DrawTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string tmpl = (std::filesystem::temp_directory_path() / "tarno-draw-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
+    temp_.emplace("tarno-draw");
+    dir_ = temp_->Path();
     DBNewDatabase(dir_ / "model.trn", "Drawing test", true, true);
     db_ = Database::Open(dir_ / "model.trn");
     state_.ProjectOpen = true;
@@ -37,8 +37,7 @@ class DrawTest : public ::testing::Test {
   }
   void TearDown() override {
     db_.Close();
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
+    temp_.reset();
   }
 
   // Binds the square surface to a window and forgets what was drawn so far.
@@ -103,6 +102,7 @@ class DrawTest : public ::testing::Test {
   }
   DevicePoint Dev(double x, double y) const { return g_.vgGDIWorldToDevice(x, y); }
 
+  std::optional<test::TempDir> temp_;
   std::filesystem::path dir_;
   Database db_;
   ScriptedUserInterface ui_;

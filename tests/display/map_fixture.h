@@ -3,19 +3,20 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
 #include "display/canvas.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
 #include "display/vgraph.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace tarno::test {
 
@@ -102,10 +103,8 @@ class MapFixture : public ::testing::Test {
       : map(width, height), map2(width, height), view(state, layer, ui, map, map2) {}
 
   void SetUp() override {
-    std::string tmpl =
-        (std::filesystem::temp_directory_path() / "tarno-map-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir = tmpl;
+    temp.emplace("tarno-map");
+    dir = temp->Path();
     project = dir / "map test.trn";
     DBNewDatabase(project, "Map test", true, true);
     state.ProjectOpen = true;
@@ -119,10 +118,7 @@ class MapFixture : public ::testing::Test {
     state.options.PathlineColor = Rgb(4, 5, 6);
     Execute("update Model set WINDOWX1 = 0, WINDOWX2 = 200, WINDOWY1 = 0, WINDOWY2 = 100");
   }
-  void TearDown() override {
-    std::error_code ec;
-    std::filesystem::remove_all(dir, ec);
-  }
+  void TearDown() override { temp.reset(); }
 
   void Execute(const std::string& sql) {
     Database db = Database::Open(project);
@@ -154,6 +150,7 @@ class MapFixture : public ::testing::Test {
     return WorldWindow{st.GetDouble(0), st.GetDouble(1), st.GetDouble(3), st.GetDouble(2)};
   }
 
+  std::optional<TempDir> temp;
   std::filesystem::path dir;
   std::filesystem::path project;
   MapState state;

@@ -7,8 +7,8 @@
 
 #include "core/error.h"
 #include "core/rounding.h"
-#include "core/scripted_ui.h"
 #include "display/canvas.h"
+#include "support/scripted_ui.h"
 
 namespace tarno {
 namespace {

@@ -1,5 +1,6 @@
 // Water balance, flux across polylines, and the .SOL file (save, load, continue).
 #include "helpers.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -41,17 +42,12 @@ Model mixedModel() {
     return m;
 }
 
+// A temporary folder with the paths of its files as the solution's save and load take them.
 class TempDir {
 public:
-    TempDir() {
-        path_ = fs::temp_directory_path() / ("tarno_engine_" + std::to_string(::getpid()) + "_" + std::to_string(counter_++));
-        fs::create_directories(path_);
-    }
-    ~TempDir() { fs::remove_all(path_); }
-    std::string file(const std::string& n) const { return (path_ / n).string(); }
+    std::string file(const std::string& n) const { return (dir_ / n).string(); }
 private:
-    fs::path path_;
-    static inline int counter_ = 0;
+    tarno::test::TempDir dir_{"tarno_engine"};
 };
 
 TEST(Balance, ClosesForAMixedModel) {

@@ -2,6 +2,7 @@
 // spelling of what it writes, and the extensions it adds.
 
 #include "engine/files.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -15,15 +16,8 @@ using namespace tarno::engine;
 namespace {
 
 struct Dir {
-  fs::path path;
-  Dir() {
-    std::string tmpl = (fs::temp_directory_path() / "tarno1-files-XXXXXX").string();
-    path = mkdtemp(tmpl.data());
-  }
-  ~Dir() {
-    std::error_code ec;
-    fs::remove_all(path, ec);
-  }
+  tarno::test::TempDir temp{"tarno1-files"};
+  fs::path path = temp.Path();
   void touch(const std::string& name, const std::string& text = "x") const { std::ofstream(path / name) << text; }
 };
 

@@ -5,6 +5,7 @@
 #include "engine/grid.h"
 #include "engine/run.h"
 #include "helpers.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -53,21 +54,7 @@ std::string readFile(const fs::path& p) {
   return s.str();
 }
 
-class TempDir {
- public:
-  TempDir() {
-    std::string t = (fs::temp_directory_path() / "tarno-grid-XXXXXX").string();
-    path_ = mkdtemp(t.data());
-  }
-  ~TempDir() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
+using tarno::test::TempDir;
 
 // Runs a command file in `dir` in process; returns the error log's lines.
 std::vector<std::string> runIn(const fs::path& dir, const std::vector<std::string>& lines) {
@@ -257,36 +244,36 @@ TEST(GridFile, MalformedGridFilesNameTheLine) {
 TEST(GridMenu, ActionsRunInFileOrderAndDrawdownsUseTheKeptGridOfAnEarlierRun) {
   TempDir dir;
   // First run: heads kept under "demo" and written.
-  auto err = runIn(dir.path(), with(kModel, {" grid", " window 0.00 0.00 100.00 60.00", " dotmap off",
+  auto err = runIn(dir.Path(), with(kModel, {" grid", " window 0.00 0.00 100.00 60.00", " dotmap off",
                                              " horizontalpoints 11", " plot heads", " go", " save demo", " y",
                                              " surfer demo", " y ", " quit", " stop"}));
   EXPECT_EQ(err, std::vector<std::string>{"*"});
-  ASSERT_TRUE(fs::exists(dir.path() / "demo.GRD"));
-  ASSERT_TRUE(fs::exists(dir.path() / "demo.KGR"));
-  Grid heads1 = parseSurferGrid(readFile(dir.path() / "demo.GRD"));
+  ASSERT_TRUE(fs::exists(dir.Path() / "demo.GRD"));
+  ASSERT_TRUE(fs::exists(dir.Path() / "demo.KGR"));
+  Grid heads1 = parseSurferGrid(readFile(dir.Path() / "demo.GRD"));
   // Second run, pumping more: the new heads minus the kept ones; a surfer before the
   // difference writes the plain heads.
   auto model2 = kModel;
   for (auto& l : model2)
     if (l.find("WL_000001") != std::string::npos) l = "  52.5 21.5 900 .2 WL_000001";
-  err = runIn(dir.path(), with(model2, {" grid", " window 0.00 0.00 100.00 60.00", " horizontalpoints 11",
+  err = runIn(dir.Path(), with(model2, {" grid", " window 0.00 0.00 100.00 60.00", " horizontalpoints 11",
                                         " plot heads", " go", " surfer plain", " y", " minusgrid DEMO",
                                         " surfer demo", " y ", " quit", " stop"}));
   EXPECT_EQ(err, std::vector<std::string>{"*"});
-  Grid plain = parseSurferGrid(readFile(dir.path() / "plain.GRD"));
-  Grid diff = parseSurferGrid(readFile(dir.path() / "demo.GRD"));
+  Grid plain = parseSurferGrid(readFile(dir.Path() / "plain.GRD"));
+  Grid diff = parseSurferGrid(readFile(dir.Path() / "demo.GRD"));
   ASSERT_EQ(plain.z.size(), heads1.z.size());
   for (size_t k = 0; k < plain.z.size(); ++k) {
     EXPECT_NEAR(diff.z[k], plain.z[k] - heads1.z[k], 1e-8);
     EXPECT_LT(diff.z[k], 0.0);  // more pumping: lower heads everywhere
   }
   // A missing kept grid: one error line, and the grid is written as it stands.
-  err = runIn(dir.path(), with(kModel, {" grid", " horizontalpoints 11", " go", " minusgrid absent",
+  err = runIn(dir.Path(), with(kModel, {" grid", " horizontalpoints 11", " go", " minusgrid absent",
                                         " surfer third", " y", " quit", " stop"}));
   ASSERT_EQ(err.size(), 1u);
   EXPECT_EQ(err[0].rfind("line " + std::to_string(kModel.size() + 4), 0), 0u) << err[0];
   EXPECT_NE(err[0].find("absent"), std::string::npos);
-  Grid third = parseSurferGrid(readFile(dir.path() / "third.GRD"));  // the layout window, as heads1
+  Grid third = parseSurferGrid(readFile(dir.Path() / "third.GRD"));  // the layout window, as heads1
   ASSERT_EQ(third.z.size(), heads1.z.size());
   for (size_t k = 0; k < third.z.size(); ++k) EXPECT_NEAR(third.z[k], heads1.z[k], 1e-8);
 }
@@ -294,7 +281,7 @@ TEST(GridMenu, ActionsRunInFileOrderAndDrawdownsUseTheKeptGridOfAnEarlierRun) {
 TEST(GridMenu, BadInputIsReportedWithItsLineAndNeverWritesAStaleGrid) {
   TempDir dir;
   const int n = static_cast<int>(kModel.size());
-  auto err = runIn(dir.path(), with(kModel, {" grid", " window 5 0 5 60", " horizontalpoints 0", " go",
+  auto err = runIn(dir.Path(), with(kModel, {" grid", " window 5 0 5 60", " horizontalpoints 0", " go",
                                              " surfer flat", " y", " quit", " grid", " horizontalpoints 5",
                                              " surfer nogo", " y", " quit", " grid", " horizontalpoints 5",
                                              " plot interface", " go", " surfer itf", " y", " quit", " stop"}));
@@ -310,16 +297,16 @@ TEST(GridMenu, BadInputIsReportedWithItsLineAndNeverWritesAStaleGrid) {
   EXPECT_EQ(err[3].rfind("line " + std::to_string(n + 8), 0), 0u) << err[3];
   EXPECT_EQ(err[4].rfind("line " + std::to_string(n + 10), 0), 0u) << err[4];
   EXPECT_EQ(err[5].rfind("line " + std::to_string(n + 16), 0), 0u) << err[5];
-  EXPECT_TRUE(fs::exists(dir.path() / "flat.GRD"));
-  EXPECT_FALSE(fs::exists(dir.path() / "nogo.GRD"));
-  EXPECT_TRUE(fs::exists(dir.path() / "itf.GRD"));
+  EXPECT_TRUE(fs::exists(dir.Path() / "flat.GRD"));
+  EXPECT_FALSE(fs::exists(dir.Path() / "nogo.GRD"));
+  EXPECT_TRUE(fs::exists(dir.Path() / "itf.GRD"));
   // Before any solve there is nothing to grid.
   TempDir empty;
-  err = runIn(empty.path(), {" error error.log", " y", " grid", " window 0 0 1 1", " horizontalpoints 5", " go",
+  err = runIn(empty.Path(), {" error error.log", " y", " grid", " window 0 0 1 1", " horizontalpoints 5", " go",
                              " surfer x", " y", " quit", " stop"});
   ASSERT_EQ(err.size(), 2u);
   EXPECT_NE(err[0].find("solved"), std::string::npos) << err[0];
-  EXPECT_FALSE(fs::exists(empty.path() / "x.GRD"));
+  EXPECT_FALSE(fs::exists(empty.Path() / "x.GRD"));
 }
 
 TEST(GridMenu, ReaderKeepsTheActionsInOrderWithTheSettingsOfEachGo) {

@@ -4,9 +4,10 @@
 #include "engine/solution.h"
 #include "engine/wells.h"
 #include "helpers.h"
+#include "support/program_runner.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -339,10 +340,10 @@ TEST(WellsFile, SaveAndLoadKeepEveryKindOfWell) {
     Solution s(m);
     s.solve(opts(4));
     s.setTime(3.5);
-    const fs::path p = fs::temp_directory_path() / ("ppwell-theis-" + std::to_string(::getpid()) + ".SOL");
+    const tarno::test::TempDir dir("ppwell-theis");
+    const fs::path p = dir / "RUN.SOL";
     s.save(p.string());
     Solution t = Solution::load(p.string());
-    fs::remove(p);
     const auto a = s.partialWellResults(), b = t.partialWellResults();
     ASSERT_EQ(b.size(), 2u);
     for (size_t i = 0; i < 2; ++i) {
@@ -361,17 +362,7 @@ TEST(WellsFile, SaveAndLoadKeepEveryKindOfWell) {
 
 namespace {
 
-struct TempDir {
-    fs::path path;
-    TempDir() {
-        std::string tmpl = (fs::temp_directory_path() / "tarno1-wells-XXXXXX").string();
-        path = mkdtemp(tmpl.data());
-    }
-    ~TempDir() {
-        std::error_code ec;
-        fs::remove_all(path, ec);
-    }
-};
+using tarno::test::TempDir;
 
 std::vector<std::string> readLines(const fs::path& p) {
     std::vector<std::string> out;
@@ -418,15 +409,14 @@ TEST(WellsProgram, ExtractSectionsHaveTheirFieldsAndBadLinesAreReported) {
         " time 0", " solve 5 1 0 1", " time 3", " extract", " file demo", " y",
         " ppwell discharge", " ppwell head", " Theis well", " quit", " stop"};
     {
-        std::ofstream f(dir.path / "DEMO.DAT", std::ios::binary);
+        std::ofstream f(dir.Path() / "DEMO.DAT", std::ios::binary);
         for (const auto& l : lines) f << l << "\r\n";
     }
-    const std::string cmd = "cd '" + dir.path.string() + "' && '" + std::string(TARNO_BIN_DIR) +
-                            "/tarno1' 61 DEMO >/dev/null 2>&1";
-    const int status = std::system(cmd.c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    ASSERT_EQ(WEXITSTATUS(status), 0);
-    const auto xtr = readLines(dir.path / "demo.XTR");
+    tarno::test::RunOptions run;
+    run.cwd = dir.Path();
+    const tarno::test::RunResult r = tarno::test::RunProgram("tarno1", {"61", "DEMO"}, run);
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto xtr = readLines(dir.Path() / "demo.XTR");
     const auto dis = section(xtr, "* discharge specified partially penetrating wells");
     const auto head = section(xtr, "* head specified partially penetrating wells");
     const auto theis = section(xtr, "* Theis wells");
@@ -448,7 +438,7 @@ TEST(WellsProgram, ExtractSectionsHaveTheirFieldsAndBadLinesAreReported) {
     EXPECT_DOUBLE_EQ(std::stod(theis[0][3]), 0.0);     // at day 3 the second line has switched it off
     EXPECT_LT(std::stod(theis[0][4]), 30.0);           // but the cone has not recovered yet
     // The bad lines are in the error log with their line numbers and labels.
-    const auto err = readLines(dir.path / "error.log");
+    const auto err = readLines(dir.Path() / "error.log");
     auto has = [&](const std::string& start, const std::string& a, const std::string& b) {
         for (const auto& l : err)
             if (l.rfind(start, 0) == 0 && l.find(a) != std::string::npos && l.find(b) != std::string::npos) return true;
@@ -458,7 +448,7 @@ TEST(WellsProgram, ExtractSectionsHaveTheirFieldsAndBadLinesAreReported) {
     EXPECT_TRUE(has("line 23", "WL_000004", "radius"));
     EXPECT_TRUE(has("line 29", "WL_000006", "storage"));
     // The message log counts the wells and the balance has the transient terms.
-    const auto msg = readLines(dir.path / "message.log");
+    const auto msg = readLines(dir.Path() / "message.log");
     bool counts = false, balance = false;
     for (const auto& l : msg) {
         counts = counts || l.find("Partially penetrating wells: 3 (1 head specified)") != std::string::npos;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -16,25 +14,14 @@
 #include <string>
 #include <vector>
 
+#include "support/program_runner.h"
+#include "support/temp_dir.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
-class TempDir {
- public:
-  TempDir() {
-    std::string tmpl = (fs::temp_directory_path() / "tarno1-test-XXXXXX").string();
-    path_ = mkdtemp(tmpl.data());
-  }
-  ~TempDir() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
+using tarno::test::TempDir;
 
 void writeLines(const fs::path& p, const std::vector<std::string>& lines, const char* eol = "\r\n") {
   std::ofstream f(p, std::ios::binary);
@@ -58,10 +45,12 @@ std::vector<std::string> readLines(const fs::path& p) {
 
 // Runs the program in `dir`; returns its exit status.
 int runTarno1(const fs::path& dir, const std::string& args) {
-  std::string cmd = "cd '" + dir.string() + "' && '" + std::string(TARNO_BIN_DIR) + "/tarno1' " + args +
-                    " >/dev/null 2>&1";
-  int status = std::system(cmd.c_str());
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  std::vector<std::string> words;
+  std::istringstream in(args);
+  for (std::string word; in >> word;) words.push_back(word);
+  tarno::test::RunOptions options;
+  options.cwd = dir;
+  return tarno::test::RunProgram("tarno1", words, options).status;
 }
 
 const std::vector<std::string> kHeader = {"* Written by TARNO for Windows 2.2.4", " error error.log", " yes",
@@ -133,25 +122,25 @@ std::vector<std::string> recordAfter(const std::vector<std::string>& xtr, const 
 TEST(ProgramRun, WellAndRiverEndToEnd) {
   TempDir dir;
   auto file = with(with(kHeader, wellAndRiver()), kSolveAndExtract);
-  writeLines(dir.path() / "DEMO.DAT", file);
+  writeLines(dir.Path() / "DEMO.DAT", file);
   // A report left by an earlier failed run is not this run's.
-  writeLines(dir.path() / "TARNO.OPS", {"old"});
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
-  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
-  ASSERT_TRUE(fs::exists(dir.path() / "demo.SOL"));
-  ASSERT_TRUE(fs::exists(dir.path() / "demo.XTR"));
+  writeLines(dir.Path() / "TARNO.OPS", {"old"});
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
+  ASSERT_TRUE(fs::exists(dir.Path() / "demo.SOL"));
+  ASSERT_TRUE(fs::exists(dir.Path() / "demo.XTR"));
 
-  auto echo = readLines(dir.path() / "echo.log");
+  auto echo = readLines(dir.Path() / "echo.log");
   ASSERT_EQ(echo.size(), file.size());
   EXPECT_NE(echo[12].find("13"), std::string::npos);
   EXPECT_NE(echo[12].find(file[12]), std::string::npos);
-  std::string message = readAll(dir.path() / "message.log");
+  std::string message = readAll(dir.Path() / "message.log");
   EXPECT_NE(message.find("DEMO.DAT"), std::string::npos);
   EXPECT_NE(message.find("demo.XTR"), std::string::npos);
   EXPECT_NE(message.find("demo.SOL"), std::string::npos);
 
-  auto xtr = readLines(dir.path() / "demo.XTR");
+  auto xtr = readLines(dir.Path() / "demo.XTR");
   ASSERT_FALSE(xtr.empty());
   EXPECT_EQ(xtr[0], "* data points");
   // Drawdown: the head falls from the river towards the well and rises beyond it.
@@ -195,23 +184,23 @@ TEST(ProgramRun, WellAndRiverEndToEnd) {
 
 TEST(ProgramRun, LoadedSolutionGivesTheSameResults) {
   TempDir dir;
-  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  auto first = readLines(dir.path() / "demo.XTR");
-  fs::rename(dir.path() / "demo.SOL", dir.path() / "DEMO.SOL");  // any spelling is found
+  writeLines(dir.Path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  auto first = readLines(dir.Path() / "demo.XTR");
+  fs::rename(dir.Path() / "demo.SOL", dir.Path() / "DEMO.SOL");  // any spelling is found
   // A post-processing file: load, no elements, extract under another name given with its extension.
-  writeLines(dir.path() / "REGRID.DAT",
+  writeLines(dir.Path() / "REGRID.DAT",
              with(kHeader, {" load demo", " time 0", " extract", " file again.XTR", " y", "  100.00 0.00 TP_000003",
                             "  400.00 0.00 TP_000004", " quit", " stop"}));
-  ASSERT_EQ(runTarno1(dir.path(), "61 regrid.dat"), 0);
-  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
-  auto again = readLines(dir.path() / "again.XTR");
+  ASSERT_EQ(runTarno1(dir.Path(), "61 regrid.dat"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
+  auto again = readLines(dir.Path() / "again.XTR");
   EXPECT_DOUBLE_EQ(headOf(again, "TP_000003"), headOf(first, "TP_000003"));
   EXPECT_DOUBLE_EQ(headOf(again, "TP_000004"), headOf(first, "TP_000004"));
   // Continue: load, further iterations, save again.
-  writeLines(dir.path() / "DEMO.DAT", with(kHeader, {" load demo", " solve 2 1 0 0", " save demo", "y", " stop"}));
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
+  writeLines(dir.Path() / "DEMO.DAT", with(kHeader, {" load demo", " solve 2 1 0 0", " save demo", "y", " stop"}));
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
 }
 
 TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
@@ -226,10 +215,10 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
                      "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " frobnicate"});
   file = with(file, kSolveAndExtract);
   file.insert(file.end() - 1, {" grid", " window 0 0 10 10", " go", " quit", " grid", " go", " quit"});
-  writeLines(dir.path() / "DEMO.DAT", file);
-  ASSERT_EQ(runTarno1(dir.path(), "61 DEMO"), 0);
-  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
-  auto err = readLines(dir.path() / "error.log");
+  writeLines(dir.Path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
+  auto err = readLines(dir.Path() / "error.log");
   auto count = [&](const std::string& word) {
     int n = 0;
     for (const auto& l : err) n += l.find(word) != std::string::npos;
@@ -253,17 +242,17 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
       EXPECT_NE(l.find("6 items"), std::string::npos) << l;
     }
   // The wells and the river were solved all the same.
-  auto xtr = readLines(dir.path() / "demo.XTR");
+  auto xtr = readLines(dir.Path() / "demo.XTR");
   EXPECT_LT(headOf(xtr, "TP_000003"), 10.0);
 }
 
 TEST(ProgramRun, UnknownCommandsAreLoggedWithTheirLine) {
   TempDir dir;
-  writeLines(dir.path() / "x.dat", {" error ERR.LOG", " frobnicate 3", " well", " discharge", "  1 2 q .1 W", " quit",
+  writeLines(dir.Path() / "x.dat", {" error ERR.LOG", " frobnicate 3", " well", " discharge", "  1 2 q .1 W", " quit",
                                     " stop"},
              "\n");
-  ASSERT_EQ(runTarno1(dir.path(), "61 X.DAT"), 0);
-  auto err = readLines(dir.path() / "ERR.LOG");
+  ASSERT_EQ(runTarno1(dir.Path(), "61 X.DAT"), 0);
+  auto err = readLines(dir.Path() / "ERR.LOG");
   ASSERT_EQ(err.size(), 2u);
   EXPECT_EQ(err[0].rfind("line 2 (\" frobnicate 3\")", 0), 0u) << err[0];
   EXPECT_EQ(err[1].rfind("line 5", 0), 0u) << err[1];
@@ -272,67 +261,67 @@ TEST(ProgramRun, UnknownCommandsAreLoggedWithTheirLine) {
 TEST(ProgramRun, FatalPathsWriteTheReportAndFail) {
   TempDir dir;
   // No arguments.
-  EXPECT_NE(runTarno1(dir.path(), ""), 0);
-  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+  EXPECT_NE(runTarno1(dir.Path(), ""), 0);
+  EXPECT_TRUE(fs::exists(dir.Path() / "TARNO.OPS"));
   // A command file that does not exist.
-  fs::remove(dir.path() / "TARNO.OPS");
-  EXPECT_NE(runTarno1(dir.path(), "61 nothing"), 0);
-  std::string ops = readAll(dir.path() / "TARNO.OPS");
+  fs::remove(dir.Path() / "TARNO.OPS");
+  EXPECT_NE(runTarno1(dir.Path(), "61 nothing"), 0);
+  std::string ops = readAll(dir.Path() / "TARNO.OPS");
   EXPECT_NE(ops.find("nothing.DAT"), std::string::npos) << ops;
 
   // An estimation template.
-  fs::remove(dir.path() / "TARNO.OPS");
-  writeLines(dir.path() / "TPL.DAT", with(kHeader, {" aquifer", " base !Base________!", " quit", " solve 1 1 0 1", " stop"}));
-  EXPECT_NE(runTarno1(dir.path(), "61 tpl"), 0);
-  ops = readAll(dir.path() / "TARNO.OPS");
+  fs::remove(dir.Path() / "TARNO.OPS");
+  writeLines(dir.Path() / "TPL.DAT", with(kHeader, {" aquifer", " base !Base________!", " quit", " solve 1 1 0 1", " stop"}));
+  EXPECT_NE(runTarno1(dir.Path(), "61 tpl"), 0);
+  ops = readAll(dir.Path() / "TARNO.OPS");
   EXPECT_NE(ops.find("Line 13"), std::string::npos) << ops;
   EXPECT_NE(ops.find("!Base________!"), std::string::npos) << ops;
   EXPECT_NE(ops.find("estimation template"), std::string::npos) << ops;
-  EXPECT_NE(readAll(dir.path() / "error.log").find("line 13"), std::string::npos);
+  EXPECT_NE(readAll(dir.Path() / "error.log").find("line 13"), std::string::npos);
 
   // A solution file that is missing, and one that is not a solution.
-  fs::remove(dir.path() / "TARNO.OPS");
-  writeLines(dir.path() / "LOAD.DAT", with(kHeader, {" load absent", " stop"}));
-  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
-  EXPECT_NE(readAll(dir.path() / "TARNO.OPS").find("absent.SOL"), std::string::npos);
-  fs::remove(dir.path() / "TARNO.OPS");
-  writeLines(dir.path() / "absent.SOL", {"this is not a solution"});
-  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
-  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+  fs::remove(dir.Path() / "TARNO.OPS");
+  writeLines(dir.Path() / "LOAD.DAT", with(kHeader, {" load absent", " stop"}));
+  EXPECT_NE(runTarno1(dir.Path(), "61 load"), 0);
+  EXPECT_NE(readAll(dir.Path() / "TARNO.OPS").find("absent.SOL"), std::string::npos);
+  fs::remove(dir.Path() / "TARNO.OPS");
+  writeLines(dir.Path() / "absent.SOL", {"this is not a solution"});
+  EXPECT_NE(runTarno1(dir.Path(), "61 load"), 0);
+  EXPECT_TRUE(fs::exists(dir.Path() / "TARNO.OPS"));
   // A truncated solution.
-  fs::remove(dir.path() / "TARNO.OPS");
-  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  std::string sol = readAll(dir.path() / "demo.SOL");
+  fs::remove(dir.Path() / "TARNO.OPS");
+  writeLines(dir.Path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  std::string sol = readAll(dir.Path() / "demo.SOL");
   {
-    std::ofstream f(dir.path() / "absent.SOL", std::ios::binary);
+    std::ofstream f(dir.Path() / "absent.SOL", std::ios::binary);
     f << sol.substr(0, sol.size() / 2);
   }
-  EXPECT_NE(runTarno1(dir.path(), "61 load"), 0);
-  EXPECT_TRUE(fs::exists(dir.path() / "TARNO.OPS"));
+  EXPECT_NE(runTarno1(dir.Path(), "61 load"), 0);
+  EXPECT_TRUE(fs::exists(dir.Path() / "TARNO.OPS"));
 }
 
 TEST(ProgramRun, SingularSystemIsFatal) {
   TempDir dir;
   // Two head-specified wells at one place: two conditions for one point.
-  writeLines(dir.path() / "S.DAT", with(kHeader, {" aquifer", " base 0", " permeability 10", " thickness 50",
+  writeLines(dir.Path() / "S.DAT", with(kHeader, {" aquifer", " base 0", " permeability 10", " thickness 50",
                                                  " reference 1000 0 10", " quit", " well", " head", "  0 0 8 .1 W1",
                                                  "  0 0 9 .1 W2", " quit", " solve 1 1 0 1", " save s", "y",
                                                  " stop"}));
-  EXPECT_NE(runTarno1(dir.path(), "61 s"), 0);
-  std::string ops = readAll(dir.path() / "TARNO.OPS");
+  EXPECT_NE(runTarno1(dir.Path(), "61 s"), 0);
+  std::string ops = readAll(dir.Path() / "TARNO.OPS");
   EXPECT_NE(ops.find("singular"), std::string::npos) << ops;
   EXPECT_NE(ops.find("line 23"), std::string::npos) << ops;
-  EXPECT_FALSE(fs::exists(dir.path() / "s.SOL"));  // the run ended at the solve
+  EXPECT_FALSE(fs::exists(dir.Path() / "s.SOL"));  // the run ended at the solve
 }
 
 TEST(ProgramRun, NoLogsNamedAndNoStopStillSucceeds) {
   TempDir dir;
-  writeLines(dir.path() / "bare.DAT", with(wellAndRiver(), {" solve 1 1 0 1", " extract", " file bare", "  100 0 TP_1", " quit"}),
+  writeLines(dir.Path() / "bare.DAT", with(wellAndRiver(), {" solve 1 1 0 1", " extract", " file bare", "  100 0 TP_1", " quit"}),
              "\n");
-  ASSERT_EQ(runTarno1(dir.path(), "61 bare"), 0);
-  EXPECT_TRUE(fs::exists(dir.path() / "bare.XTR"));
-  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
+  ASSERT_EQ(runTarno1(dir.Path(), "61 bare"), 0);
+  EXPECT_TRUE(fs::exists(dir.Path() / "bare.XTR"));
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
 }
 
 TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
@@ -340,12 +329,12 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   fs::path sample = fs::path(TARNO_SOURCE_DIR) / "tests/solver/data/golden_new_solve.dat";
   if (!fs::exists(sample)) GTEST_SKIP() << "no front end sample at " << sample;
   TempDir dir;
-  fs::copy_file(sample, dir.path() / "golden_new_solve.dat");
-  ASSERT_EQ(runTarno1(dir.path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
+  fs::copy_file(sample, dir.Path() / "golden_new_solve.dat");
+  ASSERT_EQ(runTarno1(dir.Path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
   // Every line is read; only the kinds this version does not compute are reported, once each.
   // The sample's three iterations leave the wall's unconfined condition just short of
   // convergence, which the log says as well.
-  auto err = readLines(dir.path() / "error.log");
+  auto err = readLines(dir.Path() / "error.log");
   ASSERT_GE(err.size(), 1u);
   ASSERT_LE(err.size(), 2u);
   for (const char* kind : {"(Inhomogeneity Lake)"}) {
@@ -358,9 +347,9 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
     EXPECT_EQ(l.find("slurry"), std::string::npos) << l;
   }
   // The grid and trace blocks write their files.
-  EXPECT_EQ(readLines(dir.path() / "golden.GRD").front(), "DSAA");
-  EXPECT_EQ(readLines(dir.path() / "golden.PTH").front().rfind("LABEL ", 0), 0u);
-  auto xtr = readLines(dir.path() / "golden.XTR");
+  EXPECT_EQ(readLines(dir.Path() / "golden.GRD").front(), "DSAA");
+  EXPECT_EQ(readLines(dir.Path() / "golden.PTH").front().rfind("LABEL ", 0), 0u);
+  auto xtr = readLines(dir.Path() / "golden.XTR");
   ASSERT_GT(xtr.size(), 3u);
   EXPECT_EQ(xtr[0], "* data points");
   EXPECT_EQ(xtr[1].rfind("@", 0), 0u);
@@ -393,23 +382,23 @@ TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {
                      "  .1000000E+03 .4000000E+03 .1000000E+03 .4000000E+03  2.500000E-03 .000000E+00 WL_000015",
                      " quit ", " sinkdisk ", " head ", "  .3E+03 .4E+03 .32E+03 .4E+03 .9E+01 WL_000014", " quit "});
   file = with(file, kSolveAndExtract);
-  writeLines(dir.path() / "DEMO.DAT", file);
-  ASSERT_EQ(runTarno1(dir.path(), "61 DEMO"), 0);
-  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
-  auto err = readLines(dir.path() / "error.log");
+  writeLines(dir.Path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
+  auto err = readLines(dir.Path() / "error.log");
   auto has = [&](const std::string& a, const std::string& b) {
     for (const auto& l : err)
       if (l.find(a) != std::string::npos && l.find(b) != std::string::npos) return true;
     return false;
   };
-  EXPECT_TRUE(has("IN_000004_0000", "fewer than three distinct vertices")) << readAll(dir.path() / "error.log");
+  EXPECT_TRUE(has("IN_000004_0000", "fewer than three distinct vertices")) << readAll(dir.Path() / "error.log");
   EXPECT_TRUE(has("IN_000005_0000", "touch or cross; the inhomogeneity is skipped"));
   EXPECT_TRUE(has("WL_000015", "is skipped"));
   EXPECT_FALSE(has("not supported", "inhomogeneity"));
-  auto msg = readAll(dir.path() / "message.log");
+  auto msg = readAll(dir.Path() / "message.log");
   EXPECT_NE(msg.find("Area elements: 1 inhomogeneities, 1 walls, 2 ponds (1 head specified)"), std::string::npos) << msg;
   EXPECT_NE(msg.find("area sinks, inhomogeneities"), std::string::npos);
-  auto xtr = readLines(dir.path() / "demo.XTR");
+  auto xtr = readLines(dir.Path() / "demo.XTR");
   auto linesAfter = [&](const std::string& head) {
     std::vector<std::string> out;
     auto it = std::find(xtr.begin(), xtr.end(), head);
@@ -450,11 +439,11 @@ TEST(ProgramRun, TraceWithoutParticlesIsNoProblem) {
                    {" layout ", " window -1000.00 -1000.00 1000.00 1000.00 ", " quit ", " time 0",
                     " solve 3 3 0 1", " trace", " picture off", " file demo", " y ", " time 3650", " step 1",
                     " go", " quit", " stop"});
-  writeLines(dir.path() / "DEMO.DAT", file);
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  EXPECT_EQ(readAll(dir.path() / "error.log"), "*\n");
-  EXPECT_TRUE(fs::exists(dir.path() / "demo.PTH"));
-  EXPECT_NE(readAll(dir.path() / "message.log").find("no particles to trace"), std::string::npos);
+  writeLines(dir.Path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
+  EXPECT_TRUE(fs::exists(dir.Path() / "demo.PTH"));
+  EXPECT_NE(readAll(dir.Path() / "message.log").find("no particles to trace"), std::string::npos);
 }
 
 // A run that solves writes <name>.OUT, a report for a person to read: the header,
@@ -462,15 +451,15 @@ TEST(ProgramRun, TraceWithoutParticlesIsNoProblem) {
 // with CR LF line ends. A later run that only loads the solution leaves it as it is.
 TEST(ProgramRun, SolveWritesTheOutputReport) {
   TempDir dir;
-  writeLines(dir.path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
-  ASSERT_EQ(runTarno1(dir.path(), "61 demo"), 0);
-  ASSERT_TRUE(fs::exists(dir.path() / "demo.OUT"));
-  const std::string text = readAll(dir.path() / "demo.OUT");
+  writeLines(dir.Path() / "DEMO.DAT", with(with(kHeader, wellAndRiver()), kSolveAndExtract));
+  ASSERT_EQ(runTarno1(dir.Path(), "61 demo"), 0);
+  ASSERT_TRUE(fs::exists(dir.Path() / "demo.OUT"));
+  const std::string text = readAll(dir.Path() / "demo.OUT");
   size_t bare = 0;
   for (size_t i = 0; i < text.size(); ++i)
     if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) ++bare;
   EXPECT_EQ(bare, 0u) << "every line ends with CR LF";
-  std::vector<std::string> lines = readLines(dir.path() / "demo.OUT");
+  std::vector<std::string> lines = readLines(dir.Path() / "demo.OUT");
   for (auto& l : lines)
     if (!l.empty() && l.back() == '\r') l.pop_back();
   auto has = [&](const std::string& part) {
@@ -512,12 +501,12 @@ TEST(ProgramRun, SolveWritesTheOutputReport) {
   EXPECT_GT(in, 0.0);
   EXPECT_NEAR(in, out, 1e-6 * in);
   EXPECT_TRUE(has("LS_000002_0200"));
-  EXPECT_NE(readAll(dir.path() / "message.log").find("demo.OUT"), std::string::npos);
+  EXPECT_NE(readAll(dir.Path() / "message.log").find("demo.OUT"), std::string::npos);
 
   // A regrid loads the solution and solves nothing: the report of the solve stays.
-  writeLines(dir.path() / "REGRID.DAT",
+  writeLines(dir.Path() / "REGRID.DAT",
              with(kHeader, {" load demo", " grid", " window -100 -100 100 100", " horizontalpoints 5", " go",
                             " surfer demo", " y", " quit", " stop"}));
-  ASSERT_EQ(runTarno1(dir.path(), "61 REGRID.DAT"), 0);
-  EXPECT_EQ(readAll(dir.path() / "demo.OUT"), text);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 REGRID.DAT"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "demo.OUT"), text);
 }

@@ -5,6 +5,7 @@
 #include "engine/run.h"
 #include "engine/trace.h"
 #include "helpers.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
@@ -294,21 +295,7 @@ TEST(TraceFile, LongPathsAreThinnedToWhatTheFrontEndKeeps) {
 
 namespace {
 
-class TraceDir {
- public:
-  TraceDir() {
-    std::string t = (fs::temp_directory_path() / "tarno-trace-XXXXXX").string();
-    path_ = mkdtemp(t.data());
-  }
-  ~TraceDir() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
+using TraceDir = tarno::test::TempDir;
 
 std::vector<std::string> linesOf(const fs::path& p) {
   std::ifstream f(p, std::ios::binary);
@@ -336,12 +323,12 @@ std::vector<std::string> runTrace(const fs::path& dir, const std::vector<std::st
 
 TEST(TraceMenu, PointsAndWellsInFileOrder) {
   TraceDir dir;
-  auto err = runTrace(dir.path(), {" trace", " picture off", " file demo", " y ", " time 3650", " step 10",
+  auto err = runTrace(dir.Path(), {" trace", " picture off", " file demo", " y ", " time 3650", " step 10",
                                    " points", " 0.0000000E+00 1.0000000E+02 5.0000000E+00 1.0",
                                    " 0.0000000E+00 -1.0000000E+02 5.0000000E+00 -1.0", " quit",
                                    " well 5.0000000E+02 0.0000000E+00 5.00000E+00 3", " go", " quit"});
   EXPECT_EQ(err, std::vector<std::string>{"*"});
-  auto pth = linesOf(dir.path() / "demo.PTH");
+  auto pth = linesOf(dir.Path() / "demo.PTH");
   std::vector<std::string> labels;
   for (const auto& l : pth)
     if (l.rfind("LABEL ", 0) == 0) labels.push_back(l.substr(6));
@@ -364,7 +351,7 @@ TEST(TraceMenu, PointsAndWellsInFileOrder) {
 TEST(TraceMenu, BadInputIsReportedAndFallsBack) {
   TraceDir dir;
   const int n = static_cast<int>(kTraceModel.size());
-  auto err = runTrace(dir.path(), {" trace", " file bad", " y", " time -5", " step 0", " points", " 0 100 5 1",
+  auto err = runTrace(dir.Path(), {" trace", " file bad", " y", " time -5", " step 0", " points", " 0 100 5 1",
                                    " quit", " well 0 900 5 3", " well 500 0 5 0", " go", " quit", " trace",
                                    " file nogo", " y", " points", " 0 0 5 1", " quit", " quit"});
   ASSERT_EQ(err.size(), 5u);
@@ -376,7 +363,7 @@ TEST(TraceMenu, BadInputIsReportedAndFallsBack) {
   EXPECT_EQ(err[3].rfind("line " + std::to_string(n + 10), 0), 0u) << err[3];  // no particles asked
   EXPECT_EQ(err[4].rfind("line " + std::to_string(n + 13), 0), 0u) << err[4];  // a trace without go
   EXPECT_NE(err[4].find("\"go\""), std::string::npos) << err[4];
-  auto pth = linesOf(dir.path() / "bad.PTH");
+  auto pth = linesOf(dir.Path() / "bad.PTH");
   ASSERT_FALSE(pth.empty());
   EXPECT_EQ(pth[0], "LABEL particle 1");
   // The default step: 0.004 of the window's diagonal.
@@ -386,5 +373,5 @@ TEST(TraceMenu, BadInputIsReportedAndFallsBack) {
   };
   const double length = std::hypot(xy(3)[0] - xy(2)[0], xy(3)[1] - xy(2)[1]);
   EXPECT_NEAR(length, 0.004 * std::hypot(2000.0, 2000.0), 0.1);
-  EXPECT_FALSE(fs::exists(dir.path() / "nogo.PTH"));
+  EXPECT_FALSE(fs::exists(dir.Path() / "nogo.PTH"));
 }

@@ -1,9 +1,7 @@
 // The two example projects, built by scripts/make-examples into a temporary folder
 // and solved with the programs of the build.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -34,34 +32,25 @@ const Example kExamples[] = {
 class Examples : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    std::string tmpl = (fs::temp_directory_path() / "tarno-examples-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
+    temp_ = new TempDir("tarno-examples");
+    dir_ = temp_->Path();
     const fs::path build = fs::path(TARNO_BIN_DIR).parent_path();
-    const RunResult r = Shell(Quote((fs::path(TARNO_SOURCE_DIR) / "scripts" / "make-examples").string()) +
-                              " " + Quote(build.string()) + " " + Quote(dir_.string()));
+    const RunResult r = RunExecutable(fs::path(TARNO_SOURCE_DIR) / "scripts" / "make-examples",
+                                      {build.string(), dir_.string()}, Options());
     ASSERT_EQ(r.status, 0) << r.out << r.err;
   }
   static void TearDownTestSuite() {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
+    delete temp_;
+    temp_ = nullptr;
   }
 
-  static RunResult Shell(const std::string& command) {
-    const std::string cmd = "TARNO_CONFIG_DIR=" + Quote((dir_ / "config").string()) + " " +
-                            command + " >" + Quote((dir_ / "out.txt").string()) + " 2>" +
-                            Quote((dir_ / "err.txt").string());
-    const int raw = std::system(cmd.c_str());
-    RunResult r;
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    r.out = ReadAll(dir_ / "out.txt");
-    r.err = ReadAll(dir_ / "err.txt");
-    return r;
+  static RunOptions Options() {
+    RunOptions options;
+    options.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()};
+    return options;
   }
   static RunResult Tarnocmd(const std::vector<std::string>& args) {
-    std::string cmd = Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd.append(" ").append(Quote(a));
-    return Shell(cmd);
+    return RunProgram("tarnocmd", args, Options());
   }
   static std::int64_t Count(Database& db, const std::string& sql) {
     Statement st = db.PrepareRaw(sql);
@@ -69,8 +58,10 @@ class Examples : public ::testing::Test {
     return st.GetInt64(0);
   }
 
+  static TempDir* temp_;
   static fs::path dir_;
 };
+TempDir* Examples::temp_ = nullptr;
 fs::path Examples::dir_;
 
 TEST_F(Examples, EveryElementKindIsThere) {

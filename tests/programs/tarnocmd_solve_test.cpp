@@ -150,7 +150,7 @@ TEST_F(TarnocmdSolve, KilledSolverIsFatalAndTheNextSolveWorks) {
          "example.XTR\nkill -KILL $$\n";
   }
   fs::permissions(bin / "tarno1", fs::perms::owner_all);
-  const RunResult r = Run({"solve", project_}, "TARNO_PROGRAM_DIR=" + Quote(bin.string()));
+  const RunResult r = Run({"solve", project_}, {"TARNO_PROGRAM_DIR=" + bin.string()});
   EXPECT_EQ(r.status, 1) << r.out;
   EXPECT_TRUE(Contains(r.err, "Fatal execution error: The solver ended abnormally (signal 9)"))
       << r.err;

@@ -1,11 +1,11 @@
 // The batch front end, run as a program: exit status, output and the files it makes.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -24,29 +24,18 @@ namespace fs = std::filesystem;
 class TarnocmdTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string tmpl = (fs::temp_directory_path() / "tarno-cmd-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(tmpl.data()), nullptr);
-    dir_ = tmpl;
+    temp_.emplace("tarno-cmd");
+    dir_ = temp_->Path();
     fs::create_directories(dir_ / "elsewhere");
   }
-  void TearDown() override {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
+  void TearDown() override { temp_.reset(); }
 
   // Runs tarnocmd with `args` in the directory `cwd` (the test folder by default).
   RunResult Run(const std::vector<std::string>& args, const fs::path& cwd = {}) {
-    std::string cmd = "cd " + Quote((cwd.empty() ? dir_ : cwd).string()) +
-                      " && TARNO_CONFIG_DIR=" + Quote((dir_ / "config").string()) + " " +
-                      Quote(std::string(TARNO_BIN_DIR) + "/tarnocmd");
-    for (const auto& a : args) cmd += " " + Quote(a);
-    cmd += " >" + Quote((dir_ / "out.txt").string()) + " 2>" + Quote((dir_ / "err.txt").string());
-    const int raw = std::system(cmd.c_str());
-    RunResult r;
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    r.out = ReadAll(dir_ / "out.txt");
-    r.err = ReadAll(dir_ / "err.txt");
-    return r;
+    RunOptions options;
+    options.cwd = cwd.empty() ? dir_ : cwd;
+    options.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()};
+    return RunProgram("tarnocmd", args, options);
   }
   std::string P(const std::string& name) const { return (dir_ / name).string(); }
 
@@ -56,6 +45,7 @@ class TarnocmdTest : public ::testing::Test {
     return st.Step() ? st.GetText(0) : "<no row>";
   }
 
+  std::optional<TempDir> temp_;
   fs::path dir_;
 };
 
@@ -140,12 +130,12 @@ TEST_F(TarnocmdTest, NewAnswersNoAndKeepsExistingFiles) {
   EXPECT_EQ(Text(path, "select TARNOBaseName from Project"), "run7");
   EXPECT_EQ(Text(path, "select Description from Project"), "New TARNO Project\n");
 
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   r = Run({"new", path, "--description", "second"});
   EXPECT_EQ(r.status, 1);
   EXPECT_TRUE(Contains(r.err, "File Exists: " + path + " already exists -- should I overwrite it?"));
   EXPECT_TRUE(Contains(r.err, "Aborted: New file creation aborted"));
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 
   r = Run({"new", path, "--description", "second", "--yes"});
   ASSERT_EQ(r.status, 0) << r.err;
@@ -177,13 +167,13 @@ TEST_F(TarnocmdTest, InfoShowsCountsAndExtents) {
         "insert into Polygons(Closed) values (0);"
         "insert into Vertices(PID, Seq, X, Y) values (1, 0, -7, 12);");
   }
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   r = Run({"info", path});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_TRUE(Contains(r.out, "  Vertices         3\n"));
   EXPECT_TRUE(Contains(r.out, "  Polygons         1\n"));
   EXPECT_TRUE(Contains(r.out, "Extents: X -7 to 250, Y -3 to 40"));
-  EXPECT_EQ(ReadAll(path), before);  // info changes nothing
+  EXPECT_EQ(ReadFile(path), before);  // info changes nothing
 }
 
 // The wells are counted by kind as the desktop program's "Model Size" counts them: a
@@ -224,13 +214,13 @@ TEST_F(TarnocmdTest, InfoOfBadFilesFails) {
 TEST_F(TarnocmdTest, SettingsWithoutAChangePrintsThemAndChangesNothing) {
   const std::string path = P("show.trn");
   ASSERT_EQ(Run({"new", path, "--base-name", "show1", "--map-units", "feet"}).status, 0);
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   const RunResult r = Run({"settings", path});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "Description: New TARNO Project\nBase name: show1\nBase path: " + dir_.string() +
                        "\nBasemap units: Feet\nComputation units: Meters\n");
   EXPECT_EQ(r.err, "");
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 }
 
 TEST_F(TarnocmdTest, SettingsChangesTheBaseNameAndPathThatInfoReports) {
@@ -260,7 +250,7 @@ TEST_F(TarnocmdTest, SettingsChangesTheBaseNameAndPathThatInfoReports) {
 TEST_F(TarnocmdTest, SettingsRefusesABadValueWithTheDialogsMessageAndChangesNothing) {
   const std::string path = P("refuse.trn");
   ASSERT_EQ(Run({"new", path, "--base-name", "keep"}).status, 0);
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   const std::string notChanged = "tarnocmd: the settings of " + path + " were not changed\n";
   struct Case {
     std::vector<std::string> options;
@@ -286,7 +276,7 @@ TEST_F(TarnocmdTest, SettingsRefusesABadValueWithTheDialogsMessageAndChangesNoth
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, c.message + notChanged);
     EXPECT_EQ(r.out, "");
-    EXPECT_EQ(ReadAll(path), before);
+    EXPECT_EQ(ReadFile(path), before);
   }
   // Eight characters pass.
   const RunResult r = Run({"settings", path, "--base-name", "ninechar"});
@@ -301,14 +291,14 @@ TEST_F(TarnocmdTest, SettingsRefusesABaseNameAnotherProjectUsesInTheFolder) {
   const std::string other = P("other.trn");
   ASSERT_EQ(Run({"new", path, "--base-name", "mine"}).status, 0);
   ASSERT_EQ(Run({"new", other, "--base-name", "Shared"}).status, 0);
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   RunResult r = Run({"settings", path, "--base-name", "SHARED"});
   EXPECT_EQ(r.status, 1);
   EXPECT_TRUE(Contains(r.err, "Bad file name: Base file name SHARED is used by the project " +
                                   other + " in this folder.\n"
                                   "Bad file name: Please enter another base file name.\n"))
       << r.err;
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 
   // Once the other project keeps its solver files elsewhere the name is free here.
   ASSERT_EQ(Run({"settings", other, "--path", (dir_ / "elsewhere").string()}).status, 0);
@@ -320,7 +310,7 @@ TEST_F(TarnocmdTest, SettingsRefusesABaseNameAnotherProjectUsesInTheFolder) {
 TEST_F(TarnocmdTest, SettingsCreatesAMissingFolderOnlyWithYes) {
   const std::string path = P("folder.trn");
   ASSERT_EQ(Run({"new", path, "--base-name", "fold"}).status, 0);
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   const fs::path missing = dir_ / "runs" / "first";
   const std::string question = "Create Folder?: The path " + missing.string() +
                                " does not exist.\nCreate Folder?: Create it?\n";
@@ -330,13 +320,13 @@ TEST_F(TarnocmdTest, SettingsCreatesAMissingFolderOnlyWithYes) {
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.err, question + "tarnocmd: --yes creates the folder\n" + notChanged);
   EXPECT_FALSE(fs::exists(dir_ / "runs"));
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 
   r = Run({"settings", path, "--path", missing.string(), "--no"});
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.err, question + notChanged);
   EXPECT_FALSE(fs::exists(dir_ / "runs"));
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 
   r = Run({"settings", path, "--path", missing.string(), "--yes"});
   ASSERT_EQ(r.status, 0) << r.err;
@@ -365,13 +355,13 @@ TEST_F(TarnocmdTest, SettingsBadUsageAndBadFiles) {
 
   // A project of a newer version is not written to.
   Database::Open(path).ExecuteRaw("update Project set ProjectVersion = 124");
-  const std::string before = ReadAll(path);
+  const std::string before = ReadFile(path);
   r = Run({"settings", path, "--base-name", "newer"});
   EXPECT_EQ(r.status, 1);
   EXPECT_TRUE(Contains(r.err, "Can't open database: The project database was written by a newer "
                               "version of TARNO."))
       << r.err;
-  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_EQ(ReadFile(path), before);
 }
 
 // The desktop's advice after a refused solve names the dialog; the batch program

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "solver/plot_files.h"
+#include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
@@ -16,13 +17,8 @@ namespace fs = std::filesystem;
 
 class PlotFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("tarno_plot_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-            "_" + std::to_string(::getpid()));
-    fs::create_directories(dir_);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
+  test::TempDir temp_{"tarno_plot"};
+  const fs::path dir_ = temp_.Path();
   fs::path Write(const std::string& name, const std::string& text) {
     std::ofstream(dir_ / name, std::ios::binary) << text;
     return dir_ / name;
@@ -38,7 +34,6 @@ class PlotFiles : public ::testing::Test {
     ADD_FAILURE() << "no error";
     return "";
   }
-  fs::path dir_;
 };
 
 // Fixed columns: 6 characters, then fields of 14 as the programs write them.

@@ -5,6 +5,7 @@
 #include "core/error.h"
 #include "solver/results_loader.h"
 #include "solver_fixture.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 namespace {
@@ -254,14 +255,13 @@ TEST(SectionHeads, FirstNameInTheTableWins) {
 }
 
 TEST(ExtractFile, FoundInAnyCase) {
-  const auto dir = std::filesystem::temp_directory_path() / ("tarno_xtr_" + std::to_string(::getpid()));
-  std::filesystem::create_directories(dir);
+  const test::TempDir temp("tarno_xtr");
+  const std::filesystem::path& dir = temp.Path();
   EXPECT_TRUE(FindExtractFile(dir, "base").empty());
   std::ofstream(dir / "BASE.XTR") << "x";
   EXPECT_EQ(FindExtractFile(dir, "base"), dir / "BASE.XTR");
   std::ofstream(dir / "base.xtr") << "x";
   EXPECT_EQ(FindExtractFile(dir, "base"), dir / "base.xtr");
-  std::filesystem::remove_all(dir);
 }
 
 }  // namespace

@@ -4,32 +4,28 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace tarno::testing {
 
 class SolverProject : public ::testing::Test {
  protected:
   void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = std::filesystem::temp_directory_path() /
-           ("tarno_solver_" + std::string(info->test_suite_name()) + "_" + info->name() + "_" +
-            std::to_string(::getpid()));
-    std::filesystem::remove_all(dir_);
-    std::filesystem::create_directories(dir_);
+    temp_.emplace("tarno_solver");
+    dir_ = temp_->Path();
     path_ = dir_ / "model.trn";
     DBNewDatabase(path_, "Solver test", true, true);
     db_ = Database::Open(path_);
@@ -40,8 +36,7 @@ class SolverProject : public ::testing::Test {
 
   void TearDown() override {
     db_.Close();
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
+    temp_.reset();
   }
 
   // SQL straight to SQLite.
@@ -127,12 +122,7 @@ class SolverProject : public ::testing::Test {
   std::filesystem::path Dir() const { return dir_; }
   std::filesystem::path ProjectPath() const { return path_; }
 
-  static std::string ReadFile(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-  }
+  static std::string ReadFile(const std::filesystem::path& p) { return test::ReadFile(p); }
 
   static std::string DataFile(const std::string& name) {
     return ReadFile(std::filesystem::path(TARNO_TEST_DATA_DIR) / name);
@@ -166,6 +156,7 @@ class SolverProject : public ::testing::Test {
   Database db_;
 
  private:
+  std::optional<test::TempDir> temp_;
   std::filesystem::path dir_;
   std::filesystem::path path_;
 };

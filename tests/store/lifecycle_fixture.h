@@ -10,13 +10,15 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "core/scripted_ui.h"
 #include "store/database.h"
 #include "store/lifecycle.h"
 #include "store/schema.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace tarno::test {
 
@@ -45,10 +47,8 @@ class RecordingHooks : public SessionHooks {
 class LifecycleTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string tmpl = (std::filesystem::temp_directory_path() / "tarno-life-XXXXXX").string();
-    char* made = ::mkdtemp(tmpl.data());
-    ASSERT_NE(made, nullptr);
-    dir_ = made;
+    temp_.emplace("tarno-life");
+    dir_ = temp_->Path();
     std::filesystem::create_directories(dir_ / "config");
     ::setenv("TARNO_CONFIG_DIR", (dir_ / "config").c_str(), 1);
     session_ = std::make_unique<ProjectSession>(ui_, hooks_, (dir_ / "app").string());
@@ -56,8 +56,7 @@ class LifecycleTest : public ::testing::Test {
   }
   void TearDown() override {
     session_.reset();
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
+    temp_.reset();
     ::unsetenv("TARNO_CONFIG_DIR");
   }
 
@@ -96,6 +95,7 @@ class LifecycleTest : public ::testing::Test {
     out << bytes;
   }
 
+  std::optional<TempDir> temp_;
   std::filesystem::path dir_;
   ScriptedUserInterface ui_;
   RecordingHooks hooks_;

@@ -389,8 +389,8 @@ TEST_F(LifecycleTest, DuplicateElsewhereGetsItsOwnNameOnlyWhenItSharesTheFolder)
 }
 
 TEST(DerivedBaseName, FromTheFileNameAndFreeInTheFolder) {
-  const auto dir = std::filesystem::temp_directory_path() / ("tarno-derived-" + std::to_string(::getpid()));
-  std::filesystem::create_directories(dir);
+  const TempDir temp("tarno-derived");
+  const std::filesystem::path dir = temp.Path();
   for (const char* f : {"model.DAT", "model2.sol", "longname.XTR", "plan.trn"})
     std::ofstream(dir / f) << "x";
   EXPECT_EQ(DerivedBaseName("Plan", dir.string(), {"example"}), "Plan");  // project files do not count
@@ -402,7 +402,6 @@ TEST(DerivedBaseName, FromTheFileNameAndFreeInTheFolder) {
                                  DerivedBaseName("x", dir.string(), {})})
     EXPECT_TRUE(ProjectSettings::ValidBaseName(name) && !ProjectSettings::HasBadFileCharacters(name))
         << name;
-  std::filesystem::remove_all(dir);
 }
 
 }  // namespace

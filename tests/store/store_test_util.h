@@ -3,28 +3,24 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
+
+#include "support/temp_dir.h"
 
 namespace tarno::test {
 
 class TempDirTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "tarno-store-XXXXXX").string();
-        char* made = ::mkdtemp(tmpl.data());
-        ASSERT_NE(made, nullptr);
-        dir_ = made;
+        temp_.emplace("tarno-store");
+        dir_ = temp_->Path();
     }
-    void TearDown() override {
-        std::error_code ec;
-        std::filesystem::permissions(dir_, std::filesystem::perms::owner_all,
-                                     std::filesystem::perm_options::add, ec);
-        std::filesystem::remove_all(dir_, ec);
-    }
+    void TearDown() override { temp_.reset(); }
     std::filesystem::path Path(const std::string& name) const { return dir_ / name; }
 
+    std::optional<TempDir> temp_;
     std::filesystem::path dir_;
 };
 

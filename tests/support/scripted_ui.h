@@ -49,9 +49,6 @@ enum class UiCallKind {
 };
 const char* ToString(UiCallKind kind);
 
-// The answers a button set offers, in the order of its buttons.
-std::vector<Answer> AnswersOf(Buttons buttons);
-
 // One recorded call with everything it showed.
 struct UiCall {
   UiCallKind kind = UiCallKind::MessageBox;
@@ -75,10 +72,11 @@ struct UiCall {
   std::string Describe() const;
 };
 
-// An interactive call that the script did not foresee, or a script left unused.
-class UnexpectedUiCall : public Error {
+// An interactive call that the script did not foresee, or a script left unused. A
+// failure of the port, not of the operation: the error traps let it through.
+class UnexpectedUiCall : public UiPortFailure {
  public:
-  explicit UnexpectedUiCall(const std::string& message) : Error(message) {}
+  explicit UnexpectedUiCall(const std::string& message) : UiPortFailure(message) {}
 };
 
 class ScriptedUserInterface : public UserInterface {

@@ -1,4 +1,4 @@
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 
 #include <algorithm>
 #include <sstream>
@@ -22,18 +22,6 @@ const char* ToString(UiCallKind kind) {
     case UiCallKind::Feedback: return "Feedback";
   }
   return "?";
-}
-
-std::vector<Answer> AnswersOf(Buttons buttons) {
-  switch (buttons) {
-    case Buttons::OK: return {Answer::OK};
-    case Buttons::OKCancel: return {Answer::OK, Answer::Cancel};
-    case Buttons::AbortRetryIgnore: return {Answer::Abort, Answer::Retry, Answer::Ignore};
-    case Buttons::YesNoCancel: return {Answer::Yes, Answer::No, Answer::Cancel};
-    case Buttons::YesNo: return {Answer::Yes, Answer::No};
-    case Buttons::RetryCancel: return {Answer::Retry, Answer::Cancel};
-  }
-  return {Answer::OK};
 }
 
 namespace {
