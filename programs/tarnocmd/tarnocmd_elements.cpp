@@ -9,6 +9,7 @@
 
 #include "core/console_ui.h"
 #include "core/error_trap.h"
+#include "core/file_find.h"
 #include "core/format.h"
 #include "core/text.h"
 #include "elements/element_ops.h"

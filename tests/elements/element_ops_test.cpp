@@ -4,17 +4,14 @@
 // to go.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "core/scripted_ui.h"
 #include "elements/element_dialog.h"
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
 #include "store/schema.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
@@ -25,11 +22,6 @@ using namespace ops_text;
 class ElementOpsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = fs::temp_directory_path() /
-           ("tarno_ops_" + std::string(info->name()) + "_" + std::to_string(::getpid()));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
     path_ = dir_ / "m.trn";
     DBNewDatabase(path_, "Operations test", true, true);
     db_ = Database::Open(path_);
@@ -39,13 +31,9 @@ class ElementOpsTest : public ::testing::Test {
   void TearDown() override {
     ui_.ClearScript();
     db_.Close();
-    fs::remove_all(dir_);
   }
 
-  std::string FileBytes() const {
-    std::ifstream in(path_, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
+  std::string FileBytes() const { return test::ReadFile(path_); }
 
   // Runs `op`, which must refuse with one message of `title` and `lines`, and
   // checks that the project file did not change.
@@ -63,7 +51,7 @@ class ElementOpsTest : public ::testing::Test {
     return AddElement(db_, kind, points, fields, ui_, [this] { ++invalidations_; });
   }
 
-  fs::path dir_;
+  test::TempDir dir_{"tarno-ops"};
   fs::path path_;
   Database db_;
   ScriptedUserInterface ui_;

@@ -24,7 +24,7 @@ class TarnocmdElements : public TarnocmdProject {
  protected:
   void SetUp() override { MakeProject("elems"); }
 
-  std::string FileBytes() const { return ReadAll(project_); }
+  std::string FileBytes() const { return ReadFile(project_); }
 
   // Runs a command that must succeed; gives its standard output.
   std::string Ok(const std::vector<std::string>& args) {
@@ -265,14 +265,10 @@ TEST_F(TarnocmdElements, AChangedModelRemovesTheSolution) {
 TEST_F(TarnocmdElements, TheExampleScriptBuildsSolvesAndPrintsHeads) {
   const fs::path script = fs::path(TARNO_SOURCE_DIR) / "examples" / "build-model.sh";
   const fs::path scratch = dir_ / "scratch";
-  const std::string cmd = Quote(script.string()) + " " + Quote(TARNO_BIN_DIR) + " " +
-                          Quote(scratch.string()) + " >" + Quote((dir_ / "script.out").string()) +
-                          " 2>" + Quote((dir_ / "script.err").string());
-  const int raw = std::system(cmd.c_str());
-  const std::string out = ReadAll(dir_ / "script.out");
-  const std::string err = ReadAll(dir_ / "script.err");
-  ASSERT_TRUE(WIFEXITED(raw) && WEXITSTATUS(raw) == 0) << out << err;
-  EXPECT_EQ(err, "");
+  const RunResult r = RunExecutable(script, {TARNO_BIN_DIR, scratch.string()});
+  const std::string& out = r.out;
+  ASSERT_EQ(r.status, 0) << r.out << r.err;
+  EXPECT_EQ(r.err, "");
   const std::string number = "(-?[0-9]+(\\.[0-9]+)?(E[-+][0-9]+)?)";
   std::smatch m;
   EXPECT_TRUE(std::regex_search(out, m, std::regex("Heads at the wells:\nTownWell Head=" + number + "\n")))
