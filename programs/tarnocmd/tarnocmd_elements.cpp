@@ -474,19 +474,20 @@ int Model(const std::vector<std::string>& args, std::ostream& out, std::ostream&
 
 std::string ElementUsageText() {
   // The kinds, wrapped to the width of the other lines.
-  std::string kinds = "      <kind>:";
-  std::string line = kinds;
-  kinds.clear();
+  std::string kinds;
+  std::string line = "      <kind>:";
   std::size_t n = 0;
   for (const KindInfo& k : ElementKinds()) {
-    const std::string word = " " + std::string(k.word) + (++n < ElementKinds().size() ? "," : ".");
+    std::string word(1, ' ');
+    word.append(k.word);
+    word.push_back(++n < ElementKinds().size() ? ',' : '.');
     if (line.size() + word.size() > 80) {
-      kinds += line + "\n";
+      kinds.append(line).push_back('\n');
       line = "     ";  // the word brings its blank
     }
-    line += word;
+    line.append(word);
   }
-  kinds += line + "\n";
+  kinds.append(line).push_back('\n');
   return "  tarnocmd add <path> <kind> <x> <y> [<x> <y> ...] [--set FIELD=VALUE ...]\n"
          "      Adds an element: one point for a point element (well, testpoint, particle,\n"
          "      text, uniflow), the vertices in order for a string or polygon.\n" +
