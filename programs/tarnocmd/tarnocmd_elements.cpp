@@ -38,7 +38,8 @@ int BadUsage(std::ostream& err, const std::string& message) {
 
 std::string KindWords() {
   std::string words;
-  for (const KindInfo& k : ElementKinds()) words += (words.empty() ? "" : ", ") + std::string(k.word);
+  for (const KindInfo& k : ElementKinds())
+    words += (words.empty() ? "" : ", ") + std::string(k.word);
   return words;
 }
 
@@ -132,8 +133,7 @@ const std::vector<std::string_view>& MainFields(ElementKind kind) {
        {"ChangeK", "HydCond", "ChangeR", "Recharge", "ChangeP", "Porosity", "ChangeB",
         "BottomElevation"}},
       {ElementKind::Lake,
-       {"InterriorConductivity", "AddedRechargeRate", "Evapotranspiration", "Resistance",
-        "Width"}},
+       {"InterriorConductivity", "AddedRechargeRate", "Evapotranspiration", "Resistance", "Width"}},
       {ElementKind::TestPoint, {"Type", "ObsHead", "ObsStreamFlow"}},
       {ElementKind::Particle, {"Forward", "SatdThick", "Elevation"}},
       {ElementKind::Domain, {"FarFieldBoundary", "NearFieldHU"}},
@@ -166,7 +166,8 @@ std::string ListLine(Database& db, const Element& e) {
     add("X", GeneralNumber(e.X()));
     add("Y", GeneralNumber(e.Y()));
   }
-  for (std::string_view f : MainFields(e.kind)) add(e.row.CanonicalName(f), ValueText(e.row.Get(f)));
+  for (std::string_view f : MainFields(e.kind))
+    add(e.row.CanonicalName(f), ValueText(e.row.Get(f)));
   return line + fields;
 }
 
@@ -192,7 +193,8 @@ int Add(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     return BadUsage(err, "add needs coordinates in pairs <x> <y>; " +
                              std::to_string(numbers.size()) +
                              (numbers.size() == 1 ? " number was given" : " numbers were given"));
-  for (std::size_t n = 0; n < numbers.size(); n += 2) points.emplace_back(numbers[n], numbers[n + 1]);
+  for (std::size_t n = 0; n < numbers.size(); n += 2)
+    points.emplace_back(numbers[n], numbers[n + 1]);
   for (; i < args.size(); ++i) {
     if (args[i] == "--set") {
       if (i + 1 >= args.size() || args[i + 1] == "--set")
@@ -279,7 +281,16 @@ int List(const std::vector<std::string>& args, std::ostream& out, std::ostream& 
 // ---- tarnocmd model -----------------------------------------------------------
 
 // How a field of the Model row reaches the settings dialog's model.
-enum class ModelFieldType { Number, Whole, Flag, Tag, ContourShow, ContourLevel, Interval, StreamLines };
+enum class ModelFieldType {
+  Number,
+  Whole,
+  Flag,
+  Tag,
+  ContourShow,
+  ContourLevel,
+  Interval,
+  StreamLines
+};
 
 struct ModelField {
   std::string_view name;  // the Model row's field
@@ -329,7 +340,8 @@ const std::vector<ModelField>& ModelFields() {
 
 std::string ModelFieldList() {
   std::string list;
-  for (const ModelField& f : ModelFields()) list += (list.empty() ? "" : ", ") + std::string(f.name);
+  for (const ModelField& f : ModelFields())
+    list += (list.empty() ? "" : ", ") + std::string(f.name);
   return list;
 }
 
@@ -337,7 +349,8 @@ std::string ModelFieldList() {
 std::string ModelFieldValue(const ModelSettings& s, const ModelField& f) {
   switch (f.type) {
     case ModelFieldType::Flag: return (s.*f.flag) ? "1" : "0";
-    case ModelFieldType::Tag: return s.tbScenario[f.scenario].empty() ? "__NONE__" : s.tbScenario[f.scenario];
+    case ModelFieldType::Tag:
+      return s.tbScenario[f.scenario].empty() ? "__NONE__" : s.tbScenario[f.scenario];
     case ModelFieldType::ContourShow: return std::to_string(s.ContourShowValue());
     case ModelFieldType::ContourLevel: return std::to_string(s.DetailedContours());
     case ModelFieldType::Interval:
@@ -375,8 +388,9 @@ bool SetModelField(ModelSettings& s, const std::string& text, UserInterface& ui)
   for (const ModelField& f : ModelFields())
     if (EqualsIgnoreCase(f.name, name)) field = &f;
   if (field == nullptr)
-    return refuse(kUnknownFieldTitle, {"'" + text + "': the model settings have no field '" + name + "'.",
-                                       "The fields are: " + ModelFieldList() + "."});
+    return refuse(kUnknownFieldTitle,
+                  {"'" + text + "': the model settings have no field '" + name + "'.",
+                   "The fields are: " + ModelFieldList() + "."});
   const std::string canonical(field->name);
   auto invalid = [&](const std::string& expected) {
     return refuse(kInvalidEntryTitle, {"'" + text + "': '" + value + "' is not a valid value for " +
@@ -391,7 +405,8 @@ bool SetModelField(ModelSettings& s, const std::string& text, UserInterface& ui)
       s.*field->text = trimmed;
       return true;
     case ModelFieldType::Whole:
-      if (!ReadsAs("SOLVERIterations", value) || !ReadsAs("AQBase", value)) return invalid("a whole number");
+      if (!ReadsAs("SOLVERIterations", value) || !ReadsAs("AQBase", value))
+        return invalid("a whole number");
       s.*field->text = trimmed;
       return true;
     case ModelFieldType::Flag: {
@@ -402,10 +417,12 @@ bool SetModelField(ModelSettings& s, const std::string& text, UserInterface& ui)
       return true;
     }
     case ModelFieldType::Tag:
-      s.tbScenario[field->scenario] = EqualsIgnoreCase(trimmed, "__NONE__") ? std::string() : trimmed;
+      s.tbScenario[field->scenario] =
+          EqualsIgnoreCase(trimmed, "__NONE__") ? std::string() : trimmed;
       return true;
     case ModelFieldType::ContourShow: {
-      const std::optional<double> v = ReadsAs("AQBase", value) ? std::optional(Val(value)) : std::nullopt;
+      const std::optional<double> v =
+          ReadsAs("AQBase", value) ? std::optional(Val(value)) : std::nullopt;
       const int show = v ? static_cast<int>(*v) : 0;
       if (!v || show != *v || show == 0 || show < -6 || show > 6)
         return invalid("1 to 6 for the contours computed, -6 to -1 for none computed");
@@ -448,26 +465,27 @@ int Model(const std::vector<std::string>& args, std::ostream& out, std::ostream&
   std::stable_partition(texts.begin(), texts.end(), [](const std::string& t) {
     return EqualsIgnoreCase(t.substr(0, t.find('=')), "CONTOURShow");
   });
-  return RunOnProject(path, "ModelSettings", out, err,
-                      [&](Database& db, UserInterface& ui, const InvalidateFn& invalidate) {
-                        ModelSettings settings;
-                        settings.Load(db);
-                        for (const std::string& t : texts)
-                          if (!SetModelField(settings, t, ui)) return false;
-                        if (!texts.empty()) {
-                          const ModelSettings::OkResult r = settings.Ok(db, ui);
-                          if (!r.accepted) return false;
-                          if (r.invalidate) invalidate();
-                          settings.Load(db);
-                        }
-                        for (const ModelField& f : ModelFields()) {
-                          const std::string v = ModelFieldValue(settings, f);
-                          if (f.type == ModelFieldType::Interval || f.type == ModelFieldType::StreamLines)
-                            if (v.empty()) continue;
-                          out << f.name << "=" << v << "\n";
-                        }
-                        return true;
-                      });
+  return RunOnProject(
+      path, "ModelSettings", out, err,
+      [&](Database& db, UserInterface& ui, const InvalidateFn& invalidate) {
+        ModelSettings settings;
+        settings.Load(db);
+        for (const std::string& t : texts)
+          if (!SetModelField(settings, t, ui)) return false;
+        if (!texts.empty()) {
+          const ModelSettings::OkResult r = settings.Ok(db, ui);
+          if (!r.accepted) return false;
+          if (r.invalidate) invalidate();
+          settings.Load(db);
+        }
+        for (const ModelField& f : ModelFields()) {
+          const std::string v = ModelFieldValue(settings, f);
+          if (f.type == ModelFieldType::Interval || f.type == ModelFieldType::StreamLines)
+            if (v.empty()) continue;
+          out << f.name << "=" << v << "\n";
+        }
+        return true;
+      });
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ std::string Quoted(std::string_view s) {
 std::string WithArticle(ElementKind kind) {
   std::string name(Info(kind).name);
   for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  const bool vowel = !name.empty() && std::string_view("aeio").find(name[0]) != std::string_view::npos;
+  const bool vowel =
+      !name.empty() && std::string_view("aeio").find(name[0]) != std::string_view::npos;
   return (vowel ? "An " : "A ") + name;
 }
 
@@ -94,10 +95,10 @@ std::optional<std::pair<std::string, std::vector<std::string>>> DuplicateMessage
     case ElementKind::FluxLine:
     case ElementKind::Capzone: return labelled("");
     case ElementKind::Domain:
-      return std::make_pair(std::string("Non-unique label"),
-                            std::vector<std::string>{
-                                "A Hydrologic Unit Boundary with that label already exists!",
-                                "Please choose another name."});
+      return std::make_pair(
+          std::string("Non-unique label"),
+          std::vector<std::string>{"A Hydrologic Unit Boundary with that label already exists!",
+                                   "Please choose another name."});
     default: return std::nullopt;
   }
 }
@@ -123,11 +124,11 @@ bool BuiltInLabelCheck(Database& db, const Element& e, std::int64_t ownKey, User
   if (!HasLabel(e.kind)) return true;
   const std::string label = e.Label();
   if (const auto other = FindByLabel(db, e.kind, label); other && other->key != ownKey) {
-    ui.MessageBox(kDuplicateLabelTitle,
-                  {std::string(Info(e.kind).name) + " Label ('" + other->Label() +
-                       "') already exists!",
-                   "Please enter a new label."},
-                  Buttons::OK, Icon::Exclamation);
+    ui.MessageBox(
+        kDuplicateLabelTitle,
+        {std::string(Info(e.kind).name) + " Label ('" + other->Label() + "') already exists!",
+         "Please enter a new label."},
+        Buttons::OK, Icon::Exclamation);
     return false;
   }
   if (label.empty() || label.size() > 32 || label.find_first_of(" ,") != std::string::npos) {
@@ -147,12 +148,10 @@ bool CheckPointCount(const Element& e, std::size_t count, UserInterface& ui) {
   const KindInfo& info = Info(e.kind);
   const bool single = info.geometry == Geometry::Point || info.geometry == Geometry::Row ||
                       info.geometry == Geometry::Model;
-  const std::string given =
-      std::to_string(count) + (count == 1 ? " was given." : " were given.");
+  const std::string given = std::to_string(count) + (count == 1 ? " was given." : " were given.");
   if (single) {
     if (count == 1) return true;
-    ui.MessageBox(kVerticesTitle,
-                  {WithArticle(e.kind) + " is placed at one point (x y); " + given},
+    ui.MessageBox(kVerticesTitle, {WithArticle(e.kind) + " is placed at one point (x y); " + given},
                   Buttons::OK, Icon::Exclamation);
     return false;
   }
@@ -246,10 +245,8 @@ bool ActsOnFlow(ElementKind kind) {
     case ElementKind::Particle:
     case ElementKind::FluxLine:
     case ElementKind::Capzone:
-    case ElementKind::Text:
-      return false;
-    default:
-      return true;
+    case ElementKind::Text: return false;
+    default: return true;
   }
 }
 
@@ -321,8 +318,7 @@ Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>
       e.row.Set("X", x);
       e.row.Set("Y", y);
       break;
-    default:
-      break;
+    default: break;
   }
   return e;
 }
@@ -330,13 +326,14 @@ Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>
 bool ApplyFieldTexts(Element& e, const std::vector<std::string>& fieldTexts, UserInterface& ui) {
   Element changed = e;
   const std::string table = e.kind == ElementKind::UniformFlow ? std::string("the uniform flow")
-                                                                : std::string(Info(e.kind).table);
+                                                               : std::string(Info(e.kind).table);
   for (const std::string& text : fieldTexts) {
     const std::size_t eq = text.find('=');
     if (eq == std::string::npos || eq == 0) {
-      ui.MessageBox(kInvalidEntryTitle,
-                    {Quoted(text) + " is not of the form FIELD=VALUE.", "Please enter a new value."},
-                    Buttons::OK, Icon::Exclamation);
+      ui.MessageBox(
+          kInvalidEntryTitle,
+          {Quoted(text) + " is not of the form FIELD=VALUE.", "Please enter a new value."},
+          Buttons::OK, Icon::Exclamation);
       return false;
     }
     std::string_view field = std::string_view(text).substr(0, eq);
@@ -412,8 +409,8 @@ std::optional<Element> FindElement(Database& db, std::string_view address, UserI
   if (only == ElementKind::Particle) {
     const std::string digits(TrimST(label));
     if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
-      return none("A particle is addressed by its number: particle:<VID>, not " +
-                  Quoted(address) + ".");
+      return none("A particle is addressed by its number: particle:<VID>, not " + Quoted(address) +
+                  ".");
     if (auto p = Load(db, ElementKind::Particle, std::stoll(digits))) return p;
     return none("There is no particle " + digits + ".");
   }
@@ -432,13 +429,14 @@ std::optional<Element> FindElement(Database& db, std::string_view address, UserI
   }
   if (found.size() > 1) {
     std::string kinds;
-    for (const Element& e : found) kinds += (kinds.empty() ? "" : ", ") + std::string(Info(e.kind).word);
-    ui.MessageBox(kAmbiguousLabelTitle,
-                  {"The label " + Quoted(label) + " names elements of more than one kind: " +
-                       kinds + ".",
-                   "Name the kind with the label, as in " + std::string(Info(found.front().kind).word) +
-                       ":" + std::string(label) + "."},
-                  Buttons::OK, Icon::Exclamation);
+    for (const Element& e : found)
+      kinds += (kinds.empty() ? "" : ", ") + std::string(Info(e.kind).word);
+    ui.MessageBox(
+        kAmbiguousLabelTitle,
+        {"The label " + Quoted(label) + " names elements of more than one kind: " + kinds + ".",
+         "Name the kind with the label, as in " + std::string(Info(found.front().kind).word) + ":" +
+             std::string(label) + "."},
+        Buttons::OK, Icon::Exclamation);
     return std::nullopt;
   }
   return std::move(found.front());

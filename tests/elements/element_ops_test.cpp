@@ -83,8 +83,8 @@ TEST_F(ElementOpsTest, AddsAWellWithItsDefaultsAndTheGivenFields) {
 TEST_F(ElementOpsTest, DefaultsFollowTheModelAndTheInhomogeneities) {
   // A base lowered to 2 inside an inhomogeneity: a well there is screened from 2,
   // and a new barrier stands on the lowest base of the model.
-  ASSERT_TRUE(Add(ElementKind::Inhomogeneity, kSquare,
-                  {"Label=Low", "ChangeB=yes", "BottomElevation=2"}));
+  ASSERT_TRUE(
+      Add(ElementKind::Inhomogeneity, kSquare, {"Label=Low", "ChangeB=yes", "BottomElevation=2"}));
   const auto in = FindByLabel(db_, ElementKind::Inhomogeneity, "Low");
   ASSERT_TRUE(in);
   // Nothing else changed from the model: the model's conductivity, the top as
@@ -137,39 +137,54 @@ TEST_F(ElementOpsTest, FieldTextsAreRefusedNamingTheFieldAndTheValue) {
                  "The fields are: Head, Radius, NParticles, Label, Setback, Transient, Cyclic, "
                  "Cycles, SS, Time, TopElev, BottomElev, HeadSpecified, PPWell, StartHead, "
                  "StartElev, Pond."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Label=W", "Depth=3"}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Label=W", "Depth=3"}).has_value();
+                });
   ExpectRefused(kInvalidEntryTitle,
                 {"'Radius=abc': 'abc' is not a valid value for Radius (a number).",
                  "Please enter a new value."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Radius=abc"}).has_value(); });
-  ExpectRefused(kInvalidEntryTitle,
-                {"'ChangeK=perhaps': 'perhaps' is not a valid value for ChangeK (yes, no, true, "
-                 "false or a number).",
-                 "Please enter a new value."},
-                [&] { return Add(ElementKind::Inhomogeneity, kSquare, {"ChangeK=perhaps"}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Radius=abc"}).has_value();
+                });
+  ExpectRefused(
+      kInvalidEntryTitle,
+      {"'ChangeK=perhaps': 'perhaps' is not a valid value for ChangeK (yes, no, true, "
+       "false or a number).",
+       "Please enter a new value."},
+      [&] { return Add(ElementKind::Inhomogeneity, kSquare, {"ChangeK=perhaps"}).has_value(); });
   ExpectRefused(kInvalidEntryTitle,
                 {"'Cycles=': '' is not a valid value for Cycles (a whole number, yes or no).",
                  "Please enter a new value."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Cycles="}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Cycles="}).has_value();
+                });
   // A number is taken whole: the dialogs' parse would read "0,3" as 0.
   ExpectRefused(kInvalidEntryTitle,
                 {"'Radius=0,3': '0,3' is not a valid value for Radius (a number).",
                  "Please enter a new value."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Radius=0,3"}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Radius=0,3"}).has_value();
+                });
   ExpectRefused(kInvalidEntryTitle,
                 {"'Head=0x10': '0x10' is not a valid value for Head (a number).",
                  "Please enter a new value."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Head=0x10"}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Head=0x10"}).has_value();
+                });
   ExpectRefused(kInvalidEntryTitle,
-                {"'Label' is not of the form FIELD=VALUE.", "Please enter a new value."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"Label"}).has_value(); });
-  ExpectRefused(kInvalidEntryTitle, {"'VID=3': VID is set by TARNO and cannot be given."},
-                [&] { return Add(ElementKind::Well, {{0, 0}}, {"VID=3"}).has_value(); });
+                {"'Label' is not of the form FIELD=VALUE.", "Please enter a new value."}, [&] {
+                  return Add(ElementKind::Well, {{0, 0}}, {"Label"}).has_value();
+                });
+  ExpectRefused(kInvalidEntryTitle, {"'VID=3': VID is set by TARNO and cannot be given."}, [&] {
+    return Add(ElementKind::Well, {{0, 0}}, {"VID=3"}).has_value();
+  });
   ExpectRefused(kInvalidEntryTitle,
-                {"'UNIFLOWCompute=0': UNIFLOWCompute is set by TARNO and cannot be given."},
-                [&] { return Add(ElementKind::UniformFlow, {{0, 0}}, {"UNIFLOWCompute=0"}).has_value(); });
+                {"'UNIFLOWCompute=0': UNIFLOWCompute is set by TARNO and cannot be given."}, [&] {
+                  return Add(ElementKind::UniformFlow, {{0, 0}}, {"UNIFLOWCompute=0"}).has_value();
+                });
   EXPECT_EQ(invalidations_, 0);
-  const auto w = Add(ElementKind::Well, {{0, 0}}, {"Label=W", "Head=1.5E2", "Radius= 2 ", "Pond=yes"});
+  const auto w =
+      Add(ElementKind::Well, {{0, 0}}, {"Label=W", "Head=1.5E2", "Radius= 2 ", "Pond=yes"});
   ASSERT_TRUE(w);
   const auto well = Load(db_, ElementKind::Well, *w);
   EXPECT_EQ(well->row.Number("Head"), 150.0);
@@ -178,16 +193,21 @@ TEST_F(ElementOpsTest, FieldTextsAreRefusedNamingTheFieldAndTheValue) {
 }
 
 TEST_F(ElementOpsTest, TheNumberOfVerticesFitsTheKind) {
-  ExpectRefused(kVerticesTitle, {"A well is placed at one point (x y); 2 were given."},
-                [&] { return Add(ElementKind::Well, {{0, 0}, {1, 1}}, {"Label=W"}).has_value(); });
+  ExpectRefused(kVerticesTitle, {"A well is placed at one point (x y); 2 were given."}, [&] {
+    return Add(ElementKind::Well, {{0, 0}, {1, 1}}, {"Label=W"}).has_value();
+  });
   ExpectRefused(kVerticesTitle, {"A line-sink string needs at least 2 vertices; 1 was given."},
-                [&] { return Add(ElementKind::Linesink, {{0, 0}}, {"Label=L"}).has_value(); });
-  ExpectRefused(kVerticesTitle, {"An inhomogeneity needs at least 3 vertices; 2 were given."},
-                [&] { return Add(ElementKind::Inhomogeneity, {{0, 0}, {1, 1}}, {"Label=I"}).has_value(); });
+                [&] {
+                  return Add(ElementKind::Linesink, {{0, 0}}, {"Label=L"}).has_value();
+                });
+  ExpectRefused(kVerticesTitle, {"An inhomogeneity needs at least 3 vertices; 2 were given."}, [&] {
+    return Add(ElementKind::Inhomogeneity, {{0, 0}, {1, 1}}, {"Label=I"}).has_value();
+  });
   // An open barrier of two vertices stands; closed, it needs three, also when it
   // is closed later.
-  ExpectRefused(kVerticesTitle, {"A closed barrier needs at least 3 vertices; 2 were given."},
-                [&] { return Add(ElementKind::Barrier, {{0, 0}, {1, 1}}, {"Label=B", "Closed=1"}).has_value(); });
+  ExpectRefused(kVerticesTitle, {"A closed barrier needs at least 3 vertices; 2 were given."}, [&] {
+    return Add(ElementKind::Barrier, {{0, 0}, {1, 1}}, {"Label=B", "Closed=1"}).has_value();
+  });
   ASSERT_TRUE(Add(ElementKind::Barrier, {{0, 0}, {1, 1}}, {"Label=B"}));
   ExpectRefused(kVerticesTitle, {"A closed barrier needs at least 3 vertices; 2 were given."},
                 [&] { return EditElement(db_, "B", {"Closed=2"}, ui_).has_value(); });
@@ -197,12 +217,15 @@ TEST_F(ElementOpsTest, TheNumberOfVerticesFitsTheKind) {
 
 TEST_F(ElementOpsTest, DuplicateLabelsAreRefusedInTheirOwnTableOnly) {
   ASSERT_TRUE(Add(ElementKind::Well, {{0, 0}}, {"Label=PW1"}));
-  ExpectRefused(kDuplicateLabelTitle, {"Well Label ('PW1') already exists!", "Please enter a new label."},
-                [&] { return Add(ElementKind::Well, {{5, 5}}, {"Label=pw1"}).has_value(); });
+  ExpectRefused(kDuplicateLabelTitle,
+                {"Well Label ('PW1') already exists!", "Please enter a new label."}, [&] {
+                  return Add(ElementKind::Well, {{5, 5}}, {"Label=pw1"}).has_value();
+                });
   // Another table may hold the label.
   ASSERT_TRUE(Add(ElementKind::TestPoint, {{5, 5}}, {"Label=PW1"}));
   ASSERT_TRUE(Add(ElementKind::Well, {{9, 9}}, {"Label=PW2"}));
-  ExpectRefused(kDuplicateLabelTitle, {"Well Label ('PW1') already exists!", "Please enter a new label."},
+  ExpectRefused(kDuplicateLabelTitle,
+                {"Well Label ('PW1') already exists!", "Please enter a new label."},
                 [&] { return EditElement(db_, "PW2", {"Label=PW1"}, ui_).has_value(); });
   // An unchanged label is the element's own.
   EXPECT_TRUE(EditElement(db_, "PW2", {"Label=PW2", "Head=3"}, ui_));
@@ -218,16 +241,20 @@ TEST_F(ElementOpsTest, LabelsWithoutADialogFollowTheBuiltInRules) {
       "characters.",
       "Please enter a new label"};
   const std::vector<MapPoint> line = {{0, 0}, {10, 0}};
-  for (const std::string& label : std::vector<std::string>{"", "two words", "a,b", std::string(33, 'x')}) {
+  for (const std::string& label :
+       std::vector<std::string>{"", "two words", "a,b", std::string(33, 'x')}) {
     SCOPED_TRACE(label);
     ExpectRefused(kInvalidLabelTitle, invalid,
                   [&] { return Add(ElementKind::FluxLine, line, {"Label=" + label}).has_value(); });
   }
   ASSERT_TRUE(Add(ElementKind::FluxLine, line, {"Label=" + std::string(32, 'x')}));
-  ExpectRefused(kDuplicateLabelTitle,
-                {"Flux inspection line Label ('" + std::string(32, 'x') + "') already exists!",
-                 "Please enter a new label."},
-                [&] { return Add(ElementKind::FluxLine, line, {"Label=" + std::string(32, 'X')}).has_value(); });
+  ExpectRefused(
+      kDuplicateLabelTitle,
+      {"Flux inspection line Label ('" + std::string(32, 'x') + "') already exists!",
+       "Please enter a new label."},
+      [&] {
+        return Add(ElementKind::FluxLine, line, {"Label=" + std::string(32, 'X')}).has_value();
+      });
 }
 
 TEST_F(ElementOpsTest, AddressesFindOneElement) {

@@ -54,13 +54,13 @@ class TarnocmdElements : public TarnocmdProject {
 };
 
 TEST_F(TarnocmdElements, AddListSetAndDeleteRoundTrip) {
-  EXPECT_EQ(Ok({"add", project_, "well", "100", "200", "--set", "Label=PW1", "Head=500",
-                "Radius=0.3"}),
-            "Added well PW1\n");
-  EXPECT_EQ(Ok({"add", project_, "linesink", "0", "0", "-50.5", "100", "0", "200", "--set",
-                "label=River", "--set", "HeadSpecified=yes", "StartingHead=20", "EndingHead=18",
-                "Resistance=1"}),
-            "Added linesink River\n");
+  EXPECT_EQ(
+      Ok({"add", project_, "well", "100", "200", "--set", "Label=PW1", "Head=500", "Radius=0.3"}),
+      "Added well PW1\n");
+  EXPECT_EQ(
+      Ok({"add", project_, "linesink", "0", "0", "-50.5", "100", "0", "200", "--set", "label=River",
+          "--set", "HeadSpecified=yes", "StartingHead=20", "EndingHead=18", "Resistance=1"}),
+      "Added linesink River\n");
   EXPECT_EQ(Ok({"add", project_, "testpoint", "150", "150", "--set", "Label=MW1", "ObsHead=19.5"}),
             "Added testpoint MW1\n");
   const std::string particle = Ok({"add", project_, "particle", "90", "190", "--set", "Forward=0"});
@@ -79,10 +79,12 @@ TEST_F(TarnocmdElements, AddListSetAndDeleteRoundTrip) {
             "linesink\tRiver\t3\tHeadSpecified=1 StartingHead=20 EndingHead=18 Resistance=1 "
             "Width=0 Depth=0 Drain=0 Gallery=0 Farfield=0 Routing=0\n"
             "testpoint\tMW1\t1\tX=150 Y=150 Type=Piezometer ObsHead=19.5 ObsStreamFlow=0\n"
-            "particle\t" + particleAddress + "\t1\tX=90 Y=190 Forward=0 SatdThick=1 Elevation=0\n"
-            "text\tTown Hall\t0\tX=5 Y=6 FontSize=10\n"
-            "uniflow\tuniflow\t1\tUNIFLOWRefX=0 UNIFLOWRefY=0 UNIFLOWRefHead=20 "
-            "UNIFLOWGradient=0.001 UNIFLOWOrientation=0\n");
+            "particle\t" +
+                particleAddress +
+                "\t1\tX=90 Y=190 Forward=0 SatdThick=1 Elevation=0\n"
+                "text\tTown Hall\t0\tX=5 Y=6 FontSize=10\n"
+                "uniflow\tuniflow\t1\tUNIFLOWRefX=0 UNIFLOWRefY=0 UNIFLOWRefHead=20 "
+                "UNIFLOWGradient=0.001 UNIFLOWOrientation=0\n");
 
   EXPECT_EQ(Ok({"set", project_, "pw1", "Head=750", "Label=PW2"}), "Changed well PW2\n");
   EXPECT_EQ(Ok({"set", project_, particleAddress, "Elevation=3"}),
@@ -121,8 +123,9 @@ TEST_F(TarnocmdElements, IncompleteElementsAreNamedAndLeftOut) {
   {
     // A file damaged elsewhere: the well's vertex and the barrier's vertices gone.
     Database db = Database::Open(project_);
-    db.ExecuteRaw("delete from Vertices where X = 0 and Y = 0 and PID = -1;"
-                  "delete from Vertices where PID in (select PID from NoFlowStrings);");
+    db.ExecuteRaw(
+        "delete from Vertices where X = 0 and Y = 0 and PID = -1;"
+        "delete from Vertices where PID in (select PID from NoFlowStrings);");
   }
   const RunResult r = Run({"list", project_});
   EXPECT_EQ(r.status, 0);
@@ -162,7 +165,8 @@ TEST_F(TarnocmdElements, BadUsageExitsWithTwo) {
   Refused({"add", project_, "pump", "0", "0"}, 2,
           std::string("tarnocmd: unknown element kind \"pump\" (one of well, linesink, barrier, "
                       "inhomogeneity, lake, testpoint, particle, fluxline, capzone, domain, text, "
-                      "uniflow)\n") + kUsageLine);
+                      "uniflow)\n") +
+              kUsageLine);
   Refused({"add", project_, "well", "0"}, 2,
           std::string("tarnocmd: add needs coordinates in pairs <x> <y>; 1 number was given\n") +
               kUsageLine);
@@ -179,7 +183,8 @@ TEST_F(TarnocmdElements, BadUsageExitsWithTwo) {
   Refused({"list", project_, "pumps"}, 2,
           std::string("tarnocmd: unknown element kind \"pumps\" (one of well, linesink, barrier, "
                       "inhomogeneity, lake, testpoint, particle, fluxline, capzone, domain, text, "
-                      "uniflow)\n") + kUsageLine);
+                      "uniflow)\n") +
+              kUsageLine);
   // Not a project: nothing is made at the path.
   const RunResult r = Run({"add", (dir_ / "none.trn").string(), "well", "0", "0"});
   EXPECT_EQ(r.status, 1);
@@ -189,7 +194,8 @@ TEST_F(TarnocmdElements, BadUsageExitsWithTwo) {
 TEST_F(TarnocmdElements, ModelSettingsAreCheckedAsTheDialogChecksThem) {
   const std::string before = Ok({"model", project_});
   EXPECT_TRUE(Contains(before, "AQHydCond=1\n")) << before;
-  EXPECT_TRUE(Contains(before, "CONTOURShow=1\nCONTOURMinimum=0\nCONTOURMaximum=1\nCONTOURInterval=1\n"))
+  EXPECT_TRUE(
+      Contains(before, "CONTOURShow=1\nCONTOURMinimum=0\nCONTOURMaximum=1\nCONTOURInterval=1\n"))
       << before;
   Refused({"model", project_, "AQThickness=20", "AQHydCond=0"}, 1,
           "Bad Entry: Hydraulic Conductivity must be greater than 0.\n"
@@ -271,15 +277,18 @@ TEST_F(TarnocmdElements, TheExampleScriptBuildsSolvesAndPrintsHeads) {
   EXPECT_EQ(r.err, "");
   const std::string number = "(-?[0-9]+(\\.[0-9]+)?(E[-+][0-9]+)?)";
   std::smatch m;
-  EXPECT_TRUE(std::regex_search(out, m, std::regex("Heads at the wells:\nTownWell Head=" + number + "\n")))
+  EXPECT_TRUE(
+      std::regex_search(out, m, std::regex("Heads at the wells:\nTownWell Head=" + number + "\n")))
       << out;
-  EXPECT_TRUE(std::regex_search(out, m, std::regex("Heads at the test points:\nMW1 ObsHead=19.4 ModelHead=" +
-                                                   number + " Difference=" + number + "\n")))
+  EXPECT_TRUE(std::regex_search(
+      out, m,
+      std::regex("Heads at the test points:\nMW1 ObsHead=19.4 ModelHead=" + number +
+                 " Difference=" + number + "\n")))
       << out;
   // Every kind the script adds is in the project.
-  for (const char* kind : {"well\tTownWell", "linesink\tWestRiver", "linesink\tEastDrain",
-                           "barrier\tClayWall", "inhomogeneity\tUpland", "testpoint\tMW1",
-                           "particle\tparticle:", "uniflow\tuniflow"})
+  for (const char* kind :
+       {"well\tTownWell", "linesink\tWestRiver", "linesink\tEastDrain", "barrier\tClayWall",
+        "inhomogeneity\tUpland", "testpoint\tMW1", "particle\tparticle:", "uniflow\tuniflow"})
     EXPECT_TRUE(Contains(out, std::string("\n") + kind)) << kind;
 }
 
