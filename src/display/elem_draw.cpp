@@ -44,6 +44,7 @@
 #include "core/ui_port.h"
 #include "display/draw_common.h"
 #include "elements/element_store.h"
+#include "elements/solver_label.h"
 #include "elements/well.h"
 #include "store/database.h"
 
@@ -147,7 +148,8 @@ void StreamLinkages(DrawContext& ctx, DrawCache& cache, const std::string& label
                       st.GetDouble("Y2"), st.GetText("LinkedTo")});
   }
   for (const Row& row : rows) {
-    if (row.linkedTo.compare(0, 2, "LS") == 0) {
+    const auto linked = ParseSolverLabel(row.linkedTo);
+    if (linked && linked->prefix == Info(ElementKind::Linesink).solverPrefix) {
       Statement& link = cache.lsResultOfTarnoLabel.Get(ctx.db);
       link.Bind(1, row.linkedTo);
       if (!link.Step()) continue;
