@@ -12,11 +12,14 @@ std::string Masked(double value, const char* mask) { return FormatNumber(value, 
 std::string Unmasked(double value) { return CommandNumber(value); }
 
 std::string ElementParameterField(const std::string& tag, const std::string& pad) {
-  return "! " + PadString(tag, 12, pad) + " !";
+  return std::string("! ") + PadString(tag, 12, pad) + " !";
 }
 
 std::string AquiferParameterField(const std::string& tag, const std::string& pad) {
-  return "!" + PadString(tag, 12, pad) + "!";
+  std::string field = "!";
+  field += PadString(tag, 12, pad);
+  field += '!';
+  return field;
 }
 
 bool FieldHolds(const Row& row, std::string_view field, std::int64_t v) {

@@ -44,9 +44,9 @@ void WriteTestPointExtracts(std::ostream& out, const std::vector<Element>& testP
 void WriteFluxLineExtracts(std::ostream& out, const std::vector<Element>& fluxLines,
                            const ModelFrame& frame) {
   for (const Element& fl : fluxLines) {
-    PutLine(out, " flux " + FluxLineSolverLabel(fl.key));
+    PutLine(out, std::string(" flux ") + FluxLineSolverLabel(fl.key));
     for (const Vertex& v : fl.vertices)
-      PutLine(out, "  " + Masked(WToM_X(frame, v.X), "######0.00 ") +
+      PutLine(out, std::string("  ") + Masked(WToM_X(frame, v.X), "######0.00 ") +
                        Masked(WToM_Y(frame, v.Y), "######0.00 "));
     PutLine(out, " quit");
   }
@@ -62,7 +62,7 @@ void WriteParticleTraces(std::ostream& out, const std::vector<Element>& particle
     // true stored as -1 uses the elevation.
     const double z = p.row.Integer("SatdThick") == 1 ? saturatedTop : p.row.Number("Elevation");
     const double direction = p.row.Integer("Forward") != 0 ? 1.0 : -1.0;
-    PutLine(out, " " + Masked(WToM_X(frame, p.X()), "0.0000000E+00 ") +
+    PutLine(out, std::string(" ") + Masked(WToM_X(frame, p.X()), "0.0000000E+00 ") +
                      Masked(WToM_Y(frame, p.Y()), "0.0000000E+00 ") + Masked(z, "0.0000000E+00 ") +
                      Masked(direction, "#0.0"));
   }
