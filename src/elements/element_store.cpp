@@ -37,7 +37,8 @@ std::string KeyColumn(ElementKind kind) {
 }
 
 // Completes the elements read from the element table with their vertices, and
-// leaves out the incomplete ones.
+// leaves out the incomplete ones (reported in `skipped`), unless `keepIncomplete`
+// keeps them with the vertices they have.
 std::vector<Element> Complete(Database& db, ElementKind kind, std::vector<Element> rows,
                               std::vector<SkippedElement>* skipped, bool keepIncomplete) {
   const KindInfo& info = Info(kind);
