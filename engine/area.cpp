@@ -927,4 +927,19 @@ std::vector<WallResult> Solution::wallResults() const {
     return out;
 }
 
+std::vector<BarrierSegment> Solution::barrierSegments() const {
+    const State& s = *s_;
+    std::vector<BarrierSegment> out;
+    for (const DbEdge& d : s.edges) {
+        if (!d.wall || !d.impermeable) continue;
+        const Wall& w = s.model.walls[s.wallEls[d.owner].model];
+        BarrierSegment b;
+        b.label = w.label;
+        b.x1 = d.g.x1; b.y1 = d.g.y1; b.x2 = d.g.x2; b.y2 = d.g.y2;
+        b.bounding = w.kind == WallKind::Outside || w.kind == WallKind::Inside;
+        out.push_back(std::move(b));
+    }
+    return out;
+}
+
 }  // namespace tarno::engine

@@ -205,6 +205,15 @@ struct WallResult {
     std::vector<WallNode> nodes;
 };
 
+// A segment of a wall that passes no water at all: conductivity 0 reaching the base
+// (a wall whose bottom lies above the base lets the flow under it pass), or a wall that
+// bounds a region that is not part of the model. Pathlines do not cross these.
+struct BarrierSegment {
+    std::string label;           // the wall's label
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    bool bounding = false;       // bounds an ignored region (` outside` / ` inside`)
+};
+
 class Solution {
 public:
     explicit Solution(Model model);
@@ -253,6 +262,8 @@ public:
     // Accepted inhomogeneities and walls (skipped bad polygons are not listed).
     std::vector<InhomogeneityResult> inhomogeneityResults() const;
     std::vector<WallResult> wallResults() const;
+    // Every segment of the accepted walls that no water passes (see BarrierSegment).
+    std::vector<BarrierSegment> barrierSegments() const;
 
     // Total flow across the polyline, counted positive from the left to the right
     // of the direction in which the vertices are given.
