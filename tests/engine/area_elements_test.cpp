@@ -293,6 +293,55 @@ TEST(Inhomogeneities, BadPolygonsAreReportedAndSkippedOrMended) {
     EXPECT_EQ(s.evaluate(80, 20).conductivity, 5);
 }
 
+TEST(Inhomogeneities, CrossingPolygonsAreReportedWithBothLabels) {
+    Model m = aquiferModel(0, 10, 20, -5000, 0, 30);
+    auto rect = [](double x0, double y0, double x1, double y1, const std::string& p) {
+        return std::vector<Vertex>{{x0, y0, p + "_0100"}, {x1, y0, p + "_0200"}, {x1, y1, p + "_0300"},
+                                   {x0, y1, p + "_0400"}};
+    };
+    // Crossing: B overlaps A, and no vertex of either lies on the other.
+    m.inhomogeneities.push_back(inho(rect(0, 0, 200, 200, "IN_000001"), 5, 0, "IN_000001_0000"));
+    m.inhomogeneities.back().line = 12;
+    m.inhomogeneities.push_back(inho(rect(100, 50, 300, 250, "IN_000002"), 20, 0, "IN_000002_0000"));
+    m.inhomogeneities.back().line = 18;
+    // Not crossing: C adjoins A along a shared edge with shared vertices; D touches C
+    // with a vertex on C's edge; E is nested in C; F shares one vertex with D only.
+    m.inhomogeneities.push_back(inho(rect(0, -200, 200, 0, "IN_000003"), 8, 0, "IN_000003_0000"));
+    m.inhomogeneities.push_back(inho(rect(200, -100, 300, 0, "IN_000004"), 9, 0, "IN_000004_0000"));
+    m.inhomogeneities.push_back(inho(rect(50, -150, 100, -100, "IN_000005"), 3, 0, "IN_000005_0000"));
+    m.inhomogeneities.push_back(inho(rect(300, -200, 400, -100, "IN_000006"), 4, 0, "IN_000006_0000"));
+    // A closed wall across A's corner, a second closed wall across the first, and an
+    // island whose vertex lies on A's edge (touching, not crossing).
+    m.walls.push_back(wall(WallKind::Closed, rect(150, 150, 250, 350, "HB_000007"), 0, 1, -1, "HB_000007_0000"));
+    m.walls.back().line = 30;
+    m.walls.push_back(wall(WallKind::Closed, rect(200, 300, 260, 400, "HB_000008"), 0.1, 1, -1, "HB_000008_0000"));
+    m.walls.push_back(wall(WallKind::Inside, {{-50, 100, "a"}, {0, 150, "b"}, {-50, 200, "c"}}, 0, 1, -1, "HB_000009_0000"));
+    Solution s(m);
+    const auto rep = s.solve(opts(3));
+    std::vector<std::string> crossings;
+    for (const auto& w : s.warnings())
+        if (w.find("cross those of") != std::string::npos) crossings.push_back(w);
+    ASSERT_EQ(crossings.size(), 3u) << ::testing::PrintToString(crossings);
+    // The later inhomogeneity is left out; the domains stay nested.
+    EXPECT_EQ(crossings[0], "inhomogeneity IN_000002_0000 (line 18): its edges cross those of inhomogeneity "
+                            "IN_000001_0000 (line 12) at (200, 50), where neither has a vertex; the inhomogeneity "
+                            "IN_000002_0000 is skipped");
+    EXPECT_EQ(rep.inhomogeneities, 5);
+    EXPECT_EQ(s.evaluate(250, 150).conductivity, 10);  // B's own part: the aquifer
+    EXPECT_EQ(s.evaluate(150, 100).conductivity, 5);   // A, also where B would have been
+    // Walls are kept, each crossing named with both labels.
+    EXPECT_NE(crossings[1].find("wall HB_000007_0000 (line 30): its edges cross those of inhomogeneity "
+                                "IN_000001_0000 (line 12)"), std::string::npos) << crossings[1];
+    EXPECT_NE(crossings[1].find("both are used"), std::string::npos) << crossings[1];
+    EXPECT_NE(crossings[2].find("wall HB_000008_0000: its edges cross those of wall HB_000007_0000 (line 30)"),
+              std::string::npos) << crossings[2];
+    EXPECT_EQ(rep.walls, 3);
+    for (const auto& w : s.warnings()) {
+        for (const char* quiet : {"IN_000003", "IN_000004", "IN_000005", "IN_000006", "HB_000009"})
+            EXPECT_EQ(w.find(quiet), std::string::npos) << w;
+    }
+}
+
 // ---------------------------------------------------------------------------------
 // Walls.
 
