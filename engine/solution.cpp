@@ -1034,10 +1034,24 @@ double Solution::streamFunction(double x, double y) const {
         const auto b = detail::dbPsi(d.g, x, y);
         psi += d.val[0] * b[0] + d.val[1] * b[1] + d.val[2] * b[2];
     }
-    // Ponds count as the wells they are from outside (a branch cut in the -x direction);
-    // area sinks have no stream function where they recharge, and recharge polygons are
-    // left out (see docs/solver-area-elements.md).
-    for (const auto& p : s.ponds) psi -= p.rate * p.R * p.R / 2.0 * std::atan2(y - p.y, x - p.x);
+    // Area sinks: where water is recharged (inside a recharge polygon or a pond) the flow
+    // has a divergence and no stream function exists: NaN, which grids write as blanks.
+    // Outside, a pond counts as the well it is from there and a recharge polygon by the
+    // exact exterior form of its area sink; each has a branch cut in the -x direction
+    // (from the centre, from the polygon's first vertex) across which the stream function
+    // jumps by the water it puts in. Transient wells are left out: their flow comes from
+    // storage everywhere their drawdown has reached, so no stream function includes them
+    // (see docs/solver.md).
+    for (const auto& d : s.domains) {
+        if (!d.hasSink || d.extraction == 0.0) continue;
+        if (detail::insidePolygon(d.sink.v, x, y)) return std::numeric_limits<double>::quiet_NaN();
+        psi += -d.extraction * detail::areaSinkOmegaOutside(d.sink, x, y).imag();
+    }
+    for (const auto& p : s.ponds) {
+        if (p.rate == 0.0) continue;
+        if ((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y) < p.R * p.R) return std::numeric_limits<double>::quiet_NaN();
+        psi -= p.rate * p.R * p.R / 2.0 * std::atan2(y - p.y, x - p.x);
+    }
     return psi;
 }
 

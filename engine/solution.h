@@ -249,10 +249,12 @@ public:
     // True where a wall of kind outside or inside excludes the point from the model
     // (heads there are kDryHead; grids blank them).
     bool ignored(double x, double y) const;
-    // The stream function (branch cuts run from each well and pond in the -x direction
-    // and from each line-sink along its own line beyond its first vertex). Line-doublets
-    // add their continuous part. Recharge polygons are left out: where water is recharged
-    // there is no stream function, so the value is that of the other elements only.
+    // The stream function (branch cuts run from each well and pond in the -x direction,
+    // from each recharge polygon's first vertex in the -x direction, and from each
+    // line-sink along its own line beyond its first vertex). Line-doublets add their
+    // continuous part. NaN inside recharge polygons and ponds, where water is recharged
+    // and no stream function exists. Transient wells are left out (their flow comes from
+    // storage: no stream function includes it).
     double streamFunction(double x, double y) const;
 
     std::vector<WellResult> wellResults() const;          // fully penetrating wells

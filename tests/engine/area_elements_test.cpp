@@ -1,4 +1,5 @@
 // Area elements, walls and ponds against exact solutions.
+#include "engine/area.h"
 #include "engine/extract.h"
 #include "engine/solution.h"
 #include "helpers.h"
@@ -549,6 +550,72 @@ TEST(AreaResults, FluxWithDoubletsMatchesIntegratedDischarge) {
     // Around the closed impermeable wall nothing passes.
     std::vector<std::pair<double, double>> around = {{-650, 250}, {-350, 250}, {-350, 550}, {-650, 550}, {-650, 250}};
     EXPECT_NEAR(s.flux(around), 0.0, 1e-6 * std::fabs(q));
+}
+
+// A U-shaped recharge polygon: outside it, also in its notch (where the polygon lies on
+// three sides of the point), the stream function includes its area sink exactly; inside
+// it and inside a pond there is none.
+TEST(AreaResults, StreamFunctionIncludesRechargePolygonsOutsideThem) {
+    const std::vector<Vertex> u = {{0, 0, "a"},     {300, 0, "b"},   {300, 300, "c"}, {200, 300, "d"},
+                                   {200, 100, "e"}, {100, 100, "f"}, {100, 300, "g"}, {0, 300, "h"}};
+    const double area = 300 * 300 - 100 * 200, N = -0.002;  // recharge 0.002 inside
+    const std::vector<std::pair<double, double>> outside = {
+        {150, 200}, {150, 290}, {400, 150}, {150, -100}, {-200, 500}, {1500, -900}, {-80, 40}};
+
+    // The kernel: its real part is the area sink's potential, found by the other route.
+    {
+        std::vector<detail::Pt> poly;
+        for (const auto& v : u) poly.push_back({v.x, v.y});
+        const auto sink = detail::makeAreaSink(poly);
+        for (auto [x, y] : outside)
+            EXPECT_NEAR(detail::areaSinkOmegaOutside(sink, x, y).real(), detail::areaSinkPotential(sink, x, y),
+                        1e-9 * area) << x << ", " << y;
+    }
+
+    Model m = aquiferModel(0, 10, 20, -3000, 0, 40);
+    m.aquifer.qx0 = 0.5;
+    m.aquifer.qy0 = -0.2;
+    m.inhomogeneities.push_back(inho(u, 25, N, "IN_000001_0000"));
+    Pond pond;
+    pond.x = 800;
+    pond.y = 600;
+    pond.radius = 50;
+    pond.value = 0.01;
+    pond.label = "WL_000002";
+    m.ponds.push_back(pond);
+    Solution s(m);
+    s.solve(opts(10));
+
+    // Cauchy-Riemann: Qx = -dPsi/dy, Qy = dPsi/dx.
+    const double h = 1e-3;
+    for (auto [x, y] : outside) {
+        const auto [qx, qy] = s.discharge(x, y);
+        const double dPsiDx = (s.streamFunction(x + h, y) - s.streamFunction(x - h, y)) / (2 * h);
+        const double dPsiDy = (s.streamFunction(x, y + h) - s.streamFunction(x, y - h)) / (2 * h);
+        const double scale = std::hypot(qx, qy);
+        EXPECT_NEAR(-dPsiDy, qx, 1e-6 * scale) << x << ", " << y;
+        EXPECT_NEAR(dPsiDx, qy, 1e-6 * scale) << x << ", " << y;
+    }
+    // The flow between two points, integrated along the line between them, is the
+    // difference of the stream function (the line passes the notch, not the polygon).
+    for (auto [a, b] : {std::pair{std::pair{150.0, 150.0}, std::pair{150.0, 550.0}},
+                        std::pair{std::pair{400.0, -50.0}, std::pair{-200.0, -20.0}},
+                        std::pair{std::pair{-200.0, 20.0}, std::pair{-100.0, 580.0}}}) {
+        const double q = s.flux({a, b});
+        EXPECT_NEAR(s.streamFunction(a.first, a.second) - s.streamFunction(b.first, b.second), q,
+                    1e-7 * std::fabs(N) * area) << q;
+    }
+    // The branch cut runs from the first vertex in the -x direction: across it the
+    // stream function jumps by the water put in.
+    const double jump = s.streamFunction(-150, 1e-7) - s.streamFunction(-150, -1e-7);
+    EXPECT_NEAR(jump, N * area, 1e-6 * std::fabs(N) * area);
+    EXPECT_NEAR(s.streamFunction(-150, 1) - s.streamFunction(-150, 2), s.flux({{-150, 1}, {-150, 2}}),
+                1e-6 * std::fabs(N) * area);
+    // Where water is recharged there is none.
+    EXPECT_TRUE(std::isnan(s.streamFunction(50, 150)));
+    EXPECT_TRUE(std::isnan(s.streamFunction(250, 50)));
+    EXPECT_TRUE(std::isnan(s.streamFunction(810, 590)));
+    EXPECT_TRUE(std::isfinite(s.streamFunction(870, 600)));
 }
 
 TEST(AreaResults, SaveAndLoadKeepTheAreaElements) {
