@@ -293,6 +293,9 @@ class Tracer {
       }
       if (advanced) {
         if (t >= st_.maxTime) return finish(path, PathEnd::MaxTime);
+        if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
+        if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
+        if (x < xmin_ || x > xmax_ || y < ymin_ || y > ymax_) return finish(path, PathEnd::Window);
         continue;
       }
       if (!ok) return finish(path, PathEnd::Dry);
