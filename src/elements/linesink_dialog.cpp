@@ -54,6 +54,10 @@ LinesinkString::LinesinkString() {
   field[kPrecipitation].visible = false;
   unit[8].visible = false;
   field[kEvapotranspiration].visible = false;
+  // The stage table is offered to an outlet stream only.
+  prompt[9].enabled = false;
+  field[kOutletTable].enabled = false;
+  fileOutletFileEnabled = false;
   scenarioPrompt[1].text = "Resistance";
   scenarioPrompt[2].text = "Flux Target Name";
 
@@ -66,6 +70,8 @@ LinesinkString::LinesinkString() {
   for (int i : {0, 1, 2, 3, 4, 5, 6, 7, 9, 10}) tbdata[i] = "0";
   tbScenario[1] = kNone;
   tbScenario[2] = kNone;
+  // Clearing the routing boxes brings the routing tab into line, as their click does.
+  RoutingRules();
 }
 
 void LinesinkString::SetUnits(bool computeMeters) {
