@@ -34,17 +34,10 @@ int LinesinkString::TabOf(int index) {
 }
 
 LinesinkString::LinesinkString() {
-  const char* prompts[kFieldCount] = {"Starting Head",
-                                      "Ending Head",
-                                      "Resistance",
-                                      "Width",
-                                      "Depth",
-                                      "Overland Flow",
-                                      "End Inflow",
-                                      "Total Discharge:",
-                                      "",
-                                      "Filename for \"stage table\":",
-                                      "Precipitation"};
+  const char* prompts[kFieldCount] = {
+      "Starting Head", "Ending Head", "Resistance",       "Width", "Depth",
+      "Overland Flow", "End Inflow",  "Total Discharge:", "",      "Filename for \"stage table\":",
+      "Precipitation"};
   for (int i = 0; i < kFieldCount; ++i) prompt[i].text = prompts[i];
   unit[kOverlandFlow].text = "ft^2/day";  // the form's own until the load step
   // The form as it is drawn: the total discharge, the precipitation and the lake's
@@ -418,11 +411,10 @@ bool LinesinkString::OK(Database& db, UserInterface& ui) {
 
   if (tbLabel.empty())
     return Fail(ui, kLabelField, "Data Missing", {"A unique Label must be specified."});
-  if (auto found = FindByLabel(db, ElementKind::Linesink, tbLabel);
-      found && tbLabel != oldLabel_) {
-    return Fail(ui, kLabelField, "Duplicate Label",
-                {"Linesink Label ('" + found->Label() + "') already exists!",
-                 "Please enter a new label."});
+  if (auto found = FindByLabel(db, ElementKind::Linesink, tbLabel); found && tbLabel != oldLabel_) {
+    return Fail(
+        ui, kLabelField, "Duplicate Label",
+        {"Linesink Label ('" + found->Label() + "') already exists!", "Please enter a new label."});
   }
   if (chkRouting[0].checked && StartHead() == EndHead()) {
     return Fail(ui, kStartHead, kBadEntry,
@@ -524,16 +516,16 @@ Element LinesinkDefaults(std::vector<Vertex> vertices) {
 bool DisableRoutingOfShortString(Element& e, bool checkRouting, UserInterface& ui) {
   if (!checkRouting || e.vertices.size() != 2) return false;
   e.row.Set("Routing", 0);
-  ui.MessageBox("DATABASE INTEGRITY CHECK",
-                {"The line-sink string '" + e.Label() + "' is part of a stream network,",
-                 "but contains only one line-sink.", " TARNO has disabled ",
-                 "stream flow for this string! After the database integrity",
-                 "check is complete you must:",
-                 "1) add at least one vertex to this line-sink string",
-                 "2) set the starting head different from the ending head",
-                 "3) check 'Use stream flow routing' on the Routing tab",
-                 "Failure to do this may corrupt your stream network."},
-                Buttons::OK, Icon::Exclamation);
+  ui.MessageBox(
+      "DATABASE INTEGRITY CHECK",
+      {"The line-sink string '" + e.Label() + "' is part of a stream network,",
+       "but contains only one line-sink.", " TARNO has disabled ",
+       "stream flow for this string! After the database integrity",
+       "check is complete you must:", "1) add at least one vertex to this line-sink string",
+       "2) set the starting head different from the ending head",
+       "3) check 'Use stream flow routing' on the Routing tab",
+       "Failure to do this may corrupt your stream network."},
+      Buttons::OK, Icon::Exclamation);
   return true;
 }
 

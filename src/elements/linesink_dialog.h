@@ -78,11 +78,11 @@ class LinesinkString : public ElementDialog {
   // (field 9), and unit 6 serves field 6 or field 10. The stage table has none.
   std::array<Control, kFieldCount> unit{};
   Option option = kHeadSpecified;
-  Box chkFarField;                 // "Treat as "far-field""
-  std::array<Box, 4> chkRouting;   // streamflow routing, end, inlet, outlet stream
+  Box chkFarField;                // "Treat as "far-field""
+  std::array<Box, 4> chkRouting;  // streamflow routing, end, inlet, outlet stream
   bool fileOutletFileEnabled = true;
-  int autoLocation = 0;            // "Linesink Location": 0 unknown, 1 centerline, 2 boundary
-  Box chkScenario;                 // "Include in scenarios"
+  int autoLocation = 0;  // "Linesink Location": 0 unknown, 1 centerline, 2 boundary
+  Box chkScenario;       // "Include in scenarios"
   std::array<std::string, 3> tbScenario;    // 1 the resistance's tag, 2 the flux target name
   std::array<Control, 3> scenarioPrompt{};  // index 0 unused
   std::array<Control, 3> scenarioField{};   // index 0 unused
@@ -95,7 +95,7 @@ class LinesinkString : public ElementDialog {
   // ---- User actions.
   void TypeLabel(std::string text) { tbLabel = std::move(text); }
   void TypeField(int index, std::string text);  // sets the change flag
-  void ClickHeadSpec(int index);                 // 0 head-, 1 discharge-specified
+  void ClickHeadSpec(int index);                // 0 head-, 1 discharge-specified
   void ClickDrain();
   void ClickGallery();
   void ClickLake();

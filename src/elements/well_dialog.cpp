@@ -52,11 +52,11 @@ int WellProperties::TabOf(int index) {
 }
 
 WellProperties::WellProperties() {
-  const char* prompts[kFieldCount] = {"X coordinate",   "Y coordinate",        "Discharge",
-                                      "Radius",         "Top of screen",       "Bottom of Screen",
-                                      "Storage Coefficient", "Starting Head", "Starting Time",
-                                      "Number of Cycles", "Setback Radius",  "Number of Particles",
-                                      "Starting Elevation"};
+  const char* prompts[kFieldCount] = {
+      "X coordinate",      "Y coordinate",     "Discharge",           "Radius",
+      "Top of screen",     "Bottom of Screen", "Storage Coefficient", "Starting Head",
+      "Starting Time",     "Number of Cycles", "Setback Radius",      "Number of Particles",
+      "Starting Elevation"};
   for (int i = 0; i < kFieldCount; ++i) {
     field[i].prompt = prompts[i];
     tbData[i] = "0";
@@ -303,9 +303,9 @@ bool WellProperties::OK(Database& db, UserInterface& ui) {
   const std::string top = GeneralNumber(aquiferTop);
 
   if (auto found = FindByLabel(db, ElementKind::Well, tbLabel); found && tbLabel != oldLabel_) {
-    return Fail(ui, kLabelField, "Duplicate Label",
-                {"Well Label ('" + found->Label() + "') already exists!",
-                 "Please enter a new label."});
+    return Fail(
+        ui, kLabelField, "Duplicate Label",
+        {"Well Label ('" + found->Label() + "') already exists!", "Please enter a new label."});
   }
   if (Characters(tbLabel) > 32 || tbLabel.find_first_of(" ,") != std::string::npos ||
       tbLabel.empty()) {
@@ -315,7 +315,8 @@ bool WellProperties::OK(Database& db, UserInterface& ui) {
                  "Please enter a new label"});
   }
   // Every number is tested, also where its field is disabled or hidden.
-  if (Radius() <= 0) return Fail(ui, kRadius, kBadEntry, {"Radius must be greater than 0.", kNewValue});
+  if (Radius() <= 0)
+    return Fail(ui, kRadius, kBadEntry, {"Radius must be greater than 0.", kNewValue});
   if (TopElev() < localBase || TopElev() > aquiferTop) {
     return Fail(ui, kTopElev, kBadEntry,
                 {"Top of Screen must be between the local base and the aquifer top.",

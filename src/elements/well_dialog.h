@@ -28,8 +28,8 @@ class WellProperties : public ElementDialog {
 
   // The tabs, in their order.
   enum Tab { kGeneralTab = 0, kGeometryTab, kTransientTab, kOtherTab, kTabCount };
-  static constexpr std::array<const char*, kTabCount> kTabNames = {
-      "General", "3-D Geometry", "Transient Well", "Other"};
+  static constexpr std::array<const char*, kTabCount> kTabNames = {"General", "3-D Geometry",
+                                                                   "Transient Well", "Other"};
 
   // The number fields, tbData(0) to tbData(12).
   enum Field {
@@ -75,22 +75,20 @@ class WellProperties : public ElementDialog {
   std::array<FieldState, kFieldCount> field{};
   // optHeadSpec: index 0 "Head-Specified", index 1 "Discharge-Specified".
   int optHeadSpec = 1;
-  bool optHeadSpecEnabled = true;
-  Box chkPond;                     // "Use circular area-sink function"
-  Box chkPPWell;                   // "Use 3-D Partially Penetrating Function"
+  Box chkPond;                      // "Use circular area-sink function"
+  Box chkPPWell;                    // "Use 3-D Partially Penetrating Function"
   std::array<Box, 2> chkTransient;  // "Use Theis Transient Well Function", "Cyclic Pumping ..."
-  Box chkTrace;                    // "Trace particles from well"
-  std::string lengthUnit = "meters", flowUnit = "m^3/day", rateUnit = "m/day",
-              mapUnit = "meters";
+  Box chkTrace;                     // "Trace particles from well"
+  std::string lengthUnit = "meters", flowUnit = "m^3/day", rateUnit = "m/day", mapUnit = "meters";
 
   // ---- User actions.
   void TypeLabel(std::string text) { tbLabel = std::move(text); }  // tracked by neither flag
   void TypeField(int index, std::string text);                     // FormChanged, NeedRetrace
-  void ClickHeadSpec(int index);                                    // FormChanged
-  void ClickPond(bool checked);                                     // FormChanged
-  void ClickPPWell(bool checked);                                   // FormChanged
-  void ClickTransient(int index, bool checked);                     // FormChanged, prompt 8
-  void ClickTrace(bool checked);                                    // NeedRetrace
+  void ClickHeadSpec(int index);                                   // FormChanged
+  void ClickPond(bool checked);                                    // FormChanged
+  void ClickPPWell(bool checked);                                  // FormChanged
+  void ClickTransient(int index, bool checked);                    // FormChanged, prompt 8
+  void ClickTrace(bool checked);                                   // NeedRetrace
   // A field lost the focus: every empty number field becomes "0".
   void LeaveField();
   // The form came up: the label is remembered as the old label; the focus goes to

@@ -33,9 +33,9 @@ class DialogProject : public ::testing::Test {
     std::filesystem::remove_all(dir_);
   }
   void RaiseBaseOverSquare(double base) {
-    Element inho = NewElement(ElementKind::Inhomogeneity,
-                              {{0, 0, 0, 0, 0}, {0, 0, 0, 100, 0}, {0, 0, 0, 100, 100},
-                               {0, 0, 0, 0, 100}});
+    Element inho =
+        NewElement(ElementKind::Inhomogeneity,
+                   {{0, 0, 0, 0, 0}, {0, 0, 0, 100, 0}, {0, 0, 0, 100, 100}, {0, 0, 0, 0, 100}});
     inho.row.Set("Label", "raised");
     inho.row.Set("ChangeB", true);
     inho.row.Set("BottomElevation", base);

@@ -180,9 +180,9 @@ TEST_F(LinesinkDialogTest, ScenarioTags) {
   d.tbScenario[1] = "bad tag";
   EXPECT_TRUE(Passes(d)) << "no check without the box";
   d.ClickScenario(true);
-  for (const std::string& tag : {std::string(13, 'k'), std::string(""), std::string("__NONE__"),
-                                 std::string("a-b"), std::string("a_b"), std::string("a,b"),
-                                 std::string("a b"), std::string("   ")}) {
+  for (const std::string& tag :
+       {std::string(13, 'k'), std::string(""), std::string("__NONE__"), std::string("a-b"),
+        std::string("a_b"), std::string("a,b"), std::string("a b"), std::string("   ")}) {
     SCOPED_TRACE("[" + tag + "]");
     d.tbScenario[1] = tag;
     ExpectRefused(d, "Bad Entry", lines, L::kScenarioResistanceField, L::kScenariosTab);
@@ -348,7 +348,8 @@ TEST_F(LinesinkDialogTest, TheChangeFlagAndTheOutletFile) {
   EXPECT_TRUE(e.FormChanged());
   e.ChooseOutletFile("plain");
   EXPECT_EQ(e.OutletTable(), "plain");
-  EXPECT_EQ(e.BasePath, "/data/stage tables") << "outlet files are listed from the project's folder";
+  EXPECT_EQ(e.BasePath, "/data/stage tables")
+      << "outlet files are listed from the project's folder";
 }
 
 // ---------------------------------------------------------------------------
@@ -495,15 +496,15 @@ TEST_F(LinesinkDialogTest, ARoutedStringOfOneLinesinkLosesItsRouting) {
   s.row.Set("Label", "Short");
   s.row.Set("Routing", 1);
   ScriptedUserInterface ui;
-  ui.ExpectMessage("DATABASE INTEGRITY CHECK",
-                   {"The line-sink string 'Short' is part of a stream network,",
-                    "but contains only one line-sink.", " TARNO has disabled ",
-                    "stream flow for this string! After the database integrity",
-                    "check is complete you must:",
-                    "1) add at least one vertex to this line-sink string",
-                    "2) set the starting head different from the ending head",
-                    "3) check 'Use stream flow routing' on the Routing tab",
-                    "Failure to do this may corrupt your stream network."});
+  ui.ExpectMessage(
+      "DATABASE INTEGRITY CHECK",
+      {"The line-sink string 'Short' is part of a stream network,",
+       "but contains only one line-sink.", " TARNO has disabled ",
+       "stream flow for this string! After the database integrity",
+       "check is complete you must:", "1) add at least one vertex to this line-sink string",
+       "2) set the starting head different from the ending head",
+       "3) check 'Use stream flow routing' on the Routing tab",
+       "Failure to do this may corrupt your stream network."});
   EXPECT_TRUE(DisableRoutingOfShortString(s, true, ui));
   ui.Verify();
   EXPECT_EQ(s.row.Integer("Routing"), 0);

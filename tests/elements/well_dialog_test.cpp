@@ -53,15 +53,18 @@ TEST_F(WellDialogTest, EachNumberCheckNamesItsFieldAndTab) {
   const std::vector<Case> cases = {
       {W::kRadius, "0", {"Radius must be greater than 0.", again}, W::kGeneralTab},
       {W::kRadius, "-2", {"Radius must be greater than 0.", again}, W::kGeneralTab},
-      {W::kTopElev, "60.5",
+      {W::kTopElev,
+       "60.5",
        {"Top of Screen must be between the local base and the aquifer top.",
         "The local base is 10 and the auifer top is 60.", again},
        W::kGeometryTab},
-      {W::kTopElev, "9.5",
+      {W::kTopElev,
+       "9.5",
        {"Top of Screen must be between the local base and the aquifer top.",
         "The local base is 10 and the auifer top is 60.", again},
        W::kGeometryTab},
-      {W::kBottomElev, "9.99",
+      {W::kBottomElev,
+       "9.99",
        {"Bottom of Screen must be greater than or equal to the local base.",
         "The local base at this well is 10", again},
        W::kGeometryTab},
@@ -116,8 +119,8 @@ TEST_F(WellDialogTest, AnEmptiedFieldReadsAsZero) {
   W d = Loaded(well);
   d.TypeField(W::kRadius, "");
   d.TypeField(W::kHead, "");
-  EXPECT_FALSE(
-      ExpectRefused(d, "Bad Entry", {"Radius must be greater than 0.", "Please enter a new value."}));
+  EXPECT_FALSE(ExpectRefused(d, "Bad Entry",
+                             {"Radius must be greater than 0.", "Please enter a new value."}));
   EXPECT_EQ(d.tbData[W::kRadius], "0");
   EXPECT_EQ(d.tbData[W::kHead], "0");
   // A number with trailing text reads as far as it goes.
@@ -141,11 +144,12 @@ TEST_F(WellDialogTest, TheChecksStopAtTheFirstFailure) {
   EXPECT_EQ(d.failedField, W::kLabelField);
   EXPECT_EQ(d.failedTab, -1);
   d.TypeLabel("W1");
-  EXPECT_FALSE(
-      ExpectRefused(d, "Bad Entry", {"Radius must be greater than 0.", "Please enter a new value."}));
+  EXPECT_FALSE(ExpectRefused(d, "Bad Entry",
+                             {"Radius must be greater than 0.", "Please enter a new value."}));
   d.TypeField(W::kRadius, "1");
-  EXPECT_FALSE(ExpectRefused(
-      d, "Bad Entry", {"Storage Coefficient must be between 0 and 1.", "Please enter a new value."}));
+  EXPECT_FALSE(
+      ExpectRefused(d, "Bad Entry",
+                    {"Storage Coefficient must be between 0 and 1.", "Please enter a new value."}));
 }
 
 TEST_F(WellDialogTest, LabelsDuplicateTooLongBlankOrWithComma) {
@@ -157,18 +161,18 @@ TEST_F(WellDialogTest, LabelsDuplicateTooLongBlankOrWithComma) {
     EXPECT_TRUE(d.OK(db_, ui)) << "its own unchanged label is no duplicate";
   }
   d.TypeLabel("Other");
-  EXPECT_FALSE(ExpectRefused(d, "Duplicate Label",
-                             {"Well Label ('Other') already exists!", "Please enter a new label."}));
+  EXPECT_FALSE(ExpectRefused(
+      d, "Duplicate Label", {"Well Label ('Other') already exists!", "Please enter a new label."}));
   // The project compares labels without regard to case; the message names the row found.
   d.TypeLabel("OTHER");
-  EXPECT_FALSE(ExpectRefused(d, "Duplicate Label",
-                             {"Well Label ('Other') already exists!", "Please enter a new label."}));
+  EXPECT_FALSE(ExpectRefused(
+      d, "Duplicate Label", {"Well Label ('Other') already exists!", "Please enter a new label."}));
 
   const std::vector<std::string> invalid = {
       "Well label cannot contain spaces or commas, be blank, or be larger than 32 characters.",
       "Please enter a new label"};
-  for (const std::string& label : {std::string(33, 'A'), std::string(" "), std::string("a,b"),
-                                   std::string("")}) {
+  for (const std::string& label :
+       {std::string(33, 'A'), std::string(" "), std::string("a,b"), std::string("")}) {
     SCOPED_TRACE("[" + label + "]");
     d.TypeLabel(label);
     EXPECT_FALSE(ExpectRefused(d, "Invalid Label", invalid));
@@ -199,8 +203,9 @@ TEST_F(WellDialogTest, TracingChecksTheCountAndTheStartingElevation) {
   W d = Loaded(well);
   d.ClickTrace(true);
   d.TypeField(W::kNParticles, "0");
-  EXPECT_FALSE(ExpectRefused(d, "Bad Entry", {"Number of Particles must be greater than 0.",
-                                              "Please enter a new value."}));
+  EXPECT_FALSE(
+      ExpectRefused(d, "Bad Entry",
+                    {"Number of Particles must be greater than 0.", "Please enter a new value."}));
   EXPECT_EQ(d.failedTab, W::kOtherTab);
   d.TypeField(W::kNParticles, "8");
   d.TypeField(W::kStartElev, "61");
@@ -218,10 +223,10 @@ TEST_F(WellDialogTest, AHiddenOrDisabledFieldStillBlocksOK) {
   d.ClickPond(true);
   ASSERT_FALSE(d.field[W::kBottomElev].visible);
   d.TypeField(W::kTopElev, "65");  // a pond above the aquifer top
-  EXPECT_FALSE(ExpectRefused(d, "Bad Entry",
-                             {"Top of Screen must be between the local base and the aquifer top.",
-                              "The local base is 10 and the auifer top is 60.",
-                              "Please enter a new value."}));
+  EXPECT_FALSE(ExpectRefused(
+      d, "Bad Entry",
+      {"Top of Screen must be between the local base and the aquifer top.",
+       "The local base is 10 and the auifer top is 60.", "Please enter a new value."}));
   d.TypeField(W::kTopElev, "50");
   d.TypeField(W::kBottomElev, "5");
   EXPECT_FALSE(ExpectRefused(d, "Bad Entry",
@@ -230,8 +235,9 @@ TEST_F(WellDialogTest, AHiddenOrDisabledFieldStillBlocksOK) {
   d.TypeField(W::kBottomElev, "10");
   ASSERT_FALSE(d.field[W::kSS].enabled);
   d.TypeField(W::kSS, "3");
-  EXPECT_FALSE(ExpectRefused(
-      d, "Bad Entry", {"Storage Coefficient must be between 0 and 1.", "Please enter a new value."}));
+  EXPECT_FALSE(
+      ExpectRefused(d, "Bad Entry",
+                    {"Storage Coefficient must be between 0 and 1.", "Please enter a new value."}));
 }
 
 // ---------------------------------------------------------------------------
@@ -248,8 +254,8 @@ TEST_F(WellDialogTest, ADischargeWellOffersEverythingButTheTracingFields) {
   EXPECT_EQ(d.field[W::kSS].unit, "(dimensionless)");
   EXPECT_EQ(d.field[W::kTime].unit, "days");
   EXPECT_EQ(d.field[W::kTime].prompt, "Starting Time");
-  for (int i : {W::kTopElev, W::kBottomElev, W::kSS, W::kStartHead, W::kTime, W::kCycles,
-                W::kSetback})
+  for (int i :
+       {W::kTopElev, W::kBottomElev, W::kSS, W::kStartHead, W::kTime, W::kCycles, W::kSetback})
     EXPECT_TRUE(d.field[i].enabled) << i;
   EXPECT_TRUE(d.chkTransient[0].enabled);
   EXPECT_FALSE(d.field[W::kNParticles].enabled);

@@ -42,8 +42,7 @@ QLabel* Note(const char* text) {
 }  // namespace
 
 LinesinkStringView::LinesinkStringView(LinesinkString& model, UserInterface& ui,
-                                       std::function<std::string()> projectFile,
-                                       QWidget* parent)
+                                       std::function<std::string()> projectFile, QWidget* parent)
     : QDialog(parent), model_(model), ui_(ui), projectFile_(std::move(projectFile)) {
   setWindowTitle(L::kTitle);
   auto* layout = new QVBoxLayout(this);
@@ -147,7 +146,8 @@ LinesinkStringView::LinesinkStringView(LinesinkString& model, UserInterface& ui,
   column = new QVBoxLayout(page);
   chkScenario_ = new QCheckBox(QStringLiteral("Include in scenarios"));
   column->addWidget(chkScenario_);
-  column->addWidget(new QLabel(QStringLiteral("Enter symbolic names for the following properties:")));
+  column->addWidget(
+      new QLabel(QStringLiteral("Enter symbolic names for the following properties:")));
   grid = new QGridLayout;
   column->addLayout(grid);
   for (int i = 1; i <= 2; ++i) {

@@ -233,8 +233,8 @@ void WellPropertiesView::PressOK() {
   // The failed field comes forward with its text selected.
   if (model_.failedTab >= 0) tabs_->setCurrentIndex(model_.failedTab);
   QLineEdit* edit = model_.failedField == W::kLabelField ? tbLabel_
-                    : model_.failedField >= 0           ? tbData_[model_.failedField]
-                                                        : nullptr;
+                    : model_.failedField >= 0            ? tbData_[model_.failedField]
+                                                         : nullptr;
   if (edit != nullptr) {
     edit->setFocus();
     edit->selectAll();
