@@ -10,6 +10,8 @@
 
 #include "app/shell_models.h"
 #include "display/navigation.h"
+#include "elements/linesink_dialog.h"
+#include "elements/well_dialog.h"
 #include "solver/command_file.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
@@ -32,6 +34,7 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity>;  // around a solve
+               SolverIntegrity,                     // around a solve
+               WellProperties, LinesinkString>;  // the elements
 
 }  // namespace tarno

@@ -5,6 +5,7 @@
 #include "app/dialog_registry.h"
 #include "app/shell_models.h"
 #include "app/views/gui_options_view.h"
+#include "app/views/linesink_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/project_settings_view.h"
@@ -12,6 +13,7 @@
 #include "app/views/solve_views.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
+#include "app/views/well_view.h"
 #include "core/error.h"
 #include "display/navigation.h"
 #include "solver/solve_dialogs.h"
@@ -85,6 +87,12 @@ auto MakeView(ConvergeDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(SolverIntegrity& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SolverIntegrityView>(m, parent);
+}
+auto MakeView(WellProperties& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<WellPropertiesView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(LinesinkString& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<LinesinkStringView>(m, *c.port, c.projectFile, parent);
 }
 
 }  // namespace

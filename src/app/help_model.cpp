@@ -44,6 +44,15 @@ const std::vector<DialogPage>& DialogPages() {
       {"SolverIntegrity", "", "solving.md#solver-integrity-check"},
       {"GUIOptions", "", "map.md#gui-options"},
       {"RestoreWindow", "", "map.md#saved-windows"},
+      {"WellProperties", "", "wells.md#well-properties"},
+      {"WellProperties", "General", "wells.md#general"},
+      {"WellProperties", "3-D Geometry", "wells.md#3-d-geometry"},
+      {"WellProperties", "Transient Well", "wells.md#transient-well"},
+      {"WellProperties", "Other", "wells.md#other"},
+      {"LinesinkString", "", "linesinks.md#linesink-string-properties"},
+      {"LinesinkString", "General", "linesinks.md#general"},
+      {"LinesinkString", "Routing", "linesinks.md#routing"},
+      {"LinesinkString", "Scenarios", "linesinks.md#scenarios"},
   };
   return pages;
 }
@@ -71,6 +80,12 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "The Map and the Window",
        {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
         S("GUI options"), S("Pictures of the map")}},
+      {"wells.md",
+       "Wells",
+       {S("Well properties"), S("General"), S("3-D geometry"), S("Transient well"), S("Other")}},
+      {"linesinks.md",
+       "Line-Sink Strings",
+       {S("Linesink string properties"), S("General"), S("Routing"), S("Scenarios")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

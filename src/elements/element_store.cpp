@@ -418,4 +418,9 @@ AquiferFrame LoadAquiferFrame(Database& db) {
   return f;
 }
 
+std::string LoadBasePath(Database& db) {
+  Statement st = db.Prepare("select TARNOBasePath from Project");
+  return st.Step() ? st.GetText(0) : std::string();
+}
+
 }  // namespace tarno

@@ -99,4 +99,7 @@ struct AquiferFrame {
 };
 AquiferFrame LoadAquiferFrame(Database& db);
 
+// The project's folder of the solver files and stage tables (Project.TARNOBasePath).
+std::string LoadBasePath(Database& db);
+
 }  // namespace tarno
