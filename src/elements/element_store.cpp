@@ -365,4 +365,10 @@ AquiferFrame LoadAquiferFrame(Database& db) {
   return f;
 }
 
+double LoadAquiferHydCond(Database& db) {
+  Statement st = db.Prepare("select AQHydCond from Model");
+  if (!st.Step()) throw Error("The Model table has no row");
+  return st.GetDouble(0);
+}
+
 }  // namespace tarno

@@ -81,4 +81,8 @@ struct AquiferFrame {
 };
 AquiferFrame LoadAquiferFrame(Database& db);
 
+// The model's hydraulic conductivity (AQHydCond), which an inhomogeneity whose
+// conductivity is not its own shows.
+double LoadAquiferHydCond(Database& db);
+
 }  // namespace tarno
