@@ -11,20 +11,18 @@ std::string NumberText(const Row& row, std::string_view field) {
   return GeneralNumber(row.Number(field));
 }
 
-void StoreNumber(Row& row, std::string_view field, const std::string& text,
-                 const std::string& loaded) {
-  if (text == loaded) return;
+void StoreNumber(Row& row, std::string_view field, const std::string& text) {
+  if (text == NumberText(row, field)) return;
   row.Set(field, Val(text));
 }
 
-void StoreText(Row& row, std::string_view field, const std::string& text,
-               const std::string& loaded) {
-  if (text == loaded) return;
+void StoreText(Row& row, std::string_view field, const std::string& text) {
+  if (text == row.Text(field)) return;
   row.Set(field, text);
 }
 
-void StoreFlag(Row& row, std::string_view field, bool value, bool loaded) {
-  if (value == loaded) return;
+void StoreFlag(Row& row, std::string_view field, bool value) {
+  if (value == row.Flag(field)) return;
   row.Set(field, value);
 }
 

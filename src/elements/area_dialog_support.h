@@ -15,17 +15,15 @@ namespace tarno::area_dialogs {
 std::string NumberText(const Row& row, std::string_view field);
 std::string NumberText(double value);
 
-// Writes a field back from the dialog. A text that is still the text it was loaded
-// with leaves the stored value as it is, so that an unchanged dialog writes back
-// exactly what it read (the shown text may round the stored number). A changed
-// text is read with the decimal parse of the text fields (empty reads as 0).
-void StoreNumber(Row& row, std::string_view field, const std::string& text,
-                 const std::string& loaded);
-// The same for a text field and a yes/no field: unchanged, the stored value stays
-// (a yes stored as -1 is not rewritten as 1).
-void StoreText(Row& row, std::string_view field, const std::string& text,
-               const std::string& loaded);
-void StoreFlag(Row& row, std::string_view field, bool value, bool loaded);
+// Writes a field back from the dialog. A text that is what the row's value shows
+// leaves the stored value as it is, so that an unchanged dialog writes back exactly
+// what it read (the shown text may round the stored number). Another text is read
+// with the decimal parse of the text fields (empty reads as 0).
+void StoreNumber(Row& row, std::string_view field, const std::string& text);
+// The same for a text field and a yes/no field: where the row already holds the
+// value, it stays (a yes stored as -1 is not rewritten as 1).
+void StoreText(Row& row, std::string_view field, const std::string& text);
+void StoreFlag(Row& row, std::string_view field, bool value);
 
 // The unit words of a project measured in metres or in feet.
 struct Units {

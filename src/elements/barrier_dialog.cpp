@@ -74,7 +74,6 @@ void NoFlowString::LoadElement(Database& db, const Element& e) {
   Label = e.row.Text("Label");
 
   oldLabel_ = Label;
-  loadedLabel_ = Label;
   loaded_ = tbData;
   loadedClosed_ = ClosedCode();
   failedField = Field::None;
@@ -122,12 +121,16 @@ bool NoFlowString::OK(Database& db, UserInterface& ui) {
 
 void NoFlowString::StoreElement(Element& e) const {
   using area_dialogs::StoreNumber;
-  StoreNumber(e.row, "HydCond", tbData[kHydCond], loaded_[kHydCond]);
-  StoreNumber(e.row, "Thickness", tbData[kThickness], loaded_[kThickness]);
-  StoreNumber(e.row, "Porosity", tbData[kPorosity], loaded_[kPorosity]);
-  StoreNumber(e.row, "BottomElevation", tbData[kBottomElevation], loaded_[kBottomElevation]);
-  if (ClosedCode() != loadedClosed_) e.row.Set("Closed", ClosedCode());
-  area_dialogs::StoreText(e.row, "Label", Label, loadedLabel_);
+  StoreNumber(e.row, "HydCond", tbData[kHydCond]);
+  StoreNumber(e.row, "Thickness", tbData[kThickness]);
+  StoreNumber(e.row, "Porosity", tbData[kPorosity]);
+  StoreNumber(e.row, "BottomElevation", tbData[kBottomElevation]);
+  // A number the boxes read the same way (another non-zero code of an older file)
+  // stays as it is.
+  NoFlowString stored;
+  stored.SetClosedCode(e.row.Integer("Closed"));
+  if (stored.ClosedCode() != ClosedCode()) e.row.Set("Closed", ClosedCode());
+  area_dialogs::StoreText(e.row, "Label", Label);
 }
 
 bool NoFlowString::Invalidate() const { return tbData != loaded_ || ClosedCode() != loadedClosed_; }

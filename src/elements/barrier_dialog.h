@@ -83,7 +83,6 @@ class NoFlowString : public ElementDialog {
   std::int64_t key_ = 0;
   std::string oldLabel_;
   std::array<std::string, 4> loaded_{"0", "1", "0.2", "0"};
-  std::string loadedLabel_;
   int loadedClosed_ = 0;
 };
 

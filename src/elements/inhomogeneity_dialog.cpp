@@ -151,11 +151,9 @@ void Inhomogeneity::LoadElement(Database& db, const Element& e) {
   UpdateEnabled();
 
   oldLabel_ = Label;
-  loadedLabel_ = Label;
   loaded_ = tbData;
   loadedFlags_ = Flags();
   loadedTags_ = tbScenario;
-  loadedColor_ = color;
   failedField = Field::None;
   failedTab = kGeneralTab;
   Result = 2;
@@ -204,22 +202,23 @@ void Inhomogeneity::StoreElement(Element& e) const {
   using area_dialogs::StoreFlag;
   using area_dialogs::StoreNumber;
   using area_dialogs::StoreText;
-  StoreText(e.row, "Label", Label, loadedLabel_);
-  StoreFlag(e.row, "ChangeK", chkChangeK, loadedFlags_[0]);
-  StoreNumber(e.row, "HydCond", tbData[kHydCond], loaded_[kHydCond]);
-  StoreFlag(e.row, "ChangeR", chkChangeR, loadedFlags_[1]);
-  StoreNumber(e.row, "Recharge", tbData[kRecharge], loaded_[kRecharge]);
-  StoreFlag(e.row, "ChangeP", chkChangeP, loadedFlags_[2]);
-  StoreNumber(e.row, "Porosity", tbData[kPorosity], loaded_[kPorosity]);
-  StoreFlag(e.row, "ChangeB", chkChangeB, loadedFlags_[3]);
-  StoreNumber(e.row, "BottomElevation", tbData[kBottomElevation], loaded_[kBottomElevation]);
-  StoreNumber(e.row, "AverageHead", tbData[kAverageHead], loaded_[kAverageHead]);
-  StoreFlag(e.row, "ChangeA", chkChangeA, loadedFlags_[4]);
-  StoreFlag(e.row, "chkScenarioHydCond", chkScenarioHydCond, loadedFlags_[5]);
-  StoreFlag(e.row, "chkScenarioRecharge", chkScenarioRecharge, loadedFlags_[6]);
-  StoreText(e.row, "ScenHydCond", tbScenario[1], loadedTags_[1]);
-  StoreText(e.row, "ScenRecharge", tbScenario[2], loadedTags_[2]);
-  if (color != loadedColor_) e.row.Set("Color", static_cast<std::int64_t>(color));
+  StoreText(e.row, "Label", Label);
+  StoreFlag(e.row, "ChangeK", chkChangeK);
+  StoreNumber(e.row, "HydCond", tbData[kHydCond]);
+  StoreFlag(e.row, "ChangeR", chkChangeR);
+  StoreNumber(e.row, "Recharge", tbData[kRecharge]);
+  StoreFlag(e.row, "ChangeP", chkChangeP);
+  StoreNumber(e.row, "Porosity", tbData[kPorosity]);
+  StoreFlag(e.row, "ChangeB", chkChangeB);
+  StoreNumber(e.row, "BottomElevation", tbData[kBottomElevation]);
+  StoreNumber(e.row, "AverageHead", tbData[kAverageHead]);
+  StoreFlag(e.row, "ChangeA", chkChangeA);
+  StoreFlag(e.row, "chkScenarioHydCond", chkScenarioHydCond);
+  StoreFlag(e.row, "chkScenarioRecharge", chkScenarioRecharge);
+  StoreText(e.row, "ScenHydCond", tbScenario[1]);
+  StoreText(e.row, "ScenRecharge", tbScenario[2]);
+  if (static_cast<std::uint32_t>(e.row.Integer("Color")) != color)
+    e.row.Set("Color", static_cast<std::int64_t>(color));
 }
 
 bool Inhomogeneity::FormChanged() const {

@@ -123,12 +123,10 @@ class Inhomogeneity : public ElementDialog {
 
   std::int64_t key_ = 0;
   std::string oldLabel_;
-  // What LoadElement filled, to write back unchanged values as they were.
-  std::string loadedLabel_;
+  // What LoadElement filled, for FormChanged.
   std::array<std::string, 5> loaded_{};
   std::array<bool, 7> loadedFlags_{};  // K, R, P, B, A, scenario K, scenario R
   std::array<std::string, 3> loadedTags_{};
-  std::uint32_t loadedColor_ = 0;
   std::array<bool, 7> Flags() const;
 };
 

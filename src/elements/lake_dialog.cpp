@@ -45,9 +45,7 @@ void Lake::LoadElement(Database& db, const Element& e) {
   tbData[kStageTable] = e.row.Text("StageTableFilename");
   color = static_cast<std::uint32_t>(e.row.Integer("Color"));
 
-  loadedLabel_ = tbLabel;
   loaded_ = tbData;
-  loadedColor_ = color;
   failedField = Field::None;
   Result = 2;
 }
@@ -77,16 +75,15 @@ bool Lake::OK(Database&, UserInterface& ui) {
 
 void Lake::StoreElement(Element& e) const {
   using area_dialogs::StoreNumber;
-  area_dialogs::StoreText(e.row, "Label", tbLabel, loadedLabel_);
-  StoreNumber(e.row, "InterriorConductivity", tbData[kInterriorConductivity],
-              loaded_[kInterriorConductivity]);
-  StoreNumber(e.row, "AddedRechargeRate", tbData[kAddedRechargeRate], loaded_[kAddedRechargeRate]);
-  StoreNumber(e.row, "Evapotranspiration", tbData[kEvapotranspiration],
-              loaded_[kEvapotranspiration]);
-  StoreNumber(e.row, "Resistance", tbData[kResistance], loaded_[kResistance]);
-  StoreNumber(e.row, "Width", tbData[kWidth], loaded_[kWidth]);
-  area_dialogs::StoreText(e.row, "StageTableFilename", tbData[kStageTable], loaded_[kStageTable]);
-  if (color != loadedColor_) e.row.Set("Color", static_cast<std::int64_t>(color));
+  area_dialogs::StoreText(e.row, "Label", tbLabel);
+  StoreNumber(e.row, "InterriorConductivity", tbData[kInterriorConductivity]);
+  StoreNumber(e.row, "AddedRechargeRate", tbData[kAddedRechargeRate]);
+  StoreNumber(e.row, "Evapotranspiration", tbData[kEvapotranspiration]);
+  StoreNumber(e.row, "Resistance", tbData[kResistance]);
+  StoreNumber(e.row, "Width", tbData[kWidth]);
+  area_dialogs::StoreText(e.row, "StageTableFilename", tbData[kStageTable]);
+  if (static_cast<std::uint32_t>(e.row.Integer("Color")) != color)
+    e.row.Set("Color", static_cast<std::int64_t>(color));
 }
 
 bool Lake::FormChanged() const { return tbData != loaded_; }

@@ -70,9 +70,7 @@ class Lake : public ElementDialog {
   Field failedField = Field::None;
 
  private:
-  std::string loadedLabel_;
   std::array<std::string, 6> loaded_{};
-  std::uint32_t loadedColor_ = 0;
 };
 
 // A new lake with the defaults of its table: every number 0, no stage table, no

@@ -67,9 +67,9 @@ bool UniformFlow::OK(Database& db, UserInterface& ui) {
 
 void UniformFlow::StoreElement(Element& e) const {
   using area_dialogs::StoreNumber;
-  StoreNumber(e.row, "UNIFLOWRefHead", tbdata[kHead], loaded_[kHead]);
-  StoreNumber(e.row, "UNIFLOWGradient", tbdata[kGradient], loaded_[kGradient]);
-  StoreNumber(e.row, "UNIFLOWOrientation", tbdata[kOrientation], loaded_[kOrientation]);
+  StoreNumber(e.row, "UNIFLOWRefHead", tbdata[kHead]);
+  StoreNumber(e.row, "UNIFLOWGradient", tbdata[kGradient]);
+  StoreNumber(e.row, "UNIFLOWOrientation", tbdata[kOrientation]);
   if (!e.vertices.empty()) {
     e.row.Set("UNIFLOWRefX", e.vertices.front().X);
     e.row.Set("UNIFLOWRefY", e.vertices.front().Y);
