@@ -10,6 +10,10 @@
 
 #include "app/shell_models.h"
 #include "display/navigation.h"
+#include "elements/barrier_dialog.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
+#include "elements/uniform_flow_dialog.h"
 #include "solver/command_file.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
@@ -32,6 +36,7 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity>;  // around a solve
+               SolverIntegrity,  // around a solve
+               NoFlowString, Inhomogeneity, Lake, UniformFlow>;  // barriers, areas, uniform flow
 
 }  // namespace tarno

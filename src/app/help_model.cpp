@@ -44,6 +44,11 @@ const std::vector<DialogPage>& DialogPages() {
       {"SolverIntegrity", "", "solving.md#solver-integrity-check"},
       {"GUIOptions", "", "map.md#gui-options"},
       {"RestoreWindow", "", "map.md#saved-windows"},
+      {"NoFlowString", "", "barriers-and-areas.md#barrier-properties"},
+      {"Inhomogeneity", "", "barriers-and-areas.md#inhomogeneity-properties"},
+      {"Inhomogeneity", "Scenarios", "barriers-and-areas.md#inhomogeneity-scenarios"},
+      {"Lake", "", "barriers-and-areas.md#lake-properties"},
+      {"UniformFlow", "", "barriers-and-areas.md#uniform-flow-properties"},
   };
   return pages;
 }
@@ -71,6 +76,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "The Map and the Window",
        {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
         S("GUI options"), S("Pictures of the map")}},
+      {"barriers-and-areas.md",
+       "Barriers, Inhomogeneities, Lakes and Uniform Flow",
+       {S("Barrier properties"), S("Inhomogeneity properties"), S("Inhomogeneity scenarios"),
+        S("Lake properties"), S("Uniform flow properties")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

@@ -677,7 +677,10 @@ TEST(DialogRegistryTest, EveryShownDialogHasItsView) {
 TEST(DialogRegistryTest, EveryDialogModelOfTheSourcesIsInTheRegistry) {
   namespace fs = std::filesystem;
   const std::vector<std::string> registry = ShownDialogs::Names();
-  const std::regex declaration(R"(class\s+(\w+)\s*(?:final\s*)?:\s*public\s+DialogModel\b)");
+  // The element dialogs derive from DialogModel through ElementDialog, the
+  // interface they share, which is no dialog of its own.
+  const std::regex declaration(
+      R"(class\s+(\w+)\s*(?:final\s*)?:\s*public\s+(?:DialogModel|ElementDialog)\b)");
   const std::regex name(R"re(kName\s*=\s*"([^"]*)")re");
   int models = 0;
   for (const auto& entry : fs::recursive_directory_iterator(fs::path(TARNO_SOURCE_DIR) / "src")) {
@@ -686,8 +689,9 @@ TEST(DialogRegistryTest, EveryDialogModelOfTheSourcesIsInTheRegistry) {
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     for (auto it = std::sregex_iterator(text.begin(), text.end(), declaration);
          it != std::sregex_iterator(); ++it) {
-      ++models;
       const std::string cls = (*it)[1];
+      if (cls == "ElementDialog") continue;
+      ++models;
       // The model's own name stands in its body, before the next class begins.
       const std::size_t from = static_cast<std::size_t>(it->position() + it->length());
       const std::size_t next = text.find("\nclass ", from);
