@@ -100,7 +100,8 @@ bool NoFlowString::OK(Database& db, UserInterface& ui) {
     const auto other = FindByLabel(db, ElementKind::Barrier, Label);
     if (other && (key_ == 0 || other->key != key_))
       return fail(Field::Label, "Duplicate Label",
-                  {area_dialogs::DuplicateLabelLine("Barrier", Label), "Please enter a new label."});
+                  {area_dialogs::DuplicateLabelLine("Barrier", Label),
+                   "Please enter a new label."});
   }
   if (Label.empty()) return fail(Field::Label, "Data Missing", {area_dialogs::kNoLabel});
   // A conductivity or thickness of 0 passes: the test is for a negative number.

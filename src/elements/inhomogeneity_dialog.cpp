@@ -170,7 +170,8 @@ bool Inhomogeneity::OK(Database& db, UserInterface& ui) {
     return false;
   };
 
-  if (Label.empty()) return fail(Field::Label, kGeneralTab, "Data Missing", {area_dialogs::kNoLabel});
+  if (Label.empty())
+    return fail(Field::Label, kGeneralTab, "Data Missing", {area_dialogs::kNoLabel});
   if (Label != oldLabel_) {
     const auto other = FindByLabel(db, ElementKind::Inhomogeneity, Label);
     if (other && (key_ == 0 || other->key != key_))

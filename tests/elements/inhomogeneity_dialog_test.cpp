@@ -212,8 +212,8 @@ TEST_F(InhomogeneityDialogTest, ChecksInOrderWithTheirTexts) {
                 Field::HydCond, 0);
   d.tbData[Inhomogeneity::kHydCond] = "0";
 
-  const std::vector<std::string> porosity = {"Porosity must be greater than 0 and no larger than 1.",
-                                             "Please enter a new value."};
+  const std::vector<std::string> porosity = {
+      "Porosity must be greater than 0 and no larger than 1.", "Please enter a new value."};
   for (const char* bad : {"0", "-0.5", "1.01", "", "-2"}) {
     SCOPED_TRACE(bad);
     d.tbData[Inhomogeneity::kPorosity] = bad;
