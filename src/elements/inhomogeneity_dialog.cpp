@@ -30,8 +30,10 @@ void Inhomogeneity::UpdateEnabled() {
   chkChangeAEnabled = chkChangeB;
   chkScenarioHydCondEnabled = chkChangeK;
   chkScenarioRechargeEnabled = chkChangeR;
-  scenarioEnabled[1] = chkScenarioHydCond;
-  scenarioEnabled[2] = chkScenarioRecharge;
+  // A tag is editable with its box checked, and only while the box itself may be
+  // changed (a row that holds a checked box behind a cleared value keeps it locked).
+  scenarioEnabled[1] = chkScenarioHydCond && chkScenarioHydCondEnabled;
+  scenarioEnabled[2] = chkScenarioRecharge && chkScenarioRechargeEnabled;
 }
 
 void Inhomogeneity::ClickChangeK(bool checked) {
