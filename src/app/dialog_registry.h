@@ -10,7 +10,11 @@
 
 #include "app/shell_models.h"
 #include "display/navigation.h"
+#include "elements/barrier_dialog.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
 #include "elements/linesink_dialog.h"
+#include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
 #include "solver/command_file.h"
 #include "solver/solve_dialogs.h"
@@ -34,7 +38,8 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity,                     // around a solve
-               WellProperties, LinesinkString>;  // the elements
+               SolverIntegrity,                                      // around a solve
+               WellProperties, LinesinkString,                       // wells and streams
+               NoFlowString, Inhomogeneity, Lake, UniformFlow>;  // barriers, areas, uniform flow
 
 }  // namespace tarno

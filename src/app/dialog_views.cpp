@@ -4,13 +4,17 @@
 
 #include "app/dialog_registry.h"
 #include "app/shell_models.h"
+#include "app/views/barrier_view.h"
 #include "app/views/gui_options_view.h"
+#include "app/views/inhomogeneity_view.h"
+#include "app/views/lake_view.h"
 #include "app/views/linesink_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
+#include "app/views/uniform_flow_view.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
 #include "app/views/well_view.h"
@@ -93,6 +97,18 @@ auto MakeView(WellProperties& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(LinesinkString& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<LinesinkStringView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(NoFlowString& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<NoFlowStringView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(Inhomogeneity& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<InhomogeneityView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(Lake& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<LakeView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(UniformFlow& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<UniformFlowView>(m, *c.port, c.projectFile, parent);
 }
 
 }  // namespace

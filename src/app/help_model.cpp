@@ -53,6 +53,11 @@ const std::vector<DialogPage>& DialogPages() {
       {"LinesinkString", "General", "linesinks.md#general"},
       {"LinesinkString", "Routing", "linesinks.md#routing"},
       {"LinesinkString", "Scenarios", "linesinks.md#scenarios"},
+      {"NoFlowString", "", "barriers-and-areas.md#barrier-properties"},
+      {"Inhomogeneity", "", "barriers-and-areas.md#inhomogeneity-properties"},
+      {"Inhomogeneity", "Scenarios", "barriers-and-areas.md#inhomogeneity-scenarios"},
+      {"Lake", "", "barriers-and-areas.md#lake-properties"},
+      {"UniformFlow", "", "barriers-and-areas.md#uniform-flow-properties"},
   };
   return pages;
 }
@@ -86,6 +91,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
       {"linesinks.md",
        "Line-Sink Strings",
        {S("Linesink string properties"), S("General"), S("Routing"), S("Scenarios")}},
+      {"barriers-and-areas.md",
+       "Barriers, Inhomogeneities, Lakes and Uniform Flow",
+       {S("Barrier properties"), S("Inhomogeneity properties"), S("Inhomogeneity scenarios"),
+        S("Lake properties"), S("Uniform flow properties")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

@@ -1,6 +1,10 @@
 #include "elements/element_dialog.h"
 
+#include "elements/barrier_dialog.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
 #include "elements/linesink_dialog.h"
+#include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
 
 namespace tarno {
@@ -11,7 +15,14 @@ std::unique_ptr<ElementDialog> MakeElementDialog(ElementKind kind) {
       return std::make_unique<WellProperties>();
     case ElementKind::Linesink:
       return std::make_unique<LinesinkString>();
-    // Each kind's dialog joins here as it is built.
+    case ElementKind::Barrier:
+      return std::make_unique<NoFlowString>();
+    case ElementKind::Inhomogeneity:
+      return std::make_unique<Inhomogeneity>();
+    case ElementKind::Lake:
+      return std::make_unique<Lake>();
+    case ElementKind::UniformFlow:
+      return std::make_unique<UniformFlow>();
     default:
       return nullptr;
   }

@@ -423,4 +423,10 @@ std::string LoadBasePath(Database& db) {
   return st.Step() ? st.GetText(0) : std::string();
 }
 
+double LoadAquiferHydCond(Database& db) {
+  Statement st = db.Prepare("select AQHydCond from Model");
+  if (!st.Step()) throw Error("The Model table has no row");
+  return st.GetDouble(0);
+}
+
 }  // namespace tarno

@@ -101,5 +101,8 @@ AquiferFrame LoadAquiferFrame(Database& db);
 
 // The project's folder of the solver files and stage tables (Project.TARNOBasePath).
 std::string LoadBasePath(Database& db);
+// The model's hydraulic conductivity (AQHydCond), which an inhomogeneity whose
+// conductivity is not its own shows.
+double LoadAquiferHydCond(Database& db);
 
 }  // namespace tarno
