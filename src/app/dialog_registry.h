@@ -10,6 +10,10 @@
 
 #include "app/shell_models.h"
 #include "display/navigation.h"
+#include "elements/flux_inspect_dialog.h"
+#include "elements/particle_dialog.h"
+#include "elements/test_point_dialog.h"
+#include "elements/text_label_dialog.h"
 #include "solver/command_file.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
@@ -32,6 +36,8 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity>;  // around a solve
+               SolverIntegrity,  // around a solve
+               TestPointProperties, ParticleProperties, FluxInspectDialog,
+               TextLabelProperties>;  // observation and tracing objects, text labels
 
 }  // namespace tarno
