@@ -44,6 +44,10 @@ const std::vector<DialogPage>& DialogPages() {
       {"SolverIntegrity", "", "solving.md#solver-integrity-check"},
       {"GUIOptions", "", "map.md#gui-options"},
       {"RestoreWindow", "", "map.md#saved-windows"},
+      {"TestPointProperties", "", "observations.md#test-point-properties"},
+      {"ParticleProperties", "", "observations.md#particle-properties"},
+      {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
+      {"TextLabelProperties", "", "observations.md#text-label-properties"},
   };
   return pages;
 }
@@ -71,6 +75,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "The Map and the Window",
        {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
         S("GUI options"), S("Pictures of the map")}},
+      {"observations.md",
+       "Observations, Particles and Labels",
+       {S("Test point properties"), S("Particle properties"),
+        S("Flux lines, protection areas and boundaries"), S("Text label properties")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),
