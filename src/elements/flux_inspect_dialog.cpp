@@ -41,7 +41,7 @@ std::string DefaultStringLabel(Database& db, ElementKind kind, BoundaryKind boun
   if (kind == ElementKind::Domain) {
     word = boundary == BoundaryKind::FarField ? "FF"
            : boundary == BoundaryKind::Model  ? "MB"
-                                               : "HU";
+                                              : "HU";
     prefix = BoundaryLabelPrefix(boundary);
   }
   std::size_t n = LoadAll(db, kind).size() + 1;
@@ -123,10 +123,10 @@ bool FluxInspectDialog::OK(Database& db, UserInterface& ui) {
   }
   // The project file holds a label in 32 characters; a longer one would not store.
   if (StoredLabel().size() > kLabelSize) {
-    return fail("Invalid Label", {"The label cannot be longer than " +
-                                      std::to_string(kLabelSize - labelPrefix.size()) +
-                                      " characters.",
-                                  "Please enter a new label."});
+    return fail("Invalid Label",
+                {"The label cannot be longer than " +
+                     std::to_string(kLabelSize - labelPrefix.size()) + " characters.",
+                 "Please enter a new label."});
   }
   Result = 1;
   return true;

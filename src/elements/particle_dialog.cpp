@@ -55,8 +55,8 @@ void ParticleProperties::LoadLastUse(Database& db) {
 }
 
 void ParticleProperties::LoadElement(Database& db, const Element& e) {
-  Fill(db, {static_cast<int>(e.row.Integer("Forward")), static_cast<int>(e.row.Integer("SatdThick")),
-            e.row.Number("Elevation")});
+  Fill(db, {static_cast<int>(e.row.Integer("Forward")),
+            static_cast<int>(e.row.Integer("SatdThick")), e.row.Number("Elevation")});
   key_ = e.key;
   loaded_ = e;
 }

@@ -43,7 +43,7 @@ class ParticleProperties : public ElementDialog {
   static constexpr const char* kName = "ParticleProperties";
   static constexpr const char* kTitle = "Particle Properties             (F1 for Help)";
   static constexpr std::array<const char*, 2> kDirectionOptions = {"Backward in time",
-                                                                    "Forward in time"};
+                                                                   "Forward in time"};
   static constexpr const char* kSatdThickCaption = "Start at top of saturated thickness";
   static constexpr const char* kSatdThickTip =
       "On-start at aquifer top  Off-start at entered elevation";

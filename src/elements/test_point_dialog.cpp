@@ -132,9 +132,9 @@ bool TestPointProperties::OK(Database& db, UserInterface& ui) {
   };
   if (const auto other = FindByLabel(db, ElementKind::TestPoint, tbLabel);
       other && other->key != key_) {
-    return fail(Field::Label, "Duplicate Label",
-                {"Test Point Label ('" + tbLabel + "') already exists!",
-                 "Please enter a new label."});
+    return fail(
+        Field::Label, "Duplicate Label",
+        {"Test Point Label ('" + tbLabel + "') already exists!", "Please enter a new label."});
   }
   // A blank or a comma would split the label in the observation files of parameter
   // estimation, where labels are delimited by them.

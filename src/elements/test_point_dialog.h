@@ -49,8 +49,7 @@ class TestPointProperties : public ElementDialog {
   static constexpr const char* kTitle = "Test Point Properties               (F1 for Help)";
   static constexpr const char* kLabelPrompt = "Label for the test point (point of observed head)";
   static constexpr const char* kObsPrompt = "Observed head at the test point";
-  static constexpr std::array<const char*, 3> kTypeOptions = {"Piezometer", "Gage*",
-                                                               "Lake Stage*"};
+  static constexpr std::array<const char*, 3> kTypeOptions = {"Piezometer", "Gage*", "Lake Stage*"};
   // The note under the options before the user first picks a type, as the dialog has
   // always shown it.
   static constexpr const char* kFirstNote =
@@ -92,7 +91,7 @@ class TestPointProperties : public ElementDialog {
   std::string tbObs = "0";
   TestPointType TPType = TestPointType::Piezometer;
   std::string lblObserved = "Observed Head";
-  std::string lblUnit = "m";         // the unit of the observed value
+  std::string lblUnit = "m";  // the unit of the observed value
   std::string lblNote = kFirstNote;
   std::string lblCoordinateUnit = "meters";  // the map's unit, beside X and Y
 

@@ -40,7 +40,8 @@ bool TextLabelProperties::OK(Database&, UserInterface& ui) {
     ui.MessageBox(title, lines, Buttons::OK, Icon::Exclamation);
     return false;
   };
-  if (TrimST(tbText).empty()) return fail(Field::Text, "Data Missing", {"Text must be specified. "});
+  if (TrimST(tbText).empty())
+    return fail(Field::Text, "Data Missing", {"Text must be specified. "});
   if (tbText.size() > kTextSize)
     return fail(Field::Text, "Invalid Entry",
                 {"The text cannot be longer than 255 characters.", "Please re-enter"});
@@ -50,9 +51,9 @@ bool TextLabelProperties::OK(Database&, UserInterface& ui) {
     return fail(Field::FontName, "Invalid Entry",
                 {"The font name cannot be longer than 255 characters.", "Please re-enter"});
   if (!IsWholeEntry(tbFontSize, 1, kLargestFont) || TrimST(tbFontSize).empty())
-    return fail(Field::FontSize, "Invalid Entry",
-                {"The font size must be a whole number of points from 1 to 32767.",
-                 "Please re-enter"});
+    return fail(
+        Field::FontSize, "Invalid Entry",
+        {"The font size must be a whole number of points from 1 to 32767.", "Please re-enter"});
   for (const auto& [field, text] : {std::pair{Field::X, &tbX}, std::pair{Field::Y, &tbY}}) {
     if (!IsNumberEntry(*text))
       return fail(field, "Invalid Entry", {"Invalid data value.  Please re-enter"});

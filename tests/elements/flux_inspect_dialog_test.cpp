@@ -1,6 +1,8 @@
 // The name-and-colour dialog of flux inspection lines, protection areas and the three
 // boundaries: its purpose and title by kind, the label checks of each table in
 // their order, the prefixes of the boundaries' labels, and the colour.
+#include "elements/flux_inspect_dialog.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,7 +10,6 @@
 #include "core/scripted_ui.h"
 #include "dialog_project.h"
 #include "elements/element_dialog.h"
-#include "elements/flux_inspect_dialog.h"
 
 namespace tarno::testing {
 namespace {
@@ -110,7 +111,7 @@ TEST_F(FluxInspectDialogTest, TheUniquenessOfABoundarySeesItsStoredLabel) {
   FluxInspectDialog d;
   d.LoadElement(db_, NewBoundary(BoundaryKind::FarField, Square()));
   EXPECT_EQ(d.Prompt, "Farfield Properties");
-  ExpectRefused(d, "Data Missing", kMissing) ;
+  ExpectRefused(d, "Data Missing", kMissing);
   d.tbLabel = "valley";
   ExpectRefused(d, "Non-unique label", kNonUnique);
 

@@ -1,5 +1,7 @@
 // The particle dialog: direction and elevation checks, the enabling rules, the
 // settings of the last use, the write-back, and the arithmetic of a particle grid.
+#include "elements/particle_dialog.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,7 +9,6 @@
 #include "core/scripted_ui.h"
 #include "dialog_project.h"
 #include "elements/element_dialog.h"
-#include "elements/particle_dialog.h"
 
 namespace tarno::testing {
 namespace {

@@ -1,12 +1,13 @@
 // The test point dialog: its checks in order with their exact texts, the one field
 // that serves the observed head or the stream flow by type, and the write-back.
+#include "elements/test_point_dialog.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "core/scripted_ui.h"
 #include "dialog_project.h"
-#include "elements/test_point_dialog.h"
 
 namespace tarno::testing {
 namespace {
@@ -15,8 +16,8 @@ using Field = TestPointProperties::Field;
 
 class TestPointDialogTest : public DialogProject {
  protected:
-  Element TestPoint(const std::string& label, double x, double y, const std::string& type = "Piezometer",
-                    double head = 0, double flow = 0) {
+  Element TestPoint(const std::string& label, double x, double y,
+                    const std::string& type = "Piezometer", double head = 0, double flow = 0) {
     Element e = NewElement(ElementKind::TestPoint, Point(x, y));
     e.row.Set("Label", label);
     e.row.Set("Type", type);

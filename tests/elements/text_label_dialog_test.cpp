@@ -1,5 +1,7 @@
 // The text label dialog: its checks with the field they send the user back to, the
 // write-back of the fields it shows, and the fields it leaves alone.
+#include "elements/text_label_dialog.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,7 +9,6 @@
 #include "core/scripted_ui.h"
 #include "dialog_project.h"
 #include "elements/element_dialog.h"
-#include "elements/text_label_dialog.h"
 
 namespace tarno::testing {
 namespace {
@@ -45,8 +46,7 @@ TEST_F(TextLabelDialogTest, ChecksRunInTheOrderOfTheFields) {
   ExpectRefused(d, "Data Missing", {"Text must be specified. "}, Field::Text);
   d.tbText = std::string(256, 'a');
   ExpectRefused(d, "Invalid Entry",
-                {"The text cannot be longer than 255 characters.", "Please re-enter"},
-                Field::Text);
+                {"The text cannot be longer than 255 characters.", "Please re-enter"}, Field::Text);
   d.tbText = std::string(255, 'a');
   d.tbFontName = "";
   ExpectRefused(d, "Data Missing", {"Font name must be specified. "}, Field::FontName);

@@ -45,8 +45,8 @@ inline void SelectRefused(QLineEdit* edit) {
 // The typing filter of number fields: digits, the point, the signs and the
 // exponent's "E" (the "+" so that a shown "1E+15" stays editable).
 inline void NumberFilter(QLineEdit* edit) {
-  edit->setValidator(new QRegularExpressionValidator(
-      QRegularExpression(QStringLiteral("[0-9.+\\-E]*")), edit));
+  edit->setValidator(
+      new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9.+\\-E]*")), edit));
 }
 
 // The OK and Cancel buttons at the right of a row.

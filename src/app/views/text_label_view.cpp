@@ -31,8 +31,8 @@ TextLabelView::TextLabelView(TextLabelProperties& model, UserInterface& ui,
   auto* fontGrid = new QGridLayout(font);
   fontName_ = views::AddField(fontGrid, 0, QStringLiteral("Name"), model.tbFontName);
   QLabel* points = nullptr;
-  fontSize_ = views::AddField(fontGrid, 1, QStringLiteral("Size"), model.tbFontSize, nullptr,
-                              &points);
+  fontSize_ =
+      views::AddField(fontGrid, 1, QStringLiteral("Size"), model.tbFontSize, nullptr, &points);
   points->setText(QStringLiteral("points"));
   views::NumberFilter(fontSize_);
   bold_ = new QCheckBox(QStringLiteral("Bold"));
