@@ -58,6 +58,10 @@ const std::vector<DialogPage>& DialogPages() {
       {"Inhomogeneity", "Scenarios", "barriers-and-areas.md#inhomogeneity-scenarios"},
       {"Lake", "", "barriers-and-areas.md#lake-properties"},
       {"UniformFlow", "", "barriers-and-areas.md#uniform-flow-properties"},
+      {"TestPointProperties", "", "observations.md#test-point-properties"},
+      {"ParticleProperties", "", "observations.md#particle-properties"},
+      {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
+      {"TextLabelProperties", "", "observations.md#text-label-properties"},
   };
   return pages;
 }
@@ -95,6 +99,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Barriers, Inhomogeneities, Lakes and Uniform Flow",
        {S("Barrier properties"), S("Inhomogeneity properties"), S("Inhomogeneity scenarios"),
         S("Lake properties"), S("Uniform flow properties")}},
+      {"observations.md",
+       "Observations, Particles and Labels",
+       {S("Test point properties"), S("Particle properties"),
+        S("Flux lines, protection areas and boundaries"), S("Text label properties")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

@@ -19,7 +19,7 @@
 #include "app/views/inhomogeneity_view.h"
 #include "app/views/lake_view.h"
 #include "app/views/uniform_flow_view.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "dialogs_test_support.h"
 #include "elements/element_store.h"
 

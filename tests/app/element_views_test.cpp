@@ -17,7 +17,7 @@
 #include "app/views/linesink_view.h"
 #include "app/views/well_view.h"
 #include "core/error_trap.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "dialogs_test_support.h"
 #include "elements/element_store.h"
 

@@ -8,7 +8,7 @@
 
 #include "area_dialog_fixture.h"
 #include "core/error.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "elements/geometry.h"
 #include "elements/inhomogeneity_dialog.h"
 

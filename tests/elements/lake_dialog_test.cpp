@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "area_dialog_fixture.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "elements/lake_dialog.h"
 
 namespace tarno::testing {

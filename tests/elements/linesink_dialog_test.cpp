@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "dialog_test_support.h"
 #include "elements/element_store.h"
 

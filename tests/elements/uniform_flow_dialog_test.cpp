@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "area_dialog_fixture.h"
-#include "core/scripted_ui.h"
+#include "support/scripted_ui.h"
 #include "elements/uniform_flow_dialog.h"
 
 namespace tarno::testing {
