@@ -14,7 +14,7 @@
 
 namespace tarno::testing {
 
-class DialogProject : public ::testing::Test {
+class ObservationProject : public ::testing::Test {
  protected:
   void SetUp() override {
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();

@@ -14,7 +14,7 @@
 namespace tarno::testing {
 namespace {
 
-class FluxInspectDialogTest : public DialogProject {
+class FluxInspectDialogTest : public ObservationProject {
  protected:
   Element Named(ElementKind kind, const std::string& label) {
     Element e = NewElement(kind, Square());

@@ -15,15 +15,15 @@ namespace {
 
 using Field = ParticleProperties::Field;
 
-class ParticleDialogTest : public DialogProject {
+class ParticleDialogTest : public ObservationProject {
  protected:
   void SetUp() override {
-    DialogProject::SetUp();
+    ObservationProject::SetUp();
     ParticleLastUse() = ParticleSettings{};
   }
   void TearDown() override {
     ParticleLastUse() = ParticleSettings{};
-    DialogProject::TearDown();
+    ObservationProject::TearDown();
   }
   Element Particle(double x, double y, int forward, int satdThick, double elevation) {
     Element e = NewElement(ElementKind::Particle, Point(x, y));

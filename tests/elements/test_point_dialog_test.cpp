@@ -14,7 +14,7 @@ namespace {
 
 using Field = TestPointProperties::Field;
 
-class TestPointDialogTest : public DialogProject {
+class TestPointDialogTest : public ObservationProject {
  protected:
   Element TestPoint(const std::string& label, double x, double y,
                     const std::string& type = "Piezometer", double head = 0, double flow = 0) {

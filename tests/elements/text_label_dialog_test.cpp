@@ -15,7 +15,7 @@ namespace {
 
 using Field = TextLabelProperties::Field;
 
-class TextLabelDialogTest : public DialogProject {
+class TextLabelDialogTest : public ObservationProject {
  protected:
   Element Label(const std::string& text, double x, double y) {
     Element e = NewTextLabel(text, x, y);

@@ -379,17 +379,17 @@ TEST(ProgramRun, CrossingPolygonsAreReportedInTheErrorLogWithBothLabels) {
   const int first = static_cast<int>(file.size()) - 15;   // the line of IN_000003_0000 (1-based)
   const int second = first + 5;
   file = with(file, kSolveAndExtract);
-  writeLines(dir.path() / "DEMO.DAT", file);
-  ASSERT_EQ(runTarno1(dir.path(), "61 DEMO"), 0);
-  EXPECT_FALSE(fs::exists(dir.path() / "TARNO.OPS"));
-  const std::string err = readAll(dir.path() / "error.log");
+  writeLines(dir.Path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
+  const std::string err = readAll(dir.Path() / "error.log");
   const std::string expected = "inhomogeneity IN_000004_0000 (line " + std::to_string(second) +
                                "): its edges cross those of inhomogeneity IN_000003_0000 (line " +
                                std::to_string(first) + ") at (500, 0), where neither has a vertex; the "
                                "inhomogeneity IN_000004_0000 is skipped";
   EXPECT_NE(err.find(expected), std::string::npos) << err;
   EXPECT_EQ(err.find("IN_000005"), std::string::npos) << err;
-  EXPECT_NE(readAll(dir.path() / "message.log").find("Area elements: 2 inhomogeneities"), std::string::npos);
+  EXPECT_NE(readAll(dir.Path() / "message.log").find("Area elements: 2 inhomogeneities"), std::string::npos);
 }
 
 TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {

@@ -150,7 +150,7 @@ TEST_F(Examples, SolveToConvergenceWithTheirStoredSettings) {
     EXPECT_FALSE(Contains(r.err, "the iterations ended before every condition was met")) << r.err;
     EXPECT_FALSE(Contains(r.err, "The solver reports")) << r.err;
     // The solver's own error log holds its one line "*" and nothing else.
-    std::string log = ReadAll(dir_ / "error.log");
+    std::string log = ReadFile(dir_ / "error.log");
     while (!log.empty() && (log.back() == '\n' || log.back() == '\r')) log.pop_back();
     EXPECT_EQ(log, "*");
     // The inner loop stopped early in its last outer iteration: fewer iterations in
@@ -158,7 +158,7 @@ TEST_F(Examples, SolveToConvergenceWithTheirStoredSettings) {
     Database db = Database::OpenReadOnly(project);
     const std::int64_t stored = Count(db, "select SOLVERIterations from Model");
     ASSERT_GT(stored, 0);
-    const std::string messages = ReadAll(dir_ / "message.log");
+    const std::string messages = ReadFile(dir_ / "message.log");
     std::int64_t inLastOuter = 0;
     std::string lastOuter;
     for (std::size_t at = messages.find("\nIteration "); at != std::string::npos;
