@@ -10,7 +10,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "app/views/area_view_support.h"
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 
 namespace tarno {
@@ -52,14 +52,7 @@ NoFlowStringView::NoFlowStringView(NoFlowString& model, UserInterface& ui,
   pageLayout->addStretch();
   tabs_->addTab(page, QStringLiteral("General"));
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   // One Ignore box set clears the other.
   connect(ignoreInside_, &QCheckBox::clicked, this, [this](bool checked) {
@@ -116,7 +109,7 @@ QLineEdit* NoFlowStringView::field(Field which) const {
 void NoFlowStringView::PressOK() {
   ToModel();
   const bool accepted =
-      views::CheckOnProject(model_, ui_, projectFile_, "NoFlowString.OK_Click");
+      views::RunElementOK(model_, ui_, projectFile_, "NoFlowString.OK_Click");
   // The check turns empty fields into "0": the form shows what was checked.
   FromModel();
   if (accepted) {
@@ -124,7 +117,7 @@ void NoFlowStringView::PressOK() {
     return;
   }
   tabs_->setCurrentIndex(model_.failedTab);
-  views::SelectField(field(model_.failedField));
+  views::SelectRefused(field(model_.failedField));
 }
 
 void NoFlowStringView::reject() {

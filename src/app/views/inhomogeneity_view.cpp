@@ -10,7 +10,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "app/views/area_view_support.h"
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 
 namespace tarno {
@@ -89,14 +89,7 @@ InhomogeneityView::InhomogeneityView(Inhomogeneity& model, UserInterface& ui,
   scenariosLayout->addStretch();
   tabs_->addTab(scenarios, QStringLiteral("Scenarios"));
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   connect(change_[0], &QCheckBox::clicked, this,
           [this](bool on) { Click([&] { model_.ClickChangeK(on); }); });
@@ -181,12 +174,12 @@ QLineEdit* InhomogeneityView::field(Field which) const {
 
 void InhomogeneityView::PressOK() {
   ToModel();
-  if (views::CheckOnProject(model_, ui_, projectFile_, "Inhomogeneity.OK_Click")) {
+  if (views::RunElementOK(model_, ui_, projectFile_, "Inhomogeneity.OK_Click")) {
     done(1);
     return;
   }
   tabs_->setCurrentIndex(model_.failedTab);
-  views::SelectField(field(model_.failedField));
+  views::SelectRefused(field(model_.failedField));
 }
 
 void InhomogeneityView::reject() {

@@ -8,7 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/views/area_view_support.h"
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 
 namespace tarno {
@@ -45,14 +45,7 @@ LakeView::LakeView(Lake& model, UserInterface& ui, std::function<std::string()> 
   colourRow->addStretch();
   layout->addLayout(colourRow);
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   connect(color_, &QPushButton::clicked, this, [this] {
     ToModel();
@@ -92,11 +85,11 @@ QLineEdit* LakeView::field(Lake::Field which) const {
 
 void LakeView::PressOK() {
   ToModel();
-  if (views::CheckOnProject(model_, ui_, projectFile_, "Lake.OK_Click")) {
+  if (views::RunElementOK(model_, ui_, projectFile_, "Lake.OK_Click")) {
     done(1);
     return;
   }
-  views::SelectField(field(model_.failedField));
+  views::SelectRefused(field(model_.failedField));
 }
 
 void LakeView::reject() {

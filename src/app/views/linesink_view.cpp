@@ -14,6 +14,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 #include "core/error_trap.h"
 #include "store/database.h"
@@ -160,14 +161,7 @@ LinesinkStringView::LinesinkStringView(LinesinkString& model, UserInterface& ui,
   column->addStretch();
   tabs_->addTab(page, L::kTabNames[L::kScenariosTab]);
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   // What the user does goes to the model; the widgets then follow the model.
   connect(tbLabel_, &QLineEdit::textEdited, this,
@@ -288,13 +282,8 @@ void LinesinkStringView::showEvent(QShowEvent* event) {
 }
 
 void LinesinkStringView::PressOK() {
-  bool accepted = false;
-  const bool ran = RunOperation(ui_, "LinesinkString.OK_Click", [&] {
-    Database db = Database::Open(projectFile_ ? projectFile_() : std::string());
-    accepted = model_.OK(db, ui_);
-  });
+  const bool accepted = views::RunElementOK(model_, ui_, projectFile_, "LinesinkString.OK_Click");
   Refresh();
-  if (!ran) return;
   if (accepted) {
     done(1);
     return;
@@ -304,10 +293,7 @@ void LinesinkStringView::PressOK() {
   if (model_.failedField == L::kLabelField) edit = tbLabel_;
   if (model_.failedField == L::kScenarioResistanceField) edit = tbScenario_[1];
   if (model_.failedField >= 0) edit = tbdata_[model_.failedField];
-  if (edit != nullptr) {
-    edit->setFocus();
-    edit->selectAll();
-  }
+  views::SelectRefused(edit);
 }
 
 void LinesinkStringView::reject() {

@@ -9,7 +9,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
-#include "app/views/element_ok_support.h"
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 
 namespace tarno {

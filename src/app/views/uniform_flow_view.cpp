@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/views/area_view_support.h"
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 
 namespace tarno {
@@ -27,14 +27,7 @@ UniformFlowView::UniformFlowView(UniformFlow& model, UserInterface& ui,
                         &units_[i]);
   layout->addLayout(grid);
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   connect(ok_, &QPushButton::clicked, this, [this] { PressOK(); });
   connect(cancel_, &QPushButton::clicked, this, [this] { reject(); });
@@ -68,11 +61,11 @@ QLineEdit* UniformFlowView::field(UniformFlow::Field which) const {
 
 void UniformFlowView::PressOK() {
   ToModel();
-  if (views::CheckOnProject(model_, ui_, projectFile_, "UniformFlow_OK")) {
+  if (views::RunElementOK(model_, ui_, projectFile_, "UniformFlow_OK")) {
     done(1);
     return;
   }
-  views::SelectField(field(model_.failedField));
+  views::SelectRefused(field(model_.failedField));
 }
 
 void UniformFlowView::reject() {

@@ -12,6 +12,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "app/views/element_view_support.h"
 #include "app/views/view_support.h"
 #include "core/error_trap.h"
 #include "store/database.h"
@@ -125,14 +126,7 @@ WellPropertiesView::WellPropertiesView(WellProperties& model, UserInterface& ui,
   column->addStretch();
   tabs_->addTab(page, W::kTabNames[W::kOtherTab]);
 
-  auto* buttons = new QHBoxLayout;
-  ok_ = new QPushButton(QStringLiteral("OK"));
-  cancel_ = new QPushButton(QStringLiteral("Cancel"));
-  ok_->setDefault(true);
-  buttons->addStretch();
-  buttons->addWidget(ok_);
-  buttons->addWidget(cancel_);
-  layout->addLayout(buttons);
+  layout->addLayout(views::OkCancelButtons(ok_, cancel_));
 
   // What the user does goes to the model; the widgets then follow the model.
   connect(tbLabel_, &QLineEdit::textEdited, this,
@@ -219,13 +213,8 @@ void WellPropertiesView::showEvent(QShowEvent* event) {
 }
 
 void WellPropertiesView::PressOK() {
-  bool accepted = false;
-  const bool ran = RunOperation(ui_, "Well_OKClick", [&] {
-    Database db = Database::Open(projectFile_ ? projectFile_() : std::string());
-    accepted = model_.OK(db, ui_);
-  });
+  const bool accepted = views::RunElementOK(model_, ui_, projectFile_, "Well_OKClick");
   Refresh();
-  if (!ran) return;
   if (accepted) {
     done(1);
     return;
@@ -235,10 +224,7 @@ void WellPropertiesView::PressOK() {
   QLineEdit* edit = model_.failedField == W::kLabelField ? tbLabel_
                     : model_.failedField >= 0            ? tbData_[model_.failedField]
                                                          : nullptr;
-  if (edit != nullptr) {
-    edit->setFocus();
-    edit->selectAll();
-  }
+  views::SelectRefused(edit);
 }
 
 void WellPropertiesView::reject() {

@@ -1,18 +1,24 @@
 // Shared by the views of the element dialogs: the OK button checks the model against
 // the project file, opened for the time of the check only, inside the error trap of
-// the dialog's OK; a refused field comes forward with its text selected.
+// the dialog's OK; a refused field comes forward with its text selected; the number
+// filter, the OK and Cancel row, and the colour swatch.
 #pragma once
 
+#include <QColor>
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QRegularExpressionValidator>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 
+#include "app/qt_ui.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "elements/element_dialog.h"
@@ -59,6 +65,20 @@ inline QHBoxLayout* OkCancelButtons(QPushButton*& ok, QPushButton*& cancel) {
   row->addWidget(ok);
   row->addWidget(cancel);
   return row;
+}
+
+// A small framed box that shows a packed colour.
+inline QLabel* NewSwatch() {
+  auto* swatch = new QLabel;
+  swatch->setFixedSize(40, 20);
+  swatch->setAutoFillBackground(true);
+  swatch->setFrameStyle(QFrame::Box | QFrame::Plain);
+  return swatch;
+}
+inline void PaintSwatch(QLabel* swatch, std::uint32_t colour) {
+  QPalette palette = swatch->palette();
+  palette.setColor(QPalette::Window, ToQColor(colour));
+  swatch->setPalette(palette);
 }
 
 }  // namespace tarno::views
