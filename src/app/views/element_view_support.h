@@ -55,6 +55,17 @@ inline void NumberFilter(QLineEdit* edit) {
       new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9.+\\-E]*")), edit));
 }
 
+// The "Label" row at the top of an element dialog.
+inline QHBoxLayout* LabelRow(QLineEdit*& edit) {
+  auto* row = new QHBoxLayout;
+  auto* caption = new QLabel(QStringLiteral("Label"));
+  edit = new QLineEdit;
+  caption->setBuddy(edit);
+  row->addWidget(caption);
+  row->addWidget(edit);
+  return row;
+}
+
 // The OK and Cancel buttons at the right of a row.
 inline QHBoxLayout* OkCancelButtons(QPushButton*& ok, QPushButton*& cancel) {
   auto* row = new QHBoxLayout;

@@ -48,13 +48,7 @@ LinesinkStringView::LinesinkStringView(LinesinkString& model, UserInterface& ui,
   setWindowTitle(L::kTitle);
   auto* layout = new QVBoxLayout(this);
 
-  auto* labelRow = new QHBoxLayout;
-  auto* labelCaption = new QLabel(QStringLiteral("Label"));
-  tbLabel_ = new QLineEdit;
-  labelCaption->setBuddy(tbLabel_);
-  labelRow->addWidget(labelCaption);
-  labelRow->addWidget(tbLabel_);
-  layout->addLayout(labelRow);
+  layout->addLayout(views::LabelRow(tbLabel_));
 
   // The kind of string: one group of five options.
   auto* kind = new QGroupBox(QStringLiteral("Linesink Type"));

@@ -40,13 +40,7 @@ WellPropertiesView::WellPropertiesView(WellProperties& model, UserInterface& ui,
   setWindowTitle(W::kTitle);
   auto* layout = new QVBoxLayout(this);
 
-  auto* labelRow = new QHBoxLayout;
-  auto* labelCaption = new QLabel(QStringLiteral("Label"));
-  tbLabel_ = new QLineEdit;
-  labelCaption->setBuddy(tbLabel_);
-  labelRow->addWidget(labelCaption);
-  labelRow->addWidget(tbLabel_);
-  layout->addLayout(labelRow);
+  layout->addLayout(views::LabelRow(tbLabel_));
 
   tabs_ = new QTabWidget;
   tabs_->setUsesScrollButtons(false);
