@@ -107,6 +107,51 @@ std::string shapeProblem(const std::vector<Pt>& p, bool closed, double tol) {
     return "";
 }
 
+// Where an edge of polygon p crosses an edge of polygon q (both closed) away from every
+// vertex: the two edges pass through each other, each with its end points farther than
+// tol from the other's line on opposite sides. Shared vertices, a vertex lying on the
+// other's edge (touching) and edges laid along each other are not crossings. Returns
+// true with the first crossing point found.
+bool polygonsCross(const std::vector<Pt>& p, const std::vector<Pt>& q, double tol, Pt& at) {
+    auto box = [](const std::vector<Pt>& v, double b[4]) {
+        b[0] = b[2] = std::numeric_limits<double>::infinity();
+        b[1] = b[3] = -std::numeric_limits<double>::infinity();
+        for (const Pt& a : v) {
+            b[0] = std::min(b[0], a.x); b[1] = std::max(b[1], a.x);
+            b[2] = std::min(b[2], a.y); b[3] = std::max(b[3], a.y);
+        }
+    };
+    double bq[4], bp[4];
+    box(p, bp);
+    box(q, bq);
+    if (bp[1] < bq[0] || bq[1] < bp[0] || bp[3] < bq[2] || bq[3] < bp[2]) return false;
+    const size_t np = p.size(), nq = q.size();
+    for (size_t i = 0; i < np; ++i) {
+        const Pt &a = p[i], &b = p[(i + 1) % np];
+        if (std::max(a.x, b.x) < bq[0] || std::min(a.x, b.x) > bq[1] || std::max(a.y, b.y) < bq[2] ||
+            std::min(a.y, b.y) > bq[3])
+            continue;
+        const double lab = std::hypot(b.x - a.x, b.y - a.y);
+        for (size_t j = 0; j < nq; ++j) {
+            const Pt &c = q[j], &d = q[(j + 1) % nq];
+            if (std::max(c.x, d.x) < std::min(a.x, b.x) || std::min(c.x, d.x) > std::max(a.x, b.x) ||
+                std::max(c.y, d.y) < std::min(a.y, b.y) || std::min(c.y, d.y) > std::max(a.y, b.y))
+                continue;
+            const double lcd = std::hypot(d.x - c.x, d.y - c.y);
+            if (!(lab > 0) || !(lcd > 0)) continue;
+            const double o1 = orient(a, b, c) / lab, o2 = orient(a, b, d) / lab;
+            const double o3 = orient(c, d, a) / lcd, o4 = orient(c, d, b) / lcd;
+            const bool cdApart = (o1 > tol && o2 < -tol) || (o1 < -tol && o2 > tol);
+            const bool abApart = (o3 > tol && o4 < -tol) || (o3 < -tol && o4 > tol);
+            if (!cdApart || !abApart) continue;
+            const double t = o3 / (o3 - o4);
+            at = {a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
+            return true;
+        }
+    }
+    return false;
+}
+
 // Common head on both sides of a boundary point whose average potential is phiAvg:
 // aL.phi(h) + aR.phi(h) = 2 phiAvg (both increasing in h).
 double commonHead(const detail::AquiferFn& a, const detail::AquiferFn& b, double phiAvg) {
@@ -193,6 +238,21 @@ void Solution::State::prepareAreaElements(double tol) {
         if (!bad.empty()) {
             warn(who + ": " + bad + "; the inhomogeneity is skipped");
             continue;
+        }
+        // Polygons that cross each other would both claim the region where they
+        // overlap: the later one is left out.
+        {
+            int crossed = 0;
+            Pt at;
+            for (int e = 1; e < (int)domains.size() && crossed == 0; ++e)
+                if (polygonsCross(poly, domains[e].poly, tol, at)) crossed = e;
+            if (crossed > 0) {
+                const Inhomogeneity& o = model.inhomogeneities[domains[crossed].model];
+                warn(who + ": its edges cross those of inhomogeneity " + o.label +
+                     (o.line > 0 ? " (line " + std::to_string(o.line) + ")" : "") + " at (" + num(at.x) + ", " +
+                     num(at.y) + "), where neither has a vertex; the inhomogeneity " + in.label + " is skipped");
+                continue;
+            }
         }
         if (dropped > 0)
             warn(who + ": " + std::to_string(dropped) + " repeated or unreadable vertices removed; the mended polygon is used");
@@ -388,6 +448,30 @@ void Solution::State::prepareAreaElements(double tol) {
         }
         if (dropped > 0)
             warn(who + ": " + std::to_string(dropped) + " repeated or unreadable vertices removed; the mended wall is used");
+        // A closed wall whose edges cross an inhomogeneity or an earlier closed wall away
+        // from their vertices: reported, and used as it lies (each of its segments takes
+        // the domains found beside its centre; near the crossing neither element's
+        // condition holds exactly).
+        if (closed) {
+            Pt at;
+            auto report = [&](const std::string& other) {
+                warn(who + ": its edges cross those of " + other + " at (" + num(at.x) + ", " + num(at.y) +
+                     "), where neither has a vertex; both are used, and near the crossing their conditions are not met");
+            };
+            for (int e = 1; e < (int)domains.size(); ++e)
+                if (polygonsCross(poly, domains[e].poly, tol, at)) {
+                    const Inhomogeneity& o = model.inhomogeneities[domains[e].model];
+                    report("inhomogeneity " + o.label + (o.line > 0 ? " (line " + std::to_string(o.line) + ")" : ""));
+                }
+            for (const AreaOwner& ow : wallEls) {
+                if (!ow.closed) continue;
+                const Wall& o = model.walls[ow.model];
+                std::vector<Pt> other;
+                for (int k : ow.verts) other.push_back({o.vertices[k].x, o.vertices[k].y});
+                if (polygonsCross(poly, other, tol, at))
+                    report("wall " + o.label + (o.line > 0 ? " (line " + std::to_string(o.line) + ")" : ""));
+            }
+        }
         double K = w.conductivity, T = w.thickness, bottom = w.bottom;
         const bool bounding = w.kind == WallKind::Outside || w.kind == WallKind::Inside;
         if (!bounding && !(K >= 0.0 && std::isfinite(K))) {
@@ -923,6 +1007,21 @@ std::vector<WallResult> Solution::wallResults() const {
             r.nodes.push_back(nd);
         }
         out.push_back(std::move(r));
+    }
+    return out;
+}
+
+std::vector<BarrierSegment> Solution::barrierSegments() const {
+    const State& s = *s_;
+    std::vector<BarrierSegment> out;
+    for (const DbEdge& d : s.edges) {
+        if (!d.wall || !d.impermeable) continue;
+        const Wall& w = s.model.walls[s.wallEls[d.owner].model];
+        BarrierSegment b;
+        b.label = w.label;
+        b.x1 = d.g.x1; b.y1 = d.g.y1; b.x2 = d.g.x2; b.y2 = d.g.y2;
+        b.bounding = w.kind == WallKind::Outside || w.kind == WallKind::Inside;
+        out.push_back(std::move(b));
     }
     return out;
 }

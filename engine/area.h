@@ -192,6 +192,52 @@ inline std::complex<double> areaSinkW(const AreaSinkGeom& a, double x, double y)
     return {qx, -qy};
 }
 
+// Complex potential Omega = Phi + i Psi of the unit area sink at a point outside the
+// polygon. Phi = -(1 / (2 pi)) Re int_A ln(z - zeta) dA, and for z outside A the
+// integrand is analytic in zeta over A, so the complex form of Green's theorem,
+// int_A f dA = 1 / (2 i) oint zeta-bar f(zeta) d zeta (counter-clockwise), turns it into
+// a sum over the edges. On the edge from a to b, with u = z - zeta running from
+// alpha = z - a to beta = z - b, zeta-bar = c - r u where r = conj(b - a) / (b - a) and
+// c = conj(a) + r alpha, so that
+//   int_edge zeta-bar ln(z - zeta) d zeta = -[c F1(u) - r F2(u)] from alpha to beta,
+//   F1(u) = u ln u - u,   F2(u) = (u^2 / 2) ln u - u^2 / 4,
+// and Omega = (i / (4 pi)) times the sum over the edges. The logarithms must be one
+// branch of ln(z - zeta) along the whole boundary: arg(z - v) is carried from vertex to
+// vertex by the principal argument of (z - v_next) / (z - v), which is the change of the
+// angle along the edge seen from z (no edge passes through z). Outside the polygon the
+// angle comes back to its start after the loop. The start is the principal argument at
+// the first vertex, so Psi has one branch cut: the ray from the first vertex in the -x
+// direction, across which it jumps by the area (the water put in, as for a well that
+// injects it). Inside the polygon no stream function exists (div Q = 1 there); the value
+// is then meaningless and callers do not ask for it. NaN at a vertex.
+inline std::complex<double> areaSinkOmegaOutside(const AreaSinkGeom& a, double x, double y) {
+    const std::complex<double> z(x, y);
+    const size_t n = a.v.size();
+    if (n < 3) return {0.0, 0.0};
+    auto vertex = [&](size_t k) { return std::complex<double>(a.v[k % n].x, a.v[k % n].y); };
+    std::complex<double> alpha = z - vertex(0);
+    double theta = std::atan2(alpha.imag(), alpha.real());
+    std::complex<double> lnAlpha(std::log(std::abs(alpha)), theta);
+    std::complex<double> sum(0.0, 0.0);
+    for (size_t k = 0; k < n; ++k) {
+        const std::complex<double> va = vertex(k), vb = vertex(k + 1);
+        const std::complex<double> beta = z - vb;
+        const std::complex<double> q = beta / alpha;
+        theta += std::atan2(q.imag(), q.real());
+        const std::complex<double> lnBeta(std::log(std::abs(beta)), theta);
+        const std::complex<double> e = vb - va;
+        const std::complex<double> r = std::conj(e) / e;
+        const std::complex<double> c = std::conj(va) + r * alpha;
+        const std::complex<double> f1 = beta * lnBeta - beta - (alpha * lnAlpha - alpha);
+        const std::complex<double> f2 =
+            0.5 * beta * beta * lnBeta - 0.25 * beta * beta - (0.5 * alpha * alpha * lnAlpha - 0.25 * alpha * alpha);
+        sum -= c * f1 - r * f2;
+        alpha = beta;
+        lnAlpha = lnBeta;
+    }
+    return std::complex<double>(0.0, 1.0 / (4.0 * kPi)) * sum;
+}
+
 // ---------------------------------------------------------------------------------
 // Pond: circular area sink of unit rate (1 L/T put into the aquifer), radius R.
 // Inside Phi = -(r^2 - R^2)/4 - (R^2/4) ln R^2, outside Phi = -(R^2/4) ln r^2.

@@ -697,7 +697,19 @@ class Runner {
               ") do not change these values";
     logs_.message(text);
     if (grid.nonFinite > 0)
-      logs_.message("  " + std::to_string(grid.nonFinite) + " points where no finite value exists (well centres) are blank");
+      logs_.message("  " + std::to_string(grid.nonFinite) +
+                    (quantity == GridQuantity::Stream
+                         ? " points where no stream function exists (inside recharge polygons and ponds, well "
+                           "centres) are blank"
+                         : " points where no finite value exists (well centres) are blank"));
+    if (quantity == GridQuantity::Stream) {
+      int active = 0;
+      for (const auto& w : solution_->theisWellResults()) active += w.activeLines > 0;
+      if (active > 0)
+        logs_.message("  the stream function leaves out the " + std::to_string(active) +
+                      " transient wells pumping at this time: their water comes from storage, and no stream "
+                      "function includes it");
+    }
     return grid;
   }
 

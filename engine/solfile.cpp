@@ -280,7 +280,7 @@ Solution Solution::load(const std::string& path) {
     s.iterationsDone = (int)iters;
     s.factorsValid = false;
     s.syncStrengths(false);
-    s.route(false);
+    s.route();
     if (s.solved) s.settleTheis();
     return sol;
 }

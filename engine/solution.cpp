@@ -304,6 +304,47 @@ void Solution::State::prepare() {
     prepared = true;
 }
 
+namespace {
+
+// A limited (dry) stream reach takes exactly the flow that reaches it, so that the flow
+// at its downstream end is zero. That flow is linear in the strengths of the reach and
+// of every segment upstream of it:
+//     sum over j upstream (and the reach itself) of L_j sigma_j
+//         = -(end inflows + overland flows of those segments).
+// The row is written with these coefficients rather than as sigma = the flow found from
+// the previous iteration's strengths: that fixed point converges only linearly (by a
+// factor of about 0.3 an iteration on a network of a few reaches), the row itself is
+// exact in one solve. The sum stops at limited reaches upstream: their own rows make the
+// flow leaving them zero. `coef` gets (unknown, coefficient) pairs, the reach's own
+// first; the returned value is the right-hand side.
+double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, double>>& coef) {
+    coef.clear();
+    const int ns = (int)s.segs.size();
+    std::vector<char> seen(ns, 0);
+    std::vector<int> stack{seg};
+    seen[seg] = 1;
+    double rhs = 0.0;
+    while (!stack.empty()) {
+        const int i = stack.back();
+        stack.pop_back();
+        const SegEl& e = s.segs[i];
+        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        const LineSinkString& ls = s.model.lineSinks[e.string];
+        rhs -= ls.overlandFlow * L;
+        if (e.index == 0) rhs -= ls.endInflow;
+        if (e.unknown >= 0) coef.emplace_back(e.unknown, L);
+        else rhs -= e.fixedValue * L;
+        for (int j = 0; j < ns; ++j)
+            if (s.segs[j].downstream == i && !seen[j] && s.segs[j].state != SegState::Limited) {
+                seen[j] = 1;
+                stack.push_back(j);
+            }
+    }
+    return rhs;
+}
+
+}  // namespace
+
 // Copies the unknowns into the strength arrays used by evaluation.
 void Solution::State::syncStrengths(bool applyFixed) {
     for (size_t j = 0; j < wells.size(); ++j) {
@@ -312,6 +353,14 @@ void Solution::State::syncStrengths(bool applyFixed) {
     }
     for (size_t j = 0; j < segs.size(); ++j) {
         SegEl& e = segs[j];
+        // A limited reach has a row of its own (the flow reaching it): its strength is
+        // the solved one, kept as its fixed value for the results and the .SOL file.
+        // When nothing flows into it from upstream its strength is known: use it exactly.
+        if (applyFixed && e.state == SegState::Limited && e.unknown >= 0) {
+            std::vector<std::pair<int, double>> coef;
+            const double r = limitedRow(*this, (int)j, coef);
+            e.fixedValue = coef.size() == 1 ? r / coef.front().second : x[e.unknown];
+        }
         const bool fixed = e.unknown < 0 || (applyFixed && (e.state == SegState::Percolating ||
                                                             e.state == SegState::Off || e.state == SegState::Limited));
         // Rows that fix a strength give it only up to round-off: use the exact value.
@@ -438,6 +487,17 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
         if (s.ukind[i] == UnknownKind::SegSigma) A[i + (size_t)i * n] = 1.0;
     }
+    {
+        std::vector<std::pair<int, double>> coef;
+        for (int k : s.streamOrder) {
+            const SegEl& e = s.segs[k];
+            if (e.state != SegState::Limited || e.unknown < 0) continue;
+            limitedRow(s, k, coef);
+            const int i = e.unknown;
+            A[i + (size_t)i * n] = 0.0;
+            for (const auto& [j, c] : coef) A[i + (size_t)j * n] += c;
+        }
+    }
     // Partially penetrating wells in head mode: the head in the well is that of the field
     // less the loss of the partial screen, Phi - loss Q = Phi(h).
     for (const auto& w : s.wells)
@@ -535,9 +595,13 @@ void buildRhs(Solution::State& s) {
             switch (e.state) {
             case SegState::Percolating:
             case SegState::Off:
-            case SegState::Limited:
                 r = e.fixedValue;
                 break;
+            case SegState::Limited: {
+                std::vector<std::pair<int, double>> coef;
+                r = limitedRow(s, s.uowner[i], coef);
+                break;
+            }
             case SegState::Free:
             case SegState::Held:
                 if (followsGallery(e)) {
@@ -566,11 +630,11 @@ void buildRhs(Solution::State& s) {
 
 }  // namespace
 
-// Stream flows along the network from the current strengths. With setLimited, limited
-// segments first get the strength that takes exactly the flow reaching them. Returns the
-// largest difference, in head, between a limited segment's strength and the one the
-// flow reaching it asks for.
-double Solution::State::route(bool setLimited) {
+// Stream flows along the network from the current strengths. Returns the largest
+// difference, in head, between a limited segment's strength and the one the flow
+// reaching it asks for (round-off once its row is solved, unless the flow reaching it
+// is negative: then an upstream reach is due to be limited in the outer loop).
+double Solution::State::route() {
     State& s = *this;
     const int ns = (int)s.segs.size();
     double mismatch = 0.0;
@@ -590,12 +654,7 @@ double Solution::State::route(bool setLimited) {
         if (e.state == SegState::Limited) {
             const double want = -std::max(e.qUp + ql, 0.0) / L;
             const double scale = e.resist ? e.c / e.w : L / (s.aq.k * s.aq.H);
-            mismatch = std::max(mismatch, std::fabs(want - e.fixedValue) * scale);
-            if (setLimited) {
-                e.fixedValue = want;
-                s.ssig[i] = want;
-                if (e.unknown >= 0) s.x[e.unknown] = want;
-            }
+            mismatch = std::max(mismatch, std::fabs(want - s.ssig[i]) * scale);
         }
         const double sig = s.ssig[i];
         e.qDown = e.qUp + ql + sig * L;
@@ -690,8 +749,7 @@ UpdateResult updateStates(Solution::State& s) {
             if (h > e.value) { e.state = SegState::Free; ++u.switches; }
             break;
         case SegState::Limited:
-            if (e.resist) u.residual = std::max(u.residual, std::fabs(e.c * (sig - e.fixedValue) / e.w));
-            break;
+            break;  // its row is checked against the flow reaching it by route()
         }
     }
 
@@ -834,7 +892,6 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
                 assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
                 it.refactorised = true;
             }
-            if (hasStreams) s.route(true);
             buildRhs(s);
             std::vector<double> b = s.rhs;
             int info = 0, one = 1;
@@ -849,7 +906,7 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             s.syncStrengths(true);
             s.solved = true;
             UpdateResult u = updateStates(s);
-            if (hasStreams) u.residual = std::max(u.residual, s.route(false));
+            if (hasStreams) u.residual = std::max(u.residual, s.route());
             it.largestChange = change;
             it.largestResidual = u.residual;
             it.switches = u.switches;
@@ -977,10 +1034,24 @@ double Solution::streamFunction(double x, double y) const {
         const auto b = detail::dbPsi(d.g, x, y);
         psi += d.val[0] * b[0] + d.val[1] * b[1] + d.val[2] * b[2];
     }
-    // Ponds count as the wells they are from outside (a branch cut in the -x direction);
-    // area sinks have no stream function where they recharge, and recharge polygons are
-    // left out (see docs/solver-area-elements.md).
-    for (const auto& p : s.ponds) psi -= p.rate * p.R * p.R / 2.0 * std::atan2(y - p.y, x - p.x);
+    // Area sinks: where water is recharged (inside a recharge polygon or a pond) the flow
+    // has a divergence and no stream function exists: NaN, which grids write as blanks.
+    // Outside, a pond counts as the well it is from there and a recharge polygon by the
+    // exact exterior form of its area sink; each has a branch cut in the -x direction
+    // (from the centre, from the polygon's first vertex) across which the stream function
+    // jumps by the water it puts in. Transient wells are left out: their flow comes from
+    // storage everywhere their drawdown has reached, so no stream function includes them
+    // (see docs/solver.md).
+    for (const auto& d : s.domains) {
+        if (!d.hasSink || d.extraction == 0.0) continue;
+        if (detail::insidePolygon(d.sink.v, x, y)) return std::numeric_limits<double>::quiet_NaN();
+        psi += -d.extraction * detail::areaSinkOmegaOutside(d.sink, x, y).imag();
+    }
+    for (const auto& p : s.ponds) {
+        if (p.rate == 0.0) continue;
+        if ((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y) < p.R * p.R) return std::numeric_limits<double>::quiet_NaN();
+        psi -= p.rate * p.R * p.R / 2.0 * std::atan2(y - p.y, x - p.x);
+    }
     return psi;
 }
 

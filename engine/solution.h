@@ -205,6 +205,15 @@ struct WallResult {
     std::vector<WallNode> nodes;
 };
 
+// A segment of a wall that passes no water at all: conductivity 0 reaching the base
+// (a wall whose bottom lies above the base lets the flow under it pass), or a wall that
+// bounds a region that is not part of the model. Pathlines do not cross these.
+struct BarrierSegment {
+    std::string label;           // the wall's label
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    bool bounding = false;       // bounds an ignored region (` outside` / ` inside`)
+};
+
 class Solution {
 public:
     explicit Solution(Model model);
@@ -240,10 +249,12 @@ public:
     // True where a wall of kind outside or inside excludes the point from the model
     // (heads there are kDryHead; grids blank them).
     bool ignored(double x, double y) const;
-    // The stream function (branch cuts run from each well and pond in the -x direction
-    // and from each line-sink along its own line beyond its first vertex). Line-doublets
-    // add their continuous part. Recharge polygons are left out: where water is recharged
-    // there is no stream function, so the value is that of the other elements only.
+    // The stream function (branch cuts run from each well and pond in the -x direction,
+    // from each recharge polygon's first vertex in the -x direction, and from each
+    // line-sink along its own line beyond its first vertex). Line-doublets add their
+    // continuous part. NaN inside recharge polygons and ponds, where water is recharged
+    // and no stream function exists. Transient wells are left out (their flow comes from
+    // storage: no stream function includes it).
     double streamFunction(double x, double y) const;
 
     std::vector<WellResult> wellResults() const;          // fully penetrating wells
@@ -253,6 +264,8 @@ public:
     // Accepted inhomogeneities and walls (skipped bad polygons are not listed).
     std::vector<InhomogeneityResult> inhomogeneityResults() const;
     std::vector<WallResult> wallResults() const;
+    // Every segment of the accepted walls that no water passes (see BarrierSegment).
+    std::vector<BarrierSegment> barrierSegments() const;
 
     // Total flow across the polyline, counted positive from the left to the right
     // of the direction in which the vertices are given.

@@ -18,6 +18,7 @@ const char* pathEndName(PathEnd e) {
     case PathEnd::Window: return "left the window";
     case PathEnd::Dry: return "dry aquifer";
     case PathEnd::Ignored: return "outside the model (behind a bounding wall)";
+    case PathEnd::Wall: return "stopped at an impermeable wall";
     case PathEnd::WaterTable: return "reached the water table";
     case PathEnd::Stagnant: return "stagnation point";
     case PathEnd::Steps: return "step limit";
@@ -36,6 +37,12 @@ struct SinkWell {
 struct SinkSegment {
   double x1, y1, x2, y2, strength;
   double xmin, xmax, ymin, ymax;
+};
+
+// A segment of a wall that no water passes, with its unit tangent.
+struct Barrier {
+  SinkSegment g;  // strength unused
+  double tx = 0, ty = 0, length = 0;
 };
 
 // The velocity field along a path: forward velocities (v = Q / (n b), the rate
@@ -108,6 +115,13 @@ class Tracer {
       if (g.strength != 0)
         segments_.push_back(SinkSegment{g.x1, g.y1, g.x2, g.y2, g.strength, std::min(g.x1, g.x2),
                                         std::max(g.x1, g.x2), std::min(g.y1, g.y2), std::max(g.y1, g.y2)});
+    for (const BarrierSegment& b : s.barrierSegments()) {
+      const double L = std::hypot(b.x2 - b.x1, b.y2 - b.y1);
+      if (!(L > 0)) continue;
+      barriers_.push_back(Barrier{SinkSegment{b.x1, b.y1, b.x2, b.y2, 0.0, std::min(b.x1, b.x2), std::max(b.x1, b.x2),
+                                              std::min(b.y1, b.y2), std::max(b.y1, b.y2)},
+                                  (b.x2 - b.x1) / L, (b.y2 - b.y1) / L, L});
+    }
     const double cx = 0.5 * (st.x1 + st.x2), cy = 0.5 * (st.y1 + st.y2);
     const double hw = 0.75 * std::fabs(st.x2 - st.x1), hh = 0.75 * std::fabs(st.y2 - st.y1);
     xmin_ = cx - hw;
@@ -150,7 +164,8 @@ class Tracer {
       // Fourth-order Runge-Kutta; a stage in a dry or singular spot halves the step.
       double nx = 0, ny = 0, nz = 0;
       bool ok = false;
-      for (int tries = 0; tries < 30 && !ok; ++tries) {
+      bool advanced = false;  // the step was cut at a wall: the path is already moved on
+      for (int tries = 0; tries < 30 && !ok && !advanced; ++tries) {
         const double h = dir * dt;
         auto f = [&](const Sample& q, double z, double& fx, double& fy, double& fz) {
           fx = q.vx;
@@ -195,6 +210,70 @@ class Tracer {
           if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
           if (crossing(x, y, px, py, g, w) && w < up) up = w;
         }
+        // An impermeable wall crossed by either step: the step is cut where it meets the
+        // wall, unless a line-sink comes first along the step.
+        WallHit wall;
+        if (!barriers_.empty()) {
+          if (ok) wall = firstBarrier(x, y, nx, ny, bx0, bx1, by0, by1);
+          WallHit straight = firstBarrier(x, y, px, py, bx0, bx1, by0, by1);
+          if (straight.u < wall.u) {
+            straight.straight = true;
+            wall = straight;
+          }
+        }
+        if (wall.u <= 1.0 && !(wall.u > std::min(u, up))) {
+          const double ex = wall.straight ? x + wall.u * (px - x) : x + wall.u * (nx - x);
+          const double ey = wall.straight ? y + wall.u * (py - y) : y + wall.u * (ny - y);
+          const double ez = wall.straight ? zeta + wall.u * h * k1z : zeta + wall.u * (nz - zeta);
+          const Barrier& b = barriers_[static_cast<size_t>(wall.index)];
+          const double eps = nudge(x, y, step);
+          if (std::sqrt(squaredDistanceToSegment(x, y, b.g)) > 1e-3 * step) {
+            // Cut: the path goes on from the wall, on the side it came from.
+            const double side = (b.tx * (y - b.g.y1) - b.ty * (x - b.g.x1)) >= 0 ? 1.0 : -1.0;
+            const double cx = ex - side * eps * b.ty, cy = ey + side * eps * b.tx;
+            const Sample c = sample(s_, cx, cy);
+            ++path.steps;
+            if (!c.wet) return finish(path, PathEnd::Wall);
+            t += wall.u * dt;
+            x = cx;
+            y = cy;
+            zeta = std::clamp(ez, 0.0, 1.0);
+            cur = c;
+            path.points.push_back(PathPoint{x, y, t, cur.base + zeta * cur.thickness, cur.head});
+            advanced = true;
+            break;
+          }
+          // At the wall already: the path turns along it, by the part of the straight
+          // step (the velocity where the particle is) that runs along the wall, cut again
+          // at any other wall on the way. The later stages of the step sampled the far
+          // side and do not count. Where the flow meets the wall head on, nothing runs
+          // along it and the path ends there.
+          const double along = (px - x) * b.tx + (py - y) * b.ty;
+          if (std::fabs(along) <= 1e-3 * step) return finish(path, PathEnd::Wall);
+          double sx = x + along * b.tx, sy = y + along * b.ty, f = 1.0;
+          const WallHit other = firstBarrier(x, y, sx, sy, std::min(x, sx), std::max(x, sx), std::min(y, sy),
+                                             std::max(y, sy), wall.index);
+          if (other.u <= 1.0) {
+            // A corner that the flow presses into: nowhere to go.
+            if (other.u * std::fabs(along) <= 1e-3 * step) return finish(path, PathEnd::Wall);
+            const Barrier& o = barriers_[static_cast<size_t>(other.index)];
+            const double side = (o.tx * (y - o.g.y1) - o.ty * (x - o.g.x1)) >= 0 ? 1.0 : -1.0;
+            f = other.u;
+            sx = x + f * (sx - x) - side * eps * o.ty;
+            sy = y + f * (sy - y) + side * eps * o.tx;
+          }
+          const Sample c = sample(s_, sx, sy);
+          ++path.steps;
+          if (!c.wet) return finish(path, PathEnd::Wall);
+          t += f * dt;
+          x = sx;
+          y = sy;
+          zeta = std::clamp(zeta + f * h * k1z, 0.0, 1.0);
+          cur = c;
+          path.points.push_back(PathPoint{x, y, t, cur.base + zeta * cur.thickness, cur.head});
+          advanced = true;
+          break;
+        }
         if (u <= 1.0 || up <= 1.0) {
           const bool onStep = u <= 1.0 && (up > 1.0 || u <= up);
           const double w = onStep ? u : up;
@@ -211,6 +290,13 @@ class Tracer {
           dt *= 0.5;
           lastStep = false;
         }
+      }
+      if (advanced) {
+        if (t >= st_.maxTime) return finish(path, PathEnd::MaxTime);
+        if (entersWell(x, y, dir, step)) return finish(path, PathEnd::Well);
+        if (onLineSink(x, y, dir, step)) return finish(path, PathEnd::LineSink);
+        if (x < xmin_ || x > xmax_ || y < ymin_ || y > ymax_) return finish(path, PathEnd::Window);
+        continue;
       }
       if (!ok) return finish(path, PathEnd::Dry);
       const Sample next = sample(s_, nx, ny);
@@ -236,11 +322,42 @@ class Tracer {
   const TraceSettings& st_;
   std::vector<SinkWell> wells_;
   std::vector<SinkSegment> segments_;
+  std::vector<Barrier> barriers_;
   double xmin_ = 0, xmax_ = 0, ymin_ = 0, ymax_ = 0;
 
   static Path& finish(Path& p, PathEnd e) {
     p.end = e;
     return p;
+  }
+
+  struct WallHit {
+    double u = 2.0;  // fraction of the step where it meets the wall (> 1: none)
+    int index = -1;
+    bool straight = false;  // on the first stage's straight step
+  };
+
+  // The first barrier that the step a -> b crosses (the box holds the step), leaving out
+  // the barrier `skip`.
+  WallHit firstBarrier(double ax, double ay, double bx, double by, double x0, double x1, double y0, double y1,
+                       int skip = -1) const {
+    WallHit hit;
+    for (size_t k = 0; k < barriers_.size(); ++k) {
+      const SinkSegment& g = barriers_[k].g;
+      if (static_cast<int>(k) == skip) continue;
+      if (g.xmax < x0 || g.xmin > x1 || g.ymax < y0 || g.ymin > y1) continue;
+      double w;
+      if (crossing(ax, ay, bx, by, g, w) && w < hit.u) {
+        hit.u = w;
+        hit.index = static_cast<int>(k);
+      }
+    }
+    return hit;
+  }
+
+  // How far from a wall a path that meets it is put, on its own side: far enough above
+  // round-off of the coordinates that the side is never in doubt.
+  static double nudge(double x, double y, double step) {
+    return std::max(1e-6 * step, 1e-12 * (std::fabs(x) + std::fabs(y)));
   }
 
   double nearestWell(double x, double y) const {

@@ -23,6 +23,11 @@
 // followed accurately. A backward trace runs with the velocity reversed; times
 // are counted from the start and are never negative.
 //
+// Walls that pass no water (Solution::barrierSegments) are never crossed: a step that
+// would cross one is cut where it meets it and the path goes on from there; a particle
+// at such a wall turns along it (by the part of its velocity that runs along the wall)
+// and ends there only where the flow meets the wall head on (PathEnd::Wall).
+//
 // A path ends (in this order of testing, after each step):
 // - at its maximum time (the last step is shortened to end on it exactly);
 // - where it enters a well that takes water in the direction of tracing (a
@@ -63,7 +68,7 @@ struct Particle {
   std::string label;           // the text of the LABEL line
 };
 
-enum class PathEnd { MaxTime, Well, LineSink, Window, Dry, Ignored, WaterTable, Stagnant, Steps };
+enum class PathEnd { MaxTime, Well, LineSink, Window, Dry, Ignored, Wall, WaterTable, Stagnant, Steps };
 const char* pathEndName(PathEnd e);
 
 struct PathPoint {

@@ -77,26 +77,26 @@ INSERT INTO LinesinkStrings(PID, Label, HeadSpecified, Drain, StartingHead, Endi
 -- The town's supply (about 1.1 million gallons a day) and two irrigation wells,
 -- each with particles for its capture zone.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 602500.0, 4305000.0);
-INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev)
-  VALUES (last_insert_rowid(), 'TownWell', 150000.0, 1.0, 16, 4450.0);
+INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'TownWell', 150000.0, 1.0, 16, 4450.0, 4800.0, 4200.0);
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 604000.0, 4303000.0);
-INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev)
-  VALUES (last_insert_rowid(), 'IrrigationNorth', 250000.0, 1.0, 12, 4450.0);
+INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'IrrigationNorth', 250000.0, 1.0, 12, 4450.0, 4800.0, 4200.0);
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 603500.0, 4299000.0);
-INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev)
-  VALUES (last_insert_rowid(), 'IrrigationSouth', 250000.0, 1.0, 12, 4450.0);
+INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'IrrigationSouth', 250000.0, 1.0, 12, 4450.0, 4800.0, 4200.0);
 -- A monitoring-and-supply well screened deep in the basin fill.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 606500.0, 4304500.0);
 INSERT INTO Wells(VID, Label, Head, Radius, PPWell, TopElev, BottomElev)
   VALUES (last_insert_rowid(), 'DeepSupplyPP', 60000.0, 0.5, 1, 4350.0, 4250.0);
 -- An open-pit mine dewatered to a fixed level.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 597000.0, 4302500.0);
-INSERT INTO Wells(VID, Label, Head, Radius, HeadSpecified)
-  VALUES (last_insert_rowid(), 'MinePitDewatering', 4500.0, 150.0, 1);
+INSERT INTO Wells(VID, Label, Head, Radius, HeadSpecified, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'MinePitDewatering', 4500.0, 150.0, 1, 4800.0, 4200.0);
 -- Rapid infiltration basin of the town's treated water: 0.5 ft/day over 100 ft radius.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 601000.0, 4302000.0);
-INSERT INTO Wells(VID, Label, Head, Radius, Pond)
-  VALUES (last_insert_rowid(), 'InfiltrationBasin', 0.5, 100.0, 1);
+INSERT INTO Wells(VID, Label, Head, Radius, Pond, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'InfiltrationBasin', 0.5, 100.0, 1, 4800.0, 4200.0);
 
 -- Area elements ----------------------------------------------------------------------
 

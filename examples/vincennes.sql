@@ -79,23 +79,23 @@ INSERT INTO LinesinkStrings(PID, Label, HeadSpecified, Drain, StartingHead, Endi
 -- The city's well field: two discharge-specified wells, twelve particles each for
 -- their capture zones.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 457300.0, 4393400.0);
-INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev)
-  VALUES (last_insert_rowid(), 'CityWell1', 2500.0, 0.3, 12, 115.0);
+INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'CityWell1', 2500.0, 0.3, 12, 115.0, 135.0, 100.0);
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 457600.0, 4392900.0);
-INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev)
-  VALUES (last_insert_rowid(), 'CityWell2', 2000.0, 0.3, 12, 115.0);
+INSERT INTO Wells(VID, Label, Head, Radius, NParticles, StartElev, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'CityWell2', 2000.0, 0.3, 12, 115.0, 135.0, 100.0);
 -- An industrial well screened in the lower part of the aquifer.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 458500.0, 4390200.0);
 INSERT INTO Wells(VID, Label, Head, Radius, PPWell, TopElev, BottomElev)
   VALUES (last_insert_rowid(), 'IndustrialPP', 1200.0, 0.25, 1, 110.0, 104.0);
 -- A gravel pit held at a fixed level by its dewatering pumps.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 459500.0, 4388600.0);
-INSERT INTO Wells(VID, Label, Head, Radius, HeadSpecified)
-  VALUES (last_insert_rowid(), 'GravelPitDewatering', 117.5, 2.0, 1);
+INSERT INTO Wells(VID, Label, Head, Radius, HeadSpecified, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'GravelPitDewatering', 117.5, 2.0, 1, 135.0, 100.0);
 -- A recharge basin of 60 m radius taking 0.05 m/day.
 INSERT INTO Vertices(PID, Seq, X, Y) VALUES (-1, -1, 460200.0, 4392400.0);
-INSERT INTO Wells(VID, Label, Head, Radius, Pond)
-  VALUES (last_insert_rowid(), 'RechargeBasin', 0.05, 60.0, 1);
+INSERT INTO Wells(VID, Label, Head, Radius, Pond, TopElev, BottomElev)
+  VALUES (last_insert_rowid(), 'RechargeBasin', 0.05, 60.0, 1, 135.0, 100.0);
 
 -- Area elements ----------------------------------------------------------------------
 

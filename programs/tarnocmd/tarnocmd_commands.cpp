@@ -11,6 +11,8 @@
 #include "core/console_ui.h"
 #include "core/error_trap.h"
 #include "core/text.h"
+#include "elements/element_store.h"
+#include "elements/extents.h"
 #include "store/database.h"
 #include "store/dialogs.h"
 #include "store/lifecycle.h"
@@ -177,6 +179,21 @@ int New(const NewOptions& options, std::ostream& out, std::ostream& err) {
   return 0;
 }
 
+namespace {
+
+// The rows of a table of the info listing: the element tables and the geometry
+// through the element layer, the base map list directly.
+std::int64_t CountRows(Database& db, const char* table) {
+  if (const auto kind = KindFromTable(table)) return CountElements(db, *kind);
+  if (std::string_view(table) == "Vertices") return SummariseVertices(db).count;
+  if (std::string_view(table) == "Polygons") return CountPolygons(db);
+  Statement st = db.PrepareRaw(std::string("select count(*) from ") + table + ";");
+  st.Step();
+  return st.GetInt64(0);
+}
+
+}  // namespace
+
 int Info(const std::string& path, std::ostream& out, std::ostream& err) {
   const ProjectFileProbe probe = ProbeProjectFile(path);
   if (probe.state != ProjectFileState::Project) {
@@ -196,10 +213,8 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
     for (const char* table : kTables) {
       char line[64];
       if (db.TableExists(table)) {
-        Statement st = db.PrepareRaw(std::string("select count(*) from ") + table + ";");
-        st.Step();
         std::snprintf(line, sizeof line, "  %-16s %lld", table,
-                      static_cast<long long>(st.GetInt64(0)));
+                      static_cast<long long>(CountRows(db, table)));
         out << line;
         // The wells by kind, counted as the desktop program's "Model Size" counts them.
         if (std::string(table) == "Wells") {
@@ -218,14 +233,12 @@ int Info(const std::string& path, std::ostream& out, std::ostream& err) {
       out << line;
     }
     if (db.TableExists("Vertices")) {
-      Statement st = db.PrepareRaw(
-          "select count(*), min(X), max(X), min(Y), max(Y) from Vertices;");
-      st.Step();
-      if (st.GetInt64(0) == 0) {
+      const VertexSummary v = SummariseVertices(db);
+      if (v.count == 0 || !v.box) {
         out << "Extents: no elements\n";
       } else {
-        out << "Extents: X " << Number(st.GetDouble(1)) << " to " << Number(st.GetDouble(2))
-            << ", Y " << Number(st.GetDouble(3)) << " to " << Number(st.GetDouble(4)) << "\n";
+        out << "Extents: X " << Number(v.box->MinX) << " to " << Number(v.box->MaxX) << ", Y "
+            << Number(v.box->MinY) << " to " << Number(v.box->MaxY) << "\n";
       }
     } else {
       out << "Extents: no elements\n";

@@ -47,15 +47,15 @@ MapWindow WindowOf(Database& db) {
       if (raw.GetBool(0)) return w;
     }
   }
-  Statement st = db.PrepareRaw("select count(*), min(X), max(X), min(Y), max(Y) from Vertices");
-  st.Step();
-  if (st.GetInt64(0) == 0) return w;
-  const double dx = std::max(1.0, st.GetDouble(2) - st.GetDouble(1));
-  const double dy = std::max(1.0, st.GetDouble(4) - st.GetDouble(3));
-  w.Left = st.GetDouble(1) - dx / 10;
-  w.Right = st.GetDouble(2) + dx / 10;
-  w.Bottom = st.GetDouble(3) - dy / 10;
-  w.Top = st.GetDouble(4) + dy / 10;
+  const VertexSummary v = SummariseVertices(db);
+  if (v.count == 0 || !v.box) return w;
+  const ModelExtents& b = *v.box;
+  const double dx = std::max(1.0, b.MaxX - b.MinX);
+  const double dy = std::max(1.0, b.MaxY - b.MinY);
+  w.Left = b.MinX - dx / 10;
+  w.Right = b.MaxX + dx / 10;
+  w.Bottom = b.MinY - dy / 10;
+  w.Top = b.MaxY + dy / 10;
   return w;
 }
 

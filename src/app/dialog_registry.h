@@ -10,6 +10,16 @@
 
 #include "app/shell_models.h"
 #include "display/navigation.h"
+#include "elements/barrier_dialog.h"
+#include "elements/flux_inspect_dialog.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
+#include "elements/linesink_dialog.h"
+#include "elements/particle_dialog.h"
+#include "elements/test_point_dialog.h"
+#include "elements/text_label_dialog.h"
+#include "elements/uniform_flow_dialog.h"
+#include "elements/well_dialog.h"
 #include "solver/command_file.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
@@ -32,6 +42,10 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity>;  // around a solve
+               SolverIntegrity,                                      // around a solve
+               WellProperties, LinesinkString,                       // wells and streams
+               NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
+               TestPointProperties, ParticleProperties, FluxInspectDialog,
+               TextLabelProperties>;  // observation and tracing objects, text labels
 
 }  // namespace tarno

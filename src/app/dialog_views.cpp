@@ -4,14 +4,24 @@
 
 #include "app/dialog_registry.h"
 #include "app/shell_models.h"
+#include "app/views/barrier_view.h"
+#include "app/views/flux_inspect_view.h"
 #include "app/views/gui_options_view.h"
+#include "app/views/inhomogeneity_view.h"
+#include "app/views/lake_view.h"
+#include "app/views/linesink_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
+#include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
+#include "app/views/test_point_view.h"
+#include "app/views/text_label_view.h"
+#include "app/views/uniform_flow_view.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
+#include "app/views/well_view.h"
 #include "core/error.h"
 #include "display/navigation.h"
 #include "solver/solve_dialogs.h"
@@ -85,6 +95,36 @@ auto MakeView(ConvergeDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(SolverIntegrity& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SolverIntegrityView>(m, parent);
+}
+auto MakeView(WellProperties& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<WellPropertiesView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(LinesinkString& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<LinesinkStringView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(NoFlowString& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<NoFlowStringView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(Inhomogeneity& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<InhomogeneityView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(Lake& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<LakeView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(UniformFlow& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<UniformFlowView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(TestPointProperties& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<TestPointView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(ParticleProperties& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ParticleView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(FluxInspectDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<FluxInspectView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<TextLabelView>(m, *c.port, c.projectFile, parent);
 }
 
 }  // namespace

@@ -135,7 +135,8 @@ MainWindow::MainWindow(Options options, QWidget* parent)
     if (file.empty()) return false;
     Database db = Database::Open(file);
     MapWindow saved{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
-    const ModelExtents e = tarno::ModelCheckExtents(db, saved, std::nullopt);
+    // Read only: a zoom leaves the model origin to the next solve.
+    const ModelExtents e = ElementExtents(db, saved);
     // Widened by a twentieth on every side, so that no element lies on the edge.
     const double dx = std::max(1.0, e.MaxX - e.MinX) / 20, dy = std::max(1.0, e.MaxY - e.MinY) / 20;
     extents = WorldWindow{e.MinX - dx, e.MaxX + dx, e.MaxY + dy, e.MinY - dy};

@@ -7,6 +7,7 @@
 
 #include "core/error.h"
 #include "core/rounding.h"
+#include "elements/element_store.h"
 
 namespace tarno::draw {
 
@@ -20,19 +21,19 @@ SharedVertexIndex::Key SharedVertexIndex::MakeKey(double x, double y) {
   return k;
 }
 
-void SharedVertexIndex::Build(Database& db) {
+void SharedVertexIndex::Build(const std::vector<Element>& inhomogeneities) {
   owners_.clear();
-  Statement st = db.Prepare(
-      "select PID, X, Y from Vertices where PID in (select PID from Inhomogeneities)");
-  while (st.Step()) {
-    const std::int64_t pid = st.GetInt64(0);
-    auto [it, inserted] = owners_.try_emplace(MakeKey(st.GetDouble(1), st.GetDouble(2)));
-    Owners& o = it->second;
-    if (inserted) {
-      o.first = pid;
-    } else if (!o.hasSecond && o.first != pid) {
-      o.second = pid;
-      o.hasSecond = true;
+  for (const Element& in : inhomogeneities) {
+    for (const tarno::Vertex& v : in.vertices) {
+      const std::int64_t pid = v.PID;
+      auto [it, inserted] = owners_.try_emplace(MakeKey(v.X, v.Y));
+      Owners& o = it->second;
+      if (inserted) {
+        o.first = pid;
+      } else if (!o.hasSecond && o.first != pid) {
+        o.second = pid;
+        o.hasSecond = true;
+      }
     }
   }
 }
@@ -45,15 +46,15 @@ bool SharedVertexIndex::SharedWithOther(double x, double y, std::int64_t pid) co
   return o.hasSecond && o.second != pid;
 }
 
-std::vector<Vertex> ReadVertices(DrawContext& ctx, DrawCache& cache, std::int64_t pid) {
-  Statement& st = cache.vertices.Get(ctx.db);
-  st.Bind(1, pid);
+std::vector<Vertex> Points(const std::vector<tarno::Vertex>& vertices) {
   std::vector<Vertex> out;
-  const int cVid = st.ColumnIndex("VID");
-  const int cX = st.ColumnIndex("X");
-  const int cY = st.ColumnIndex("Y");
-  while (st.Step()) out.push_back({st.GetInt64(cVid), st.GetDouble(cX), st.GetDouble(cY)});
+  out.reserve(vertices.size());
+  for (const tarno::Vertex& v : vertices) out.push_back({v.VID, v.X, v.Y});
   return out;
+}
+
+std::vector<Vertex> ReadVertices(DrawContext& ctx, std::int64_t pid) {
+  return Points(LoadVertices(ctx.db, pid));
 }
 
 Colour ModeColour(const DrawContext& ctx, int mode, Colour normal) {

@@ -1,6 +1,7 @@
 // Helpers shared by the drawing of elements and of a solution: the prepared
-// statements of one drawing pass, vertex reading, colours by mode and the drawing
-// of long world polylines.
+// statements of one drawing pass (on the result tables; the elements themselves
+// are read through the element layer), vertex reading, colours by mode and the
+// drawing of long world polylines.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "display/elem_draw.h"
+#include "elements/element.h"
 #include "store/database.h"
 
 namespace tarno::draw {
@@ -43,7 +45,9 @@ class CachedStatement {
 // here" from one pass over the vertices of all inhomogeneities.
 class SharedVertexIndex {
  public:
-  void Build(Database& db);
+  // From the inhomogeneities' vertices (every row of Inhomogeneities, as
+  // LoadAllRows reads them).
+  void Build(const std::vector<Element>& inhomogeneities);
   bool SharedWithOther(double x, double y, std::int64_t pid) const;
 
  private:
@@ -68,16 +72,16 @@ class SharedVertexIndex {
 
 // The statements one pass keeps for its whole length.
 struct DrawCache {
-  CachedStatement vertices{"select * from Vertices where PID=? order by Seq;"};
   CachedStatement wellResult{"select * from WLResults where TARNOLabel=?"};
-  CachedStatement lsString{"select * from LinesinkStrings where PID = ?"};
   CachedStatement lsResultsOfLabel{"select * from LsResults where Label=?"};
   CachedStatement lsResultOfTarnoLabel{"select * from LSResults where TARNOLabel=?"};
-  CachedStatement domain{"select * from domains where PID=?"};
   std::optional<SharedVertexIndex> shared;
 };
 
-std::vector<Vertex> ReadVertices(DrawContext& ctx, DrawCache& cache, std::int64_t pid);
+// The vertices of an element as the drawing uses them.
+std::vector<Vertex> Points(const std::vector<tarno::Vertex>& vertices);
+// The vertices of the string `pid` in Seq order, whoever owns it.
+std::vector<Vertex> ReadVertices(DrawContext& ctx, std::int64_t pid);
 
 // The colour of modes 2 (selected) and 3 (erase); `normal` for every other mode.
 Colour ModeColour(const DrawContext& ctx, int mode, Colour normal);

@@ -43,14 +43,18 @@
 #include "core/format.h"
 #include "core/ui_port.h"
 #include "display/draw_common.h"
+#include "elements/element_store.h"
+#include "elements/solver_label.h"
+#include "elements/well.h"
 #include "store/database.h"
 
 namespace tarno {
 
 using draw::DrawCache;
 using draw::ModeColour;
+using draw::Points;
 using draw::ReadVertices;
-using draw::Vertex;
+using DrawVertex = draw::Vertex;
 
 namespace {
 
@@ -97,40 +101,36 @@ void WellImpl(DrawContext& ctx, double x, double y, double setback, double radiu
   ctx.g.vgGDICircle(x, y, radius / convert, c, 1, kPenSolid);
 }
 
-std::string WellTarnoLabel(std::int64_t vid) {
-  return "WL_" + FormatNumber(static_cast<double>(vid), "000000");
+void DrawWellElement(DrawContext& ctx, const Element& w, int mode) {
+  WellImpl(ctx, w.X(), w.Y(), w.row.Number("Setback"), w.row.Number("Radius"),
+           static_cast<int>(w.row.Integer("PPWell")), static_cast<int>(w.row.Integer("Transient")),
+           mode);
 }
 
 void AllWellsImpl(DrawContext& ctx, DrawCache& cache) {
   if (!ctx.state.ProjectOpen) return;
-  Statement st = ctx.db.Prepare(
-      "select wells.vid,vertices.x,vertices.y,wells.head,wells.radius,wells.ppwell,"
-      "wells.transient,wells.nparticles,wells.setback from vertices,wells where "
-      "wells.vid=vertices.vid");
   const bool withResults = ctx.state.solution.valid;
-  while (st.Step()) {
-    const std::int64_t vid = st.GetInt64(0);
+  for (const Element& w : LoadAll(ctx.db, ElementKind::Well)) {
     int mode = kDrawNormal;
     if (withResults) {
       Statement& r = cache.wellResult.Get(ctx.db);
-      r.Bind(1, WellTarnoLabel(vid));
+      r.Bind(1, WellSolverLabel(w.key));
       if (r.Step() && r.GetDouble("Head") < -1000.0) mode = kDrawDryWell;
     }
-    WellImpl(ctx, st.GetDouble(1), st.GetDouble(2), st.GetDouble(8), st.GetDouble(4),
-             static_cast<int>(st.GetInt64(5)), static_cast<int>(st.GetInt64(6)), mode);
+    DrawWellElement(ctx, w, mode);
   }
 }
 
 // ---- line-sink strings ----
 
-Colour LinesinkColour(const Statement& row) {
-  if (row.GetInt64("HeadSpecified") != 0) {
-    if (row.GetInt64("Drain") != 0) return PaletteColour(6);
-    if (row.GetInt64("Routing") != 0) return Rgb(90, 47, 0);
-    if (row.GetInt64("Farfield") != 0) return PaletteColour(3);
+Colour LinesinkColour(const Row& row) {
+  if (row.Integer("HeadSpecified") != 0) {
+    if (row.Integer("Drain") != 0) return PaletteColour(6);
+    if (row.Integer("Routing") != 0) return Rgb(90, 47, 0);
+    if (row.Integer("Farfield") != 0) return PaletteColour(3);
     return Rgb(0, 0, 255);
   }
-  if (row.GetInt64("Gallery") != 0) return Rgb(0, 255, 0);
+  if (row.Integer("Gallery") != 0) return Rgb(0, 255, 0);
   return PaletteColour(5);
 }
 
@@ -148,7 +148,8 @@ void StreamLinkages(DrawContext& ctx, DrawCache& cache, const std::string& label
                       st.GetDouble("Y2"), st.GetText("LinkedTo")});
   }
   for (const Row& row : rows) {
-    if (row.linkedTo.compare(0, 2, "LS") == 0) {
+    const auto linked = ParseSolverLabel(row.linkedTo);
+    if (linked && linked->prefix == Info(ElementKind::Linesink).solverPrefix) {
       Statement& link = cache.lsResultOfTarnoLabel.Get(ctx.db);
       link.Bind(1, row.linkedTo);
       if (!link.Step()) continue;
@@ -163,19 +164,16 @@ void StreamLinkages(DrawContext& ctx, DrawCache& cache, const std::string& label
   }
 }
 
-void LinesinkImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode) {
+// A string's row (none when the vertices have no LinesinkStrings row) and vertices.
+void LinesinkImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, const Row* row,
+                  const std::vector<DrawVertex>& v, int mode) {
   Colour normal = PaletteColour(5);
   std::string label;
-  {
-    Statement& row = cache.lsString.Get(ctx.db);
-    row.Bind(1, pid);
-    if (row.Step()) {
-      normal = LinesinkColour(row);
-      label = row.GetText("Label");
-    }
+  if (row != nullptr) {
+    normal = LinesinkColour(*row);
+    label = row->Text("Label");
   }
   const Colour colour = ModeColour(ctx, mode, normal);
-  const std::vector<Vertex> v = ReadVertices(ctx, cache, pid);
   if (v.empty()) return;
   if (v.size() == 1) {
     MarkVertex(ctx, v[0].x, v[0].y, colour);
@@ -207,9 +205,16 @@ void LinesinkImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode
 
 // ---- lakes, barriers, inhomogeneities ----
 
-void LakeImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode, Colour normal) {
+// The string `pid` as the element's row holds it, or read by itself when the
+// vertices have no row of that kind.
+void LinesinkImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode) {
+  const auto e = LoadRow(ctx.db, ElementKind::Linesink, pid);
+  if (e) LinesinkImpl(ctx, cache, pid, &e->row, Points(e->vertices), mode);
+  else LinesinkImpl(ctx, cache, pid, nullptr, ReadVertices(ctx, pid), mode);
+}
+
+void LakeImpl(DrawContext& ctx, const std::vector<DrawVertex>& v, int mode, Colour normal) {
   const Colour colour = ModeColour(ctx, mode, normal);
-  const std::vector<Vertex> v = ReadVertices(ctx, cache, pid);
   if (v.size() == 1) MarkVertex(ctx, v[0].x, v[0].y, colour);
   draw::DrawVertexLine(ctx, v, true, colour, 0.0, kPenSolid);
   const bool markers =
@@ -218,9 +223,8 @@ void LakeImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode, Co
     for (const auto& p : v) VertexImpl(ctx, p.x, p.y, mode);
 }
 
-void NoFlowImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode, bool closed) {
+void NoFlowImpl(DrawContext& ctx, const std::vector<DrawVertex>& v, int mode, bool closed) {
   const Colour colour = ModeColour(ctx, mode, PaletteColour(0));
-  const std::vector<Vertex> v = ReadVertices(ctx, cache, pid);
   if (v.size() == 1) MarkVertex(ctx, v[0].x, v[0].y, colour);
   draw::DrawVertexLine(ctx, v, closed, colour, 2.0, kPenSolid);
   const bool markers =
@@ -229,13 +233,15 @@ void NoFlowImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode, 
     for (const auto& p : v) VertexImpl(ctx, p.x, p.y, mode);
 }
 
-void InhoImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode, Colour color) {
+// `all` is every inhomogeneity, read once for the pass; none reads them here.
+void InhoImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, const std::vector<DrawVertex>& v,
+              int mode, Colour color, const std::vector<Element>* all = nullptr) {
   if (!cache.shared) {
     cache.shared.emplace();
-    cache.shared->Build(ctx.db);
+    if (all != nullptr) cache.shared->Build(*all);
+    else cache.shared->Build(LoadAllRows(ctx.db, ElementKind::Inhomogeneity));
   }
   const Colour colour = ModeColour(ctx, mode, color);
-  const std::vector<Vertex> v = ReadVertices(ctx, cache, pid);
   const bool drawing = BeingDrawn(ctx, pid, kInhoMouseMode);
   const bool show = ctx.state.layers.inhomogeneityVertices;
   for (const auto& p : v) {
@@ -327,13 +333,11 @@ void AllTestPointsImpl(DrawContext& ctx) {
     }
   }
   if (any) return;
-  Statement st = ctx.db.Prepare(
-      "select vertices.x,vertices.y,testpoints.label,testpoints.obshead,testpoints.type from "
-      "vertices,testpoints where testpoints.vid=vertices.vid");
-  while (st.Step()) {
-    const std::string type = st.GetText(4);
-    TestPointImpl(ctx, st.GetDouble(0), st.GetDouble(1), st.GetDouble(3), st.GetDouble(3), 0,
-                  PlainTestPointColour(type), type, st.GetText(2));
+  for (const Element& tp : LoadAll(ctx.db, ElementKind::TestPoint)) {
+    const std::string type = tp.row.Text("Type");
+    const double observed = tp.row.Number("ObsHead");
+    TestPointImpl(ctx, tp.X(), tp.Y(), observed, observed, 0, PlainTestPointColour(type), type,
+                  tp.row.Text("Label"));
   }
 }
 
@@ -341,27 +345,25 @@ void ParticleImpl(DrawContext& ctx, double x, double y, int mode) {
   ctx.g.vgGDIMarker(x, y, 5, ModeColour(ctx, mode, PaletteColour(4)), 1, 0.0, 1.0);
 }
 
-void OpenOrClosedString(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode,
-                        Colour normal, bool closed, bool showVertices) {
+void OpenOrClosedString(DrawContext& ctx, const std::vector<DrawVertex>& v, int mode, Colour normal,
+                        bool closed, bool showVertices) {
   const Colour colour = ModeColour(ctx, mode, normal);
-  const std::vector<Vertex> v = ReadVertices(ctx, cache, pid);
   if (v.size() == 1) MarkVertex(ctx, v[0].x, v[0].y, colour);
   draw::DrawVertexLine(ctx, v, closed, colour, 0.0, kPenSolid);
   if (mode == kDrawSelected || (mode == kDrawNormal && showVertices))
     for (const auto& p : v) VertexImpl(ctx, p.x, p.y, mode);
 }
 
-void DomainImpl(DrawContext& ctx, DrawCache& cache, std::int64_t pid, int mode) {
-  Statement& row = cache.domain.Get(ctx.db);
-  row.Bind(1, pid);
-  if (!row.Step()) return;
-  const bool farField = row.GetBool("FarFieldBoundary");
-  const bool nearField = row.GetBool("NearFieldHU");
-  const Colour colour = static_cast<Colour>(row.GetInt64("Color"));
+void DomainImpl(DrawContext& ctx, const Element& domain, int mode) {
+  const Row& row = domain.row;
+  const bool farField = row.Flag("FarFieldBoundary");
+  const bool nearField = row.Flag("NearFieldHU");
+  const Colour colour = static_cast<Colour>(row.Integer("Color"));
   const LayerSwitches& l = ctx.state.layers;
   if (farField ? !l.viewFarField : !l.viewNearField) return;
   // Far-field and hydrologic unit boundaries are closed; a model boundary is a line.
-  OpenOrClosedString(ctx, cache, pid, mode, colour, farField || nearField, l.domainVertices);
+  OpenOrClosedString(ctx, Points(domain.vertices), mode, colour, farField || nearField,
+                     l.domainVertices);
 }
 
 template <typename Body>
@@ -374,58 +376,46 @@ void SelectedImpl(DrawContext& ctx) {
   const Selection& sel = ctx.state.selection;
   const std::int64_t vid = sel.vid != 0 ? sel.vid : sel.id;
   auto point = [&](std::int64_t id, double& x, double& y) {
-    Statement st = ctx.db.Prepare("select X, Y from Vertices where VID=?");
-    st.Bind(1, id);
-    if (!st.Step()) return false;
-    x = st.GetDouble(0);
-    y = st.GetDouble(1);
+    const auto v = LoadVertex(ctx.db, id);
+    if (!v) return false;
+    x = v->X;
+    y = v->Y;
     return true;
   };
   double x = 0, y = 0;
   switch (sel.type) {
     case 1: {
-      Statement st = ctx.db.Prepare(
-          "select vertices.x,vertices.y,wells.setback,wells.radius,wells.ppwell,wells.transient "
-          "from vertices,wells where wells.vid=vertices.vid and wells.vid=?");
-      st.Bind(1, vid);
-      if (st.Step())
-        WellImpl(ctx, st.GetDouble(0), st.GetDouble(1), st.GetDouble(2), st.GetDouble(3),
-                 static_cast<int>(st.GetInt64(4)), static_cast<int>(st.GetInt64(5)),
-                 kDrawSelected);
+      if (const auto w = Load(ctx.db, ElementKind::Well, vid)) DrawWellElement(ctx, *w, kDrawSelected);
       break;
     }
     case 2: {
       std::int64_t pid = sel.pid;
-      Statement st = ctx.db.Prepare("select PID, X, Y from Vertices where VID=?");
-      st.Bind(1, sel.vid);
-      const bool found = st.Step();
-      if (found) pid = st.GetInt64(0);
+      const auto selected = LoadVertex(ctx.db, sel.vid);
+      if (selected) pid = selected->PID;
       DrawCache cache;
       LinesinkImpl(ctx, cache, pid, kDrawSelected);
-      if (found) VertexImpl(ctx, st.GetDouble(1), st.GetDouble(2), kDrawSelected);
+      if (selected) VertexImpl(ctx, selected->X, selected->Y, kDrawSelected);
       break;
     }
     case 21: {
       if (!point(vid, x, y)) break;
-      Statement st = ctx.db.Prepare("select * from TestPoints where vid = ?");
-      st.Bind(1, vid);
-      if (st.Step())
-        TestPointImpl(ctx, x, y, 0.0, 0.0, 0, PaletteColour(12), st.GetText("Type"), {});
+      if (const auto tp = LoadRow(ctx.db, ElementKind::TestPoint, vid))
+        TestPointImpl(ctx, x, y, 0.0, 0.0, 0, PaletteColour(12), tp->row.Text("Type"), {});
       break;
     }
     case 22:
       if (point(vid, x, y)) ParticleImpl(ctx, x, y, kDrawSelected);
       break;
     case 30: {
-      Statement st = ctx.db.Prepare("select * from TextLabels where rowid=?");
-      st.Bind(1, sel.id);
-      if (!st.Step()) break;
+      const auto text = LoadRow(ctx.db, ElementKind::Text, sel.id);
+      if (!text) break;
+      const Row& r = text->row;
       try {
         // The arguments as the highlight has always passed them: face "2", the height
         // from the font name, the colour from the font size, the angle from colour 0.
-        const std::int32_t height = draw::TextToLong(st.GetText("FontName"));
-        ctx.g.vgGDIWorldText(st.GetDouble("X"), st.GetDouble("Y"), st.GetText("Text"), "2",
-                             height, static_cast<Colour>(st.GetInt64("FontSize")),
+        const std::int32_t height = draw::TextToLong(r.Text("FontName"));
+        ctx.g.vgGDIWorldText(r.Number("X"), r.Number("Y"), r.Text("Text"), "2", height,
+                             static_cast<Colour>(r.Integer("FontSize")),
                              static_cast<double>(PaletteColour(0)), 0, false);
       } catch (const Error&) {
         // A font name that is no number: the highlight is dropped without a message.
@@ -437,14 +427,6 @@ void SelectedImpl(DrawContext& ctx) {
   }
 }
 
-// The PIDs of a table's rows in table order, read before any of them is drawn.
-std::vector<std::int64_t> PidsOf(DrawContext& ctx, const char* query) {
-  std::vector<std::int64_t> pids;
-  Statement st = ctx.db.Prepare(query);
-  const int cPid = st.ColumnIndex("PID");
-  while (st.Step()) pids.push_back(st.GetInt64(cPid));
-  return pids;
-}
 
 }  // namespace
 
@@ -477,75 +459,65 @@ void ElemDrawLinesinkString(DrawContext& ctx, std::int64_t pid, int mode) {
 void ElemDrawAllLinesinks(DrawContext& ctx) {
   Trap(ctx, "ElemDrawAllLinesinks", [&] {
     DrawCache cache;
-    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from LinesinkStrings");
-    for (auto pid : pids) LinesinkImpl(ctx, cache, pid, kDrawNormal);
+    for (const Element& s : LoadAllRows(ctx.db, ElementKind::Linesink))
+      LinesinkImpl(ctx, cache, s.key, &s.row, Points(s.vertices), kDrawNormal);
   });
 }
 
 void ElemDrawLakes(DrawContext& ctx, std::int64_t pid, int mode) {
   Trap(ctx, "ElemDrawLakes", [&] {
-    DrawCache cache;
-    Statement st = ctx.db.Prepare("select Color from Lakes where PID=?");
-    st.Bind(1, pid);
-    const Colour c = st.Step() ? static_cast<Colour>(st.GetInt64(0)) : PaletteColour(0);
-    LakeImpl(ctx, cache, pid, mode, c);
+    const auto lake = LoadRow(ctx.db, ElementKind::Lake, pid);
+    if (lake)
+      LakeImpl(ctx, Points(lake->vertices), mode, static_cast<Colour>(lake->row.Integer("Color")));
+    else
+      LakeImpl(ctx, ReadVertices(ctx, pid), mode, PaletteColour(0));
   });
 }
 
 void ElemDrawAllLakes(DrawContext& ctx) {
   Trap(ctx, "ElemDrawAllLakes", [&] {
-    DrawCache cache;
-    Statement st = ctx.db.Prepare("select * from Lakes");
-    const int cPid = st.ColumnIndex("PID");
-    const int cColor = st.ColumnIndex("Color");
-    while (st.Step())
-      LakeImpl(ctx, cache, st.GetInt64(cPid), kDrawNormal, static_cast<Colour>(st.GetInt64(cColor)));
+    for (const Element& lake : LoadAllRows(ctx.db, ElementKind::Lake))
+      LakeImpl(ctx, Points(lake.vertices), kDrawNormal,
+               static_cast<Colour>(lake.row.Integer("Color")));
   });
 }
 
 void ElemDrawNoFlowString(DrawContext& ctx, std::int64_t pid, int mode, bool closed) {
   Trap(ctx, "ElemDrawNoFlowString", [&] {
-    DrawCache cache;
-    NoFlowImpl(ctx, cache, pid, mode, closed);
+    NoFlowImpl(ctx, ReadVertices(ctx, pid), mode, closed);
   });
 }
 
 void ElemDrawAllNoFlow(DrawContext& ctx) {
   Trap(ctx, "ElemDrawAllNoFlow", [&] {
-    DrawCache cache;
-    Statement st = ctx.db.Prepare("select * from NoFlowStrings");
-    const int cPid = st.ColumnIndex("PID");
-    const int cClosed = st.ColumnIndex("Closed");
-    while (st.Step())
-      NoFlowImpl(ctx, cache, st.GetInt64(cPid), kDrawNormal, st.GetInt64(cClosed) != 0);
+    for (const Element& b : LoadAllRows(ctx.db, ElementKind::Barrier))
+      NoFlowImpl(ctx, Points(b.vertices), kDrawNormal, b.row.Integer("Closed") != 0);
   });
 }
 
 void ElemDrawInho(DrawContext& ctx, std::int64_t pid, int mode, bool /*flag*/, Colour color) {
   Trap(ctx, "ElemDrawInho", [&] {
     DrawCache cache;
-    InhoImpl(ctx, cache, pid, mode, color);
+    InhoImpl(ctx, cache, pid, ReadVertices(ctx, pid), mode, color);
   });
 }
 
 void ElemDrawAllInhos(DrawContext& ctx) {
   Trap(ctx, "ElemDrawAllInhos", [&] {
     DrawCache cache;
-    Statement st = ctx.db.Prepare("select * from Inhomogeneities");
-    const int cPid = st.ColumnIndex("PID");
-    const int cColor = st.ColumnIndex("Color");
-    while (st.Step())
-      InhoImpl(ctx, cache, st.GetInt64(cPid), kDrawNormal, static_cast<Colour>(st.GetInt64(cColor)));
+    const std::vector<Element> all = LoadAllRows(ctx.db, ElementKind::Inhomogeneity);
+    for (const Element& in : all)
+      InhoImpl(ctx, cache, in.key, Points(in.vertices), kDrawNormal,
+               static_cast<Colour>(in.row.Integer("Color")), &all);
   });
 }
 
 void ElemDrawUniformFlow(DrawContext& ctx) {
   Trap(ctx, "ElemDrawUniformFlow", [&] {
-    Statement st = ctx.db.Prepare(
-        "select UNIFLOWCompute, UNIFLOWRefX, UNIFLOWRefY, UNIFLOWOrientation from Model");
-    if (!st.Step() || st.GetInt64(0) == 0) return;
-    ctx.g.vgGDIMarker(st.GetDouble(1), st.GetDouble(2), 8, PaletteColour(0), 1, st.GetDouble(3),
-                      1.0);
+    const auto u = LoadUniformFlow(ctx.db);
+    if (!u) return;
+    ctx.g.vgGDIMarker(u->row.Number("UNIFLOWRefX"), u->row.Number("UNIFLOWRefY"), 8,
+                      PaletteColour(0), 1, u->row.Number("UNIFLOWOrientation"), 1.0);
   });
 }
 
@@ -570,34 +542,29 @@ void ModelDrawParticle(DrawContext& ctx, double x, double y, int mode) {
 
 void ModelDrawAllParticles(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllParticles", [&] {
-    Statement st = ctx.db.Prepare(
-        "select vertices.x,vertices.y from vertices,particles where particles.vid=vertices.vid");
-    while (st.Step()) ParticleImpl(ctx, st.GetDouble(0), st.GetDouble(1), kDrawNormal);
+    for (const Element& p : LoadAll(ctx.db, ElementKind::Particle))
+      ParticleImpl(ctx, p.X(), p.Y(), kDrawNormal);
   });
 }
 
 void ModelDrawFluxInspect(DrawContext& ctx, std::int64_t pid, int mode) {
   Trap(ctx, "ModelDrawFluxInspect", [&] {
-    DrawCache cache;
-    OpenOrClosedString(ctx, cache, pid, mode, PaletteColour(9), false,
+    OpenOrClosedString(ctx, ReadVertices(ctx, pid), mode, PaletteColour(9), false,
                        ctx.state.layers.linesinkVertices);
   });
 }
 
 void ModelDrawAllFluxInspect(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllFluxInspect", [&] {
-    DrawCache cache;
-    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from FluxInspect");
-    for (auto pid : pids)
-      OpenOrClosedString(ctx, cache, pid, kDrawNormal, PaletteColour(9), false,
+    for (const Element& fl : LoadAllRows(ctx.db, ElementKind::FluxLine))
+      OpenOrClosedString(ctx, Points(fl.vertices), kDrawNormal, PaletteColour(9), false,
                          ctx.state.layers.linesinkVertices);
   });
 }
 
 void ModelDrawCapzone(DrawContext& ctx, std::int64_t pid, int mode) {
   Trap(ctx, "ModelDrawCapzone", [&] {
-    DrawCache cache;
-    OpenOrClosedString(ctx, cache, pid, mode, PaletteColour(13), true,
+    OpenOrClosedString(ctx, ReadVertices(ctx, pid), mode, PaletteColour(13), true,
                        ctx.state.layers.domainVertices);
   });
 }
@@ -605,51 +572,46 @@ void ModelDrawCapzone(DrawContext& ctx, std::int64_t pid, int mode) {
 void ModelDrawAllCapzones(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllCapzones", [&] {
     if (!ctx.state.layers.protectionAreas) return;
-    DrawCache cache;
-    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from Capzones");
-    for (auto pid : pids)
-      OpenOrClosedString(ctx, cache, pid, kDrawNormal, PaletteColour(13), true,
+    for (const Element& c : LoadAllRows(ctx.db, ElementKind::Capzone))
+      OpenOrClosedString(ctx, Points(c.vertices), kDrawNormal, PaletteColour(13), true,
                          ctx.state.layers.domainVertices);
   });
 }
 
 void ModelDrawDomain(DrawContext& ctx, std::int64_t pid, int mode) {
   Trap(ctx, "ModelDrawDomain", [&] {
-    DrawCache cache;
-    DomainImpl(ctx, cache, pid, mode);
+    if (const auto d = LoadRow(ctx.db, ElementKind::Domain, pid)) DomainImpl(ctx, *d, mode);
   });
 }
 
 void ModelDrawAllDomains(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllDomains", [&] {
-    DrawCache cache;
-    const std::vector<std::int64_t> pids = PidsOf(ctx, "select * from Domains");
-    for (auto pid : pids) DomainImpl(ctx, cache, pid, kDrawNormal);
+    for (const Element& d : LoadAllRows(ctx.db, ElementKind::Domain))
+      DomainImpl(ctx, d, kDrawNormal);
   });
 }
 
 void ModelDrawAllText(DrawContext& ctx) {
   Trap(ctx, "ModelDrawAllText", [&] {
-    Statement st = ctx.db.Prepare("select * from TextLabels");
     const WorldWindow& w = ctx.state.Window;
     const LayerSwitches& l = ctx.state.layers;
     bool any = false;
-    while (st.Step()) {
+    for (const Element& text : LoadAll(ctx.db, ElementKind::Text)) {
+      const Row& st = text.row;
       any = true;
-      const int type = static_cast<int>(st.GetInt64("LabelType"));
+      const int type = static_cast<int>(st.Integer("LabelType"));
       Colour colour;
       if (type == 0) {
         // A user's label disappears when the window is ten times narrower than the
         // width it was placed at.
-        if (!(st.GetDouble("ScalerX") / 10.0 < w.Right - w.Left)) continue;
+        if (!(st.Number("ScalerX") / 10.0 < w.Right - w.Left)) continue;
         colour = PaletteColour(0);
       } else {
         if (!(l.hydrographyLabels && l.toolbar)) continue;
         colour = PaletteColour(13);
       }
-      ctx.g.vgGDIWorldText(st.GetDouble("X"), st.GetDouble("Y"), st.GetText("Text"),
-                           st.GetText("FontName"), static_cast<int>(st.GetInt64("FontSize")),
-                           colour, 0.0, 0, false);
+      ctx.g.vgGDIWorldText(st.Number("X"), st.Number("Y"), st.Text("Text"), st.Text("FontName"),
+                           static_cast<int>(st.Integer("FontSize")), colour, 0.0, 0, false);
     }
     if (any) ctx.g.vgGDIRefresh();
   });

@@ -10,7 +10,7 @@
 #include "core/error_trap.h"
 #include "core/format.h"
 #include "core/text.h"
-#include "solver/command_file.h"
+#include "elements/extents.h"
 #include "store/database.h"
 
 namespace tarno {
@@ -46,11 +46,12 @@ void WriteModelWindow(const std::filesystem::path& project, const WorldWindow& w
   st.Run();
 }
 
-// The model's extents from the project itself, widened by a margin.
+// The model's extents from the elements of the project, widened by a margin. Only
+// read: the model origin is the solve's to set (ModelCheckExtents).
 bool ProjectExtents(const MapState& state, WorldWindow& out) {
   Database db = Database::Open(state.projectFile);
   MapWindow saved{state.Window.Left, state.Window.Right, state.Window.Top, state.Window.Bottom};
-  const ModelExtents e = ModelCheckExtents(db, saved, std::nullopt);
+  const ModelExtents e = ElementExtents(db, saved);
   const double mx = (e.MaxX - e.MinX) * kExtentsMargin;
   const double my = (e.MaxY - e.MinY) * kExtentsMargin;
   out.Left = e.MinX - mx;

@@ -95,7 +95,7 @@ class Navigator {
     std::function<void()> elemTurnOffSelection;
     // True while a run of the solver is under way (the window is then not stored).
     std::function<bool()> solverRunning;
-    // The model's extents for Zoom Extents (ModelCheckExtents, widened).
+    // The model's extents for Zoom Extents (ElementExtents, widened; nothing written).
     std::function<bool(WorldWindow& extents)> modelExtents;
   };
 

@@ -12,6 +12,7 @@
 #include "core/ui_port.h"
 #include "display/elem_draw.h"
 #include "display/results_draw.h"
+#include "elements/element_store.h"
 #include "solver/model_settings.h"
 #include "store/database.h"
 
@@ -30,10 +31,10 @@ constexpr const char* kSelectFeedback = "Click mouse button to select element";
 // The wait window takes its own width for these short texts.
 constexpr int kWaitWidth = 0;
 
-// True when the query yields at least one row.
-bool HasRecord(Database& db, const std::string& sql) {
-  Statement st = db.Prepare(sql);
-  return st.Step();
+// Whether the project has a test point of the type ("Piezometer", "Gage", "Lake
+// Stage"; compared without regard to case, as the store compares text).
+bool AnyTestPointOf(Database& db, const char* type) {
+  return AnyElementWhere(db, ElementKind::TestPoint, "Type", "=", Value{std::string(type)});
 }
 
 }  // namespace
@@ -85,11 +86,11 @@ bool MapView::Redraw(bool printing, bool showWait) {
       TestDisplayMenu menu;
       menu.firstEnabled = solutionValid;
       menu.piezometerScalingEnabled =
-          HasRecord(*db, "select * from TestPoints where Type = 'Piezometer'") && solutionValid;
+          AnyTestPointOf(*db, "Piezometer") && solutionValid;
       menu.gageScalingEnabled =
-          HasRecord(*db, "select * from TestPoints where Type = 'Gage'") && solutionValid;
+          AnyTestPointOf(*db, "Gage") && solutionValid;
       menu.stageScalingEnabled =
-          HasRecord(*db, "select * from testpoints where type = 'Lake Stage'") && solutionValid;
+          AnyTestPointOf(*db, "Lake Stage") && solutionValid;
       if (hooks.setTestDisplayMenu) hooks.setTestDisplayMenu(menu);
 
       if (hooks.elemTurnOffSelection) hooks.elemTurnOffSelection();
@@ -230,10 +231,9 @@ void MapView::SetUpLayers() {
     layers.pathlines = false;
     layers.pathlinesEnabled = true;
 
-    if (HasRecord(db, "select * from Wells") || HasRecord(db, "select * from LinesinkStrings") ||
-        HasRecord(db, "select * from NoFlowStrings") ||
-        HasRecord(db, "select * from Inhomogeneities") ||
-        HasRecord(db, "select * from FluxInspect")) {
+    if (AnyElement(db, ElementKind::Well) || AnyElement(db, ElementKind::Linesink) ||
+        AnyElement(db, ElementKind::Barrier) || AnyElement(db, ElementKind::Inhomogeneity) ||
+        AnyElement(db, ElementKind::FluxLine)) {
       layers.elements = true;
     }
 
@@ -245,7 +245,7 @@ void MapView::SetUpLayers() {
     layers.gageScale = 50;
 
     layers.hydrographyLabelsEnabled =
-        HasRecord(db, "select * from TextLabels where LabelType=1");
+        AnyElementWhere(db, ElementKind::Text, "LabelType", "=", Value{std::int64_t{1}});
 
     {
       Statement model = db.Prepare("select * from Model");
@@ -256,7 +256,7 @@ void MapView::SetUpLayers() {
     }
 
     // ToolsSearch and DBRepair are enabled by the main window in layersChanged.
-    const bool capzones = HasRecord(db, "select * from Capzones");
+    const bool capzones = AnyElement(db, ElementKind::Capzone);
     layers.protectionAreasEnabled = capzones;
     layers.protectionAreas = capzones;
     db.Close();

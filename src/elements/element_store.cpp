@@ -37,9 +37,10 @@ std::string KeyColumn(ElementKind kind) {
 }
 
 // Completes the elements read from the element table with their vertices, and
-// leaves out the incomplete ones.
+// leaves out the incomplete ones (reported in `skipped`), unless `keepIncomplete`
+// keeps them with the vertices they have.
 std::vector<Element> Complete(Database& db, ElementKind kind, std::vector<Element> rows,
-                              std::vector<SkippedElement>* skipped) {
+                              std::vector<SkippedElement>* skipped, bool keepIncomplete) {
   const KindInfo& info = Info(kind);
   if (info.geometry == Geometry::Row) return rows;
   std::vector<Element> out;
@@ -53,6 +54,7 @@ std::vector<Element> Complete(Database& db, ElementKind kind, std::vector<Elemen
       const auto it = points.find(e.key);
       if (it == points.end()) {
         if (skipped != nullptr) skipped->push_back({kind, e.Label(), "has no vertex"});
+        if (keepIncomplete) out.push_back(std::move(e));
         continue;
       }
       e.vertices = {it->second};
@@ -70,22 +72,25 @@ std::vector<Element> Complete(Database& db, ElementKind kind, std::vector<Elemen
   for (Element& e : rows) {
     auto it = strings.find(e.key);
     const std::size_t n = it == strings.end() ? 0 : it->second.size();
+    // Copied, not moved: the tables without a unique key (flux lines, hydrologic
+    // units, protection areas) may hold two rows of one PID.
+    if (it != strings.end()) e.vertices = it->second;
     if (static_cast<int>(n) < info.minVertices) {
       if (skipped != nullptr)
         skipped->push_back({kind, e.Label(),
                             n == 0   ? "has no vertices"
                             : n == 1 ? "has 1 vertex"
                                      : "has " + std::to_string(n) + " vertices"});
-      continue;
+      if (!keepIncomplete) continue;
     }
-    e.vertices = std::move(it->second);
     out.push_back(std::move(e));
   }
   return out;
 }
 
 std::vector<Element> Query(Database& db, ElementKind kind, const std::string& where,
-                           const std::vector<Value>& binds, std::vector<SkippedElement>* skipped) {
+                           const std::vector<Value>& binds, std::vector<SkippedElement>* skipped,
+                           bool keepIncomplete = false) {
   const std::string table = Table(kind);
   const std::string key = KeyColumn(kind);
   Statement st = db.PrepareRaw("select rowid as rowid__, * from " + table + where + " order by " +
@@ -99,7 +104,7 @@ std::vector<Element> Query(Database& db, ElementKind kind, const std::string& wh
     e.key = Info(kind).key.empty() ? st.GetInt64("rowid__") : st.GetInt64(key);
     rows.push_back(std::move(e));
   }
-  return Complete(db, kind, std::move(rows), skipped);
+  return Complete(db, kind, std::move(rows), skipped, keepIncomplete);
 }
 
 void RequireTable(ElementKind kind) {
@@ -158,6 +163,47 @@ std::optional<Element> Load(Database& db, ElementKind kind, std::int64_t key) {
   return std::move(found.front());
 }
 
+std::vector<Element> LoadAllRows(Database& db, ElementKind kind) {
+  if (kind == ElementKind::UniformFlow) return LoadAll(db, kind);
+  return Query(db, kind, "", {}, nullptr, true);
+}
+
+std::optional<Element> LoadRow(Database& db, ElementKind kind, std::int64_t key) {
+  if (kind == ElementKind::UniformFlow) return LoadUniformFlow(db);
+  auto found = Query(db, kind, " where " + KeyColumn(kind) + " = ?", {Value{key}}, nullptr, true);
+  if (found.empty()) return std::nullopt;
+  return std::move(found.front());
+}
+
+bool AnyElement(Database& db, ElementKind kind) {
+  RequireTable(kind);
+  Statement st = db.PrepareRaw("select 1 from " + Table(kind) + " limit 1");
+  return st.Step();
+}
+
+bool AnyElementWhere(Database& db, ElementKind kind, std::string_view field, std::string_view op,
+                     const Value& value) {
+  RequireTable(kind);
+  static const char* const kOps[] = {"=", "<>", ">", ">=", "<", "<="};
+  bool known = false;
+  for (const char* o : kOps) known = known || op == o;
+  if (!known) throw InvalidArgumentError("no comparison " + std::string(op));
+  const std::string column = Row::Defaults(Table(kind)).CanonicalName(field);
+  if (column.empty())
+    throw InvalidArgumentError(Table(kind) + " has no field " + std::string(field));
+  Statement st = db.PrepareRaw("select 1 from " + Table(kind) + " where \"" + column + "\" " +
+                               std::string(op) + " ? limit 1");
+  st.Bind(1, value);
+  return st.Step();
+}
+
+std::int64_t CountElements(Database& db, ElementKind kind) {
+  RequireTable(kind);
+  Statement st = db.PrepareRaw("select count(*) from " + Table(kind));
+  st.Step();
+  return st.GetInt64(0);
+}
+
 std::optional<Element> FindByLabel(Database& db, ElementKind kind, std::string_view label) {
   RequireTable(kind);
   const char* column = kind == ElementKind::Text ? "Text" : "Label";
@@ -208,6 +254,13 @@ std::vector<Vertex> LoadVertices(Database& db, std::int64_t pid) {
   std::vector<Vertex> v;
   while (st.Step()) v.push_back(ReadVertex(st));
   return v;
+}
+
+std::optional<Vertex> LoadVertex(Database& db, std::int64_t vid) {
+  Statement st = db.PrepareRaw("select VID, PID, Seq, X, Y from Vertices where VID = ?");
+  st.Bind(1, vid);
+  if (!st.Step()) return std::nullopt;
+  return ReadVertex(st);
 }
 
 std::int64_t Insert(Database& db, Element& e) {
@@ -363,6 +416,17 @@ AquiferFrame LoadAquiferFrame(Database& db) {
   f.computeMeters = st.GetBool(2);
   f.basemapMeters = st.GetBool(3);
   return f;
+}
+
+std::string LoadBasePath(Database& db) {
+  Statement st = db.Prepare("select TARNOBasePath from Project");
+  return st.Step() ? st.GetText(0) : std::string();
+}
+
+double LoadAquiferHydCond(Database& db) {
+  Statement st = db.Prepare("select AQHydCond from Model");
+  if (!st.Step()) throw Error("The Model table has no row");
+  return st.GetDouble(0);
 }
 
 }  // namespace tarno

@@ -36,6 +36,22 @@ std::vector<Element> LoadAll(Database& db, ElementKind kind,
                              std::vector<SkippedElement>* skipped = nullptr);
 // One element by its key; none if it is not there or incomplete.
 std::optional<Element> Load(Database& db, ElementKind kind, std::int64_t key);
+
+// As LoadAll and Load, but the incomplete elements are kept, with the vertices
+// they have (none for a point without its vertex): for the code that has its own
+// rule for them, as the command file's blocks (a menu is written as soon as its
+// table has a row) and the map (a one-vertex string is drawn as a marker) have.
+std::vector<Element> LoadAllRows(Database& db, ElementKind kind);
+std::optional<Element> LoadRow(Database& db, ElementKind kind, std::int64_t key);
+
+// Whether the kind's table has any row; with a field, any row whose field compares
+// to `value` by `op` ("=", "<>", ">", ">=", "<", "<=") as the store compares (text
+// without regard to case). The rows need not be complete.
+bool AnyElement(Database& db, ElementKind kind);
+bool AnyElementWhere(Database& db, ElementKind kind, std::string_view field, std::string_view op,
+                     const Value& value);
+// The number of rows of the kind's table, complete or not.
+std::int64_t CountElements(Database& db, ElementKind kind);
 // The element of `kind` whose label is `label` (compared as the project file
 // compares text: without regard to case); none if there is none.
 std::optional<Element> FindByLabel(Database& db, ElementKind kind, std::string_view label);
@@ -61,6 +77,8 @@ std::int64_t AddVertex(Database& db, double x, double y, std::int64_t pid, std::
 std::int64_t AddPolygon(Database& db, int closed);
 // The vertices of a string in Seq order.
 std::vector<Vertex> LoadVertices(Database& db, std::int64_t pid);
+// One vertex by its VID, whoever owns it; none if there is no such vertex.
+std::optional<Vertex> LoadVertex(Database& db, std::int64_t vid);
 
 // Uniform flow lives in the Model row (the UNIFLOW fields) and a PID -10 vertex.
 // The element's row holds the UNIFLOW fields; none when UNIFLOWCompute is off.
@@ -80,5 +98,11 @@ struct AquiferFrame {
   bool basemapMeters = true;
 };
 AquiferFrame LoadAquiferFrame(Database& db);
+
+// The project's folder of the solver files and stage tables (Project.TARNOBasePath).
+std::string LoadBasePath(Database& db);
+// The model's hydraulic conductivity (AQHydCond), which an inhomogeneity whose
+// conductivity is not its own shows.
+double LoadAquiferHydCond(Database& db);
 
 }  // namespace tarno

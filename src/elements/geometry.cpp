@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "core/error.h"
+#include "core/text.h"
 #include "elements/element_store.h"
 
 namespace tarno {
@@ -49,6 +51,12 @@ double FindLocalBase(Database& db, double x, double y) {
     }
   }
   return found ? base : LoadAquiferFrame(db).base;
+}
+
+double FindLocal(Database& db, std::string_view property, double x, double y) {
+  if (!EqualsIgnoreCase(property, "Base"))
+    throw InvalidArgumentError("no local value of " + std::string(property));
+  return FindLocalBase(db, x, y);
 }
 
 }  // namespace tarno

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "elements/element.h"
 #include "store/database.h"
@@ -22,5 +23,9 @@ double PolygonArea(std::span<const Vertex> polygon);
 // The aquifer base at a point: the BottomElevation of the smallest inhomogeneity
 // with ChangeB that holds it (the first of equal areas), else the model's AQBase.
 double FindLocalBase(Database& db, double x, double y);
+// The local value of an aquifer property by its name. "Base" (in any case) is the
+// one property that inhomogeneities set locally; any other name throws
+// InvalidArgumentError.
+double FindLocal(Database& db, std::string_view property, double x, double y);
 
 }  // namespace tarno

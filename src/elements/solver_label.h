@@ -10,6 +10,11 @@
 
 namespace tarno {
 
+// The prefixes of the test points that are no piezometers (a piezometer's is its
+// kind's, "TP_").
+inline constexpr std::string_view kGageSolverPrefix = "TG_";
+inline constexpr std::string_view kLakeStageSolverPrefix = "TS_";
+
 // "WL_" + the key with six digits (more when the key needs them).
 std::string SolverLabel(std::string_view prefix, std::int64_t key);
 // "LS_" + the string's PID with six digits + "_" + the Seq with four.

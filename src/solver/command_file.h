@@ -21,6 +21,7 @@
 
 #include "core/coords.h"
 #include "core/ui_port.h"
+#include "elements/extents.h"  // MapWindow, ModelExtents
 
 namespace tarno {
 
@@ -38,23 +39,6 @@ enum WriteTypeCode : int {
 
 // The version written into the header line.
 inline constexpr const char* kTarnoVersion = "2.2.4";
-
-// The map window now on screen, in map units.
-struct MapWindow {
-  double Left = 0.0;
-  double Right = 0.0;
-  double Top = 0.0;
-  double Bottom = 0.0;
-};
-
-// The extents of the model (all vertices, widened as the extents operation does)
-// and the model origin, which is their centre.
-struct ModelExtents {
-  double MinX = 0.0;
-  double MaxX = 0.0;
-  double MinY = 0.0;
-  double MaxY = 0.0;
-};
 
 // The program-wide values that the writer reads and changes. ReferenceHead is the
 // head far away when no uniform flow is computed; the two flags say that the grid
@@ -122,12 +106,12 @@ struct CommandFileContext {
   UserInterface* ui = nullptr;
 };
 
-// Brings the extents and the model origin up to date: the extents of all vertices
-// ("select max(X) as MaxX,min(X) as MinX,Max(Y) as MaxY,min(Y) as MinY from
-// Vertices;"), widened by the base maps, or the map window when there are no
-// vertices; a single point is widened by 1 in every direction; the uniform flow's
-// reference point widens them when it is in use. The origin, their centre, is
-// written to SOLVERX0 and SOLVERY0 of the Model row.
+// Brings the extents and the model origin up to date before a solve: the extents
+// of the elements (ElementExtents: all vertices, widened by the base maps, or the
+// map window when there are no vertices; a single point widened by 1 in every
+// direction; the uniform flow's reference point), and the origin, their centre,
+// written to SOLVERX0 and SOLVERY0 of the Model row. Code that only shows the
+// extents calls ElementExtents, which writes nothing.
 ModelExtents ModelCheckExtents(Database& db, const MapWindow& savedWindow,
                                const std::optional<ModelExtents>& basemapExtents);
 

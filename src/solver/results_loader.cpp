@@ -11,6 +11,10 @@
 #include "core/error.h"
 #include "core/file_find.h"
 #include "core/text.h"
+#include "elements/element_store.h"
+#include "elements/linesink.h"
+#include "elements/observation.h"
+#include "elements/solver_label.h"
 #include "store/database.h"
 
 namespace tarno {
@@ -72,18 +76,11 @@ class LabelIndex {
   std::unordered_map<std::string, std::int64_t> rows_;  // emplace keeps the first
 };
 
-// The number in the last six characters of a test point label ("TP_000012" -> 12).
-std::int64_t VidOfLabel(const std::string& trimmedLabel) {
-  const std::string tail =
-      trimmedLabel.size() > 6 ? trimmedLabel.substr(trimmedLabel.size() - 6) : trimmedLabel;
-  return static_cast<std::int64_t>(Val(tail));
-}
-
-// The number at the end of a label ("FL_000007" -> 7): its trailing digits.
-std::int64_t NumberAtEnd(const std::string& trimmedLabel) {
-  std::size_t i = trimmedLabel.size();
-  while (i > 0 && std::isdigit(static_cast<unsigned char>(trimmedLabel[i - 1]))) --i;
-  return static_cast<std::int64_t>(Val(trimmedLabel.substr(i)));
+// The key in a solver label ("TP_000012" -> 12, "FL_000007" -> 7); -1 for a text
+// that is no solver label, which matches no element.
+std::int64_t KeyOfLabel(const std::string& trimmedLabel) {
+  const auto parsed = ParseSolverLabel(trimmedLabel);
+  return parsed ? parsed->key : -1;
 }
 
 bool EndsWith(const std::string& s, const std::string& tail) {
@@ -124,13 +121,9 @@ class Loader {
       : db_(db), frame_(frame), ui_(ui) {}
 
   void PrepareTestPoints() {
-    db_.Execute("DELETE * FROM TPResults;");
     db_.Execute("DELETE * FROM FIResults;");
-    db_.Execute(
-        "INSERT INTO TPResults SELECT TestPoints.Label, TestPoints.VID, TestPoints.ObsHead, 0.0 "
-        "as ModelHead, 0.0 as Difference, Vertices.X, Vertices.Y, TestPoints.ObsStreamFlow, 0.0 "
-        "as ModelFlow, TestPoints.Type FROM TestPoints INNER JOIN Vertices ON "
-        "TestPoints.VID=Vertices.VID;");
+    // One blank row per test point with its vertex, by VID.
+    PrepareTestPointResultRows(db_, LoadAll(db_, ElementKind::TestPoint));
   }
 
   void Read(std::istream& in, LoadSummary& summary) {
@@ -161,18 +154,10 @@ class Loader {
   void SearchTypes() {
     // Each string's kind: NearField, then each test that holds overwrites it.
     std::unordered_map<std::string, std::string> kinds;
-    Statement ls = db_.Prepare("SELECT * FROM LinesinkStrings order by PID");
-    while (ls.Step()) {
-      const std::string key = Upper(ls.GetText("Label"));
+    for (const Element& s : LoadAllRows(db_, ElementKind::Linesink)) {
+      const std::string key = Upper(s.row.Text("Label"));
       if (kinds.count(key) != 0) continue;  // the first string of a label decides
-      std::string type = "NearField";
-      if (ls.GetInt64("FarField") != 0) type = "Farfield";
-      if (ls.GetInt64("Drain") != 0) type = "Drain";
-      if (ls.GetInt64("Gallery") != 0) type = "Galleries";
-      if (ls.GetInt64("HeadSpecified") == 0) type = "Discharge";
-      if (ls.GetInt64("Lake") != 0) type = "Lake";
-      if (ls.GetInt64("Routing") != 0) type = "Stream";
-      kinds.emplace(key, type);
+      kinds.emplace(key, LinesinkSearchType(s));
     }
     Statement rows = db_.PrepareRaw("select rowid, Label from LSResults");
     Statement up = db_.PrepareRaw("update LSResults set SearchType=? where rowid=?");
@@ -260,7 +245,7 @@ class Loader {
     const std::string kind = TrimST(f[1]);
     if (EndsWith(kind, "gage") || EndsWith(kind, "lake_stage")) {
       if (n < 5) return false;
-      const auto it = tp_.find(VidOfLabel(TrimST(f[5])));
+      const auto it = tp_.find(KeyOfLabel(TrimST(f[5])));
       if (it == tp_.end()) return Unmatched();  // no such test point: nothing changes
       Statement& st = EndsWith(kind, "gage") ? tpFlow_ : tpHead_;
       st.Reset();
@@ -274,7 +259,7 @@ class Loader {
       ui_.MessageBox("Not Available", {"Grid extractions not yet supported"});
       return true;
     }
-    const auto it = tp_.find(VidOfLabel(label));
+    const auto it = tp_.find(KeyOfLabel(label));
     if (it == tp_.end()) return Unmatched();
     tpHead_.Reset();
     tpHead_.Bind(1, Val(f[9])).Bind(2, it->second);
@@ -378,7 +363,7 @@ class Loader {
         if (n < 2) return false;
         const std::string label = TrimST(f[1]);
         flux_.Reset();
-        flux_.Bind(1, label).Bind(2, NumberAtEnd(label)).Bind(3, Val(f[2]));
+        flux_.Bind(1, label).Bind(2, std::max<std::int64_t>(0, KeyOfLabel(label))).Bind(3, Val(f[2]));
         Run(flux_);
         return true;
       }

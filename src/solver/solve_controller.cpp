@@ -14,6 +14,7 @@
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "core/text.h"
+#include "elements/element_store.h"
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"
 #include "solver/process.h"
@@ -431,61 +432,27 @@ void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLog
   (void)showResults;  // the map shows the results by the redraw above
 }
 
-WellCounts CountWells(Database& db) {
-  WellCounts c;
-  Statement st = db.PrepareRaw("select HeadSpecified, PPWell, Transient from Wells");
-  while (st.Step()) {
-    const bool head = st.GetInt64(0) != 0, pp = st.GetInt64(1) != 0, tr = st.GetInt64(2) != 0;
-    if (pp) {
-      ++c.partiallyPenetrating;
-      c.unknowns += head ? 3 : 2;
-    } else if (tr) {
-      ++c.transient;
-    } else {
-      ++c.twoD;
-      if (head) c.unknowns += 1;
-    }
-  }
-  return c;
-}
-
 int ModelGetSize(Database& db, bool show, UserInterface& ui, int leakageCells, bool gridPresent) {
-  std::map<std::int64_t, std::int64_t> vertices;
-  {
-    Statement st = db.PrepareRaw("select PID, count(*) from Vertices group by PID");
-    while (st.Step()) vertices[st.GetInt64(0)] = st.GetInt64(1);
-  }
-  auto countOf = [&](std::int64_t pid) {
-    auto it = vertices.find(pid);
-    return it == vertices.end() ? std::int64_t{0} : it->second;
-  };
+  // Every row of each kind with the vertices it has, complete or not.
+  auto countOf = [](const Element& e) { return static_cast<std::int64_t>(e.vertices.size()); };
   const WellCounts wells = CountWells(db);
   const std::int64_t wells2d = wells.twoD, ppWells = wells.partiallyPenetrating,
                      transient = wells.transient, wellUnknowns = wells.unknowns;
   std::int64_t strings = 0, linesinks = 0;
-  {
-    Statement st = db.Prepare("select PID from LinesinkStrings");
-    while (st.Step()) {
-      ++strings;
-      linesinks += std::max<std::int64_t>(0, countOf(st.GetInt64(0)) - 1);
-    }
+  for (const Element& s : LoadAllRows(db, ElementKind::Linesink)) {
+    ++strings;
+    linesinks += std::max<std::int64_t>(0, countOf(s) - 1);
   }
   std::int64_t barriers = 0, barrierDoublets = 0;
-  {
-    Statement st = db.Prepare("select * from noflowStrings");
-    while (st.Step()) {
-      ++barriers;
-      const std::int64_t n = countOf(st.GetInt64("PID"));
-      barrierDoublets += st.GetBool("Closed") ? n : std::max<std::int64_t>(0, n - 1);
-    }
+  for (const Element& b : LoadAllRows(db, ElementKind::Barrier)) {
+    ++barriers;
+    const std::int64_t n = countOf(b);
+    barrierDoublets += b.row.Flag("Closed") ? n : std::max<std::int64_t>(0, n - 1);
   }
   std::int64_t inhoms = 0, inhomDoublets = 0;
-  {
-    Statement st = db.Prepare("select * from inhomogeneities");
-    while (st.Step()) {
-      ++inhoms;
-      if (st.GetBool("ChangeK") || st.GetBool("ChangeB")) inhomDoublets += countOf(st.GetInt64("PID"));
-    }
+  for (const Element& in : LoadAllRows(db, ElementKind::Inhomogeneity)) {
+    ++inhoms;
+    if (in.row.Flag("ChangeK") || in.row.Flag("ChangeB")) inhomDoublets += countOf(in);
   }
   std::int64_t size = linesinks + 2 * barrierDoublets + 2 * inhomDoublets + 1 + wellUnknowns +
                       leakageCells + 25;

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "core/ui_port.h"
+#include "elements/well.h"
 #include "solver/command_file.h"
 #include "solver/results_loader.h"
 
@@ -133,19 +134,7 @@ SolveReport ModelRunTARNO(SolveContext& ctx, SolveOptions& options);
 void ModelProcessSolverResults(SolveContext& ctx, bool showResults, bool showLogs,
                                SolveReport& report);
 
-// The wells by kind, as "Model Size" and the batch front end's description count
-// them: a partially penetrating well is of that kind whatever else it is, a
-// transient one is not counted among the plain (2-D) wells. `unknowns` is the number
-// of equations they add (1 for a head-specified plain well, 3 for a head-specified
-// and 2 for a discharge-specified partially penetrating well).
-struct WellCounts {
-  std::int64_t twoD = 0;
-  std::int64_t partiallyPenetrating = 0;
-  std::int64_t transient = 0;
-  std::int64_t unknowns = 0;
-  std::int64_t total() const { return twoD + partiallyPenetrating + transient; }
-};
-WellCounts CountWells(Database& db);
+// WellCounts and CountWells (the wells by kind) are the wells' unit's: elements/well.h.
 
 // The estimated number of equations, at least 61. With `show` the "Model Size" box
 // gives the counts and the solver's limits.

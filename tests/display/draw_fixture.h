@@ -13,6 +13,7 @@
 
 #include "display/canvas.h"
 #include "display/elem_draw.h"
+#include "elements/element_store.h"
 #include "display/vgraph.h"
 #include "store/database.h"
 #include "store/schema.h"
@@ -51,33 +52,21 @@ class DrawTest : public ::testing::Test {
 
   void Sql(const std::string& sql) { db_.ExecuteRaw(sql); }
 
-  std::int64_t Point(double x, double y) {
-    Statement st = db_.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (-1, -1, ?, ?)");
-    st.Bind(1, x).Bind(2, y);
-    st.Run();
-    return db_.LastInsertId();
-  }
+  std::int64_t Point(double x, double y) { return AddVertex(db_, x, y, -1, -1); }
 
   std::int64_t String(const std::vector<std::pair<double, double>>& xy) {
-    db_.ExecuteRaw("insert into Polygons (Closed) values (0)");
-    const std::int64_t pid = db_.LastInsertId();
-    Statement v = db_.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (?, ?, ?, ?)");
+    const std::int64_t pid = AddPolygon(db_, 0);
     std::int64_t seq = 0;
     for (const auto& [x, y] : xy) {
-      v.Reset();
-      v.Bind(1, pid).Bind(2, seq).Bind(3, x).Bind(4, y);
-      v.Run();
+      AddVertex(db_, x, y, pid, seq);
       seq += 100;
     }
     return pid;
   }
 
   std::int64_t VidAt(std::int64_t pid, int index) {
-    Statement st = db_.PrepareRaw("select VID from Vertices where PID=? order by Seq");
-    st.Bind(1, pid);
-    for (int i = 0; i <= index; ++i)
-      if (!st.Step()) return 0;
-    return st.GetInt64(0);
+    const std::vector<Vertex> v = LoadVertices(db_, pid);
+    return index >= 0 && index < static_cast<int>(v.size()) ? v[index].VID : 0;
   }
 
   std::vector<RecordingCanvas::Op> OpsOf(Kind kind) const {

@@ -13,6 +13,7 @@
 #include "display/map_state.h"
 #include "display/redraw.h"
 #include "display/vgraph.h"
+#include "elements/element_store.h"
 #include "store/database.h"
 #include "store/schema.h"
 #include "support/scripted_ui.h"
@@ -133,15 +134,12 @@ class MapFixture : public ::testing::Test {
   // A pumping well at (x, y).
   void AddWell(double x, double y) {
     Database db = Database::Open(project);
-    Statement v = db.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (-1, 0, ?, ?)");
-    v.Bind(1, x).Bind(2, y);
-    v.Run();
-    const std::int64_t vid = db.LastInsertId();
-    Statement w = db.PrepareRaw(
-        "insert into Wells (VID, Label, Radius, Setback) values (?, 'W" + std::to_string(vid) +
-        "', 0.5, 1)");
-    w.Bind(1, vid);
-    w.Run();
+    Element w = NewElement(ElementKind::Well, {Vertex{0, -1, 0, x, y}});
+    w.row.Set("Radius", 0.5);
+    w.row.Set("Setback", 1.0);
+    Insert(db, w);
+    w.row.Set("Label", "W" + std::to_string(w.key));  // labelled by its VID
+    Update(db, w);
   }
   WorldWindow StoredWindow() {
     Database db = Database::Open(project);

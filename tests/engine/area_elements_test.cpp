@@ -1,4 +1,5 @@
 // Area elements, walls and ponds against exact solutions.
+#include "engine/area.h"
 #include "engine/extract.h"
 #include "engine/solution.h"
 #include "helpers.h"
@@ -293,6 +294,55 @@ TEST(Inhomogeneities, BadPolygonsAreReportedAndSkippedOrMended) {
     EXPECT_EQ(s.evaluate(80, 20).conductivity, 5);
 }
 
+TEST(Inhomogeneities, CrossingPolygonsAreReportedWithBothLabels) {
+    Model m = aquiferModel(0, 10, 20, -5000, 0, 30);
+    auto rect = [](double x0, double y0, double x1, double y1, const std::string& p) {
+        return std::vector<Vertex>{{x0, y0, p + "_0100"}, {x1, y0, p + "_0200"}, {x1, y1, p + "_0300"},
+                                   {x0, y1, p + "_0400"}};
+    };
+    // Crossing: B overlaps A, and no vertex of either lies on the other.
+    m.inhomogeneities.push_back(inho(rect(0, 0, 200, 200, "IN_000001"), 5, 0, "IN_000001_0000"));
+    m.inhomogeneities.back().line = 12;
+    m.inhomogeneities.push_back(inho(rect(100, 50, 300, 250, "IN_000002"), 20, 0, "IN_000002_0000"));
+    m.inhomogeneities.back().line = 18;
+    // Not crossing: C adjoins A along a shared edge with shared vertices; D touches C
+    // with a vertex on C's edge; E is nested in C; F shares one vertex with D only.
+    m.inhomogeneities.push_back(inho(rect(0, -200, 200, 0, "IN_000003"), 8, 0, "IN_000003_0000"));
+    m.inhomogeneities.push_back(inho(rect(200, -100, 300, 0, "IN_000004"), 9, 0, "IN_000004_0000"));
+    m.inhomogeneities.push_back(inho(rect(50, -150, 100, -100, "IN_000005"), 3, 0, "IN_000005_0000"));
+    m.inhomogeneities.push_back(inho(rect(300, -200, 400, -100, "IN_000006"), 4, 0, "IN_000006_0000"));
+    // A closed wall across A's corner, a second closed wall across the first, and an
+    // island whose vertex lies on A's edge (touching, not crossing).
+    m.walls.push_back(wall(WallKind::Closed, rect(150, 150, 250, 350, "HB_000007"), 0, 1, -1, "HB_000007_0000"));
+    m.walls.back().line = 30;
+    m.walls.push_back(wall(WallKind::Closed, rect(200, 300, 260, 400, "HB_000008"), 0.1, 1, -1, "HB_000008_0000"));
+    m.walls.push_back(wall(WallKind::Inside, {{-50, 100, "a"}, {0, 150, "b"}, {-50, 200, "c"}}, 0, 1, -1, "HB_000009_0000"));
+    Solution s(m);
+    const auto rep = s.solve(opts(3));
+    std::vector<std::string> crossings;
+    for (const auto& w : s.warnings())
+        if (w.find("cross those of") != std::string::npos) crossings.push_back(w);
+    ASSERT_EQ(crossings.size(), 3u) << ::testing::PrintToString(crossings);
+    // The later inhomogeneity is left out; the domains stay nested.
+    EXPECT_EQ(crossings[0], "inhomogeneity IN_000002_0000 (line 18): its edges cross those of inhomogeneity "
+                            "IN_000001_0000 (line 12) at (200, 50), where neither has a vertex; the inhomogeneity "
+                            "IN_000002_0000 is skipped");
+    EXPECT_EQ(rep.inhomogeneities, 5);
+    EXPECT_EQ(s.evaluate(250, 150).conductivity, 10);  // B's own part: the aquifer
+    EXPECT_EQ(s.evaluate(150, 100).conductivity, 5);   // A, also where B would have been
+    // Walls are kept, each crossing named with both labels.
+    EXPECT_NE(crossings[1].find("wall HB_000007_0000 (line 30): its edges cross those of inhomogeneity "
+                                "IN_000001_0000 (line 12)"), std::string::npos) << crossings[1];
+    EXPECT_NE(crossings[1].find("both are used"), std::string::npos) << crossings[1];
+    EXPECT_NE(crossings[2].find("wall HB_000008_0000: its edges cross those of wall HB_000007_0000 (line 30)"),
+              std::string::npos) << crossings[2];
+    EXPECT_EQ(rep.walls, 3);
+    for (const auto& w : s.warnings()) {
+        for (const char* quiet : {"IN_000003", "IN_000004", "IN_000005", "IN_000006", "HB_000009"})
+            EXPECT_EQ(w.find(quiet), std::string::npos) << w;
+    }
+}
+
 // ---------------------------------------------------------------------------------
 // Walls.
 
@@ -500,6 +550,72 @@ TEST(AreaResults, FluxWithDoubletsMatchesIntegratedDischarge) {
     // Around the closed impermeable wall nothing passes.
     std::vector<std::pair<double, double>> around = {{-650, 250}, {-350, 250}, {-350, 550}, {-650, 550}, {-650, 250}};
     EXPECT_NEAR(s.flux(around), 0.0, 1e-6 * std::fabs(q));
+}
+
+// A U-shaped recharge polygon: outside it, also in its notch (where the polygon lies on
+// three sides of the point), the stream function includes its area sink exactly; inside
+// it and inside a pond there is none.
+TEST(AreaResults, StreamFunctionIncludesRechargePolygonsOutsideThem) {
+    const std::vector<Vertex> u = {{0, 0, "a"},     {300, 0, "b"},   {300, 300, "c"}, {200, 300, "d"},
+                                   {200, 100, "e"}, {100, 100, "f"}, {100, 300, "g"}, {0, 300, "h"}};
+    const double area = 300 * 300 - 100 * 200, N = -0.002;  // recharge 0.002 inside
+    const std::vector<std::pair<double, double>> outside = {
+        {150, 200}, {150, 290}, {400, 150}, {150, -100}, {-200, 500}, {1500, -900}, {-80, 40}};
+
+    // The kernel: its real part is the area sink's potential, found by the other route.
+    {
+        std::vector<detail::Pt> poly;
+        for (const auto& v : u) poly.push_back({v.x, v.y});
+        const auto sink = detail::makeAreaSink(poly);
+        for (auto [x, y] : outside)
+            EXPECT_NEAR(detail::areaSinkOmegaOutside(sink, x, y).real(), detail::areaSinkPotential(sink, x, y),
+                        1e-9 * area) << x << ", " << y;
+    }
+
+    Model m = aquiferModel(0, 10, 20, -3000, 0, 40);
+    m.aquifer.qx0 = 0.5;
+    m.aquifer.qy0 = -0.2;
+    m.inhomogeneities.push_back(inho(u, 25, N, "IN_000001_0000"));
+    Pond pond;
+    pond.x = 800;
+    pond.y = 600;
+    pond.radius = 50;
+    pond.value = 0.01;
+    pond.label = "WL_000002";
+    m.ponds.push_back(pond);
+    Solution s(m);
+    s.solve(opts(10));
+
+    // Cauchy-Riemann: Qx = -dPsi/dy, Qy = dPsi/dx.
+    const double h = 1e-3;
+    for (auto [x, y] : outside) {
+        const auto [qx, qy] = s.discharge(x, y);
+        const double dPsiDx = (s.streamFunction(x + h, y) - s.streamFunction(x - h, y)) / (2 * h);
+        const double dPsiDy = (s.streamFunction(x, y + h) - s.streamFunction(x, y - h)) / (2 * h);
+        const double scale = std::hypot(qx, qy);
+        EXPECT_NEAR(-dPsiDy, qx, 1e-6 * scale) << x << ", " << y;
+        EXPECT_NEAR(dPsiDx, qy, 1e-6 * scale) << x << ", " << y;
+    }
+    // The flow between two points, integrated along the line between them, is the
+    // difference of the stream function (the line passes the notch, not the polygon).
+    for (auto [a, b] : {std::pair{std::pair{150.0, 150.0}, std::pair{150.0, 550.0}},
+                        std::pair{std::pair{400.0, -50.0}, std::pair{-200.0, -20.0}},
+                        std::pair{std::pair{-200.0, 20.0}, std::pair{-100.0, 580.0}}}) {
+        const double q = s.flux({a, b});
+        EXPECT_NEAR(s.streamFunction(a.first, a.second) - s.streamFunction(b.first, b.second), q,
+                    1e-7 * std::fabs(N) * area) << q;
+    }
+    // The branch cut runs from the first vertex in the -x direction: across it the
+    // stream function jumps by the water put in.
+    const double jump = s.streamFunction(-150, 1e-7) - s.streamFunction(-150, -1e-7);
+    EXPECT_NEAR(jump, N * area, 1e-6 * std::fabs(N) * area);
+    EXPECT_NEAR(s.streamFunction(-150, 1) - s.streamFunction(-150, 2), s.flux({{-150, 1}, {-150, 2}}),
+                1e-6 * std::fabs(N) * area);
+    // Where water is recharged there is none.
+    EXPECT_TRUE(std::isnan(s.streamFunction(50, 150)));
+    EXPECT_TRUE(std::isnan(s.streamFunction(250, 50)));
+    EXPECT_TRUE(std::isnan(s.streamFunction(810, 590)));
+    EXPECT_TRUE(std::isfinite(s.streamFunction(870, 600)));
 }
 
 TEST(AreaResults, SaveAndLoadKeepTheAreaElements) {

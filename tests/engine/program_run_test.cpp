@@ -362,6 +362,36 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   EXPECT_EQ(link[1], " LS_000006_0200");
 }
 
+TEST(ProgramRun, CrossingPolygonsAreReportedInTheErrorLogWithBothLabels) {
+  TempDir dir;
+  auto file = with(kHeader, wellAndRiver());
+  file = with(file, {" inhomogeneity ",
+                     " transmissivity 2.50000E+01 -9.99900E+03 -9.99900E+03 .0000000E+00 -9.99900E+03 IN_000003_0000",
+                     "  300 -100 IN_000003_0100", "  500 -100 IN_000003_0200", "  500 100 IN_000003_0300",
+                     "  300 100 IN_000003_0400",
+                     " transmissivity 5.00000E+00 -9.99900E+03 -9.99900E+03 .0000000E+00 -9.99900E+03 IN_000004_0000",
+                     "  400 0 IN_000004_0100", "  600 0 IN_000004_0200", "  600 200 IN_000004_0300",
+                     "  400 200 IN_000004_0400",
+                     // Shares the edge of IN_000003 from (500, -100) to (500, 100): no report.
+                     " transmissivity 9.00000E+00 -9.99900E+03 -9.99900E+03 .0000000E+00 -9.99900E+03 IN_000005_0000",
+                     "  500 -100 IN_000005_0100", "  700 -100 IN_000005_0200", "  700 100 IN_000005_0300",
+                     "  500 100 IN_000005_0400", " quit "});
+  const int first = static_cast<int>(file.size()) - 15;   // the line of IN_000003_0000 (1-based)
+  const int second = first + 5;
+  file = with(file, kSolveAndExtract);
+  writeLines(dir.Path() / "DEMO.DAT", file);
+  ASSERT_EQ(runTarno1(dir.Path(), "61 DEMO"), 0);
+  EXPECT_FALSE(fs::exists(dir.Path() / "TARNO.OPS"));
+  const std::string err = readAll(dir.Path() / "error.log");
+  const std::string expected = "inhomogeneity IN_000004_0000 (line " + std::to_string(second) +
+                               "): its edges cross those of inhomogeneity IN_000003_0000 (line " +
+                               std::to_string(first) + ") at (500, 0), where neither has a vertex; the "
+                               "inhomogeneity IN_000004_0000 is skipped";
+  EXPECT_NE(err.find(expected), std::string::npos) << err;
+  EXPECT_EQ(err.find("IN_000005"), std::string::npos) << err;
+  EXPECT_NE(readAll(dir.Path() / "message.log").find("Area elements: 2 inhomogeneities"), std::string::npos);
+}
+
 TEST(ProgramRun, AreaElementsAreSolvedAndReportedInTheExtractFile) {
   TempDir dir;
   auto file = with(kHeader, wellAndRiver());

@@ -60,6 +60,32 @@ std::optional<double> yAt(const Path& p, double xc) {
   return std::nullopt;
 }
 
+// An open wall across the flow from (0, -200) to (0, 200).
+Wall openWall(double conductivity, double bottom) {
+  Wall w;
+  w.kind = WallKind::Open;
+  w.conductivity = conductivity;
+  w.thickness = 1.0;
+  w.bottom = bottom;
+  w.label = "barrier";
+  w.vertices = {Vertex{0, -200, "a"}, Vertex{0, 200, "b"}};
+  return w;
+}
+
+// True where a piece of the path passes through the segment (x1, y1) - (x2, y2).
+bool pathCrosses(const Path& p, double x1, double y1, double x2, double y2) {
+  auto side = [](double ax, double ay, double bx, double by, double px, double py) {
+    return (bx - ax) * (py - ay) - (by - ay) * (px - ax);
+  };
+  for (size_t k = 1; k < p.points.size(); ++k) {
+    const PathPoint &a = p.points[k - 1], &b = p.points[k];
+    if (side(x1, y1, x2, y2, a.x, a.y) * side(x1, y1, x2, y2, b.x, b.y) < 0 &&
+        side(a.x, a.y, b.x, b.y, x1, y1) * side(a.x, a.y, b.x, b.y, x2, y2) < 0)
+      return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 TEST(TraceTimes, StraightPathInUniformFlowHasTheExactTravelTime) {
@@ -225,6 +251,92 @@ TEST(TraceStops, AStartBehindABoundingWallIsOutsideTheModelNotDry) {
   auto around = tracePaths(s, {particle(-400, 30, 5, 1)}, settings(2.0, -500, -500, 500, 500))[0];
   EXPECT_EQ(around.end, PathEnd::Window);
   for (const PathPoint& q : around.points) EXPECT_FALSE(s.ignored(q.x, q.y)) << q.x << " " << q.y;
+}
+
+TEST(TraceWalls, APathHeadingIntoAnImpermeableWallStopsAtIt) {
+  // Uniform flow against an impermeable wall across it: the dividing streamline meets
+  // the wall head on at the front stagnation point (forward) and leaves it at the rear
+  // one (backward). A path launched along it ends on the wall, on its own side, with
+  // large steps that would otherwise carry it through.
+  Model m = uniformFlow(1.0);
+  m.walls.push_back(openWall(0.0, -1.0));
+  Solution s = solved(m);
+  ASSERT_EQ(s.barrierSegments().size(), 1u);
+  for (int dir : {1, -1}) {
+    SCOPED_TRACE(dir);
+    for (double step : {5.0, 40.0}) {
+      const Path p = tracePaths(s, {particle(-dir * 150.0, 0, 5, dir)}, settings(step, -500, -500, 500, 500))[0];
+      EXPECT_EQ(p.end, PathEnd::Wall) << pathEndName(p.end) << " step " << step;
+      for (const PathPoint& q : p.points) EXPECT_LE(dir * q.x, 0.0) << q.x << " " << q.y;
+      EXPECT_FALSE(pathCrosses(p, 0, -200, 0, 200));
+      EXPECT_NEAR(p.points.back().x, 0.0, 1e-3 * step) << "step " << step;
+      // Times go on growing along the cut path.
+      for (size_t k = 1; k < p.points.size(); ++k) EXPECT_GE(p.points[k].time, p.points[k - 1].time);
+    }
+  }
+}
+
+TEST(TraceWalls, PathsBesideTheDividingLineTurnAlongTheWallAndPassItsTip) {
+  // Off the dividing streamline the flow runs along the wall to its tip and around it.
+  // However large the step, no piece of a path passes through the wall.
+  Model m = uniformFlow(1.0);
+  m.walls.push_back(openWall(0.0, -1.0));
+  Solution s = solved(m);
+  for (double y0 : {-120.0, -20.0, 5.0, 60.0, 180.0}) {
+    for (double step : {10.0, 60.0}) {
+      SCOPED_TRACE(std::to_string(y0) + " step " + std::to_string(step));
+      const Path p = tracePaths(s, {particle(-300, y0, 5, 1)}, settings(step, -500, -500, 500, 500))[0];
+      EXPECT_EQ(p.end, PathEnd::Window) << pathEndName(p.end);
+      EXPECT_FALSE(pathCrosses(p, 0, -200, 0, 200));
+      EXPECT_GT(p.points.back().x, 0.0);
+      // The path stays on its side of the dividing streamline (y = 0) while it passes.
+      for (const PathPoint& q : p.points) EXPECT_GE(q.y * y0, 0.0) << q.x << " " << q.y;
+    }
+  }
+}
+
+TEST(TraceWalls, ABoundingWallCutsTheStepAndThePathGoesOnAroundIt) {
+  // The island of the test above, turned by half an edge so that an edge faces the
+  // flow at x = -100 cos(7.5 degrees). A first step of 60 from 40 in front of it would
+  // end on the island: it is cut on the edge, and the path goes on around the island
+  // (the numerical dividing streamline is not exactly the axis), never inside it.
+  Model m = uniformFlow(1.0);
+  Wall w;
+  w.kind = WallKind::Inside;
+  w.conductivity = 0.0;
+  w.label = "island";
+  for (int k = 0; k < 24; ++k) {
+    const double a = 2 * kPi * (k + 0.5) / 24;
+    w.vertices.push_back(Vertex{100 * std::cos(a), 100 * std::sin(a), "v" + std::to_string(k)});
+  }
+  m.walls.push_back(w);
+  Solution s = solved(m);
+  const auto barriers = s.barrierSegments();
+  ASSERT_EQ(barriers.size(), 24u);
+  EXPECT_TRUE(barriers.front().bounding);
+  const double edge = -100.0 * std::cos(kPi / 24), step = 60.0;
+  const Path p = tracePaths(s, {particle(edge - 40.0, 0, 5, 1)}, settings(step, -500, -500, 500, 500))[0];
+  ASSERT_GE(p.points.size(), 3u);
+  EXPECT_NEAR(p.points[1].x, edge, 1e-3 * step);
+  EXPECT_LT(p.points[1].x, edge);
+  EXPECT_GT(p.points[1].time, 0.0);
+  EXPECT_EQ(p.end, PathEnd::Window) << pathEndName(p.end);
+  for (const PathPoint& q : p.points) EXPECT_FALSE(s.ignored(q.x, q.y)) << q.x << " " << q.y;
+  for (const BarrierSegment& b : barriers) EXPECT_FALSE(pathCrosses(p, b.x1, b.y1, b.x2, b.y2)) << b.x1 << " " << b.y1;
+}
+
+TEST(TraceWalls, WallsThatPassWaterAreCrossed) {
+  // A leaky wall, and an impermeable one whose bottom lies above the base (the flow
+  // passes under it): neither is a barrier, and the path goes through as the water does.
+  for (const Wall& w : {openWall(0.5, -1.0), openWall(0.0, 4.0)}) {
+    Model m = uniformFlow(1.0);
+    m.walls.push_back(w);
+    Solution s = solved(m);
+    EXPECT_TRUE(s.barrierSegments().empty());
+    const Path p = tracePaths(s, {particle(-150, 0, 5, 1)}, settings(10.0, -500, -500, 500, 500))[0];
+    EXPECT_EQ(p.end, PathEnd::Window) << pathEndName(p.end) << " K " << w.conductivity;
+    EXPECT_GT(p.points.back().x, 0.0);
+  }
 }
 
 TEST(TraceWells, ParticlesCircleTheWellInTheDirectionItsDischargeAsks) {

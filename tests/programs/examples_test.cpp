@@ -138,6 +138,43 @@ TEST_F(Examples, SolveAndLoadResultsOfEveryKind) {
   }
 }
 
+// A new user's first solve: each example, solved afresh with the iteration counts it
+// stores, meets every condition, and the solver has nothing to report.
+TEST_F(Examples, SolveToConvergenceWithTheirStoredSettings) {
+  for (const Example& e : kExamples) {
+    SCOPED_TRACE(e.file);
+    const fs::path project = dir_ / e.file;
+    const RunResult r = Tarnocmd({"solve", project.string()});
+    ASSERT_EQ(r.status, 0) << r.out << r.err;
+    EXPECT_NE(r.out.find("Run: new solution"), std::string::npos) << r.out;
+    EXPECT_FALSE(Contains(r.err, "the iterations ended before every condition was met")) << r.err;
+    EXPECT_FALSE(Contains(r.err, "The solver reports")) << r.err;
+    // The solver's own error log holds its one line "*" and nothing else.
+    std::string log = ReadFile(dir_ / "error.log");
+    while (!log.empty() && (log.back() == '\n' || log.back() == '\r')) log.pop_back();
+    EXPECT_EQ(log, "*");
+    // The inner loop stopped early in its last outer iteration: fewer iterations in
+    // it than the stored count allows, so the count leaves room to spare.
+    Database db = Database::OpenReadOnly(project);
+    const std::int64_t stored = Count(db, "select SOLVERIterations from Model");
+    ASSERT_GT(stored, 0);
+    const std::string messages = ReadFile(dir_ / "message.log");
+    std::int64_t inLastOuter = 0;
+    std::string lastOuter;
+    for (std::size_t at = messages.find("\nIteration "); at != std::string::npos;
+         at = messages.find("\nIteration ", at + 1)) {
+      const std::size_t open = messages.find("(outer ", at);
+      const std::size_t eol = messages.find('\n', at + 1);
+      const std::string outer =
+          open < eol ? messages.substr(open, messages.find(')', open) - open) : std::string();
+      inLastOuter = outer == lastOuter ? inLastOuter + 1 : 1;
+      lastOuter = outer;
+    }
+    EXPECT_GT(inLastOuter, 0) << messages;
+    EXPECT_LT(inLastOuter, stored) << messages;
+  }
+}
+
 // What the grid, the contour program, the pathlines and the area elements of the
 // solver add. These parts are built on other branches; until the contour program
 // stands in the program folder the test is skipped.

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "elements/element_store.h"
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
 #include "store/database.h"
@@ -43,25 +44,15 @@ class SolverProject : public ::testing::Test {
   void Sql(const std::string& sql) { db_.ExecuteRaw(sql); }
 
   // A stand-alone vertex; returns its VID.
-  std::int64_t Point(double x, double y) {
-    Statement st = db_.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (-1, -1, ?, ?)");
-    st.Bind(1, x).Bind(2, y);
-    st.Run();
-    return db_.LastInsertId();
-  }
+  std::int64_t Point(double x, double y) { return AddVertex(db_, x, y, -1, -1); }
 
-  // A string of vertices with Seq 0, 100, 200, ...; returns its PID.
+  // A string of vertices with Seq 0, 100, 200, ... (the Seq numbers the golden files
+  // were written with); returns its PID.
   std::int64_t String(const std::vector<std::pair<double, double>>& xy, bool closed = false) {
-    Statement p = db_.PrepareRaw("insert into Polygons (Closed) values (?)");
-    p.Bind(1, static_cast<std::int64_t>(closed ? 1 : 0));
-    p.Run();
-    const std::int64_t pid = db_.LastInsertId();
-    Statement v = db_.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (?, ?, ?, ?)");
+    const std::int64_t pid = AddPolygon(db_, closed ? 1 : 0);
     std::int64_t seq = 0;
     for (const auto& [x, y] : xy) {
-      v.Reset();
-      v.Bind(1, pid).Bind(2, seq).Bind(3, x).Bind(4, y);
-      v.Run();
+      AddVertex(db_, x, y, pid, seq);
       seq += 100;
     }
     return pid;
