@@ -4,11 +4,20 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "core/error.h"
 #include "core/format.h"
 #include "core/text.h"
+#include "elements/barrier_dialog.h"
 #include "elements/element_dialog.h"
 #include "elements/element_store.h"
-#include "elements/geometry.h"
+#include "elements/flux_inspect_dialog.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
+#include "elements/linesink_dialog.h"
+#include "elements/test_point_dialog.h"
+#include "elements/text_label_dialog.h"
+#include "elements/uniform_flow_dialog.h"
+#include "elements/well_dialog.h"
 #include "store/schema.h"
 
 namespace tarno {
@@ -33,11 +42,6 @@ std::string WithArticle(ElementKind kind) {
   const bool vowel =
       !name.empty() && std::string_view("aeio").find(name[0]) != std::string_view::npos;
   return (vowel ? "An " : "A ") + name;
-}
-
-bool HasLabel(ElementKind kind) {
-  return kind != ElementKind::Particle && kind != ElementKind::UniformFlow &&
-         kind != ElementKind::Text;
 }
 
 // The fields of the uniform flow by the names of its dialog.
@@ -74,73 +78,23 @@ std::string ExpectedValue(ElementKind kind, std::string_view field) {
   return "a whole number, yes or no";
 }
 
-// The duplicate label message of each kind's dialog, for a label given with the
-// element: the dialogs remember the label they were filled with as the element's
-// own, so a label set before the dialog is filled would pass their check.
-// Empty for a kind whose dialog does not check duplicates (lakes, text labels).
-std::optional<std::pair<std::string, std::vector<std::string>>> DuplicateMessage(
-    ElementKind kind, const std::string& found) {
-  const std::vector<std::string> newLabel = {"Please enter a new label."};
-  auto labelled = [&](const std::string& prefix) {
-    std::vector<std::string> lines = {prefix + "Label ('" + found + "') already exists!"};
-    lines.insert(lines.end(), newLabel.begin(), newLabel.end());
-    return std::make_pair(std::string(kDuplicateLabelTitle), lines);
-  };
+// The dialogs that tell a duplicate label by comparing it with the label they were
+// filled with (the element's own): for them the label is typed into the filled
+// dialog, as a user types it, so that a label given with the element is checked.
+// The others compare the key of the element found with the label.
+bool ComparesOldLabel(ElementKind kind) {
+  return kind == ElementKind::Well || kind == ElementKind::Linesink ||
+         kind == ElementKind::Barrier || kind == ElementKind::Inhomogeneity;
+}
+
+void TypeLabel(ElementDialog& dialog, ElementKind kind, const std::string& label) {
   switch (kind) {
-    case ElementKind::Well: return labelled("Well ");
-    case ElementKind::Linesink: return labelled("Linesink ");
-    case ElementKind::Barrier: return labelled("Barrier ");
-    case ElementKind::Inhomogeneity: return labelled("Inhomogeneity ");
-    case ElementKind::TestPoint: return labelled("Test Point ");
-    case ElementKind::FluxLine:
-    case ElementKind::Capzone: return labelled("");
-    case ElementKind::Domain:
-      return std::make_pair(
-          std::string("Non-unique label"),
-          std::vector<std::string>{"A Hydrologic Unit Boundary with that label already exists!",
-                                   "Please choose another name."});
-    default: return std::nullopt;
+    case ElementKind::Well: dynamic_cast<WellProperties&>(dialog).TypeLabel(label); break;
+    case ElementKind::Linesink: dynamic_cast<LinesinkString&>(dialog).TypeLabel(label); break;
+    case ElementKind::Barrier: dynamic_cast<NoFlowString&>(dialog).Label = label; break;
+    case ElementKind::Inhomogeneity: dynamic_cast<Inhomogeneity&>(dialog).Label = label; break;
+    default: break;
   }
-}
-
-// The label of `e` is another element's of its table: the dialog's duplicate
-// message. `ownKey` is the element's own key (0 for a new one).
-bool RefuseDuplicate(Database& db, const Element& e, std::int64_t ownKey, UserInterface& ui) {
-  if (!HasLabel(e.kind)) return false;
-  const std::string label = e.Label();
-  if (label.empty()) return false;
-  const auto other = FindByLabel(db, e.kind, label);
-  if (!other || other->key == ownKey) return false;
-  const auto message = DuplicateMessage(e.kind, other->Label());
-  if (!message) return false;
-  ui.MessageBox(message->first, message->second, Buttons::OK, Icon::Exclamation);
-  return true;
-}
-
-// TEMPORARY: the label rules for a kind whose dialog is not built yet (its checks
-// take over as soon as MakeElementDialog gives one): unique in its table, not
-// empty, at most 32 characters, no blank, no comma.
-bool BuiltInLabelCheck(Database& db, const Element& e, std::int64_t ownKey, UserInterface& ui) {
-  if (!HasLabel(e.kind)) return true;
-  const std::string label = e.Label();
-  if (const auto other = FindByLabel(db, e.kind, label); other && other->key != ownKey) {
-    ui.MessageBox(
-        kDuplicateLabelTitle,
-        {std::string(Info(e.kind).name) + " Label ('" + other->Label() + "') already exists!",
-         "Please enter a new label."},
-        Buttons::OK, Icon::Exclamation);
-    return false;
-  }
-  if (label.empty() || label.size() > 32 || label.find_first_of(" ,") != std::string::npos) {
-    ui.MessageBox(kInvalidLabelTitle,
-                  {std::string(Info(e.kind).name) +
-                       " label cannot contain spaces or commas, be blank, or be larger than 32 "
-                       "characters.",
-                   "Please enter a new label"},
-                  Buttons::OK, Icon::Exclamation);
-    return false;
-  }
-  return true;
 }
 
 // The number of points against the kind's geometry.
@@ -169,23 +123,6 @@ bool CheckPointCount(const Element& e, std::size_t count, UserInterface& ui) {
   return false;
 }
 
-// The model's values that the defaults of the elements take.
-struct ModelValues {
-  double base = 0.0;
-  double top = 0.0;
-  double hydCond = 0.0;
-};
-
-ModelValues ReadModelValues(Database& db) {
-  const AquiferFrame frame = LoadAquiferFrame(db);
-  ModelValues v;
-  v.base = frame.base;
-  v.top = frame.Top();
-  Statement st = db.Prepare("select AQHydCond from Model");
-  if (st.Step()) v.hydCond = st.GetDouble(0);
-  return v;
-}
-
 // Writes `e` as a new element (or the uniform flow's settings).
 std::int64_t Write(Database& db, Element& e) {
   if (e.kind == ElementKind::UniformFlow) {
@@ -210,15 +147,29 @@ bool SameExceptLabel(const Element& a, const Element& b) {
 }
 
 // Runs the kind's dialog over `e` as its OK would: filled, checked, written back
-// into `e`. Without a dialog, the built-in label rules. False after a refusal.
-bool RunChecks(Database& db, Element& e, std::int64_t ownKey, UserInterface& ui) {
+// into `e`. `ownLabel` is the label the element had before (empty for a new one).
+// False after a refusal.
+bool RunChecks(Database& db, Element& e, const std::string& ownLabel, UserInterface& ui) {
   std::unique_ptr<ElementDialog> dialog = MakeElementDialog(e.kind);
-  if (!dialog) return BuiltInLabelCheck(db, e, ownKey, ui);
-  if (RefuseDuplicate(db, e, ownKey, ui)) return false;
-  dialog->LoadElement(db, e);
+  if (!dialog) throw Error(std::string(Info(e.kind).name) + " has no dialog to check it");
+  if (ComparesOldLabel(e.kind)) {
+    Element filled = e;
+    filled.row.Set("Label", ownLabel);
+    dialog->LoadElement(db, filled);
+    TypeLabel(*dialog, e.kind, e.Label());
+  } else {
+    dialog->LoadElement(db, e);
+  }
   if (!dialog->OK(db, ui)) return false;
   dialog->StoreElement(e);
   return true;
+}
+
+// The names of the fields that "FIELD=VALUE" texts give (without regard to case).
+bool Given(const std::vector<std::string>& fieldTexts, std::string_view field) {
+  for (const std::string& t : fieldTexts)
+    if (EqualsIgnoreCase(std::string_view(t).substr(0, t.find('=')), field)) return true;
+  return false;
 }
 
 }  // namespace
@@ -253,73 +204,31 @@ bool ActsOnFlow(ElementKind kind) {
 Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>& points) {
   std::vector<Vertex> vertices;
   for (const auto& [x, y] : points) vertices.push_back({0, 0, 0, x, y});
-  if (kind == ElementKind::UniformFlow) {
-    // One per model: the settings it has stay, the reference point moves.
-    Element e = LoadUniformFlow(db).value_or(NewElement(kind));
-    e.row.Set("UNIFLOWCompute", 1);
-    if (!points.empty()) {
-      e.row.Set("UNIFLOWRefX", points.front().first);
-      e.row.Set("UNIFLOWRefY", points.front().second);
-      if (e.vertices.empty()) e.vertices = {{0, -10, 0, 0.0, 0.0}};
-      e.vertices.front().X = points.front().first;
-      e.vertices.front().Y = points.front().second;
-    }
-    return e;
-  }
-  Element e = NewElement(kind, kind == ElementKind::Text ? std::vector<Vertex>{} : vertices);
   const double x = points.empty() ? 0.0 : points.front().first;
   const double y = points.empty() ? 0.0 : points.front().second;
-  // The defaults of the add step of each kind where they differ from the table's.
-  // TEMPORARY in part: each kind's dialog unit is to give its own defaults beside
-  // its dialog; until it does, they are set here.
+  // The defaults of each kind's add step, as its dialog unit gives them.
+  Element e;
   switch (kind) {
-    case ElementKind::Well: {
-      const ModelValues m = ReadModelValues(db);
-      e.row.Set("Radius", 1.0);
-      e.row.Set("BottomElev", FindLocalBase(db, x, y));
-      e.row.Set("TopElev", m.top);
-      e.row.Set("Setback", 0.0);
-      e.row.Set("NParticles", 0);
-      e.row.Set("StartElev", m.base);
-      break;
-    }
-    case ElementKind::Barrier: {
-      // On the lowest base of the model.
-      double lowest = ReadModelValues(db).base;
-      for (const Element& in : LoadAll(db, ElementKind::Inhomogeneity))
-        lowest = std::min(lowest, in.row.Number("BottomElevation"));
-      e.row.Set("HydCond", 0.0);
-      e.row.Set("Thickness", 1.0);
-      e.row.Set("Porosity", 0.2);
-      e.row.Set("BottomElevation", lowest);
-      break;
-    }
-    case ElementKind::Inhomogeneity: {
-      // Nothing changed from the model: the fields show the model's values.
-      const ModelValues m = ReadModelValues(db);
-      e.row.Set("HydCond", m.hydCond);
-      e.row.Set("Recharge", 0.0);
-      e.row.Set("Porosity", 0.2);
-      e.row.Set("BottomElevation", m.base);
-      e.row.Set("AverageHead", m.top);
-      break;
-    }
+    case ElementKind::Well: e = WellDefaults(db, x, y); break;
+    case ElementKind::Linesink: e = LinesinkDefaults(); break;
+    case ElementKind::Barrier: e = BarrierDefaults(db); break;
+    case ElementKind::Inhomogeneity: e = InhomogeneityDefaults(db); break;
     case ElementKind::Lake:
-      // The file must be named in the row; no stage table is the text fields' "none".
-      e.row.Set("StageTableFilename", "__NONE__");
+      e = LakeDefaults(db);
+      // The table holds a name of the stage table in every row; no table is the
+      // text fields' "none".
+      if (e.row.Text("StageTableFilename").empty()) e.row.Set("StageTableFilename", "__NONE__");
       break;
-    case ElementKind::Domain:
-      // A hydrologic unit boundary unless told to be a far-field boundary.
-      e.row.Set("NearFieldHU", true);
-      e.row.Set("FarFieldBoundary", false);
-      e.row.Set("Color", 0);
-      break;
-    case ElementKind::Text:
-      e.row.Set("X", x);
-      e.row.Set("Y", y);
-      break;
-    default: break;
+    case ElementKind::UniformFlow:
+      // One per model: the settings it has stay, the reference point moves.
+      e = UniformFlowDefaults(db, x, y);
+      e.row.Set("UNIFLOWCompute", 1);
+      return e;
+    case ElementKind::Domain: e = NewBoundary(BoundaryKind::HydrologicUnit); break;
+    case ElementKind::Text: return NewTextLabel("", x, y);
+    default: e = NewElement(kind); break;
   }
+  e.vertices = std::move(vertices);
   return e;
 }
 
@@ -381,7 +290,20 @@ std::optional<std::int64_t> AddElement(Database& db, ElementKind kind,
   Element e = NewElementAt(db, kind, points);
   if (!ApplyFieldTexts(e, fieldTexts, ui)) return std::nullopt;
   if (!CheckPointCount(e, points.size(), ui)) return std::nullopt;
-  if (!RunChecks(db, e, 0, ui)) return std::nullopt;
+  // What the add step offers once the fields are known: the first free label of a
+  // test point or a named string (a boundary's by its kind), a test point's weights
+  // by its type.
+  if (!Given(fieldTexts, "Label")) {
+    if (kind == ElementKind::TestPoint) e.row.Set("Label", DefaultTestPointLabel(db));
+    if (kind == ElementKind::FluxLine || kind == ElementKind::Capzone)
+      e.row.Set("Label", DefaultStringLabel(db, kind));
+    if (kind == ElementKind::Domain)
+      e.row.Set("Label", DefaultStringLabel(db, kind, BoundaryKindOf(e.row)));
+  }
+  if (kind == ElementKind::TestPoint && !Given(fieldTexts, "PESTWeight") &&
+      !Given(fieldTexts, "UCODEWeight"))
+    ApplyDefaultWeights(e);
+  if (!RunChecks(db, e, "", ui)) return std::nullopt;
   const std::int64_t key = Write(db, e);
   if (invalidate && ActsOnFlow(kind)) invalidate();
   return key;
@@ -469,7 +391,7 @@ std::optional<Element> EditElement(Database& db, std::string_view address,
   if (e.kind == ElementKind::Barrier &&
       !CheckPointCount(e, e.vertices.size(), ui))  // closing a barrier of two vertices
     return std::nullopt;
-  if (!RunChecks(db, e, e.key, ui)) return std::nullopt;
+  if (!RunChecks(db, e, before->Label(), ui)) return std::nullopt;
   Update(db, e);
   if (invalidate && ActsOnFlow(e.kind) && !SameExceptLabel(*before, e)) invalidate();
   return e;

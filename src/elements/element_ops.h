@@ -53,8 +53,6 @@ inline constexpr const char* kInvalidEntryTitle = "Invalid Entry";
 inline constexpr const char* kVerticesTitle = "Wrong Number of Vertices";
 inline constexpr const char* kNoSuchElementTitle = "No Such Element";
 inline constexpr const char* kAmbiguousLabelTitle = "Ambiguous Label";
-inline constexpr const char* kDuplicateLabelTitle = "Duplicate Label";
-inline constexpr const char* kInvalidLabelTitle = "Invalid Label";
 }  // namespace ops_text
 
 // Whether a change of an element of this kind changes the flow the solver
@@ -71,11 +69,14 @@ bool ActsOnFlow(ElementKind kind);
 // around the value are allowed.
 bool IsWholeValue(std::string_view table, std::string_view field, std::string_view value);
 
-// The new element of `kind` at `points` with the defaults of its kind, before any
-// field is set: a well's screen spans the aquifer at its position, a barrier
+// The new element of `kind` at `points` with the defaults of its kind's add step,
+// as each dialog's unit gives them (WellDefaults, LinesinkDefaults, ...), before
+// any field is set: a well's screen spans the aquifer at its position, a barrier
 // stands on the lowest base of the model, an inhomogeneity shows the model's
-// values, a text label sits at its point, the uniform flow keeps the settings it
-// has and moves its reference point. The number of points is not checked here.
+// values, a lake names no stage table ("__NONE__": the table needs a name), a
+// domain is a hydrologic unit boundary, a text label sits at its point, the
+// uniform flow keeps the settings it has and moves its reference point. The
+// number of points is not checked here.
 Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>& points);
 
 // Sets the fields of `e` from "FIELD=VALUE" texts, field names without regard to
@@ -90,11 +91,13 @@ bool ApplyFieldTexts(Element& e, const std::vector<std::string>& fieldTexts, Use
 // Adds an element of `kind`: one point for a point element, a text label and the
 // uniform flow (its reference point); the vertices in order for a string (at
 // least 2) or a polygon (at least 3; a closed barrier too). The element gets its
-// kind's defaults, then the field texts, then every check of its dialog (the
-// dialog's OK); only then is it written. The uniform flow is one per model: adding
-// it again replaces its settings and point. Returns the new element's key (the
-// VID of a point, the PID of a string, the row of a text label, 0 for the uniform
-// flow); nothing after a refusal.
+// kind's defaults (a test point, a flux inspection line, a protection area and a
+// boundary also the first free label of their kind, unless one is given), then the
+// field texts, then every check of its dialog (the dialog's OK, with the label
+// checked as a label typed into it); only then is it written. The uniform flow is one per model:
+// adding it again replaces its settings and point. Returns the new element's key (the VID of a
+// point, the PID of a string, the row of a text label, 0 for the uniform flow); nothing after a
+// refusal.
 std::optional<std::int64_t> AddElement(Database& db, ElementKind kind,
                                        const std::vector<MapPoint>& points,
                                        const std::vector<std::string>& fieldTexts,

@@ -9,6 +9,7 @@
 #include "elements/element_dialog.h"
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
+#include "elements/well_dialog.h"
 #include "store/schema.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -105,7 +106,8 @@ TEST_F(ElementOpsTest, DefaultsFollowTheModelAndTheInhomogeneities) {
 }
 
 TEST_F(ElementOpsTest, PointsStringsAndPolygonsTakeTheirVerticesInOrder) {
-  const auto ls = Add(ElementKind::Linesink, {{0, 0}, {10, 5}, {20, 0}}, {"Label=River"});
+  const auto ls =
+      Add(ElementKind::Linesink, {{0, 0}, {10, 5}, {20, 0}}, {"Label=River", "Resistance=1"});
   ASSERT_TRUE(ls);
   const auto river = Load(db_, ElementKind::Linesink, *ls);
   ASSERT_EQ(river->vertices.size(), 3u);
@@ -215,46 +217,115 @@ TEST_F(ElementOpsTest, TheNumberOfVerticesFitsTheKind) {
                 [&] { return Add(ElementKind::UniformFlow, {}, {}).has_value(); });
 }
 
-TEST_F(ElementOpsTest, DuplicateLabelsAreRefusedInTheirOwnTableOnly) {
-  ASSERT_TRUE(Add(ElementKind::Well, {{0, 0}}, {"Label=PW1"}));
-  ExpectRefused(kDuplicateLabelTitle,
-                {"Well Label ('PW1') already exists!", "Please enter a new label."}, [&] {
-                  return Add(ElementKind::Well, {{5, 5}}, {"Label=pw1"}).has_value();
+// Each kind's dialog checks the label given with the element as one typed into it:
+// a new element may not take a label of its table, nor an element be renamed to
+// one; its own label, in any case, is no duplicate. Lakes and text labels are not
+// checked for duplicates by their dialogs.
+TEST_F(ElementOpsTest, LabelsGivenWithTheElementAreCheckedByItsDialog) {
+  struct Case {
+    ElementKind kind;
+    std::vector<MapPoint> points;
+    std::vector<std::string> fields;  // what the kind needs besides its label
+    std::string title;
+    std::vector<std::string> lines;  // the message for the label "Taken"
+  };
+  const std::vector<MapPoint> line = {{0, 0}, {10, 0}};
+  const std::string again = "Please enter a new label.";
+  const std::vector<Case> cases = {
+      {ElementKind::Well,
+       {{1, 1}},
+       {},
+       "Duplicate Label",
+       {"Well Label ('Taken') already exists!", again}},
+      {ElementKind::Linesink,
+       line,
+       {"Resistance=1"},
+       "Duplicate Label",
+       {"Linesink Label ('Taken') already exists!", again}},
+      {ElementKind::Barrier,
+       line,
+       {},
+       "Duplicate Label",
+       {"Barrier Label ('Taken') already exists!", again}},
+      {ElementKind::Inhomogeneity,
+       kSquare,
+       {},
+       "Duplicate Label",
+       {"Inhomogeneity Label ('Taken') already exists!"}},
+      {ElementKind::TestPoint,
+       {{1, 1}},
+       {},
+       "Duplicate Label",
+       {"Test Point Label ('Taken') already exists!", again}},
+      {ElementKind::FluxLine,
+       line,
+       {},
+       "Duplicate Label",
+       {"Label ('Taken') already exists!", again}},
+      {ElementKind::Capzone,
+       kSquare,
+       {},
+       "Duplicate Label",
+       {"Label ('Taken') already exists!", again}},
+      {ElementKind::Domain,
+       kSquare,
+       {},
+       "Non-unique label",
+       {"A Hydrologic Unit Boundary with that label already exists!",
+        "Please choose another name."}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(Info(c.kind).word));
+    auto fields = [&](const std::string& label) {
+      std::vector<std::string> f = c.fields;
+      f.push_back("Label=" + label);
+      return f;
+    };
+    ASSERT_TRUE(Add(c.kind, c.points, fields("Taken")));
+    ui_.Verify();
+    ExpectRefused(c.title, c.lines,
+                  [&] { return Add(c.kind, c.points, fields("Taken")).has_value(); });
+    ASSERT_TRUE(Add(c.kind, c.points, fields("Other")));
+    const std::string other = std::string(Info(c.kind).word) + ":Other";
+    ExpectRefused(c.title, c.lines,
+                  [&] { return EditElement(db_, other, {"Label=Taken"}, ui_).has_value(); });
+    EXPECT_TRUE(EditElement(db_, other, {"Label=Other"}, ui_));
+    ui_.Verify();
+  }
+  // Another table may hold the label: a well and a test point share "Taken".
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Well, "Taken"));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::TestPoint, "Taken"));
+  // The label rules of the dialog: a well's label holds no blank.
+  ExpectRefused("Invalid Label",
+                {"Well label cannot contain spaces or commas, be blank, or be larger than 32 "
+                 "characters.",
+                 "Please enter a new label"},
+                [&] {
+                  return Add(ElementKind::Well, {{2, 2}}, {"Label=two words"}).has_value();
                 });
-  // Another table may hold the label.
-  ASSERT_TRUE(Add(ElementKind::TestPoint, {{5, 5}}, {"Label=PW1"}));
-  ASSERT_TRUE(Add(ElementKind::Well, {{9, 9}}, {"Label=PW2"}));
-  ExpectRefused(kDuplicateLabelTitle,
-                {"Well Label ('PW1') already exists!", "Please enter a new label."},
-                [&] { return EditElement(db_, "PW2", {"Label=PW1"}, ui_).has_value(); });
-  // An unchanged label is the element's own.
-  EXPECT_TRUE(EditElement(db_, "PW2", {"Label=PW2", "Head=3"}, ui_));
-  ui_.Verify();
 }
 
-// TEMPORARY with the built-in label rules: while a kind has no dialog its labels
-// are checked by the operations themselves.
-TEST_F(ElementOpsTest, LabelsWithoutADialogFollowTheBuiltInRules) {
-  ASSERT_EQ(MakeElementDialog(ElementKind::FluxLine), nullptr) << "the dialog's checks apply now";
-  const std::vector<std::string> invalid = {
-      "Flux inspection line label cannot contain spaces or commas, be blank, or be larger than 32 "
-      "characters.",
-      "Please enter a new label"};
+TEST_F(ElementOpsTest, ObservationsAndNamedStringsAreOfferedTheFirstFreeLabel) {
   const std::vector<MapPoint> line = {{0, 0}, {10, 0}};
-  for (const std::string& label :
-       std::vector<std::string>{"", "two words", "a,b", std::string(33, 'x')}) {
-    SCOPED_TRACE(label);
-    ExpectRefused(kInvalidLabelTitle, invalid,
-                  [&] { return Add(ElementKind::FluxLine, line, {"Label=" + label}).has_value(); });
-  }
-  ASSERT_TRUE(Add(ElementKind::FluxLine, line, {"Label=" + std::string(32, 'x')}));
-  ExpectRefused(
-      kDuplicateLabelTitle,
-      {"Flux inspection line Label ('" + std::string(32, 'x') + "') already exists!",
-       "Please enter a new label."},
-      [&] {
-        return Add(ElementKind::FluxLine, line, {"Label=" + std::string(32, 'X')}).has_value();
-      });
+  ASSERT_TRUE(Add(ElementKind::TestPoint, {{1, 1}}, {"ObsHead=3"}));
+  ASSERT_TRUE(Add(ElementKind::TestPoint, {{2, 2}}, {}));
+  ASSERT_TRUE(Add(ElementKind::FluxLine, line, {}));
+  ASSERT_TRUE(Add(ElementKind::Capzone, kSquare, {}));
+  ASSERT_TRUE(Add(ElementKind::Domain, kSquare, {}));
+  ASSERT_TRUE(Add(ElementKind::Domain, kSquare, {"FarFieldBoundary=yes", "NearFieldHU=no"}));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::TestPoint, "TP1"));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::TestPoint, "TP2"));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::FluxLine, "FL1"));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Capzone, "PA1"));
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Domain, "HU1"));
+  // A far-field boundary's label is stored with its prefix.
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Domain, "Far_Field_FF2"));
+  // A gage is weighted as a gage unless weights are given.
+  ASSERT_TRUE(Add(ElementKind::TestPoint, {{3, 3}}, {"Label=G1", "Type=Gage"}));
+  EXPECT_EQ(FindByLabel(db_, ElementKind::TestPoint, "G1")->row.Number("PESTWeight"), 0.0001);
+  ASSERT_TRUE(Add(ElementKind::TestPoint, {{4, 4}}, {"Label=G2", "Type=Gage", "PESTWeight=2"}));
+  EXPECT_EQ(FindByLabel(db_, ElementKind::TestPoint, "G2")->row.Number("PESTWeight"), 2.0);
+  ui_.Verify();
 }
 
 TEST_F(ElementOpsTest, AddressesFindOneElement) {
@@ -356,12 +427,43 @@ TEST_F(ElementOpsTest, TheUniformFlowIsOneAndKeepsItsSettings) {
   ui_.Verify();
 }
 
-TEST_F(ElementOpsTest, PropertiesOfAKindWithoutADialogShowNothing) {
-  const auto key = Add(ElementKind::Capzone, kSquare, {"Label=Zone"});
+// The window's Properties: the dialog shown through the port, written back on OK,
+// the solution invalidated when the dialog says the model changed.
+TEST_F(ElementOpsTest, PropertiesWriteBackOnOkOnly) {
+  const auto key = Add(ElementKind::Well, {{5, 5}}, {"Label=PW1", "Head=100"});
   ASSERT_TRUE(key);
-  if (MakeElementDialog(ElementKind::Capzone)) GTEST_SKIP() << "the protection area has its dialog";
-  EXPECT_FALSE(OpenProperties(db_, ElementKind::Capzone, *key, ui_));
-  EXPECT_TRUE(ui_.Calls().empty());
+  invalidations_ = 0;
+  const InvalidateFn count = [this] { ++invalidations_; };
+
+  const std::string before = FileBytes();
+  ui_.ExpectModal<WellProperties>("WellProperties", [](WellProperties& d) {
+    d.TypeField(WellProperties::kHead, "250");
+    d.Cancel();
+  });
+  EXPECT_FALSE(OpenProperties(db_, ElementKind::Well, *key, ui_, count));
+  ui_.Verify();
+  EXPECT_TRUE(FileBytes() == before);
+  EXPECT_EQ(invalidations_, 0);
+
+  ui_.ExpectModal<WellProperties>("WellProperties", [this](WellProperties& d) {
+    EXPECT_EQ(d.Label(), "PW1");
+    d.TypeField(WellProperties::kHead, "250");
+    EXPECT_TRUE(d.OK(db_, ui_));
+  });
+  EXPECT_TRUE(OpenProperties(db_, ElementKind::Well, *key, ui_, count));
+  ui_.Verify();
+  EXPECT_EQ(Load(db_, ElementKind::Well, *key)->row.Number("Head"), 250.0);
+  EXPECT_EQ(invalidations_, 1);
+
+  // A new label alone changes no flow.
+  ui_.ExpectModal<WellProperties>("WellProperties", [this](WellProperties& d) {
+    d.TypeLabel("Town");
+    EXPECT_TRUE(d.OK(db_, ui_));
+  });
+  EXPECT_TRUE(OpenProperties(db_, ElementKind::Well, *key, ui_, count));
+  EXPECT_EQ(Load(db_, ElementKind::Well, *key)->Label(), "Town");
+  EXPECT_EQ(invalidations_, 1);
+  ui_.Verify();
 }
 
 }  // namespace
