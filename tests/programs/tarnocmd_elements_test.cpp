@@ -161,6 +161,62 @@ TEST_F(TarnocmdElements, RefusedElementsPrintTheMessageAndWriteNothing) {
   Refused({"delete", project_, "particle:77"}, 1, "No Such Element: There is no particle 77.\n");
 }
 
+// One check of each kind's dialog, refused through tarnocmd with the dialog's
+// message: the command line runs the dialogs' OK.
+TEST_F(TarnocmdElements, EveryKindIsCheckedByItsDialog) {
+  struct Case {
+    std::vector<std::string> args;  // after "add <project>"
+    std::string err;
+  };
+  const std::vector<std::string> square = {"0", "0", "10", "0", "10", "10"};
+  auto with = [](std::vector<std::string> a, const std::vector<std::string>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+  };
+  const std::vector<Case> cases = {
+      {{"well", "0", "0", "--set", "Label=W", "Radius=0"},
+       "Bad Entry: Radius must be greater than 0.\nBad Entry: Please enter a new value.\n"},
+      {{"linesink", "0", "0", "10", "0", "--set", "Label=L", "Drain=1", "Resistance=0"},
+       "Bad Entry: Linesinks specified as drains must have resistance\n"},
+      {{"barrier", "0", "0", "10", "0", "--set", "Label=B", "Porosity=1.5"},
+       "Bad Entry: Porosity must be greater than 0 and less than or equal to 1.\n"
+       "Bad Entry: Please enter a new value.\n"},
+      {with({"inhomogeneity"}, with(square, {"--set", "Label=I", "HydCond=-1"})),
+       "Bad Entry: Hydraulic Conductivity cannot be negative.\n"
+       "Bad Entry: Please enter a positive value.\n"},
+      {with({"lake"}, with(square, {"--set", "Label=K", "StageTableFilename=stagetable.txt"})),
+       "Bad Entry: Filename must be no more than 12 characters including the dos extension, "
+       "with no spaces\n"},
+      {{"testpoint", "0", "0", "--set", "Label=ObservationWell2000XY"},
+       "Invalid Label: Test Point label cannot contain spaces or commas, be blank, or be larger "
+       "than 20 characters.\nInvalid Label: Please enter a new label\n"},
+      {{"particle", "0", "0", "--set", "Forward=2"},
+       "Tracing Direction: Please choose a tracing direction.\n"},
+      {{"fluxline", "0", "0", "10", "0", "--set", "Label="},
+       "Data Missing: Label must be specified. \n"},
+      {with({"capzone"}, with(square, {"--set", "Label="})),
+       "Data Missing: Label must be specified. \n"},
+      {with({"domain"}, with(square, {"--set", "Label="})),
+       "Data Missing: Label must be specified. \n"},
+      {{"text", "0", "0", "--set", "Text=Mill", "FontSize=0"},
+       "Invalid Entry: The font size must be a whole number of points from 1 to 32767.\n"
+       "Invalid Entry: Please re-enter\n"},
+      {{"uniflow", "0", "0", "--set", "Head=-5"},
+       "Bad Entry: Specified Reference Head is below aquifer base of 0.\n"
+       "Bad Entry: Press Ok to re-enter Reference Head.\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.args.front());
+    Refused(with({"add", project_}, c.args), 1, c.err);
+  }
+  // A change is checked as the dialog's OK checks it, after its other fields.
+  Ok({"add", project_, "uniflow", "0", "0", "--set", "Head=10"});
+  Refused({"set", project_, "uniflow", "Orientation=181"}, 1,
+          "Bad Entry: Orientation must be between -180 and 180 degrees.\n"
+          "Bad Entry: Press Ok to re-enter Orientation.\n");
+  EXPECT_EQ(Ok({"set", project_, "uniflow", "Orientation=180"}), "Changed uniflow uniflow\n");
+}
+
 TEST_F(TarnocmdElements, BadUsageExitsWithTwo) {
   Refused({"add", project_, "pump", "0", "0"}, 2,
           std::string("tarnocmd: unknown element kind \"pump\" (one of well, linesink, barrier, "
