@@ -1,7 +1,6 @@
 #include "elements/element_ops.h"
 
-#include <algorithm>
-#include <cmath>
+#include <cctype>
 #include <cstdlib>
 
 #include "core/error.h"
@@ -392,6 +391,9 @@ std::optional<Element> EditElement(Database& db, std::string_view address,
       !CheckPointCount(e, e.vertices.size(), ui))  // closing a barrier of two vertices
     return std::nullopt;
   if (!RunChecks(db, e, before->Label(), ui)) return std::nullopt;
+  // A routed string of one line-sink cannot carry a stream: the edit switches its
+  // routing off and says what to do.
+  if (e.kind == ElementKind::Linesink) DisableRoutingOfShortString(e, e.row.Flag("Routing"), ui);
   Update(db, e);
   if (invalidate && ActsOnFlow(e.kind) && !SameExceptLabel(*before, e)) invalidate();
   return e;
@@ -416,6 +418,8 @@ bool OpenProperties(Database& db, ElementKind kind, std::int64_t key, UserInterf
   ui.ShowModal(*dialog);
   if (dialog->Result != 1) return false;
   dialog->StoreElement(*e);
+  if (kind == ElementKind::Linesink)
+    DisableRoutingOfShortString(*e, dynamic_cast<LinesinkString&>(*dialog).CheckRouting(), ui);
   Update(db, *e);
   if (invalidate && dialog->FormChanged()) invalidate();
   return true;

@@ -111,8 +111,10 @@ std::optional<Element> FindElement(Database& db, std::string_view address, UserI
 // has an element of the same label, "particle:<VID>", "uniflow".
 std::string AddressOf(Database& db, const Element& e);
 
-// Sets fields of the element at `address`, with the checks of its dialog.
-// Returns the element as written; nothing after a refusal.
+// Sets fields of the element at `address`, with the checks of its dialog. As the
+// window's edit does, a routed line-sink string of two vertices has its routing
+// switched off, with the "DATABASE INTEGRITY CHECK" message. Returns the element
+// as written; nothing after a refusal.
 std::optional<Element> EditElement(Database& db, std::string_view address,
                                    const std::vector<std::string>& fieldTexts, UserInterface& ui,
                                    const InvalidateFn& invalidate = {});

@@ -388,6 +388,31 @@ TEST_F(ElementOpsTest, EditingInvalidatesOnlyWhatTheSolverSees) {
   ui_.Verify();
 }
 
+TEST_F(ElementOpsTest, AnEditedRoutedStringOfOneLineSinkLosesItsRouting) {
+  const std::vector<std::string> fields = {"Label=Creek", "Routing=1", "StartingHead=10",
+                                           "EndingHead=9", "Resistance=1"};
+  ASSERT_TRUE(Add(ElementKind::Linesink, {{0, 0}, {10, 0}, {20, 0}}, fields));
+  ASSERT_TRUE(Add(ElementKind::Linesink, {{0, 5}, {10, 5}},
+                  {"Label=Short", "Routing=1", "StartingHead=10", "EndingHead=9", "Resistance=1"}));
+  // Three vertices keep their routing.
+  ASSERT_TRUE(EditElement(db_, "Creek", {"Width=2"}, ui_));
+  EXPECT_EQ(FindByLabel(db_, ElementKind::Linesink, "Creek")->row.Integer("Routing"), 1);
+  ui_.ExpectMessage(
+      "DATABASE INTEGRITY CHECK",
+      {"The line-sink string 'Short' is part of a stream network,",
+       "but contains only one line-sink.", " TARNO has disabled ",
+       "stream flow for this string! After the database integrity",
+       "check is complete you must:", "1) add at least one vertex to this line-sink string",
+       "2) set the starting head different from the ending head",
+       "3) check 'Use stream flow routing' on the Routing tab",
+       "Failure to do this may corrupt your stream network."});
+  ASSERT_TRUE(EditElement(db_, "Short", {"Width=2"}, ui_));
+  ui_.Verify();
+  const auto s = FindByLabel(db_, ElementKind::Linesink, "Short");
+  EXPECT_EQ(s->row.Integer("Routing"), 0);
+  EXPECT_EQ(s->row.Number("Width"), 2.0);
+}
+
 TEST_F(ElementOpsTest, DeletingTakesTheVerticesAlong) {
   ASSERT_TRUE(Add(ElementKind::Inhomogeneity, kSquare, {"Label=Zone"}));
   const auto tp = Add(ElementKind::TestPoint, {{5, 5}}, {"Label=MW1"});
