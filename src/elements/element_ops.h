@@ -1,13 +1,14 @@
 // The element operations: add an element, change its fields, delete it, open its
 // properties. Plain functions on an open project, usable without a window: the
-// command line calls them with FIELD=VALUE texts, the map (with its mouse) calls
-// them with the clicked positions, and both refuse the same input with the same
-// messages, shown through the user interface port.
+// command line calls them with FIELD=VALUE texts, and the map's editing is to call
+// them with the clicked positions (the mouse modes are not built yet), so that
+// both refuse the same input with the same messages, shown through the user
+// interface port.
 //
 //     ConsoleUserInterface ui(std::cerr);
 //     bool changed = false;
 //     auto key = AddElement(db, ElementKind::Well, {{100.0, 200.0}},
-//                           {"Label=PW1", "Head=-500", "Radius=0.3"}, ui,
+//                           {"Label=PW1", "Head=500", "Radius=0.3"}, ui,
 //                           [&] { changed = true; });
 //
 // Every operation checks everything before it writes: on a refusal it has shown
