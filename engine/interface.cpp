@@ -21,6 +21,7 @@ void SaltWater::set(double base, double thickness_, double contrast, double seaL
     H = thickness_;
     nu = contrast;
     sea = seaLevel;
+    roundoff = sea > B ? 1e-10 * H * H : 0.0;  // a base above the sea has no coast
     std::array<double, 5> c = {B, B + H, sea, sea + nu * (sea - B), sea + nu * (sea - B - H)};
     std::sort(c.begin(), c.end());
     const auto last = std::unique(c.begin(), c.end());

@@ -42,6 +42,8 @@ struct SaltWater {
     double b[kMaxPieces] = {};
     double s[kMaxPieces] = {};
     double P[kMaxPieces] = {};
+    // Phi / k within this of zero counts as zero: the coast.
+    double roundoff = 0.0;
 
     // Builds the pieces (engine/interface.cpp). nu must be positive.
     void set(double base, double thickness, double contrast, double seaLevel);

@@ -46,7 +46,12 @@ struct AquiferFn {
     // The head reported to users: kDry (-9999) where the aquifer is dry (holds no
     // fresh water).
     double headFromPhi(double phi) const {
-        if (!(phi > 0.0)) return -9999.0;
+        if (!(phi > 0.0)) {
+            // With an interface Phi = 0 is the coast, where conditions at sea level hold:
+            // a potential that misses zero by round-off is the sea level, not dry.
+            if (salt.on && phi > -k * salt.roundoff) return salt.h[0];
+            return -9999.0;
+        }
         return headFromPhiExtended(phi);
     }
     // The thickness of the (fresh) water, from bottom(h) to top(h).

@@ -365,3 +365,59 @@ TEST(SaltWaterInterface, BaseAboveTheSeaHasNoInterface) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(SaltWaterInterface, WellNearACoastHeldAtSeaLevel) {
+    // A well pumping Q at distance dw from a straight coast (Strack 1976): with the
+    // coast at sea level (Phi = 0) and a uniform inflow q0 the exact potential has an
+    // image well, Phi = q0 x + Q / (4 pi) ln(((x - dw)^2 + y^2) / ((x + dw)^2 + y^2)).
+    // The coast here is a 200 km head-specified line-sink at sea level (segments of
+    // 50 m near the well), so the exact field holds near the well up to the line's
+    // discretisation.
+    const double q0 = 0.5, Q = 50.0, dw = 300.0;
+    auto phiExact = [&](double x, double y) {
+        return q0 * x + Q / (4 * kPi) * std::log(((x - dw) * (x - dw) + y * y) / ((x + dw) * (x + dw) + y * y));
+    };
+    Model m = coastalModel(q0, 3000.0);
+    m.aquifer.referenceHead = headUnconfined(phiExact(3000.0, 0.0));
+    m.wells.push_back(well(dw, 0.0, Q, false, 0.1));
+    std::vector<double> ys = {-100000, -60000, -30000, -15000, -8000, -4000, -2000};
+    for (int i = 1; i <= 80; ++i) ys.push_back(-2000.0 + 50.0 * i);
+    for (double y : {4000.0, 8000.0, 15000.0, 30000.0, 60000.0, 100000.0}) ys.push_back(y);
+    LineSinkString coast;
+    coast.kind = LineSinkKind::Head;
+    coast.label = "LS_000001";
+    for (size_t i = 0; i + 1 < ys.size(); ++i) {
+        Segment g;
+        g.x1 = 0.0; g.y1 = ys[i]; g.x2 = 0.0; g.y2 = ys[i + 1];
+        g.value = kSea;
+        g.label = "LS_000001_" + std::to_string(i);
+        coast.segments.push_back(g);
+    }
+    m.lineSinks.push_back(coast);
+    Solution s(m);
+    s.solve(opts(3));
+    // Every segment meets its condition and reports the sea level, not a dry head.
+    for (const SegmentResult& r : s.segmentResults()) {
+        EXPECT_NEAR(r.calculatedHead, kSea, 1e-6) << r.label;
+        EXPECT_NEAR(r.error, 0.0, 1e-6) << r.label;
+    }
+    // Heads near the well in both zones against the exact ones.
+    for (auto [x, y] : {std::pair{50.0, 0.0}, {200.0, 100.0}, {300.5, 0.0}, {450.0, -150.0}, {800.0, 300.0}})
+        EXPECT_NEAR(s.head(x, y), headUnconfined(phiExact(x, y)), 2e-3) << x << " " << y;
+    // The toe on the landward side of the well: Phi(x, 0) = k nu (1 + nu) d^2 / 2.
+    const double phiToe = 0.5 * kK * kNu * (1 + kNu) * kD * kD;
+    double a = dw + 1.0, b = 2000.0;
+    for (int i = 0; i < 200; ++i) ((phiExact(0.5 * (a + b), 0.0) < phiToe) ? a : b) = 0.5 * (a + b);
+    const double exactToe = 0.5 * (a + b);
+    const double toeWithoutWell = phiToe / q0;
+    ASSERT_GT(exactToe - toeWithoutWell, 10.0);  // the well pulls the toe inland
+    EXPECT_NEAR(toeBetween(s, dw + 1.0, 2000.0), exactToe, 1e-3 * exactToe);
+    // Under the well the interface stands above the base: the salt water cone.
+    const auto cone = interfaceElevationAt(s, dw + 1.0, 0.0);
+    ASSERT_TRUE(cone);
+    EXPECT_NEAR(*cone, kSea - (headUnconfined(phiExact(dw + 1.0, 0.0)) - kSea) / kNu, 0.1);
+}
+
+}  // namespace
