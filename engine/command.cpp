@@ -611,7 +611,7 @@ class Reader {
       if (!numbers(1, 3, v.data())) report("\"interface\" needs three numbers (fresh and salt water gravity, sea level); line skipped");
       else if (!(v[0] > 0.0) || !(v[1] > v[0]))
         report("\"interface\": the salt water gravity must exceed the fresh water gravity, and both be positive; "
-               "line skipped, the aquifer has no interface");
+               "line skipped");
       else {
         aquifer_.interface = v;
         aquifer_.interfaceLine = lineNo_;
