@@ -420,4 +420,53 @@ TEST(SaltWaterInterface, WellNearACoastHeldAtSeaLevel) {
     EXPECT_NEAR(*cone, kSea - (headUnconfined(phiExact(dw + 1.0, 0.0)) - kSea) / kNu, 0.1);
 }
 
+TEST(SaltWaterInterface, InhomogeneityAcrossTheToeKeepsHeadAndFlowContinuous) {
+    // A polygon of higher conductivity and a deeper base around the toe: the boundary
+    // conditions go through the interface relation of each side (its own base and
+    // conductivity under the same sea), and hold at the collocation points.
+    Model m = coastalModel(0.5, 1000.0);
+    Inhomogeneity in;
+    in.conductivity = 40.0;
+    in.base = -45.0;
+    in.averageHead = 0.7;
+    in.label = "IN_000001_0000";
+    const int n = 12;
+    for (int i = 0; i < n; ++i) {
+        const double t = 2.0 * kPi * i / n;
+        in.vertices.push_back({600.0 + 200.0 * std::cos(t), 200.0 * std::sin(t), "IN_000001_" + std::to_string(i + 1)});
+    }
+    m.inhomogeneities.push_back(in);
+    Solution s(m);
+    const auto rep = s.solve(opts(30));
+    EXPECT_TRUE(rep.converged);
+    for (int i = 0; i < n; ++i) {
+        const auto& a = in.vertices[i];
+        const auto& b = in.vertices[(i + 1) % n];
+        const double L = std::hypot(b.x - a.x, b.y - a.y);
+        const double nx = (b.y - a.y) / L, ny = -(b.x - a.x) / L;  // outward
+        for (double t : {0.05, 0.5}) {
+            const double x = a.x + t * (b.x - a.x), y = a.y + t * (b.y - a.y), d = 1e-7 * L;
+            const double hin = s.head(x - d * nx, y - d * ny), hout = s.head(x + d * nx, y + d * ny);
+            EXPECT_NEAR(hin, hout, 1e-6) << i << " " << t;
+            const auto qi = s.discharge(x - d * nx, y - d * ny), qo = s.discharge(x + d * nx, y + d * ny);
+            EXPECT_NEAR(qi.first * nx + qi.second * ny, qo.first * nx + qo.second * ny, 1e-4) << i << " " << t;
+        }
+    }
+    // Inside, the deeper base moves the toe inland: where the head lies between the two
+    // toe heads, the interface stands below the outside base but above the inside one.
+    const double toeOut = kSea + kNu * kD, toeIn = kSea + kNu * (kSea + 45.0);
+    int between = 0;
+    for (double x = 420.0; x < 780.0; x += 10.0) {
+        const double h = s.head(x, 0.0);
+        if (!(h > toeOut && h < toeIn)) continue;
+        ++between;
+        const auto z = interfaceElevationAt(s, x, 0.0);
+        ASSERT_TRUE(z) << "x = " << x;
+        EXPECT_LT(*z, kB);
+        EXPECT_GT(*z, -45.0);
+    }
+    EXPECT_GT(between, 3);
+    EXPECT_LT(s.waterBalance().closureError, 1e-6);
+}
+
 }  // namespace
