@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace tarno::engine {
 
@@ -75,6 +76,10 @@ std::string formatLakeStageRecord(double x, double y, double head, const std::st
   return formatWordRecord("%19s", "lake_stage", x, y, head, label);
 }
 
+std::string formatInterfaceRecord(double x, double y, double elevation) {
+  return formatWordRecord("%13s", "interface", x, y, elevation, "");
+}
+
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
   std::string s;
   for (double v : values) {
@@ -99,7 +104,18 @@ std::string formatLabelFirstRecord(const std::string& label, const std::vector<d
 void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSource& source, int* nonFinite) {
   Finite fin{nonFinite};
   out << kHeadDataPoints << '\n';
+  // Interface records stand among the point records by their line in the command file.
+  size_t nextInterface = 0;
+  auto interfaceRecordsBefore = [&](int line) {
+    for (; nextInterface < block.interfacePoints.size() && block.interfacePoints[nextInterface].line < line;
+         ++nextInterface) {
+      const InterfacePointInput& q = block.interfacePoints[nextInterface];
+      const std::optional<double> z = source.interfaceElevation(q.x, q.y);
+      out << formatInterfaceRecord(q.x, q.y, z ? fin(*z) : kNotFinite) << '\n';
+    }
+  };
   for (const ExtractPoint& p : block.points) {
+    interfaceRecordsBefore(p.line);
     switch (p.kind) {
       case ExtractPoint::Kind::Point: {
         PointValues v = source.point(p.x, p.y, p.z);
@@ -119,6 +135,7 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         break;
     }
   }
+  interfaceRecordsBefore(std::numeric_limits<int>::max());
 
   bool needWells = false, needSegments = false;
   for (ExtractRequest r : block.requests) {
@@ -248,14 +265,6 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
       appendFormatted(num, "%.8E", fin(q));
       out << num << '\n';
     }
-  }
-
-  for (const InterfacePointInput& p : block.interfacePoints) {
-    std::string s = "! interface at ";
-    appendFormatted(s, "%.8E", p.x);
-    s += ", ";
-    appendFormatted(s, "%.8E", p.y);
-    out << s << ": the salt water interface is not computed by this version\n";
   }
 }
 

@@ -16,14 +16,22 @@
 // flow as %13.5E, the label: the flow occupies columns 44-56.
 // Lake stage record: '@', "lake_stage" right-aligned in 19 characters, X, Y and
 // the head as %13.5E, the label: the head occupies columns 50-62.
+// Interface record (` interface x y`): '@', "interface" right-aligned in 13
+// characters, X, Y and the elevation of the salt water interface as %13.5E, then an
+// empty label: the elevation occupies columns 44-56, as a gage's flow. -9999 where
+// there is no interface under the point (no interface data, no fresh water, or
+// fresh water down to the base). Interface and point records keep the order of
+// their lines in the command file.
 // Section records: numbers as %.8E separated by ", ".
 // Inhomogeneities: per element a header " label, K, B, N, P, area, average jump" (7 fields)
 // and per vertex a node record of 14 fields; walls: a header " label, K, T, P, bottom"
 // (5 fields) and per segment a node record of 10 fields (see InhomogeneityNode, WallNode).
 
 #include "engine/command.h"
+#include "engine/saltwater.h"
 #include "engine/solution.h"
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -46,6 +54,8 @@ class ExtractSource {
   virtual std::vector<WallResult> walls() const { return {}; }
   virtual std::vector<PartialWellResult> partialWells() const { return {}; }
   virtual std::vector<TheisWellResult> theisWells() const { return {}; }
+  // The elevation of the salt water interface under the point (none: no interface there).
+  virtual std::optional<double> interfaceElevation(double, double) const { return std::nullopt; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake
@@ -63,6 +73,7 @@ class SolutionSource : public ExtractSource {
   std::vector<WallResult> walls() const override { return s_.wallResults(); }
   std::vector<PartialWellResult> partialWells() const override { return s_.partialWellResults(); }
   std::vector<TheisWellResult> theisWells() const override { return s_.theisWellResults(); }
+  std::optional<double> interfaceElevation(double x, double y) const override { return interfaceElevationAt(s_, x, y); }
 
  private:
   const Solution& s_;
@@ -88,6 +99,7 @@ inline constexpr const char* kHeadStreamLinkages = "* stream linkages";
 std::string formatPointRecord(const PointValues& v, const std::string& label);
 std::string formatGageRecord(double x, double y, double flow, const std::string& label);
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label);
+std::string formatInterfaceRecord(double x, double y, double elevation);
 // " v1, v2, ..., label": numbers as %.8E.
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label);
 // " label, v1, v2, ...": the records of inhomogeneities and walls, label first.

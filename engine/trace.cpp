@@ -52,7 +52,7 @@ struct Sample {
   double vx = 0, vy = 0;  // forward
   double rzeta = 0;       // forward d zeta / dt divided by zeta: -N / (n b)
   double recharge = 0;
-  double head = 0, base = 0, thickness = 0;
+  double head = 0, base = 0, thickness = 0;  // base: the bottom of the water (base or interface)
 };
 
 Sample sample(const Solution& s, double x, double y) {
@@ -60,8 +60,12 @@ Sample sample(const Solution& s, double x, double y) {
   const PointValues p = s.evaluate(x, y);
   r.head = p.head;
   if (!(p.head > kDryLimit) || !std::isfinite(p.head)) return r;
+  // The water a particle moves in lies between the base, or the salt water interface
+  // where it stands above the base, and the top of the saturated zone (p.z): paths keep
+  // their relative elevation in it and so stay above the interface.
   r.base = p.base;
-  r.thickness = p.z - p.base;
+  if (auto zi = interfaceElevation(s.model().aquifer, p.head, p.base)) r.base = *zi;
+  r.thickness = p.z - r.base;
   const double n = p.porosity;
   if (!(r.thickness > 0) || !(n > 0)) return r;
   r.vx = p.qx / (n * r.thickness);
