@@ -229,9 +229,9 @@ std::string InspectCommandText(const InspectRequest& r) {
   Put(out, " extract ");
   Put(out, " file _INSPECT.XTR");
   Put(out, " y");
-  // The point: Y without a trailing blank, the elevation through a mask that
-  // leads with blanks. Without an elevation the solver takes the top of the
-  // saturated zone.
+  // The point: the elevation's mask has no blank before it, so one is put between
+  // Y and the elevation (the solver also reads the two glued). Without an
+  // elevation the solver takes the top of the saturated zone.
   std::string point = F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00");
   if (r.z) point += " " + F(*r.z, "######.00");
   Put(out, point);
