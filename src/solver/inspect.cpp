@@ -50,7 +50,8 @@ void Header(std::ostream& out, const std::string& first, const char* error, cons
 std::string Field(double v) {
   // The exponent form keeps five significant digits; from 1E+05 on it would drop
   // units of a coordinate, so those are written in full.
-  if (std::fabs(v) >= 1e5) return " " + F(v, "########.0");
+  // Built by appends: GCC 12 warns falsely (-Wrestrict) on " " + a std::string.
+  if (std::fabs(v) >= 1e5) return std::string(1, ' ').append(F(v, "########.0"));
   return F(v, " 0.0000E+00");
 }
 
@@ -162,6 +163,7 @@ double SaturatedThickness(double head, double base, double thickness) {
 // ---- The settings dialog ---------------------------------------------------------
 
 void InspectorDialog::Load(const InspectorSettings& s, bool basemapMeters) {
+  Settings = s;
   dataStepSize = GeneralNumber(s.StepSize);
   lblStepUnit = basemapMeters ? "m" : "ft";
   tbElevation = GeneralNumber(s.Elevation);
@@ -170,7 +172,8 @@ void InspectorDialog::Load(const InspectorSettings& s, bool basemapMeters) {
   Result = 2;
 }
 
-bool InspectorDialog::OK(InspectorSettings& s, UserInterface& ui) {
+bool InspectorDialog::OK(UserInterface& ui) {
+  InspectorSettings& s = Settings;
   const double step = Val(dataStepSize);
   if (!(step > 0)) {
     ui.MessageBox("Invalid Value", {"Invalid Step Size!", "Please enter a value larger than 0."}, Buttons::OK,

@@ -47,12 +47,14 @@ class InspectorDialog : public DialogModel {
   static constexpr const char* kBackwardsCaption = "Trace backwards in time";
   std::string DialogName() const override { return kName; }
 
-  // Fills the fields; the unit of the step follows the base map's unit.
+  // Fills the fields from `settings`; the unit of the step follows the base map's unit.
   void Load(const InspectorSettings& settings, bool basemapMeters);
   // A step size at or below zero: "Invalid Value" and the dialog stays (false).
-  // Otherwise the fields go to `settings` and Result is 1.
-  bool OK(InspectorSettings& settings, UserInterface& ui);
+  // Otherwise the fields go to Settings and Result is 1; the caller takes Settings.
+  bool OK(UserInterface& ui);
   void Cancel() { Result = 2; }
+
+  InspectorSettings Settings;  // as loaded, and as accepted by OK
 
   std::string dataStepSize = "1";
   std::string lblStepUnit = "m";  // "m" or "ft"

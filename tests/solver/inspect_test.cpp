@@ -209,6 +209,7 @@ TEST(InspectorDialogTest, StepSizeMustBePositiveAndTheRestIsTaken) {
   InspectorSettings s;
   InspectorDialog d;
   d.Load(s, false);
+  EXPECT_TRUE(d.chkTop);
   EXPECT_EQ(d.lblStepUnit, "ft");
   EXPECT_EQ(d.dataStepSize, "1");
   for (const char* bad : {"0", "-2", "", "abc"}) {
@@ -216,22 +217,24 @@ TEST(InspectorDialogTest, StepSizeMustBePositiveAndTheRestIsTaken) {
     ui.ExpectMessage("Invalid Value", {"Invalid Step Size!", "Please enter a value larger than 0."});
     d.dataStepSize = bad;
     d.tbElevation = "7";
-    EXPECT_FALSE(d.OK(s, ui)) << bad;
+    EXPECT_FALSE(d.OK(ui)) << bad;
     ui.Verify();
     EXPECT_EQ(d.Result, 2);
-    EXPECT_DOUBLE_EQ(s.StepSize, 1.0);  // nothing taken
-    EXPECT_DOUBLE_EQ(s.Elevation, 0.0);
+    EXPECT_DOUBLE_EQ(d.Settings.StepSize, 1.0);  // nothing taken
+    EXPECT_DOUBLE_EQ(d.Settings.Elevation, 0.0);
   }
   ScriptedUserInterface ui;
   d.dataStepSize = "2.5";
   d.chkTop = false;
   d.chkTraceBackwards = true;
-  EXPECT_TRUE(d.OK(s, ui));
+  EXPECT_TRUE(d.OK(ui));
   EXPECT_EQ(d.Result, 1);
-  EXPECT_DOUBLE_EQ(s.StepSize, 2.5);
-  EXPECT_DOUBLE_EQ(s.Elevation, 7.0);
-  EXPECT_FALSE(s.InspectAtTop);
-  EXPECT_EQ(s.TraceDirection(), -1);
+  EXPECT_DOUBLE_EQ(d.Settings.StepSize, 2.5);
+  EXPECT_DOUBLE_EQ(d.Settings.Elevation, 7.0);
+  EXPECT_FALSE(d.Settings.InspectAtTop);
+  EXPECT_EQ(d.Settings.TraceDirection(), -1);
+  // The integrity switch is not the dialog's: it stays as it was.
+  EXPECT_FALSE(d.Settings.IntegrityCheck);
 }
 
 TEST(InspectFilesTest, CommandFileHasThePointTheInterfaceAndTheSixNeighbours) {
