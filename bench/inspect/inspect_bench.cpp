@@ -75,12 +75,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s has no solution: run tarnocmd solve first\n", project.c_str());
         return 1;
       }
-      Statement m = db.PrepareRaw("select SOLVERX0, SOLVERY0, WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
+      Statement m = db.PrepareRaw(
+          "select SOLVERX0, SOLVERY0, WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
       m.Step();
       x = argc > 3 ? std::atof(argv[2]) : m.GetDouble(0);
       y = argc > 3 ? std::atof(argv[3]) : m.GetDouble(1);
-      window = MapWindow{std::min(m.GetDouble(2), m.GetDouble(3)), std::max(m.GetDouble(2), m.GetDouble(3)),
-                         std::max(m.GetDouble(4), m.GetDouble(5)), std::min(m.GetDouble(4), m.GetDouble(5))};
+      window = MapWindow{
+          std::min(m.GetDouble(2), m.GetDouble(3)), std::max(m.GetDouble(2), m.GetDouble(3)),
+          std::max(m.GetDouble(4), m.GetDouble(5)), std::min(m.GetDouble(4), m.GetDouble(5))};
     }
     state.SolutionPresent = true;
     BlockingWaiter waiter;
@@ -96,21 +98,29 @@ int main(int argc, char** argv) {
     ctx.solverErrors = "/dev/null";
 
     InspectorSettings inspector;
-    const Timing plain = Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
+    const Timing plain =
+        Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
     inspector.IntegrityCheck = true;
-    const Timing integrity = Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
+    const Timing integrity =
+        Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
     inspector.InspectAtTop = false;
     inspector.Elevation = 0;
-    const Timing oneRun = Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
-    const Timing trace =
-        Time(std::max(1, repeats / 4), [&] { return ModelTraceOneStreamline(ctx, inspector, x, y).has_value(); });
+    const Timing oneRun =
+        Time(repeats, [&] { return ModelInspectResults(ctx, inspector, x, y).ran; });
+    const Timing trace = Time(std::max(1, repeats / 4), [&] {
+      return ModelTraceOneStreamline(ctx, inspector, x, y).has_value();
+    });
 
-    std::printf("inspection round trip of %s at (%.2f, %.2f), %d runs\n", project.c_str(), x, y, repeats);
-    std::printf("  Model Results                         best %8.4f s  mean %8.4f s\n", plain.best, plain.mean);
-    std::printf("  with the integrity check (two runs)   best %8.4f s  mean %8.4f s\n", integrity.best,
-                integrity.mean);
-    std::printf("  integrity check at an elevation       best %8.4f s  mean %8.4f s\n", oneRun.best, oneRun.mean);
-    std::printf("  one streamline                        best %8.4f s  mean %8.4f s\n", trace.best, trace.mean);
+    std::printf("inspection round trip of %s at (%.2f, %.2f), %d runs\n", project.c_str(), x, y,
+                repeats);
+    std::printf("  Model Results                         best %8.4f s  mean %8.4f s\n", plain.best,
+                plain.mean);
+    std::printf("  with the integrity check (two runs)   best %8.4f s  mean %8.4f s\n",
+                integrity.best, integrity.mean);
+    std::printf("  integrity check at an elevation       best %8.4f s  mean %8.4f s\n", oneRun.best,
+                oneRun.mean);
+    std::printf("  one streamline                        best %8.4f s  mean %8.4f s\n", trace.best,
+                trace.mean);
     std::printf("  target: under 0.3 s\n");
   } catch (const std::exception& e) {
     std::fprintf(stderr, "tarno-bench-inspect: %s\n%s", e.what(), messages.str().c_str());

@@ -22,10 +22,12 @@ namespace {
 // The console port, with the box of the results on standard output.
 class InspectPort : public ConsoleUserInterface {
  public:
-  InspectPort(std::ostream& out, std::ostream& err) : ConsoleUserInterface(err, Answer::OK), out_(out) {}
-  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines, Buttons buttons,
-                    Icon icon) override {
-    if (title != "Model Results") return ConsoleUserInterface::MessageBox(title, lines, buttons, icon);
+  InspectPort(std::ostream& out, std::ostream& err)
+      : ConsoleUserInterface(err, Answer::OK), out_(out) {}
+  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                    Buttons buttons, Icon icon) override {
+    if (title != "Model Results")
+      return ConsoleUserInterface::MessageBox(title, lines, buttons, icon);
     for (const auto& l : lines) out_ << l << "\n";
     return Answer::OK;
   }
@@ -87,12 +89,14 @@ int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostrea
     out << SolverIntegrity::kTitle << "\n";
     out << "            Analytic     Numerical\n";
     const std::pair<const char*, std::pair<double, double>> rows[] = {
-        {"Vx        ", {d.VxAnyl, d.VxNum}},         {"Vy        ", {d.VyAnyl, d.VyNum}},
-        {"Vz        ", {d.VzAnyl, d.VzNum}},         {"div q     ", {d.divqAnyl, d.divqNum}},
+        {"Vx        ", {d.VxAnyl, d.VxNum}},
+        {"Vy        ", {d.VyAnyl, d.VyNum}},
+        {"Vz        ", {d.VzAnyl, d.VzNum}},
+        {"div q     ", {d.divqAnyl, d.divqNum}},
         {"div Q     ", {d.divCapQAnyl, d.divCapQNum}}};
     for (const auto& [caption, v] : rows)
-      out << caption << FormatNumber(v.first, " 0.0000E+00") << "  " << FormatNumber(v.second, " 0.0000E+00")
-          << "\n";
+      out << caption << FormatNumber(v.first, " 0.0000E+00") << "  "
+          << FormatNumber(v.second, " 0.0000E+00") << "\n";
   });
   const InspectReport r = ModelInspectResults(ctx, inspector, options.x, options.y);
   if (!r.ran) {

@@ -87,7 +87,8 @@ inline constexpr const char* kSectionNumberFormat = "%.8E";
 inline constexpr const char* kHeadDataPoints = "* data points";
 inline constexpr const char* kHeadDischargeWells = "* discharge specified wells";
 inline constexpr const char* kHeadHeadWells = "* head specified wells";
-inline constexpr const char* kHeadDischargePartialWells = "* discharge specified partially penetrating wells";
+inline constexpr const char* kHeadDischargePartialWells =
+    "* discharge specified partially penetrating wells";
 inline constexpr const char* kHeadHeadPartialWells = "* head specified partially penetrating wells";
 inline constexpr const char* kHeadTheisWells = "* Theis wells";
 inline constexpr const char* kHeadDischargeLineSinks = "* discharge specified line sinks";
@@ -111,7 +112,8 @@ inline constexpr const char* kInhomogeneities = "trans";
 inline constexpr const char* kWalls = "slurry";
 inline constexpr const char* kFlux = "flux";
 inline constexpr const char* kHeadPartialWells = "head specified partially penetrating wells";
-inline constexpr const char* kDischargePartialWells = "discharge specified partially penetrating wells";
+inline constexpr const char* kDischargePartialWells =
+    "discharge specified partially penetrating wells";
 inline constexpr const char* kTheisWells = "Theis wells";
 inline constexpr const char* kStreamLinkages = "stream linkages";
 }  // namespace head_name
@@ -122,7 +124,8 @@ inline constexpr int kX = 1, kY = 2, kRadius = 3, kDischarge = 4, kHead = 5, kLa
 inline constexpr int kFields = 6;
 }  // namespace discharge_well
 namespace head_well {
-inline constexpr int kX = 1, kY = 2, kRadius = 3, kDischarge = 4, kSpecifiedHead = 5, kHeadError = 6, kLabel = 7;
+inline constexpr int kX = 1, kY = 2, kRadius = 3, kDischarge = 4, kSpecifiedHead = 5,
+                     kHeadError = 6, kLabel = 7;
 inline constexpr int kFields = 7;
 }  // namespace head_well
 namespace discharge_line_sink {
@@ -130,20 +133,20 @@ inline constexpr int kX1 = 1, kY1 = 2, kX2 = 3, kY2 = 4, kDischarge = 5, kLabel 
 inline constexpr int kFields = 6;
 }  // namespace discharge_line_sink
 namespace head_line_sink {
-inline constexpr int kX1 = 1, kY1 = 2, kX2 = 3, kY2 = 4, kSpecifiedHead = 5, kCalculatedHead = 6, kDischarge = 7,
-                     kWidth = 8, kResistance = 9, kDepth = 10, kBaseFlow = 11, kOverlandFlow = 12, kError = 13,
-                     kLabel = 14;
+inline constexpr int kX1 = 1, kY1 = 2, kX2 = 3, kY2 = 4, kSpecifiedHead = 5, kCalculatedHead = 6,
+                     kDischarge = 7, kWidth = 8, kResistance = 9, kDepth = 10, kBaseFlow = 11,
+                     kOverlandFlow = 12, kError = 13, kLabel = 14;
 inline constexpr int kFields = 14;
 }  // namespace head_line_sink
 namespace drain {  // also galleries: a head line-sink without the two flows
 inline constexpr int kError = 11, kLabel = 12;
 inline constexpr int kFields = 12;
 }  // namespace drain
-namespace inhomogeneity {  // label first
+namespace inhomogeneity {                // label first
 inline constexpr int kHeaderFields = 7;  // label, K, B, N, P, area, average jump
 inline constexpr int kNodeFields = 14;   // label, X1, Y1, XC, YC and nine values
 }  // namespace inhomogeneity
-namespace wall {  // label first
+namespace wall {                         // label first
 inline constexpr int kHeaderFields = 5;  // label, K, T, P, bottom
 inline constexpr int kNodeFields = 10;   // label, X1, Y1, XC, YC and five values
 }  // namespace wall
@@ -181,7 +184,8 @@ inline constexpr int kValue1Column = 35;  // path: time
 inline constexpr int kValue2Column = 49;  // path: elevation
 inline constexpr int kValue3Column = 63;  // path: head
 static_assert(kYColumn == kXColumn + kWidth && kValue1Column == kYColumn + kWidth &&
-                  kValue2Column == kValue1Column + kWidth && kValue3Column == kValue2Column + kWidth,
+                  kValue2Column == kValue1Column + kWidth &&
+                  kValue3Column == kValue2Column + kWidth,
               "the fields of a point line follow each other without a gap");
 }  // namespace plot_line
 

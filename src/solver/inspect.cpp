@@ -95,13 +95,15 @@ void WriteText(const fs::path& p, const std::string& text) {
 // Runs the solver on `commandFile` in the project's directory and waits. False,
 // after the "Fatal execution error" message, when the run left TARNO.OPS or was
 // ended by a signal.
-bool RunSolver(SolveContext& ctx, Database& db, const ProjectFiles& pf, const std::string& commandFile) {
+bool RunSolver(SolveContext& ctx, Database& db, const ProjectFiles& pf,
+               const std::string& commandFile) {
   UserInterface& ui = *ctx.ui;
   noexecutable(ui, ctx.programDirectory, kSolverProgram);
   ctx.Size = ModelGetSize(db, false, ui, ctx.leakageCells, ctx.modflow.GridPresent);
   RemoveNoCase(pf.dir, "TARNO.OPS");
-  const pid_t pid = StartProgram(ctx.programDirectory / kSolverProgram, {std::to_string(ctx.Size), commandFile},
-                                 pf.dir, ctx.programOutput, ctx.solverErrors);
+  const pid_t pid =
+      StartProgram(ctx.programDirectory / kSolverProgram, {std::to_string(ctx.Size), commandFile},
+                   pf.dir, ctx.programOutput, ctx.solverErrors);
   const int status = WaitForTerm1(*ctx.waiter, pid);
   const fs::path ops = FindFileNoCase(pf.dir, "TARNO.OPS");
   if (ops.empty() && !EndedBySignal(status)) return true;
@@ -125,9 +127,10 @@ std::optional<std::vector<InspectedPoint>> ReadInspection(const fs::path& file, 
     if (line.empty() || line[0] != layout::kPointMark) continue;
     const auto p = ParseInspectedPoint(line);
     if (!p) {
-      ui.MessageBox("Internal error",
-                    {"Bad DATA record: Record in TARNO inspection file", "Cannot view model results"},
-                    Buttons::OK, Icon::Critical);
+      ui.MessageBox(
+          "Internal error",
+          {"Bad DATA record: Record in TARNO inspection file", "Cannot view model results"},
+          Buttons::OK, Icon::Critical);
       return std::nullopt;
     }
     points.push_back(*p);
@@ -136,19 +139,22 @@ std::optional<std::vector<InspectedPoint>> ReadInspection(const fs::path& file, 
 }
 
 // Writes, runs and reads one inspection file. Nothing after a message.
-std::optional<std::vector<InspectedPoint>> Inspect(SolveContext& ctx, Database& db, const ProjectFiles& pf,
+std::optional<std::vector<InspectedPoint>> Inspect(SolveContext& ctx, Database& db,
+                                                   const ProjectFiles& pf,
                                                    const InspectRequest& request, size_t expected) {
   RemoveNoCase(pf.dir, kInspectExtract);
   WriteText(pf.dir / kInspectFile, InspectCommandText(request));
   if (!RunSolver(ctx, db, pf, kInspectFile)) return std::nullopt;
   const fs::path xtr = FindFileNoCase(pf.dir, kInspectExtract);
-  if (xtr.empty()) throw Error("File not found: \"" + (pf.dir / kInspectExtract).string() + "\"",
-                               error_number::kFileNotFound);
+  if (xtr.empty())
+    throw Error("File not found: \"" + (pf.dir / kInspectExtract).string() + "\"",
+                error_number::kFileNotFound);
   auto points = ReadInspection(xtr, *ctx.ui);
   if (points && points->size() < expected) {
-    ctx.ui->MessageBox("Internal error",
-                       {"Bad DATA record: Record in TARNO inspection file", "Cannot view model results"},
-                       Buttons::OK, Icon::Critical);
+    ctx.ui->MessageBox(
+        "Internal error",
+        {"Bad DATA record: Record in TARNO inspection file", "Cannot view model results"},
+        Buttons::OK, Icon::Critical);
     return std::nullopt;
   }
   return points;
@@ -176,8 +182,8 @@ bool InspectorDialog::OK(UserInterface& ui) {
   InspectorSettings& s = Settings;
   const double step = Val(dataStepSize);
   if (!(step > 0)) {
-    ui.MessageBox("Invalid Value", {"Invalid Step Size!", "Please enter a value larger than 0."}, Buttons::OK,
-                  Icon::Exclamation);
+    ui.MessageBox("Invalid Value", {"Invalid Step Size!", "Please enter a value larger than 0."},
+                  Buttons::OK, Icon::Exclamation);
     return false;
   }
   s.StepSize = step;
@@ -238,7 +244,8 @@ std::string InspectCommandText(const InspectRequest& r) {
   std::string point = F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00");
   if (r.z) point += " " + F(*r.z, "######.00");
   Put(out, point);
-  if (r.interfacePoint) Put(out, " interface " + F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00 "));
+  if (r.interfacePoint)
+    Put(out, " interface " + F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00 "));
   if (r.neighbours) {
     const double d = r.step;
     const double c[6][3] = {{r.x + d, r.y, r.neighbourZ}, {r.x - d, r.y, r.neighbourZ},
@@ -298,8 +305,8 @@ void ComputeIntegrity(const InspectedPoint& c, const std::array<InspectedPoint, 
 
 // ---- Operations -----------------------------------------------------------------------
 
-InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& inspector, double xMap,
-                                  double yMap) {
+InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& inspector,
+                                  double xMap, double yMap) {
   InspectReport report;
   UserInterface& ui = *ctx.ui;
   if (!ctx.state->SolutionPresent) {
@@ -342,8 +349,10 @@ InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& in
           n.z = points->front().z;
           auto around = Inspect(ctx, db, pf, n, 7);
           ++report.solverRuns;
-          if (around) points->insert(points->end(), around->begin() + 1, around->begin() + 7);
-          else points.reset();
+          if (around)
+            points->insert(points->end(), around->begin() + 1, around->begin() + 7);
+          else
+            points.reset();
         }
       }
     } catch (...) {
@@ -354,14 +363,17 @@ InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& in
     if (!points || points->empty()) return report;
     report.ran = true;
     report.point = points->front();
-    report.lines = ModelResultsLines(report.point, MToW_X(frame, report.point.x), MToW_Y(frame, report.point.y));
+    report.lines = ModelResultsLines(report.point, MToW_X(frame, report.point.x),
+                                     MToW_Y(frame, report.point.y));
     ui.MessageBox("Model Results", report.lines);
     if (integrity && points->size() >= 7) {
       std::array<InspectedPoint, 6> nb;
-      for (int i = 0; i < 6; ++i) nb[static_cast<size_t>(i)] = (*points)[static_cast<size_t>(i) + 1];
+      for (int i = 0; i < 6; ++i)
+        nb[static_cast<size_t>(i)] = (*points)[static_cast<size_t>(i) + 1];
       Statement m = db.Prepare("select AQBase, aqthickness from Model");
       if (!m.Step()) throw Error("The Model table has no row");
-      ComputeIntegrity(report.point, nb, r.step, m.GetDouble(0), Val(m.GetText(1)), report.integrityValues);
+      ComputeIntegrity(report.point, nb, r.step, m.GetDouble(0), Val(m.GetText(1)),
+                       report.integrityValues);
       report.integrity = true;
       ui.ShowModal(report.integrityValues);
     }
@@ -376,21 +388,21 @@ InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& in
 }
 
 void SolverIntegrityCheck_Click(UserInterface& ui, InspectorSettings& inspector) {
-  ui.MessageBox("Solver Integrity Check",
-                {"Solver Integrity data will be supplied by using",
-                 "the Instant Inspector (Shift left-mouse click)."});
+  ui.MessageBox("Solver Integrity Check", {"Solver Integrity data will be supplied by using",
+                                           "the Instant Inspector (Shift left-mouse click)."});
   inspector.IntegrityCheck = true;
 }
 
 bool SET_TIME_Click(SolveContext& ctx) {
   UserInterface& ui = *ctx.ui;
   if (!ctx.state->SolutionPresent) {
-    ui.MessageBox("Can't set time", {"You must have a valid solution before changing the time setting"});
+    ui.MessageBox("Can't set time",
+                  {"You must have a valid solution before changing the time setting"});
     return false;
   }
   const auto text = ui.InputBox(
-      "Enter the time for the grid.\nNote: this will be ignored if no Theis wells are used", "Solution Time",
-      GeneralNumber(ctx.state->SolutionTime));
+      "Enter the time for the grid.\nNote: this will be ignored if no Theis wells are used",
+      "Solution Time", GeneralNumber(ctx.state->SolutionTime));
   if (!text) return false;
   ctx.state->SolutionTime = Val(*text);
   // The grid and the traces belong to the old time: the regrid computes them again.
@@ -404,13 +416,13 @@ bool SET_TIME_Click(SolveContext& ctx) {
 
 std::string TraceCommandText(const TraceRequest& r) {
   std::ostringstream out;
-  Header(out, std::string("* Written by TARNO for Windows Beta ") + kTarnoVersion, "error_trace.log",
-         "message_trc.log", "echo_trace.log");
+  Header(out, std::string("* Written by TARNO for Windows Beta ") + kTarnoVersion,
+         "error_trace.log", "message_trc.log", "echo_trace.log");
   Put(out, " load " + r.baseName);
   Put(out, " time " + GeneralNumber(r.time));
   Put(out, " layout ");
-  Put(out, " window " + F(r.left, "######0.00 ") + F(r.bottom, "######0.00 ") + F(r.right, "######0.00 ") +
-               F(r.top, "######0.00 "));
+  Put(out, " window " + F(r.left, "######0.00 ") + F(r.bottom, "######0.00 ") +
+               F(r.right, "######0.00 ") + F(r.top, "######0.00 "));
   Put(out, " quit ");
   Put(out, " trace ");
   Put(out, " picture off");
@@ -428,8 +440,9 @@ std::string TraceCommandText(const TraceRequest& r) {
   return out.str();
 }
 
-std::optional<Pathline> ModelTraceOneStreamline(SolveContext& ctx, const InspectorSettings& inspector,
-                                                double xMap, double yMap) {
+std::optional<Pathline> ModelTraceOneStreamline(SolveContext& ctx,
+                                                const InspectorSettings& inspector, double xMap,
+                                                double yMap) {
   UserInterface& ui = *ctx.ui;
   if (!ctx.state->SolutionPresent) {
     ui.MessageBox(kNoSolutionTitle, {kNoSolutionText});
@@ -468,8 +481,9 @@ std::optional<Pathline> ModelTraceOneStreamline(SolveContext& ctx, const Inspect
     ui.PleaseWaitHide();
     if (!ok) return std::nullopt;
     const fs::path pth = FindFileNoCase(pf.dir, kTracePath);
-    if (pth.empty()) throw Error("File not found: \"" + (pf.dir / kTracePath).string() + "\"",
-                                 error_number::kFileNotFound);
+    if (pth.empty())
+      throw Error("File not found: \"" + (pf.dir / kTracePath).string() + "\"",
+                  error_number::kFileNotFound);
     const std::vector<Pathline> paths = ReadPathFile(pth);
     // The streamline joins the pathlines of the solution, drawn with them.
     fs::path all = FindFileNoCase(pf.dir, pf.base + ".PTH");

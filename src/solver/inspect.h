@@ -88,8 +88,8 @@ struct InspectRequest {
   bool interfacePoint = false;
   // The six neighbours of the integrity check: +-step along X, Y and Z.
   bool neighbours = false;
-  double step = 0;            // model units
-  double neighbourZ = 0;      // the elevation the neighbours are taken around
+  double step = 0;        // model units
+  double neighbourZ = 0;  // the elevation the neighbours are taken around
 };
 
 // The text of "_INSPECT.DAT" for a request (CR LF lines).
@@ -104,7 +104,8 @@ std::vector<std::string> ModelResultsLines(const InspectedPoint& p, double xMap,
 // y-, z+, z-), `step` in model units. Aquifer base and thickness of the Model row
 // give the saturated thickness of the discharge's divergence.
 void ComputeIntegrity(const InspectedPoint& centre, const std::array<InspectedPoint, 6>& neighbours,
-                      double step, double aquiferBase, double aquiferThickness, SolverIntegrity& out);
+                      double step, double aquiferBase, double aquiferThickness,
+                      SolverIntegrity& out);
 
 // What an inspection did, for the callers and the tests.
 struct InspectReport {
@@ -118,14 +119,15 @@ struct InspectReport {
 
 // The message of an inspection or a trace without a solution.
 inline constexpr const char* kNoSolutionTitle = "Error";
-inline constexpr const char* kNoSolutionText = "No solution is present.  Solve the model and try again.";
+inline constexpr const char* kNoSolutionText =
+    "No solution is present.  Solve the model and try again.";
 
 // ModelInspectResults: everything at the point (xMap, yMap) of the map. Without a
 // solution the message above, before any file is written. Shows the "Model
 // Results" box and, with the integrity check on, the SolverIntegrity dialog.
 // Errors are reported by TARNOErrorAnalysis.
-InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& inspector, double xMap,
-                                  double yMap);
+InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& inspector,
+                                  double xMap, double yMap);
 
 // SolverIntegrityCheck_Click: tells how the data come and switches the check on.
 void SolverIntegrityCheck_Click(UserInterface& ui, InspectorSettings& inspector);
@@ -150,7 +152,8 @@ std::string TraceCommandText(const TraceRequest& request);
 // ModelTraceOneStreamline: traces the streamline through (xMap, yMap), appends its
 // lines to "<base>.PTH" and returns it in model coordinates (nothing after a
 // message). The caller redraws the pathlines.
-std::optional<Pathline> ModelTraceOneStreamline(SolveContext& ctx, const InspectorSettings& inspector,
-                                                double xMap, double yMap);
+std::optional<Pathline> ModelTraceOneStreamline(SolveContext& ctx,
+                                                const InspectorSettings& inspector, double xMap,
+                                                double yMap);
 
 }  // namespace tarno

@@ -21,7 +21,8 @@ namespace {
 // The text of the one-based columns [column, column + width).
 double At(const std::string& line, int column, int width) {
   EXPECT_GE(static_cast<int>(line.size()), column + width - 1) << line;
-  return std::strtod(line.substr(static_cast<size_t>(column - 1), static_cast<size_t>(width)).c_str(), nullptr);
+  return std::strtod(
+      line.substr(static_cast<size_t>(column - 1), static_cast<size_t>(width)).c_str(), nullptr);
 }
 
 std::vector<std::string> Fields(const std::string& body) {
@@ -36,11 +37,11 @@ TEST(SharedFileLayout, PointRecordFieldsStandInTheirColumnsAndNumbers) {
   namespace pt = layout::point;
   PointValues v;
   // Distinct values, so that a field in the wrong place shows.
-  double* slots[] = {&v.x,    &v.y,  &v.z,        &v.potential,    &v.qx,   &v.qy,      &v.vx,
-                     &v.vy,   &v.head, &v.vz,     &v.porosity,     &v.conductivity, &v.base, &v.recharge};
-  const int numbers[] = {pt::kX,    pt::kY,  pt::kZ,        pt::kPotential,    pt::kQx,   pt::kQy,  pt::kVx,
-                         pt::kVy,   pt::kHead, pt::kVz,     pt::kPorosity,     pt::kConductivity, pt::kBase,
-                         pt::kRecharge};
+  double* slots[] = {&v.x,  &v.y,    &v.z,  &v.potential, &v.qx,           &v.qy,   &v.vx,
+                     &v.vy, &v.head, &v.vz, &v.porosity,  &v.conductivity, &v.base, &v.recharge};
+  const int numbers[] = {
+      pt::kX,  pt::kY,    pt::kZ,  pt::kPotential, pt::kQx,           pt::kQy,   pt::kVx,
+      pt::kVy, pt::kHead, pt::kVz, pt::kPorosity,  pt::kConductivity, pt::kBase, pt::kRecharge};
   for (int i = 0; i < pt::kNumbers; ++i) *slots[i] = -(i + 1) * 1.25e3 + 0.5;
   const std::string line = formatPointRecord(v, "TP_000001");
   ASSERT_EQ(line[0], layout::kPointMark);
@@ -51,7 +52,8 @@ TEST(SharedFileLayout, PointRecordFieldsStandInTheirColumnsAndNumbers) {
     const int field = numbers[i];
     const int width = field == 1 ? pt::kFirstWidth : pt::kWidth;
     EXPECT_EQ(static_cast<int>(f[static_cast<size_t>(field)].size()), width) << field;
-    EXPECT_DOUBLE_EQ(std::strtod(f[static_cast<size_t>(field)].c_str(), nullptr), *slots[i]) << field;
+    EXPECT_DOUBLE_EQ(std::strtod(f[static_cast<size_t>(field)].c_str(), nullptr), *slots[i])
+        << field;
     EXPECT_DOUBLE_EQ(At(line, pt::Column(field), width), *slots[i]) << field;
   }
 }

@@ -49,7 +49,8 @@ class TarnocmdInspect : public TarnocmdProject {
 TEST_F(TarnocmdInspect, PrintsTheModelResultsOfAPointAfterASolve) {
   const RunResult none = Run({"inspect", project_, "1000", "800"});
   EXPECT_EQ(none.status, 1);
-  EXPECT_TRUE(Contains(none.err, "Error: No solution is present.  Solve the model and try again.")) << none.err;
+  EXPECT_TRUE(Contains(none.err, "Error: No solution is present.  Solve the model and try again."))
+      << none.err;
   EXPECT_FALSE(fs::exists(dir_ / "_INSPECT.DAT"));
 
   ASSERT_EQ(Run({"solve", project_}).status, 0);
@@ -71,7 +72,8 @@ TEST_F(TarnocmdInspect, PrintsTheModelResultsOfAPointAfterASolve) {
   // Water flows towards the well, east of the point.
   EXPECT_GT(std::stod(lines[8].substr(12)), 0.0) << lines[8];
 
-  const RunResult i = Run({"inspect", project_, "1000", "800", "--integrity", "2", "--elevation", "100"});
+  const RunResult i =
+      Run({"inspect", project_, "1000", "800", "--integrity", "2", "--elevation", "100"});
   ASSERT_EQ(i.status, 0) << i.err;
   EXPECT_TRUE(Contains(i.out, "Z        1.0000E+02")) << i.out;
   EXPECT_TRUE(Contains(i.out, "Solver Integrity Check\n")) << i.out;

@@ -24,10 +24,12 @@ class InspectTest : public ControllerTest {
  protected:
   void SetUp() override {
     ControllerTest::SetUp();
-    Sql("update Model set AQBase=0, AQThickness='10', AQHydCond=1, AQPorosity=0.25, CONTOURShow=-1, "
+    Sql("update Model set AQBase=0, AQThickness='10', AQHydCond=1, AQPorosity=0.25, "
+        "CONTOURShow=-1, "
         "TRACECompute=0");
     const auto well = Point(100, 50);
-    Sql("insert into Wells (VID, Head, Radius, Label) values (" + std::to_string(well) + ", -6000, 0.5, 'W1')");
+    Sql("insert into Wells (VID, Head, Radius, Label) values (" + std::to_string(well) +
+        ", -6000, 0.5, 'W1')");
     const auto tp = Point(135, 85);
     Sql("insert into TestPoints (VID, ObsHead, Label, Type) values (" + std::to_string(tp) +
         ", 0, 'TP1', 'Piezometer')");
@@ -95,8 +97,9 @@ TEST_F(InspectTest, InspectionAtATestPointGivesTheValuesOfTheSolvesExtract) {
   EXPECT_THAT(shown[0].lines,
               ::testing::ElementsAre("X        1.3500E+02", "Y        8.5000E+01",
                                      "Z       " + FormatNumber(expected.z, " 0.0000E+00"),
-                                     "Head" + FormatNumber(expected.head, " 0.0000E+00"), "Porosity 2.5000E-01",
-                                     "Conductivity 1.0000E+00", "Bottom Elev 0.0000E+00", "Recharge 0.0000E+00",
+                                     "Head" + FormatNumber(expected.head, " 0.0000E+00"),
+                                     "Porosity 2.5000E-01", "Conductivity 1.0000E+00",
+                                     "Bottom Elev 0.0000E+00", "Recharge 0.0000E+00",
                                      "Velocity (X)" + FormatNumber(expected.vx, " 0.0000E+00"),
                                      "Velocity (Y)" + FormatNumber(expected.vy, " 0.0000E+00"),
                                      "Velocity (Z)" + FormatNumber(expected.vz, " 0.0000E+00"),
@@ -122,7 +125,8 @@ TEST_F(InspectTest, IntegrityCheckDifferenceQuotientsMeetTheAnalyticVelocities) 
     inspector.Elevation = 5;
     SolverIntegrity shown;
     ui_.ExpectMessageTitled("Model Results");
-    ui_.ExpectModal<SolverIntegrity>(SolverIntegrity::kName, [&](SolverIntegrity& d) { shown = d; });
+    ui_.ExpectModal<SolverIntegrity>(SolverIntegrity::kName,
+                                     [&](SolverIntegrity& d) { shown = d; });
     const InspectReport r = ModelInspectResults(ctx_, inspector, 135, 85);
     ui_.Verify();
     ASSERT_TRUE(r.integrity) << top;
@@ -150,7 +154,8 @@ TEST_F(InspectTest, WithoutASolutionNothingIsWrittenAndTheUserIsTold) {
   EXPECT_FALSE(ModelInspectResults(ctx, inspector, 135, 85).ran);
   ui_.ExpectMessage(kNoSolutionTitle, {kNoSolutionText});
   EXPECT_FALSE(ModelTraceOneStreamline(ctx, inspector, 135, 85).has_value());
-  ui_.ExpectMessage("Can't set time", {"You must have a valid solution before changing the time setting"});
+  ui_.ExpectMessage("Can't set time",
+                    {"You must have a valid solution before changing the time setting"});
   EXPECT_FALSE(SET_TIME_Click(ctx));
   ui_.Verify();
   EXPECT_FALSE(Has("_INSPECT.DAT"));
@@ -191,7 +196,8 @@ TEST_F(InspectTest, SetTimeAsksRegridsAndKeepsTheTime) {
   Solve();
   ui_.Expect(UiCallKind::InputBox)
       .Title("Solution Time")
-      .Lines({"Enter the time for the grid.\nNote: this will be ignored if no Theis wells are used"})
+      .Lines(
+          {"Enter the time for the grid.\nNote: this will be ignored if no Theis wells are used"})
       .Text("12.5");
   EXPECT_TRUE(SET_TIME_Click(ctx_));
   ui_.Verify();
@@ -214,7 +220,8 @@ TEST(InspectorDialogTest, StepSizeMustBePositiveAndTheRestIsTaken) {
   EXPECT_EQ(d.dataStepSize, "1");
   for (const char* bad : {"0", "-2", "", "abc"}) {
     ScriptedUserInterface ui;
-    ui.ExpectMessage("Invalid Value", {"Invalid Step Size!", "Please enter a value larger than 0."});
+    ui.ExpectMessage("Invalid Value",
+                     {"Invalid Step Size!", "Please enter a value larger than 0."});
     d.dataStepSize = bad;
     d.tbElevation = "7";
     EXPECT_FALSE(d.OK(ui)) << bad;
@@ -250,8 +257,10 @@ TEST(InspectFilesTest, CommandFileHasThePointTheInterfaceAndTheSixNeighbours) {
   r.neighbourZ = 10;
   const std::string text = InspectCommandText(r);
   const std::string expected =
-      "* Written by TARNO for Windows 2.2.4\r\n error error_insp.log\r\n yes\r\n message message_insp.log\r\n"
-      " yes\r\n echo echo_inspect.log\r\n yes\r\n picture off\r\n quit\r\n \r\n load example\r\n time 3.5\r\n"
+      "* Written by TARNO for Windows 2.2.4\r\n error error_insp.log\r\n yes\r\n message "
+      "message_insp.log\r\n"
+      " yes\r\n echo echo_inspect.log\r\n yes\r\n picture off\r\n quit\r\n \r\n load example\r\n "
+      "time 3.5\r\n"
       " extract \r\n file _INSPECT.XTR\r\n y\r\n"
       "1.8500000E+03 -3.7000000E+03 10.00\r\n"
       " interface 1.8500000E+03 -3.7000000E+03 \r\n"
@@ -267,12 +276,14 @@ TEST(InspectFilesTest, CommandFileHasThePointTheInterfaceAndTheSixNeighbours) {
   r.z.reset();
   r.neighbours = false;
   r.interfacePoint = false;
-  EXPECT_NE(InspectCommandText(r).find(" y\r\n1.8500000E+03 -3.7000000E+03\r\n quit \r\n"), std::string::npos);
+  EXPECT_NE(InspectCommandText(r).find(" y\r\n1.8500000E+03 -3.7000000E+03\r\n quit \r\n"),
+            std::string::npos);
 }
 
 TEST(InspectFilesTest, PointRecordsAreReadByTheirFieldsAndOthersRefused) {
   const std::string record =
-      "@   1.850000E+03,  3.700000E+03,  1.000000E+01,  1.083992E+04,  1.066382E-01, -3.030347E-01,  "
+      "@   1.850000E+03,  3.700000E+03,  1.000000E+01,  1.083992E+04,  1.066382E-01, "
+      "-3.030347E-01,  "
       "2.508853E-02, -7.129435E-02,  1.170019E+02,  1.007944E-04,  2.500000E-01,  7.500000E+01,  "
       "1.000000E+02, -2.000000E-04,";
   const auto p = ParseInspectedPoint(record);
@@ -284,7 +295,8 @@ TEST(InspectFilesTest, PointRecordsAreReadByTheirFieldsAndOthersRefused) {
   EXPECT_DOUBLE_EQ(p->vz, 1.007944E-04);
   EXPECT_DOUBLE_EQ(p->conductivity, 75);
   EXPECT_DOUBLE_EQ(p->recharge, -2e-4);
-  EXPECT_FALSE(ParseInspectedPoint("@         gage,  8.50000E+02,  3.30000E+02,  0.00000E+00,TG_000039"));
+  EXPECT_FALSE(
+      ParseInspectedPoint("@         gage,  8.50000E+02,  3.30000E+02,  0.00000E+00,TG_000039"));
   EXPECT_FALSE(ParseInspectedPoint(record.substr(0, 100)));
   EXPECT_FALSE(ParseInspectedPoint(record.substr(1)));
 }
@@ -315,7 +327,8 @@ TEST(InspectFilesTest, TraceFileNamesItsLogsThePointAndTheDirection) {
   r.z = 10;
   r.direction = -1;
   const std::string text = TraceCommandText(r);
-  EXPECT_EQ(text.rfind("* Written by TARNO for Windows Beta 2.2.4\r\n error error_trace.log\r\n", 0), 0u);
+  EXPECT_EQ(
+      text.rfind("* Written by TARNO for Windows Beta 2.2.4\r\n error error_trace.log\r\n", 0), 0u);
   EXPECT_NE(text.find(" message message_trc.log\r\n"), std::string::npos);
   EXPECT_NE(text.find(" window -100.00 -50.00 100.00 50.00 \r\n"), std::string::npos);
   EXPECT_NE(text.find(" points\r\n 12.35 -6.00 10.00 -1 \r\n quit \r\n go\r\n quit\r\n stop\r\n"),
@@ -324,7 +337,8 @@ TEST(InspectFilesTest, TraceFileNamesItsLogsThePointAndTheDirection) {
   // The default step: no step line.
   EXPECT_EQ(text.find(" step "), std::string::npos);
   r.stepText = "2";
-  EXPECT_NE(TraceCommandText(r).find(" time 3650\r\n step 2\r\n file _TRACE.PTH\r\n y\r\n"), std::string::npos);
+  EXPECT_NE(TraceCommandText(r).find(" time 3650\r\n step 2\r\n file _TRACE.PTH\r\n y\r\n"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -22,10 +22,12 @@ InspectorView::InspectorView(InspectorDialog& model, UserInterface& ui, QWidget*
   setWindowTitle(InspectorDialog::kTitle);
   auto* layout = new QVBoxLayout(this);
   auto* grid = new QGridLayout;
-  stepSize_ = AddField(grid, 0, QString::fromUtf8(InspectorDialog::kStepCaption), model.dataStepSize);
+  stepSize_ =
+      AddField(grid, 0, QString::fromUtf8(InspectorDialog::kStepCaption), model.dataStepSize);
   stepUnit_ = new QLabel(Q(model.lblStepUnit));
   grid->addWidget(stepUnit_, 0, 2);
-  elevation_ = AddField(grid, 1, QString::fromUtf8(InspectorDialog::kElevationCaption), model.tbElevation);
+  elevation_ =
+      AddField(grid, 1, QString::fromUtf8(InspectorDialog::kElevationCaption), model.tbElevation);
   layout->addLayout(grid);
   top_ = new QCheckBox(QString::fromUtf8(InspectorDialog::kTopCaption));
   backwards_ = new QCheckBox(QString::fromUtf8(InspectorDialog::kBackwardsCaption));
