@@ -1,7 +1,8 @@
 #pragma once
 // The extract file: the results a front end reads back after a run.
 //
-// Layout (the first character of each line gives its kind):
+// Layout (core/solver_files.h fixes it for the writer here and the front end's
+// reader; the first character of each line gives its kind):
 //   * data points                      first line, always
 //   @<point records>                   one per point line, in the order given
 //   * <section head>                   the requested sections, each followed by
@@ -27,6 +28,7 @@
 // and per vertex a node record of 14 fields; walls: a header " label, K, T, P, bottom"
 // (5 fields) and per segment a node record of 10 fields (see InhomogeneityNode, WallNode).
 
+#include "core/solver_files.h"
 #include "engine/command.h"
 #include "engine/saltwater.h"
 #include "engine/solution.h"
@@ -79,21 +81,21 @@ class SolutionSource : public ExtractSource {
   const Solution& s_;
 };
 
-// Exact head texts of the sections.
-inline constexpr const char* kHeadDataPoints = "* data points";
-inline constexpr const char* kHeadDischargeWells = "* discharge specified wells";
-inline constexpr const char* kHeadHeadWells = "* head specified wells";
-inline constexpr const char* kHeadDischargePartialWells = "* discharge specified partially penetrating wells";
-inline constexpr const char* kHeadHeadPartialWells = "* head specified partially penetrating wells";
-inline constexpr const char* kHeadTheisWells = "* Theis wells";
-inline constexpr const char* kHeadDischargeLineSinks = "* discharge specified line sinks";
-inline constexpr const char* kHeadHeadLineSinks = "* head specified line sinks";
-inline constexpr const char* kHeadDrains = "* drains";
-inline constexpr const char* kHeadGalleries = "* galleries";
-inline constexpr const char* kHeadInhomogeneities = "* transmissivity inhomogeneities";
-inline constexpr const char* kHeadWalls = "* slurry walls";
-inline constexpr const char* kHeadFluxLines = "* flux inspection lines";
-inline constexpr const char* kHeadStreamLinkages = "* stream linkages";
+// Exact head texts of the sections (their layout is shared with the front end's reader).
+inline constexpr const char* kHeadDataPoints = solver_files::kHeadDataPoints;
+inline constexpr const char* kHeadDischargeWells = solver_files::kHeadDischargeWells;
+inline constexpr const char* kHeadHeadWells = solver_files::kHeadHeadWells;
+inline constexpr const char* kHeadDischargePartialWells = solver_files::kHeadDischargePartialWells;
+inline constexpr const char* kHeadHeadPartialWells = solver_files::kHeadHeadPartialWells;
+inline constexpr const char* kHeadTheisWells = solver_files::kHeadTheisWells;
+inline constexpr const char* kHeadDischargeLineSinks = solver_files::kHeadDischargeLineSinks;
+inline constexpr const char* kHeadHeadLineSinks = solver_files::kHeadHeadLineSinks;
+inline constexpr const char* kHeadDrains = solver_files::kHeadDrains;
+inline constexpr const char* kHeadGalleries = solver_files::kHeadGalleries;
+inline constexpr const char* kHeadInhomogeneities = solver_files::kHeadInhomogeneities;
+inline constexpr const char* kHeadWalls = solver_files::kHeadWalls;
+inline constexpr const char* kHeadFluxLines = solver_files::kHeadFluxLines;
+inline constexpr const char* kHeadStreamLinkages = solver_files::kHeadStreamLinkages;
 
 // Record formatters (one line each, without line end).
 std::string formatPointRecord(const PointValues& v, const std::string& label);
