@@ -273,7 +273,8 @@ void Solution::State::prepareAreaElements(double tol) {
             warn(who + ": base " + num(B) + " lies at or above the top of the aquifer; the aquifer's thickness is used above it");
             H = A.thickness;
         }
-        d.aq = detail::AquiferFn{B, k, H};
+        d.aq = detail::AquiferFn{B, k, H, {}};
+        if (aq.salt.on) d.aq.setInterface(aq.salt.nu, aq.salt.sea);  // one sea, one interface
         d.porosity = asAquifer(in.porosity) ? A.porosity : in.porosity;
         if (!(d.porosity > 0.0 && d.porosity <= 1.0)) {
             warn(who + ": porosity " + num(d.porosity) + " is not between 0 and 1; the aquifer's porosity is used");
@@ -771,8 +772,8 @@ double normalFlow(const DbEdge& d, std::complex<double> w) {
 double wallConductance(const DbEdge& d, const detail::AquiferFn& a, double h) {
     if (d.impermeable) return 0.0;
     const double b = a.saturated(h);
-    const double top = a.B + b;
-    const double covered = std::clamp(top - std::max(d.Bw, a.B), 0.0, b);
+    const double top = a.top(h);
+    const double covered = std::clamp(top - std::max(d.Bw, a.bottom(h)), 0.0, b);
     const double gap = b - covered;
     const double T = d.T > 0.0 ? d.T : 1.0;
     return (d.K * covered + a.k * gap) / T;

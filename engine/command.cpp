@@ -609,6 +609,9 @@ class Reader {
     else if (w == "interface") {
       std::array<double, 3> v{};
       if (!numbers(1, 3, v.data())) report("\"interface\" needs three numbers (fresh and salt water gravity, sea level); line skipped");
+      else if (!(v[0] > 0.0) || !(v[1] > v[0]))
+        report("\"interface\": the salt water gravity must exceed the fresh water gravity, and both be positive; "
+               "line skipped");
       else {
         aquifer_.interface = v;
         aquifer_.interfaceLine = lineNo_;

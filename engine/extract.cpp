@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace tarno::engine {
+
+namespace layout = tarno::solver_files;
 
 namespace {
 
@@ -14,7 +17,7 @@ constexpr double kNotFinite = -9999.0;
 std::string cleanLabel(const std::string& label) {
   std::string s = label;
   for (char& c : s)
-    if (c == ',' || c == '\r' || c == '\n') c = '_';
+    if (c == layout::kFieldSeparator || c == '\r' || c == '\n') c = '_';
   return s;
 }
 
@@ -36,15 +39,29 @@ void appendFormatted(std::string& s, const char* fmt, double v) {
 }  // namespace
 
 std::string formatPointRecord(const PointValues& v, const std::string& label) {
-  const double f[14] = {v.x,  v.y,  v.z,  v.potential, v.qx,       v.qy,           v.vx,
-                        v.vy, v.head, v.vz, v.porosity, v.conductivity, v.base, v.recharge};
-  std::string s = "@";
-  appendFormatted(s, "%15.6E", f[0]);
-  for (int i = 1; i < 14; ++i) {
-    s += ',';
-    appendFormatted(s, "%14.6E", f[i]);
+  namespace pt = layout::point;
+  double f[pt::kNumbers] = {};
+  f[pt::kX - 1] = v.x;
+  f[pt::kY - 1] = v.y;
+  f[pt::kZ - 1] = v.z;
+  f[pt::kPotential - 1] = v.potential;
+  f[pt::kQx - 1] = v.qx;
+  f[pt::kQy - 1] = v.qy;
+  f[pt::kVx - 1] = v.vx;
+  f[pt::kVy - 1] = v.vy;
+  f[pt::kHead - 1] = v.head;
+  f[pt::kVz - 1] = v.vz;
+  f[pt::kPorosity - 1] = v.porosity;
+  f[pt::kConductivity - 1] = v.conductivity;
+  f[pt::kBase - 1] = v.base;
+  f[pt::kRecharge - 1] = v.recharge;
+  std::string s(1, layout::kPointMark);
+  appendFormatted(s, pt::kFirstFormat, f[0]);
+  for (int i = 1; i < pt::kNumbers; ++i) {
+    s += layout::kFieldSeparator;
+    appendFormatted(s, pt::kFormat, f[i]);
   }
-  s += ',';
+  s += layout::kFieldSeparator;
   s += cleanLabel(label);
   return s;
 }
@@ -53,34 +70,39 @@ namespace {
 // A gage or lake stage record: the word right-aligned in its width, then X, Y and the value.
 std::string formatWordRecord(const char* wordFormat, const char* word, double x, double y, double value,
                              const std::string& label) {
-  std::string s = "@";
+  std::string s(1, layout::kPointMark);
   char buf[32];
   std::snprintf(buf, sizeof buf, wordFormat, word);
   s += buf;
   for (double v : {x, y, value}) {
-    s += ',';
-    appendFormatted(s, "%13.5E", v);
+    s += layout::kFieldSeparator;
+    appendFormatted(s, layout::word_record::kNumberFormat, v);
   }
-  s += ',';
+  s += layout::kFieldSeparator;
   s += cleanLabel(label);
   return s;
 }
 }  // namespace
 
 std::string formatGageRecord(double x, double y, double flow, const std::string& label) {
-  return formatWordRecord("%13s", "gage", x, y, flow, label);
+  return formatWordRecord(layout::word_record::kGageWordFormat, layout::word_record::kGageWord, x, y, flow, label);
 }
 
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label) {
-  return formatWordRecord("%19s", "lake_stage", x, y, head, label);
+  return formatWordRecord(layout::word_record::kLakeStageWordFormat, layout::word_record::kLakeStageWord, x, y, head,
+                          label);
+}
+
+std::string formatInterfaceRecord(double x, double y, double elevation) {
+  return formatWordRecord("%13s", "interface", x, y, elevation, "");
 }
 
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
   std::string s;
   for (double v : values) {
     s += ' ';
-    appendFormatted(s, "%.8E", v);
-    s += ',';
+    appendFormatted(s, layout::kSectionNumberFormat, v);
+    s += layout::kFieldSeparator;
   }
   s += ' ';
   s += cleanLabel(label);
@@ -91,7 +113,7 @@ std::string formatLabelFirstRecord(const std::string& label, const std::vector<d
   std::string s = " " + cleanLabel(label);
   for (double v : values) {
     s += ", ";
-    appendFormatted(s, "%.8E", v);
+    appendFormatted(s, layout::kSectionNumberFormat, v);
   }
   return s;
 }
@@ -99,7 +121,18 @@ std::string formatLabelFirstRecord(const std::string& label, const std::vector<d
 void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSource& source, int* nonFinite) {
   Finite fin{nonFinite};
   out << kHeadDataPoints << '\n';
+  // Interface records stand among the point records by their line in the command file.
+  size_t nextInterface = 0;
+  auto interfaceRecordsBefore = [&](int line) {
+    for (; nextInterface < block.interfacePoints.size() && block.interfacePoints[nextInterface].line < line;
+         ++nextInterface) {
+      const InterfacePointInput& q = block.interfacePoints[nextInterface];
+      const std::optional<double> z = source.interfaceElevation(q.x, q.y);
+      out << formatInterfaceRecord(q.x, q.y, z ? fin(*z) : kNotFinite) << '\n';
+    }
+  };
   for (const ExtractPoint& p : block.points) {
+    interfaceRecordsBefore(p.line);
     switch (p.kind) {
       case ExtractPoint::Kind::Point: {
         PointValues v = source.point(p.x, p.y, p.z);
@@ -119,6 +152,7 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         break;
     }
   }
+  interfaceRecordsBefore(std::numeric_limits<int>::max());
 
   bool needWells = false, needSegments = false;
   for (ExtractRequest r : block.requests) {
@@ -245,17 +279,9 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
       double q = poly.size() >= 2 ? source.flux(poly) : 0.0;
       out << ' ' << cleanLabel(f.label) << ", ";
       std::string num;
-      appendFormatted(num, "%.8E", fin(q));
+      appendFormatted(num, layout::kSectionNumberFormat, fin(q));
       out << num << '\n';
     }
-  }
-
-  for (const InterfacePointInput& p : block.interfacePoints) {
-    std::string s = "! interface at ";
-    appendFormatted(s, "%.8E", p.x);
-    s += ", ";
-    appendFormatted(s, "%.8E", p.y);
-    out << s << ": the salt water interface is not computed by this version\n";
   }
 }
 

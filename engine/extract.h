@@ -1,7 +1,8 @@
 #pragma once
 // The extract file: the results a front end reads back after a run.
 //
-// Layout (the first character of each line gives its kind):
+// Layout (core/solver_files.h fixes it for the writer here and the front end's
+// reader; the first character of each line gives its kind):
 //   * data points                      first line, always
 //   @<point records>                   one per point line, in the order given
 //   * <section head>                   the requested sections, each followed by
@@ -16,14 +17,23 @@
 // flow as %13.5E, the label: the flow occupies columns 44-56.
 // Lake stage record: '@', "lake_stage" right-aligned in 19 characters, X, Y and
 // the head as %13.5E, the label: the head occupies columns 50-62.
+// Interface record (` interface x y`): '@', "interface" right-aligned in 13
+// characters, X, Y and the elevation of the salt water interface as %13.5E, then an
+// empty label: the elevation occupies columns 44-56, as a gage's flow. -9999 where
+// there is no interface under the point (no interface data, no fresh water, or
+// fresh water down to the base). Interface and point records keep the order of
+// their lines in the command file.
 // Section records: numbers as %.8E separated by ", ".
 // Inhomogeneities: per element a header " label, K, B, N, P, area, average jump" (7 fields)
 // and per vertex a node record of 14 fields; walls: a header " label, K, T, P, bottom"
 // (5 fields) and per segment a node record of 10 fields (see InhomogeneityNode, WallNode).
 
+#include "core/solver_files.h"
 #include "engine/command.h"
+#include "engine/saltwater.h"
 #include "engine/solution.h"
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -46,6 +56,8 @@ class ExtractSource {
   virtual std::vector<WallResult> walls() const { return {}; }
   virtual std::vector<PartialWellResult> partialWells() const { return {}; }
   virtual std::vector<TheisWellResult> theisWells() const { return {}; }
+  // The elevation of the salt water interface under the point (none: no interface there).
+  virtual std::optional<double> interfaceElevation(double, double) const { return std::nullopt; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake
@@ -63,31 +75,33 @@ class SolutionSource : public ExtractSource {
   std::vector<WallResult> walls() const override { return s_.wallResults(); }
   std::vector<PartialWellResult> partialWells() const override { return s_.partialWellResults(); }
   std::vector<TheisWellResult> theisWells() const override { return s_.theisWellResults(); }
+  std::optional<double> interfaceElevation(double x, double y) const override { return interfaceElevationAt(s_, x, y); }
 
  private:
   const Solution& s_;
 };
 
-// Exact head texts of the sections.
-inline constexpr const char* kHeadDataPoints = "* data points";
-inline constexpr const char* kHeadDischargeWells = "* discharge specified wells";
-inline constexpr const char* kHeadHeadWells = "* head specified wells";
-inline constexpr const char* kHeadDischargePartialWells = "* discharge specified partially penetrating wells";
-inline constexpr const char* kHeadHeadPartialWells = "* head specified partially penetrating wells";
-inline constexpr const char* kHeadTheisWells = "* Theis wells";
-inline constexpr const char* kHeadDischargeLineSinks = "* discharge specified line sinks";
-inline constexpr const char* kHeadHeadLineSinks = "* head specified line sinks";
-inline constexpr const char* kHeadDrains = "* drains";
-inline constexpr const char* kHeadGalleries = "* galleries";
-inline constexpr const char* kHeadInhomogeneities = "* transmissivity inhomogeneities";
-inline constexpr const char* kHeadWalls = "* slurry walls";
-inline constexpr const char* kHeadFluxLines = "* flux inspection lines";
-inline constexpr const char* kHeadStreamLinkages = "* stream linkages";
+// Exact head texts of the sections (their layout is shared with the front end's reader).
+inline constexpr const char* kHeadDataPoints = solver_files::kHeadDataPoints;
+inline constexpr const char* kHeadDischargeWells = solver_files::kHeadDischargeWells;
+inline constexpr const char* kHeadHeadWells = solver_files::kHeadHeadWells;
+inline constexpr const char* kHeadDischargePartialWells = solver_files::kHeadDischargePartialWells;
+inline constexpr const char* kHeadHeadPartialWells = solver_files::kHeadHeadPartialWells;
+inline constexpr const char* kHeadTheisWells = solver_files::kHeadTheisWells;
+inline constexpr const char* kHeadDischargeLineSinks = solver_files::kHeadDischargeLineSinks;
+inline constexpr const char* kHeadHeadLineSinks = solver_files::kHeadHeadLineSinks;
+inline constexpr const char* kHeadDrains = solver_files::kHeadDrains;
+inline constexpr const char* kHeadGalleries = solver_files::kHeadGalleries;
+inline constexpr const char* kHeadInhomogeneities = solver_files::kHeadInhomogeneities;
+inline constexpr const char* kHeadWalls = solver_files::kHeadWalls;
+inline constexpr const char* kHeadFluxLines = solver_files::kHeadFluxLines;
+inline constexpr const char* kHeadStreamLinkages = solver_files::kHeadStreamLinkages;
 
 // Record formatters (one line each, without line end).
 std::string formatPointRecord(const PointValues& v, const std::string& label);
 std::string formatGageRecord(double x, double y, double flow, const std::string& label);
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label);
+std::string formatInterfaceRecord(double x, double y, double elevation);
 // " v1, v2, ..., label": numbers as %.8E.
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label);
 // " label, v1, v2, ...": the records of inhomogeneities and walls, label first.

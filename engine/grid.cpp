@@ -171,7 +171,8 @@ std::string formatSurferGrid(const Grid& grid, int digits) {
   }
   std::string out;
   out.reserve(grid.z.size() * (digits + 9) + 200);
-  out += "DSAA\n";
+  out += solver_files::grid::kTag;
+  out += '\n';
   out += std::to_string(g.nx) + " " + std::to_string(g.ny) + "\n";
   out += fmt(g.xlo, digits) + " " + fmt(g.xhi, digits) + "\n";
   out += fmt(g.ylo, digits) + " " + fmt(g.yhi, digits) + "\n";

@@ -19,6 +19,7 @@
 // cannot be computed (the centre of a well) hold the blank 1.70141E+38 and are
 // left out of zlo and zhi; a grid of blanks only has zlo = zhi = 0.
 
+#include "core/solver_files.h"
 #include "engine/solution.h"
 
 #include <optional>
@@ -29,8 +30,8 @@
 namespace tarno::engine {
 
 // The blank value of a Surfer grid, as written.
-inline constexpr double kGridBlank = 1.70141e38;
-inline constexpr const char* kGridBlankText = "1.70141E+38";
+inline constexpr double kGridBlank = solver_files::grid::kBlank;
+inline constexpr const char* kGridBlankText = solver_files::grid::kBlankText;
 
 // Heads at or below this are dry (or outside the model) to the front end.
 inline constexpr double kDryLimit = -1000.0;

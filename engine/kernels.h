@@ -10,6 +10,8 @@
 //   Re[...] = (X+1) ln|Z+1| - (X-1) ln|Z-1| - Y atan2(-2Y, X^2+Y^2-1)
 // (the arctangent is arg(Z+1) - arg(Z-1), continuous everywhere off the segment).
 
+#include "engine/interface.h"
+
 #include <cmath>
 #include <complex>
 
@@ -18,31 +20,53 @@ namespace tarno::engine::detail {
 inline constexpr double kPi = 3.14159265358979323846;
 inline constexpr double kTiny = 1e-300;
 
-// Potential-head relation of the aquifer (uniform base B, conductivity k, thickness H).
+// Potential-head relation of the aquifer (uniform base B, conductivity k, thickness H),
+// with a salt water interface when `salt.on` (engine/interface.h).
 struct AquiferFn {
     double B = 0.0, k = 1.0, H = 1.0;
+    SaltWater salt;
+
+    // Fresh water on salt water of relative density contrast nu below the sea level.
+    void setInterface(double nu, double seaLevel) { salt.set(B, H, nu, seaLevel); }
 
     double phiFromHead(double h) const {
+        if (salt.on) return k * salt.phiOverK(h);
         const double b = h - B;
         if (b >= H) return k * H * b - 0.5 * k * H * H;
         return 0.5 * k * b * std::fabs(b);  // below the base: negative (dry), odd extension
     }
     // Inverse of phiFromHead over the whole real line (used inside iterations).
     double headFromPhiExtended(double phi) const {
+        if (salt.on) return salt.headFromPhiOverK(phi / k);
         const double pc = 0.5 * k * H * H;
         if (phi >= pc) return B + (phi + pc) / (k * H);
         if (phi >= 0.0) return B + std::sqrt(2.0 * phi / k);
         return B - std::sqrt(-2.0 * phi / k);
     }
-    // The head reported to users: kDry (-9999) where the aquifer is dry.
+    // The head reported to users: kDry (-9999) where the aquifer is dry (holds no
+    // fresh water).
     double headFromPhi(double phi) const {
-        if (!(phi > 0.0)) return -9999.0;
+        if (!(phi > 0.0)) {
+            // With an interface Phi = 0 is the coast, where conditions at sea level hold:
+            // a potential that misses zero by round-off is the sea level, not dry.
+            if (salt.on && phi > -k * salt.roundoff) return salt.h[0];
+            return -9999.0;
+        }
         return headFromPhiExtended(phi);
     }
+    // The thickness of the (fresh) water, from bottom(h) to top(h).
     double saturated(double h) const {
+        if (salt.on) return salt.thickness(h);
         const double b = h - B;
         return b < 0.0 ? 0.0 : (b > H ? H : b);
     }
+    // The bottom of the water: the base, or the interface where it stands above the base.
+    double bottom(double h) const { return salt.on ? salt.bottom(h) : B; }
+    double top(double h) const { return bottom(h) + saturated(h); }
+    // How the top and the bottom of the water move with the head (for the vertical
+    // velocity): d(top)/dh is 1 where unconfined, d(bottom)/dh -1/nu under an interface.
+    double topSlope(double h) const { return h < B + H ? 1.0 : 0.0; }
+    double bottomSlope(double h) const { return salt.on ? salt.bottomSlope(h) : 0.0; }
     // dPhi/dh at head h, kept away from zero so that it can scale conditions.
     double transmissivity(double h) const {
         double b = saturated(h);

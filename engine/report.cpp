@@ -1,5 +1,7 @@
 #include "engine/report.h"
 
+#include "engine/saltwater.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -101,9 +103,18 @@ void writeModel(Writer& w, const Model& m, const SolveReport& r) {
     else
         w.line("Coordinates: model coordinates, measured from the model origin at (" + mapNum(m.originX) + ", " +
                mapNum(m.originY) + ") on the map" + (m.unitCode == 2 ? "" : ", in model units") + ".");
-    if (a.hasInterface)
+    if (a.hasInterface) {
         w.line("Salt water interface: fresh water gravity " + num(a.freshGravity) + ", salt water gravity " +
-               num(a.saltGravity) + ", sea level " + num(a.seaLevel) + " (read, not computed by this version).");
+               num(a.saltGravity) + ", sea level " + num(a.seaLevel) + ".");
+        if (!interfaceContrast(a))
+            w.line("The interface data describe no interface (the salt water must be heavier than the fresh "
+                   "water): the aquifer was solved without one.");
+        else if (auto toe = interfaceToe(a, a.base, a.conductivity, a.thickness))
+            w.line("Toe of the interface (where it meets the base): head " + num(toe->head) + ", potential " +
+                   num(toe->potential) + "; the interface stands above the base where the head is lower.");
+        else
+            w.line("The base lies at or above sea level: no salt water reaches the aquifer.");
+    }
 
     size_t qWells = 0, hWells = 0;
     for (const Well& x : m.wells) (x.headSpecified ? hWells : qWells) += 1;

@@ -5,6 +5,7 @@
 #include "engine/grid.h"
 #include "engine/logs.h"
 #include "engine/report.h"
+#include "engine/saltwater.h"
 #include "engine/solution.h"
 #include "engine/trace.h"
 
@@ -236,8 +237,6 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
       for (const auto& s : e->strings)
         if (s.lakeLinkLine > 0)
           note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
-    } else if (auto* a = std::get_if<AquiferInput>(&step.data)) {
-      if (a->interface) note("interface", "the salt water interface (aquifer interface)", a->interfaceLine, 1);
     } else if (std::get_if<LeakageInput>(&step.data)) {
       note("leakage", "leakage to a lower model (leakage)", step.line, 1);
     } else if (auto* s = std::get_if<SolveCommand>(&step.data)) {
@@ -245,9 +244,6 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
         note("conjunctive", "conjunctive solutions with a lower model (solve conjunctive)", step.line, 1,
              "solved as plain solves");
     } else if (auto* x = std::get_if<ExtractInput>(&step.data)) {
-      for (const auto& p : x->interfacePoints)
-        note("interfacepoint", "inspections of the salt water interface (extract interface)", p.line, 1,
-             "a comment line stands in the extract file for each");
       for (auto r : x->requests)
         if (r == ExtractRequest::Leakage) note("leakage", "leakage to a lower model (leakage)", x->line, 1);
     }
@@ -393,6 +389,16 @@ class Runner {
     if (q.porosity <= 0 || q.porosity > 1) logs_.problem(line, "", "the aquifer's porosity is not between 0 and 1");
     logs_.message("Aquifer: base " + number(q.base) + ", permeability " + number(q.conductivity) + ", thickness " +
                   number(q.thickness) + ", porosity " + number(q.porosity));
+    if (q.hasInterface) {
+      std::string text = "Salt water interface: fresh water gravity " + number(q.freshGravity) +
+                         ", salt water gravity " + number(q.saltGravity) + ", sea level " + number(q.seaLevel);
+      if (auto toe = interfaceToe(q, q.base, q.conductivity, q.thickness))
+        text += "; its toe (on the base) where the head is " + number(toe->head) + ", the potential " +
+                number(toe->potential);
+      else
+        text += "; the base lies above sea level, no salt water reaches the aquifer";
+      logs_.message(text);
+    }
   }
 
   void apply(int, const WindowInput& w) {

@@ -6,6 +6,7 @@
 #include "engine/fields.h"
 #include "engine/kernels.h"
 #include "engine/lapack.h"
+#include "engine/saltwater.h"
 #include "engine/state.h"
 
 #include <algorithm>
@@ -77,7 +78,15 @@ void Solution::State::prepare() {
         throw FatalError("The aquifer's conductivity must be positive; it is " + fmt("%g", A.conductivity) + ".");
     if (!(A.thickness > 0.0))
         throw FatalError("The aquifer's thickness must be positive; it is " + fmt("%g", A.thickness) + ".");
-    aq = detail::AquiferFn{A.base, A.conductivity, A.thickness};
+    aq = detail::AquiferFn{A.base, A.conductivity, A.thickness, {}};
+    if (A.hasInterface) {
+        if (auto nu = interfaceContrast(A))
+            aq.setInterface(*nu, A.seaLevel);
+        else
+            warn("The salt water interface needs a fresh water gravity above 0 and a salt water gravity above it; "
+                 "with fresh water gravity " + fmt("%g", A.freshGravity) + " and salt water gravity " +
+                 fmt("%g", A.saltGravity) + " the aquifer is solved without an interface.");
+    }
 
     // Extent of the elements, for tolerances and a missing reference point.
     double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
@@ -1005,18 +1014,21 @@ PointValues Solution::evaluate(double x, double y, std::optional<double> z) cons
         return p;  // dry or not part of the model: no velocities
     }
     const double b = aq.saturated(p.head);
-    p.z = z ? *z : aq.B + b;
+    const double zb = aq.bottom(p.head);
+    p.z = z ? *z : zb + b;
     if (b > 0.0 && p.porosity > 0.0) {
         p.vx = p.qx / (p.porosity * b);
         p.vy = p.qy / (p.porosity * b);
-        // Dupuit vertical velocity: the saturated thickness changes along the flow in the
-        // unconfined zone, grad b = -Q / (k b); recharge enters at the top of the
-        // saturated zone and the vertical velocity falls linearly to zero at the base.
-        if (p.head < aq.B + aq.H) {
-            const double q2 = p.qx * p.qx + p.qy * p.qy;
-            p.vz = -(p.z - aq.B) * q2 / (aq.k * b * b * b * p.porosity);
-        }
-        p.vz -= (p.z - aq.B) * p.recharge / (p.porosity * b);
+        // Dupuit vertical velocity, linear between the bottom of the water (the base, or
+        // the interface above it) and the top: each moves with the head, and a particle
+        // on either stays on it, vz = v . grad(z) with grad h = -Q / (k b). In the
+        // unconfined zone without an interface this is zero at the base and
+        // -|Q|^2 / (n k b^2) at the water table. Recharge enters at the top.
+        const double q2 = p.qx * p.qx + p.qy * p.qy;
+        const double vGradH = -q2 / (aq.k * b * b * p.porosity);
+        const double wTop = vGradH * aq.topSlope(p.head), wBottom = vGradH * aq.bottomSlope(p.head);
+        const double zeta = (p.z - zb) / b;
+        p.vz = wBottom + zeta * (wTop - wBottom) - zeta * p.recharge / p.porosity;
     }
     return p;
 }

@@ -1,5 +1,7 @@
 #include "engine/trace.h"
 
+#include "core/solver_files.h"
+
 #include "engine/grid.h"
 
 #include <algorithm>
@@ -52,7 +54,7 @@ struct Sample {
   double vx = 0, vy = 0;  // forward
   double rzeta = 0;       // forward d zeta / dt divided by zeta: -N / (n b)
   double recharge = 0;
-  double head = 0, base = 0, thickness = 0;
+  double head = 0, base = 0, thickness = 0;  // base: the bottom of the water (base or interface)
 };
 
 Sample sample(const Solution& s, double x, double y) {
@@ -60,8 +62,12 @@ Sample sample(const Solution& s, double x, double y) {
   const PointValues p = s.evaluate(x, y);
   r.head = p.head;
   if (!(p.head > kDryLimit) || !std::isfinite(p.head)) return r;
+  // The water a particle moves in lies between the base, or the salt water interface
+  // where it stands above the base, and the top of the saturated zone (p.z): paths keep
+  // their relative elevation in it and so stay above the interface.
   r.base = p.base;
-  r.thickness = p.z - p.base;
+  if (auto zi = interfaceElevation(s.model().aquifer, p.head, p.base)) r.base = *zi;
+  r.thickness = p.z - r.base;
   const double n = p.porosity;
   if (!(r.thickness > 0) || !(n > 0)) return r;
   r.vx = p.qx / (n * r.thickness);
@@ -444,8 +450,8 @@ std::vector<Path> tracePaths(const Solution& solution, const std::vector<Particl
 void writePathFile(std::ostream& out, const std::vector<Path>& paths) {
   char buf[128];
   for (const Path& p : paths) {
-    out << "LABEL " << p.label << "\n";
-    out << "START\n";
+    out << solver_files::path_file::kLabel << ' ' << p.label << "\n";
+    out << solver_files::path_file::kStart << "\n";
     const size_t n = p.points.size();
     const size_t every =
         n > kMaxWrittenPathPoints ? (n - 1 + kMaxWrittenPathPoints - 3) / (kMaxWrittenPathPoints - 2) : 1;
@@ -454,11 +460,17 @@ void writePathFile(std::ostream& out, const std::vector<Path>& paths) {
       if (k % every != 0 && k != n - 1) continue;
       const PathPoint& q = p.points[k];
       ++counter;
-      std::snprintf(buf, sizeof buf, "%6d%14.6E%14.6E%14.6E%14.6E%14.6E\n", counter % 1000000, q.x, q.y, q.time,
-                    q.elevation, q.head);
+      // The counter in its columns, then X, Y, time, elevation and head in theirs.
+      namespace pl = solver_files::plot_line;
+      std::snprintf(buf, sizeof buf, "%*d", pl::kCounterWidth, counter % 1000000);
       out << buf;
+      for (double v : {q.x, q.y, q.time, q.elevation, q.head}) {
+        std::snprintf(buf, sizeof buf, pl::kFormat, v);
+        out << buf;
+      }
+      out << '\n';
     }
-    out << "END\n";
+    out << solver_files::path_file::kEnd << "\n";
   }
 }
 

@@ -45,6 +45,7 @@
 // - where the velocity vanishes (a stagnation point);
 // - after 100,000 steps.
 
+#include "core/solver_files.h"
 #include "engine/solution.h"
 
 #include <iosfwd>
@@ -102,7 +103,7 @@ std::vector<Path> tracePaths(const Solution& solution, const std::vector<Particl
 // The most points written of one path: the front end keeps at most 50,000 of a
 // path, so a longer path is written thinned (every k-th point, and always its
 // last point).
-inline constexpr size_t kMaxWrittenPathPoints = 50000;
+inline constexpr size_t kMaxWrittenPathPoints = solver_files::path_file::kMaxPoints;
 
 // The .PTH file: per path "LABEL <label>", "START", one line per point (a
 // 6-character counter, then X, Y, time, elevation and head, each %14.6E, from

@@ -143,7 +143,7 @@ struct Screen {
 Screen screenAt(WellEl& e, const detail::AquiferFn& aq, double h) {
     Screen s;
     s.b = aq.saturated(h);
-    const double lo = aq.B, hi = aq.B + s.b;
+    const double lo = aq.bottom(h), hi = lo + s.b;
     s.top = std::min(e.top, hi);
     s.bottom = std::max(e.bottom, lo);
     s.clipped = e.top > hi || e.bottom < lo;
@@ -192,11 +192,11 @@ bool Solution::State::updatePartialWells(double& residual) {
             const std::string w = who("partially penetrating well", p.label, p.line);
             if (s.none)
                 warn(w + ": the screen from " + num(e.bottom) + " to " + num(e.top) +
-                     " has no length within the saturated zone (" + num(aq.B) + " to " + num(aq.B + s.b) +
+                     " has no length within the saturated zone (" + num(aq.bottom(h)) + " to " + num(aq.top(h)) +
                      "); the well is taken as fully penetrating");
             else
                 warn(w + ": the screen from " + num(e.bottom) + " to " + num(e.top) + " reaches outside the saturated zone (" +
-                     num(aq.B) + " to " + num(aq.B + s.b) + "); it is clipped to " + num(s.bottom) + " to " + num(s.top));
+                     num(aq.bottom(h)) + " to " + num(aq.top(h)) + "); it is clipped to " + num(s.bottom) + " to " + num(s.top));
         }
     }
     return rebuild;
@@ -244,7 +244,7 @@ void Solution::State::prepareTheisWells(double size) {
         e.q = t.discharge; e.t0 = t.startTime; e.S = t.storage;
         e.dom = domainAt(e.x, e.y);
         const auto& aq = aqOf(e.dom);
-        if (t.startHead > aq.B) {
+        if (aq.saturated(t.startHead) > 0.0) {
             e.T = aq.k * aq.saturated(t.startHead);
         } else {
             e.steadyT = true;  // set from the steady head at the well after the solve

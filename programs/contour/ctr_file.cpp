@@ -3,6 +3,9 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <string>
+
+#include "core/solver_files.h"
 
 namespace tarno::contour {
 
@@ -24,28 +27,37 @@ void format14E(double v, char* out) {
   std::memcpy(out + (14 - len), buf, len);
 }
 
+namespace pl = solver_files::plot_line;
+static_assert(pl::kWidth == 14, "format14E writes the 14 columns of a field");
+
 void appendContourText(const std::vector<Polyline>& lines, std::string& out) {
-  constexpr std::size_t kPointLine = 6 + 14 + 14 + 2;
+  constexpr std::size_t kX = pl::kXColumn - 1;
+  constexpr std::size_t kY = pl::kYColumn - 1;
+  constexpr std::size_t kPointLine = kY + pl::kWidth + 2;
   std::vector<char> points;
   for (const Polyline& p : lines) {
     points.clear();
     std::size_t count = 0;
     for (const Point& q : p.points) {
       char line[kPointLine];
-      std::memset(line, ' ', 6);
-      format14E(q.x, line + 6);
-      format14E(q.y, line + 20);
-      line[34] = '\r';
-      line[35] = '\n';
+      std::memset(line, ' ', kX);
+      format14E(q.x, line + kX);
+      format14E(q.y, line + kY);
+      line[kPointLine - 2] = '\r';
+      line[kPointLine - 1] = '\n';
       if (count > 0 && std::memcmp(points.data() + points.size() - kPointLine, line, kPointLine) == 0) continue;
       points.insert(points.end(), line, line + kPointLine);
       ++count;
     }
     if (count < 2) continue;
-    char head[5 + 14 + 2] = {'L', 'E', 'V', 'E', 'L'};
-    format14E(p.level, head + 5);
-    head[19] = '\r';
-    head[20] = '\n';
+    // "LEVEL", the level from its column, CR LF.
+    constexpr std::size_t kLevelAt = solver_files::contour_file::kLevelColumn - 1;
+    static_assert(kLevelAt == std::char_traits<char>::length(solver_files::contour_file::kLevel));
+    char head[kLevelAt + pl::kWidth + 2];
+    std::memcpy(head, solver_files::contour_file::kLevel, kLevelAt);
+    format14E(p.level, head + kLevelAt);
+    head[kLevelAt + pl::kWidth] = '\r';
+    head[kLevelAt + pl::kWidth + 1] = '\n';
     out.append(head, sizeof head);
     out.append(points.data(), points.size());
   }

@@ -149,7 +149,7 @@ Grid parseGrid(std::string_view text, const std::string& file) {
   Scanner s(text);
   std::vector<std::string_view> words;
   if (!s.nextLine(words)) throw GridError(file, 1, "the file is empty; a text grid begins with \"DSAA\"");
-  if (words.empty() || words[0] != "DSAA")
+  if (words.empty() || words[0] != solver_files::grid::kTag)
     throw GridError(file, 1,
                     "a text grid begins with \"DSAA\", found " + (words.empty() ? std::string("an empty line")
                                                                                  : quoteToken(words[0])));

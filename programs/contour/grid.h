@@ -19,11 +19,13 @@
 #include <string_view>
 #include <vector>
 
+#include "core/solver_files.h"
+
 namespace tarno::contour {
 
 // Values at or above this are blank (dry points, ignored regions); the solver
 // writes 1.70141E+38.
-inline constexpr double kBlankThreshold = 1.7e38;
+inline constexpr double kBlankThreshold = solver_files::grid::kBlankThreshold;
 inline bool isBlank(double v) { return v >= kBlankThreshold; }
 
 // Limits beyond which a grid is refused as absurd rather than allocated.

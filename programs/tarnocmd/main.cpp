@@ -6,6 +6,7 @@
 //   tarnocmd settings <path> [--description TEXT] [--base-name NAME] [--path DIR]
 //                            [--yes | --no]
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
+//   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd help
@@ -21,6 +22,8 @@
 // error as "<title>: <line>"; results go to standard output.
 //
 // Exit status: 0 success, 1 the operation failed or was refused, 2 bad usage.
+#include <cmath>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -70,6 +73,15 @@ std::optional<std::string> TakeAnswerOrPath(const std::string& a, const std::str
     path = a;
   }
   return std::nullopt;
+}
+
+// A whole argument as a number ("12", "-3.5", "4.5E+05"); nothing otherwise.
+std::optional<double> ParseNumberArg(const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  char* end = nullptr;
+  const double v = std::strtod(text.c_str(), &end);
+  if (end != text.c_str() + text.size() || !std::isfinite(v)) return std::nullopt;
+  return v;
 }
 
 }  // namespace
@@ -172,6 +184,36 @@ int main(int argc, char** argv) {
       return BadUsage("--regrid and --continue exclude each other");
     options.path = *path;
     return tarno::cmd::Solve(options, std::cout, std::cerr);
+  }
+
+  if (command == "inspect") {
+    tarno::cmd::InspectCommandOptions options;
+    std::vector<std::string> positional;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+      const std::string& a = args[i];
+      if (a == "--elevation" || a == "--integrity" || a == "--time") {
+        if (i + 1 >= args.size()) return BadUsage(a + " needs a number");
+        const auto v = ParseNumberArg(args[++i]);
+        if (!v) return BadUsage("invalid number \"" + args[i] + "\" for " + a);
+        if (a == "--elevation") options.elevation = *v;
+        else if (a == "--integrity") options.integrityStep = *v;
+        else options.time = *v;
+      } else if (a.size() > 1 && a[0] == '-' && !ParseNumberArg(a)) {
+        return BadUsage("unknown option \"" + a + "\"");
+      } else {
+        positional.push_back(a);
+      }
+    }
+    if (positional.size() != 3) return BadUsage("inspect takes a project path and the map coordinates x and y");
+    const auto x = ParseNumberArg(positional[1]);
+    const auto y = ParseNumberArg(positional[2]);
+    if (!x || !y) return BadUsage("invalid coordinates \"" + positional[1] + " " + positional[2] + "\"");
+    if (options.integrityStep && !(*options.integrityStep > 0))
+      return BadUsage("the step of --integrity must be larger than 0");
+    options.path = positional[0];
+    options.x = *x;
+    options.y = *y;
+    return tarno::cmd::Inspect(options, std::cout, std::cerr);
   }
 
   if (command == "results") {

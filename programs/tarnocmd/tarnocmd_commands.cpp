@@ -42,6 +42,10 @@ std::string UsageText() {
          "      Writes the command file, runs tarno1 (and contour on a new grid) from the\n"
          "      program directory and loads the results. A present solution is solved\n"
          "      anew unless --no (regrid only) is given.\n"
+         "  tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]\n"
+         "      Asks the present solution for everything at the map point (x, y) and\n"
+         "      prints the lines of the Model Results box; --integrity adds the solver\n"
+         "      integrity check with the given step (map units).\n"
          "  tarnocmd results <path> <table>\n"
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
          + ElementUsageText() +

@@ -58,6 +58,20 @@ struct SolveCommandOptions {
 // after a fatal, failed or cancelled one.
 int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& err);
 
+// tarnocmd inspect: the Instant Inspector at a point of the map.
+struct InspectCommandOptions {
+  std::string path;
+  double x = 0, y = 0;                   // map units
+  std::optional<double> elevation;       // --elevation Z; nothing: the top of the saturated zone
+  std::optional<double> integrityStep;   // --integrity STEP: the integrity check with this step
+  double time = 0;                       // --time T: the time of evaluation
+};
+
+// Prints the lines of the "Model Results" box (and with --integrity the pairs of the
+// integrity check) for the present solution. Returns 0 after an inspection, 1 when
+// none was made (no solution, a fatal run, a bad record).
+int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostream& err);
+
 // Prints a result table as CSV: the field names, then one line per row.
 int Results(const std::string& path, const std::string& table, std::ostream& out,
             std::ostream& err);

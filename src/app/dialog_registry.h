@@ -21,6 +21,7 @@
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
 #include "solver/command_file.h"
+#include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
 
@@ -42,7 +43,7 @@ using ShownDialogs =
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
                RestoreWindow,                                   // saved windows
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
-               SolverIntegrity,                                      // around a solve
+               SolverIntegrity, InspectorDialog,                     // around a solve
                WellProperties, LinesinkString,                       // wells and streams
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,

@@ -8,6 +8,7 @@
 #include "app/views/flux_inspect_view.h"
 #include "app/views/gui_options_view.h"
 #include "app/views/inhomogeneity_view.h"
+#include "app/views/inspector_view.h"
 #include "app/views/lake_view.h"
 #include "app/views/linesink_view.h"
 #include "app/views/model_settings_view.h"
@@ -95,6 +96,9 @@ auto MakeView(ConvergeDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(SolverIntegrity& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SolverIntegrityView>(m, parent);
+}
+auto MakeView(InspectorDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<InspectorView>(m, *c.port, parent);
 }
 auto MakeView(WellProperties& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<WellPropertiesView>(m, *c.port, c.projectFile, parent);

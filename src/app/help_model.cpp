@@ -42,6 +42,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"relax", "", "solving.md#surface-water-relaxation"},
       {"Converge", "", "solving.md#solver-convergence"},
       {"SolverIntegrity", "", "solving.md#solver-integrity-check"},
+      {"Inspector", "", "solving.md#instant-inspector-settings"},
       {"GUIOptions", "", "map.md#gui-options"},
       {"RestoreWindow", "", "map.md#saved-windows"},
       {"WellProperties", "", "wells.md#well-properties"},

@@ -399,6 +399,12 @@ void MainWindow::Dispatch(const std::string& key) {
     ContinueSolve();
   } else if (key == "ModelSize") {
     ModelSizeCommand();
+  } else if (key == "SET_TIME") {
+    SetTimeCommand();
+  } else if (key == "InspectorSettings") {
+    InspectorSettingsCommand();
+  } else if (key == "SolverIntegrityCheck") {
+    SolverIntegrityCheckCommand();
   } else if (key.rfind("RUN_FILES(", 0) == 0) {
     ShowRunFile(key);
   } else if (key == "TOOLS_CMDS(0)") {
@@ -546,6 +552,7 @@ void MainWindow::ElemTurnOffSelection() { state_.selection = Selection{}; }
 
 void MainWindow::ClearProjectViews() {
   solution_ = SolutionState{};
+  inspector_ = InspectorSettings{};  // the inspector's settings are a session's
   runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
@@ -771,6 +778,50 @@ void MainWindow::ModelSizeCommand() {
     Database db = Database::Open(session_->Settings().DBName);
     ModelGetSize(db, true, port_);
   });
+}
+
+void MainWindow::SetTimeCommand() {
+  if (!session_->ProjectOpen()) return;
+  PollingWaiter waiter([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); },
+                       std::chrono::milliseconds(30));
+  SolveContext ctx = SolveContextFor(&waiter);
+  bool changed = false;
+  RunOperation(port_, "SET_TIME_Click", [&] { changed = SET_TIME_Click(ctx); });
+  if (!changed) return;
+  SyncSolutionView();
+  ShowSolutionNote();
+  ApplyMenus();
+}
+
+void MainWindow::InspectorSettingsCommand() {
+  RunOperation(port_, "InspectorSettings", [&] {
+    InspectorDialog dialog;
+    dialog.Load(inspector_, settings_.basemapMeters);
+    port_.ShowModal(dialog);
+    if (dialog.Result == 1) inspector_ = dialog.Settings;
+  });
+}
+
+void MainWindow::SolverIntegrityCheckCommand() {
+  RunOperation(port_, "SolverIntegrityCheck_Click", [&] { SolverIntegrityCheck_Click(port_, inspector_); });
+}
+
+InspectReport MainWindow::InspectAt(double x, double y) {
+  if (!session_->ProjectOpen()) return {};
+  BlockingWaiter waiter;  // a run of a few milliseconds
+  SolveContext ctx = SolveContextFor(&waiter);
+  return ModelInspectResults(ctx, inspector_, x, y);
+}
+
+void MainWindow::TraceStreamlineAt(double x, double y) {
+  if (!session_->ProjectOpen()) return;
+  BlockingWaiter waiter;
+  SolveContext ctx = SolveContextFor(&waiter);
+  if (!ModelTraceOneStreamline(ctx, inspector_, x, y)) return;
+  // The streamline is drawn with the pathlines of the solution.
+  state_.layers.pathlinesEnabled = state_.layers.pathlines = true;
+  SyncSolutionView();
+  Zoom(kZoomRedraw);
 }
 
 void MainWindow::ShowRunFile(const std::string& key) {

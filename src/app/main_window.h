@@ -19,6 +19,7 @@
 #include "display/map_state.h"
 #include "display/vgraph.h"
 #include "solver/command_file.h"
+#include "solver/inspect.h"
 #include "solver/model_settings.h"
 #include "solver/solve_controller.h"
 #include "store/lifecycle.h"
@@ -85,6 +86,17 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void ModelSettingsCommand();
   void GuiOptionsCommand();
   void ModelSizeCommand();
+  // Model menu "Time...": the time of evaluation, then a regrid.
+  void SetTimeCommand();
+  // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
+  void InspectorSettingsCommand();
+  void SolverIntegrityCheckCommand();
+  // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point,
+  // for the map's mouse handling: the "Model Results" box, one streamline drawn
+  // with the pathlines.
+  InspectReport InspectAt(double x, double y);
+  void TraceStreamlineAt(double x, double y);
+  InspectorSettings& Inspector() { return inspector_; }
   void ShowRunFile(const std::string& key);
   // ZoomActions through the error trap, followed by a repaint of the map.
   void Zoom(int action, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0);
@@ -182,6 +194,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;
+  InspectorSettings inspector_;
 
   MapWidget* mapWidget_ = nullptr;
   QToolBar* toolbar_ = nullptr;

@@ -25,8 +25,7 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
 }
 // An entry of a feature this version does not have yet: printing, base maps, the
 // editing and adding of elements by mouse, import and export, result tables,
-// calibration, PEST and UCODE, MODFLOW, search, scenarios, the inspector and the
-// repair of a file. Each stands in its menu, disabled, until its work is done.
+// calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
 }
@@ -119,7 +118,7 @@ std::vector<MenuEntry> BuildEntries() {
   for (const auto& f : MenuModel::RunFiles("")) {
     e.push_back(MenuEntry{f.key, "MODELRUNFILES", f.caption, K::Command, N::SolverFiles, true, "", false});
   }
-  e.push_back(Later("SET_TIME", "MODELMENU", "Time...", true));
+  e.push_back(Cmd("SET_TIME", "MODELMENU", "Time...", N::Project, true, "", true));
   e.push_back(Later("ImpScenario", "MODELMENU", "Implement Scenario"));
   // Grid: the MODFLOW coupling.
   e.push_back(Top("GMMenu", "Grid", N::Project));
@@ -133,10 +132,10 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("TOOLS_CMDS(3)", "TOOLSMENU", "&Export"));
   e.push_back(Later("TOOLS_CMDS(4)", "TOOLSMENU", "TARNO Database &Viewer"));
   e.push_back(Later("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));
-  e.push_back(Later("InspectorSettings", "TOOLSMENU", "Instant Inspector Settings...", true));
+  e.push_back(Cmd("InspectorSettings", "TOOLSMENU", "Instant Inspector Settings...", N::Project, true, "", true));
   e.push_back(Later("ReprojectMaps", "TOOLSMENU", "Reproject Maps..."));
   e.push_back(Later("ToolsSearch", "TOOLSMENU", "Search"));
-  e.push_back(Later("SolverIntegrityCheck", "TOOLSMENU", "Solver Integrity Check"));
+  e.push_back(Cmd("SolverIntegrityCheck", "TOOLSMENU", "Solver Integrity Check"));
   e.push_back(Later("LeakageCheck", "TOOLSMENU", "Leakage Check"));
   e.push_back(Later("PestMenu", "TOOLSMENU", "PEST", true));
   e.push_back(Later("UcodeMenu", "TOOLSMENU", "UCODE"));

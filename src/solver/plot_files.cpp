@@ -7,6 +7,9 @@
 
 namespace tarno {
 
+namespace pl = solver_files::plot_line;
+namespace pf = solver_files::path_file;
+
 PlotFileError::PlotFileError(const std::filesystem::path& file, int line, const std::string& what)
     : Error(file.string() + (line > 0 ? ", line " + std::to_string(line) : std::string()) + ": " +
                 what,
@@ -85,7 +88,7 @@ GridRange ReadGridRange(const std::filesystem::path& file) {
   LineReader r(file);
   if (!r.IsOpen()) throw PlotFileError(file, 0, "cannot open the grid file");
   std::string line;
-  for (int i = 0; i < 5; ++i) {
+  for (int i = 0; i < solver_files::grid::kRangeLine; ++i) {
     if (!r.Next(line)) r.Fail("the grid file has fewer than five lines");
   }
   const auto f = SplitBlanks(line);
@@ -99,7 +102,7 @@ SurferGrid ReadSurferGrid(const std::filesystem::path& file) {
   LineReader r(file);
   if (!r.IsOpen()) throw PlotFileError(file, 0, "cannot open the grid file");
   std::string line;
-  if (!r.Next(line) || SplitBlanks(line) != std::vector<std::string>{"DSAA"})
+  if (!r.Next(line) || SplitBlanks(line) != std::vector<std::string>{solver_files::grid::kTag})
     r.Fail("a text grid begins with \"DSAA\", found \"" + line + "\"");
   SurferGrid g;
   double nx = 0, ny = 0;
@@ -134,16 +137,16 @@ std::vector<ContourPolyline> ReadContourFile(const std::filesystem::path& file) 
   std::string line;
   while (r.Next(line)) {
     if (IsBlankLine(line)) continue;
-    if (StartsWith(line, "LEVEL")) {
+    if (StartsWith(line, solver_files::contour_file::kLevel)) {
       ContourPolyline c;
-      if (!ParseNumber(line.substr(5), c.level)) r.Fail("bad level in \"" + line + "\"");
+      if (!ParseNumber(line.substr(solver_files::contour_file::kLevelColumn - 1), c.level)) r.Fail("bad level in \"" + line + "\"");
       lines.push_back(std::move(c));
       continue;
     }
     if (lines.empty()) r.Fail("a point before the first LEVEL line: \"" + line + "\"");
     PlotPoint p;
-    p.x = Column(r, line, 7, 14, "X");
-    p.y = Column(r, line, 21, 14, "Y");
+    p.x = Column(r, line, pl::kXColumn, pl::kWidth, "X");
+    p.y = Column(r, line, pl::kYColumn, pl::kWidth, "Y");
     lines.back().points.push_back(p);
   }
   return lines;
@@ -160,13 +163,13 @@ std::vector<Pathline> ReadPathFile(const std::filesystem::path& file) {
   int openedAt = 0;
   while (r.Next(line)) {
     if (IsBlankLine(line)) continue;
-    if (StartsWith(line, "LABEL")) {
+    if (StartsWith(line, pf::kLabel)) {
       if (open) r.Fail("LABEL inside the path opened on line " + std::to_string(openedAt));
-      const std::size_t b = line.find_first_not_of(' ', 5);
+      const std::size_t b = line.find_first_not_of(' ', std::char_traits<char>::length(pf::kLabel));
       label = b == std::string::npos ? "" : line.substr(b);
       continue;
     }
-    if (StartsWith(line, "STA")) {
+    if (StartsWith(line, pf::kStartPrefix)) {
       if (open) r.Fail("a path opened inside the path opened on line " + std::to_string(openedAt));
       open = true;
       openedAt = r.Number();
@@ -174,18 +177,18 @@ std::vector<Pathline> ReadPathFile(const std::filesystem::path& file) {
       label.clear();
       continue;
     }
-    if (StartsWith(line, "END")) {
+    if (StartsWith(line, pf::kEnd)) {
       if (!open) r.Fail("END without a path");
       open = false;
       continue;
     }
     if (!open) r.Fail("a point outside a path: \"" + line + "\"");
     PathPoint p;
-    p.x = Column(r, line, 7, 14, "X");
-    p.y = Column(r, line, 21, 14, "Y");
-    p.value1 = Column(r, line, 35, 14, "first value");
-    p.value2 = Column(r, line, 49, 14, "second value");
-    p.value3 = Column(r, line, 63, 14, "third value");
+    p.x = Column(r, line, pl::kXColumn, pl::kWidth, "X");
+    p.y = Column(r, line, pl::kYColumn, pl::kWidth, "Y");
+    p.value1 = Column(r, line, pl::kValue1Column, pl::kWidth, "first value");
+    p.value2 = Column(r, line, pl::kValue2Column, pl::kWidth, "second value");
+    p.value3 = Column(r, line, pl::kValue3Column, pl::kWidth, "third value");
     if (paths.back().points.size() < kMaxPathPoints) paths.back().points.push_back(p);
   }
   if (open) r.Fail("the path opened on line " + std::to_string(openedAt) + " has no END");

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "core/error.h"
+#include "core/solver_files.h"
 
 namespace tarno {
 
@@ -28,7 +29,7 @@ class PlotFileError : public Error {
 };
 
 // The value the solver writes at dry points and in ignored regions.
-inline constexpr double kGridBlank = 1.70141e38;
+inline constexpr double kGridBlank = solver_files::grid::kBlank;
 
 // The fifth line of a grid: the smallest and largest value.
 struct GridRange {
@@ -90,7 +91,7 @@ struct Pathline {
 };
 
 // The most points kept of one path; further points of the path are dropped.
-inline constexpr std::size_t kMaxPathPoints = 50000;
+inline constexpr std::size_t kMaxPathPoints = solver_files::path_file::kMaxPoints;
 
 // Reads the pathline file: "LABEL <text>" names the next path, a line beginning
 // "STA" opens a path, "END" closes it; the lines between are points with five

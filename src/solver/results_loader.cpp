@@ -10,6 +10,7 @@
 
 #include "core/error.h"
 #include "core/file_find.h"
+#include "core/solver_files.h"
 #include "core/text.h"
 #include "elements/element_store.h"
 #include "elements/linesink.h"
@@ -19,24 +20,27 @@
 
 namespace tarno {
 
+namespace layout = solver_files;
+
 int SectionOfHeadLine(const std::string& headText) {
   // Order matters: the first name the head line holds wins, so that "discharge
   // specified wells" is tested before "head specified wells", "drain" before the
   // line-sink sections, and so on.
+  namespace hn = layout::head_name;
   static const std::pair<const char*, int> kNames[] = {
-      {"discharge specified wells", kSectionDischargeWells},
-      {"head specified wells", kSectionHeadWells},
-      {"discharge specified line sinks", kSectionDischargeLinesinks},
-      {"drain", kSectionDrains},
-      {"galleries", kSectionGalleries},
-      {"head specified line sinks", kSectionHeadLinesinks},
-      {"trans", kSectionInhomogeneities},
-      {"slurry", kSectionBarriers},
-      {"flux", kSectionFlux},
-      {"head specified partially penetrating wells", kSectionHeadPPWells},
-      {"discharge specified partially penetrating wells", kSectionDischargePPWells},
-      {"Theis wells", kSectionTheisWells},
-      {"stream linkages", kSectionStreamLinks},
+      {hn::kDischargeWells, kSectionDischargeWells},
+      {hn::kHeadWells, kSectionHeadWells},
+      {hn::kDischargeLineSinks, kSectionDischargeLinesinks},
+      {hn::kDrains, kSectionDrains},
+      {hn::kGalleries, kSectionGalleries},
+      {hn::kHeadLineSinks, kSectionHeadLinesinks},
+      {hn::kInhomogeneities, kSectionInhomogeneities},
+      {hn::kWalls, kSectionBarriers},
+      {hn::kFlux, kSectionFlux},
+      {hn::kHeadPartialWells, kSectionHeadPPWells},
+      {hn::kDischargePartialWells, kSectionDischargePPWells},
+      {hn::kTheisWells, kSectionTheisWells},
+      {hn::kStreamLinkages, kSectionStreamLinks},
   };
   for (const auto& [name, section] : kNames)
     if (headText.find(name) != std::string::npos) return section;
@@ -135,14 +139,14 @@ class Loader {
       ++summary.linesRead;
       if (line.empty()) continue;
       const char kind = line[0];
-      if (kind == '*') {
+      if (kind == layout::kSectionHeadMark) {
         ++summary.sectionHeads;
         const int s = SectionOfHeadLine(line.substr(1));
         if (s != kSectionNone) section = s;
-      } else if (kind == '@') {
+      } else if (kind == layout::kPointMark) {
         ++summary.records;
         if (!DataRecord(line.substr(1))) Bad(kSectionNone, summary, line);
-      } else if (kind == ' ') {
+      } else if (kind == layout::kRecordMark) {
         if (section != kSectionNone) ++summary.records;
         if (!SectionRecord(section, line)) Bad(section, summary, line);
       }
@@ -238,23 +242,26 @@ class Loader {
 
   // A "@" record; false when it is bad.
   bool DataRecord(const std::string& body) {
+    namespace wr = layout::word_record;
+    namespace pt = layout::point;
     int n = 0;
     std::vector<std::string> f;
-    ParseString(body, ",", f, n);
+    ParseString(body, std::string(1, layout::kFieldSeparator), f, n);
     if (n < 1) return false;
-    const std::string kind = TrimST(f[1]);
-    if (EndsWith(kind, "gage") || EndsWith(kind, "lake_stage")) {
-      if (n < 5) return false;
-      const auto it = tp_.find(KeyOfLabel(TrimST(f[5])));
+    const std::string kind = TrimST(f[wr::kWord]);
+    const bool gage = EndsWith(kind, wr::kGageWord);
+    if (gage || EndsWith(kind, wr::kLakeStageWord)) {
+      if (n < wr::kLabel) return false;
+      const auto it = tp_.find(KeyOfLabel(TrimST(f[wr::kLabel])));
       if (it == tp_.end()) return Unmatched();  // no such test point: nothing changes
-      Statement& st = EndsWith(kind, "gage") ? tpFlow_ : tpHead_;
+      Statement& st = gage ? tpFlow_ : tpHead_;
       st.Reset();
-      st.Bind(1, Val(f[4])).Bind(2, it->second);
+      st.Bind(1, Val(f[wr::kValue])).Bind(2, it->second);
       Run(st);
       return true;
     }
-    if (n < 13) return false;
-    const std::string label = n >= 15 ? TrimST(f[15]) : std::string();
+    if (n < pt::kLeastFields) return false;
+    const std::string label = n >= pt::kLabel ? TrimST(f[pt::kLabel]) : std::string();
     if (label.rfind("_GR_", 0) == 0) {
       ui_.MessageBox("Not Available", {"Grid extractions not yet supported"});
       return true;
@@ -262,7 +269,7 @@ class Loader {
     const auto it = tp_.find(KeyOfLabel(label));
     if (it == tp_.end()) return Unmatched();
     tpHead_.Reset();
-    tpHead_.Bind(1, Val(f[9])).Bind(2, it->second);
+    tpHead_.Bind(1, Val(f[pt::kHead])).Bind(2, it->second);
     Run(tpHead_);
     return true;
   }
@@ -271,57 +278,62 @@ class Loader {
   bool SectionRecord(int section, const std::string& line) {
     int n = 0;
     std::vector<std::string> f;
-    ParseString(line, ",", f, n);
+    ParseString(line, std::string(1, layout::kFieldSeparator), f, n);
     switch (section) {
       case kSectionHeadWells:
       case kSectionHeadPPWells: {
-        if (n < 7) return false;
-        const auto row = wl_->Find(TrimST(f[7]));
+        namespace hw = layout::head_well;
+        if (n < hw::kFields) return false;
+        const auto row = wl_->Find(TrimST(f[hw::kLabel]));
         if (!row) return Unmatched();
         headWell_.Reset();
-        headWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
-        headWell_.Bind(5, Val(f[5])).Bind(6, Val(f[5]) + Val(f[6])).Bind(7, *row);
+        headWell_.Bind(1, X(f[hw::kX])).Bind(2, Y(f[hw::kY])).Bind(3, Val(f[hw::kRadius]));
+        headWell_.Bind(4, Val(f[hw::kDischarge])).Bind(5, Val(f[hw::kSpecifiedHead]));
+        headWell_.Bind(6, Val(f[hw::kSpecifiedHead]) + Val(f[hw::kHeadError])).Bind(7, *row);
         Run(headWell_);
         return true;
       }
       case kSectionDischargeWells:
       case kSectionDischargePPWells:
       case kSectionTheisWells: {
-        if (n < 6) return false;
-        const auto row = wl_->Find(TrimST(f[6]));
+        namespace dw = layout::discharge_well;
+        if (n < dw::kFields) return false;
+        const auto row = wl_->Find(TrimST(f[dw::kLabel]));
         if (!row) return Unmatched();
         dischargeWell_.Reset();
-        dischargeWell_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, Val(f[3])).Bind(4, Val(f[4]));
-        dischargeWell_.Bind(5, Val(f[5])).Bind(6, *row);
+        dischargeWell_.Bind(1, X(f[dw::kX])).Bind(2, Y(f[dw::kY])).Bind(3, Val(f[dw::kRadius]));
+        dischargeWell_.Bind(4, Val(f[dw::kDischarge])).Bind(5, Val(f[dw::kHead])).Bind(6, *row);
         Run(dischargeWell_);
         return true;
       }
       case kSectionHeadLinesinks: {
-        if (n < 14) return false;
+        namespace hl = layout::head_line_sink;
+        if (n < hl::kFields) return false;
         // The base flow and overland flow of the last head line-sink record are what
         // the drain and gallery records that follow receive.
-        baseFlow_ = Val(f[11]);
-        overlandFlow_ = Val(f[12]);
-        return LinesinkFull(f, f[13], f[14]);
+        baseFlow_ = Val(f[hl::kBaseFlow]);
+        overlandFlow_ = Val(f[hl::kOverlandFlow]);
+        return LinesinkFull(f, f[hl::kError], f[hl::kLabel]);
       }
       case kSectionDrains:
       case kSectionGalleries:
-        if (n < 12) return false;
-        return LinesinkFull(f, f[11], f[12]);
+        if (n < layout::drain::kFields) return false;
+        return LinesinkFull(f, f[layout::drain::kError], f[layout::drain::kLabel]);
       case kSectionDischargeLinesinks: {
-        if (n < 6) return false;
-        const auto row = ls_->Find(TrimST(f[6]));
+        namespace dl = layout::discharge_line_sink;
+        if (n < dl::kFields) return false;
+        const auto row = ls_->Find(TrimST(f[dl::kLabel]));
         if (!row) return Unmatched();
         lsDischarge_.Reset();
-        lsDischarge_.Bind(1, X(f[1])).Bind(2, Y(f[2])).Bind(3, X(f[3])).Bind(4, Y(f[4]));
-        lsDischarge_.Bind(5, Val(f[5])).Bind(6, *row);
+        lsDischarge_.Bind(1, X(f[dl::kX1])).Bind(2, Y(f[dl::kY1])).Bind(3, X(f[dl::kX2])).Bind(4, Y(f[dl::kY2]));
+        lsDischarge_.Bind(5, Val(f[dl::kDischarge])).Bind(6, *row);
         Run(lsDischarge_);
         return true;
       }
       case kSectionInhomogeneities:
-        if (n != 14) {
+        if (n != layout::inhomogeneity::kNodeFields) {
           // A header line: its values hold for the node lines that follow.
-          if (n < 7) return false;
+          if (n < layout::inhomogeneity::kHeaderFields) return false;
           for (int i = 0; i < 6; ++i) inHeader_[i] = Val(f[i + 2]);
           return true;
         } else {
@@ -340,8 +352,8 @@ class Loader {
           return true;
         }
       case kSectionBarriers:
-        if (n != 10) {
-          if (n < 5) return false;
+        if (n != layout::wall::kNodeFields) {
+          if (n < layout::wall::kHeaderFields) return false;
           for (int i = 0; i < 4; ++i) nfHeader_[i] = Val(f[i + 2]);
           return true;
         } else {
@@ -360,21 +372,23 @@ class Loader {
           return true;
         }
       case kSectionFlux: {
-        if (n < 2) return false;
-        const std::string label = TrimST(f[1]);
+        namespace fl = layout::flux_line;
+        if (n < fl::kFields) return false;
+        const std::string label = TrimST(f[fl::kLabel]);
         flux_.Reset();
-        flux_.Bind(1, label).Bind(2, std::max<std::int64_t>(0, KeyOfLabel(label))).Bind(3, Val(f[2]));
+        flux_.Bind(1, label).Bind(2, std::max<std::int64_t>(0, KeyOfLabel(label))).Bind(3, Val(f[fl::kFlux]));
         Run(flux_);
         return true;
       }
       case kSectionStreamLinks: {
+        namespace sl = layout::stream_link;
         // A link without its second label has nothing to store; there is no
         // message for this form.
-        if (n < 2) return true;
-        const auto row = ls_->Find(TrimST(f[1]));
+        if (n < sl::kDownstreamLabel) return true;
+        const auto row = ls_->Find(TrimST(f[sl::kLabel]));
         if (!row) return Unmatched();
         lsLink_.Reset();
-        lsLink_.Bind(1, TrimST(f[2])).Bind(2, *row);
+        lsLink_.Bind(1, TrimST(f[sl::kDownstreamLabel])).Bind(2, *row);
         Run(lsLink_);
         return true;
       }

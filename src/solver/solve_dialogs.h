@@ -105,10 +105,9 @@ class ConvergeDialog : public DialogModel {
   int Result = 2;
 };
 
-// "Solver Integrity Check": the analytic and the numerical value of the discharge
+// "Solver Integrity Check": the analytic and the numerical value of the velocity
 // components and divergences at one point, side by side. A plain holder: the
-// inspection at a point (not built yet) fills it and shows it; nothing here
-// computes.
+// inspection at a point fills it (ComputeIntegrity, solver/inspect.h) and shows it.
 class SolverIntegrity : public DialogModel {
  public:
   static constexpr const char* kName = "SolverIntegrity";

@@ -725,3 +725,68 @@ TEST_F(ExampleSession, TheProgramTakesAScreenshotWithoutADisplay) {
 
 }  // namespace
 }  // namespace tarno
+
+namespace tarno {
+namespace {
+
+// The inspection from the menus: the settings, the integrity switch, the time, and
+// the questions a Shift-click asks (the map's click itself comes with its editing).
+TEST_F(ExampleSession, InspectionEntriesOfTheMenusAskTheSolution) {
+  MainWindow w(options_);
+  w.resize(900, 700);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  EXPECT_TRUE(w.Action("SET_TIME")->isEnabled());
+  EXPECT_TRUE(w.Action("InspectorSettings")->isEnabled());
+  EXPECT_TRUE(w.Action("SolverIntegrityCheck")->isEnabled());
+
+  // Without a solution the time is refused and an inspection tells it.
+  w.Action("SET_TIME")->trigger();
+  EXPECT_NE(messages_.str().find("Can't set time: You must have a valid solution before changing the time setting"),
+            std::string::npos)
+      << messages_.str();
+  EXPECT_FALSE(w.InspectAt(456300, 4395200).ran);
+  EXPECT_NE(messages_.str().find("Error: No solution is present.  Solve the model and try again."),
+            std::string::npos);
+
+  w.Action("MODEL_CMDS(1)")->trigger();
+  ASSERT_EQ(w.LastSolve().outcome, SolveOutcome::Completed) << messages_.str();
+
+  // The settings dialog: a step of 2 map units at the elevation 110.
+  ui_.SetModalHandler(InspectorDialog::kName, [&w](DialogModel& m) {
+    auto& d = dynamic_cast<InspectorDialog&>(m);
+    d.dataStepSize = "2";
+    d.chkTop = false;
+    d.tbElevation = "110";
+    d.OK(w.Port());
+  });
+  w.Action("InspectorSettings")->trigger();
+  EXPECT_DOUBLE_EQ(w.Inspector().StepSize, 2.0);
+  EXPECT_FALSE(w.Inspector().InspectAtTop);
+  w.Action("SolverIntegrityCheck")->trigger();
+  EXPECT_TRUE(w.Inspector().IntegrityCheck);
+  EXPECT_NE(messages_.str().find("Solver Integrity Check: the Instant Inspector (Shift left-mouse click)."),
+            std::string::npos);
+
+  SolverIntegrity integrity;
+  ui_.SetModalHandler(SolverIntegrity::kName,
+                      [&](DialogModel& m) { integrity = dynamic_cast<SolverIntegrity&>(m); });
+  const InspectReport r = w.InspectAt(456300, 4395200);
+  ASSERT_TRUE(r.ran) << messages_.str();
+  EXPECT_EQ(r.lines[0], "X        456300.0");
+  EXPECT_EQ(r.lines[2], "Z        1.1000E+02");
+  EXPECT_NE(messages_.str().find("Model Results: Y        4395200.0"), std::string::npos);
+  EXPECT_EQ(integrity.VxAnyl, r.point.vx);
+  EXPECT_NE(integrity.VxNum, 0.0);
+
+  // The time: a regrid at the new time.
+  ui_.SetInputPolicy([](const std::string&, const std::string& title, const std::string&) {
+    return title == "Solution Time" ? std::optional<std::string>("30") : std::nullopt;
+  });
+  w.Action("SET_TIME")->trigger();
+  EXPECT_DOUBLE_EQ(w.Solution().SolutionTime, 30.0);
+  EXPECT_TRUE(w.Solution().SolutionPresent);
+  EXPECT_TRUE(fs::exists(work_ / "regrid.dat"));
+}
+
+}  // namespace
+}  // namespace tarno

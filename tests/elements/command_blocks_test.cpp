@@ -5,8 +5,6 @@
 // golden test; these cases pin the rules of each unit on their own.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -19,25 +17,16 @@
 #include "elements/observation.h"
 #include "elements/well.h"
 #include "store/schema.h"
+#include "support/project_fixture.h"
 
 namespace tarno {
 namespace {
 
-class CommandBlocksTest : public ::testing::Test {
+class CommandBlocksTest : public testing::ScratchProject {
  protected:
   void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = std::filesystem::temp_directory_path() /
-           ("tarno_blocks_" + std::string(info->name()) + "_" + std::to_string(::getpid()));
-    std::filesystem::remove_all(dir_);
-    std::filesystem::create_directories(dir_);
-    DBNewDatabase(dir_ / "m.trn", "Block test", true, true);
-    db_ = Database::Open(dir_ / "m.trn");
+    ScratchProject::SetUp();
     ctx_.frame = ModelFrame{100.0, 50.0, 1.0};
-  }
-  void TearDown() override {
-    db_.Close();
-    std::filesystem::remove_all(dir_);
   }
 
   static Element Well(std::int64_t vid, double x, double y, const std::string& label) {
@@ -73,8 +62,6 @@ class CommandBlocksTest : public ::testing::Test {
     return out;
   }
 
-  std::filesystem::path dir_;
-  Database db_;
   CommandWriterContext ctx_;
 };
 

@@ -4,8 +4,6 @@
 // element layer and the store queries the element tables.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -14,32 +12,18 @@
 #include "elements/element_store.h"
 #include "elements/extents.h"
 #include "store/schema.h"
+#include "support/project_fixture.h"
 
 namespace tarno {
 namespace {
 
-class ElementLayerTest : public ::testing::Test {
+class ElementLayerTest : public testing::ScratchProject {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = std::filesystem::temp_directory_path() /
-           ("tarno_layer_" + std::string(info->name()) + "_" + std::to_string(::getpid()));
-    std::filesystem::remove_all(dir_);
-    std::filesystem::create_directories(dir_);
-    DBNewDatabase(dir_ / "m.trn", "Layer test", true, true);
-    db_ = Database::Open(dir_ / "m.trn");
-  }
-  void TearDown() override {
-    db_.Close();
-    std::filesystem::remove_all(dir_);
-  }
   double ModelNumber(const char* field) {
     Statement st = db_.PrepareRaw(std::string("select ") + field + " from Model");
     st.Step();
     return st.GetDouble(0);
   }
-  std::filesystem::path dir_;
-  Database db_;
 };
 
 TEST_F(ElementLayerTest, LoadAllRowsKeepsTheIncompleteWithWhatTheyHave) {

@@ -3,41 +3,16 @@
 // Model row; the solver labels; the polygon tests and the local base.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <filesystem>
-
 #include "elements/element_store.h"
 #include "elements/geometry.h"
 #include "elements/solver_label.h"
 #include "store/schema.h"
+#include "support/project_fixture.h"
 
 namespace tarno {
 namespace {
 
-class ElementStoreTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = std::filesystem::temp_directory_path() /
-           ("tarno_elements_" + std::string(info->name()) + "_" + std::to_string(::getpid()));
-    std::filesystem::remove_all(dir_);
-    std::filesystem::create_directories(dir_);
-    DBNewDatabase(dir_ / "m.trn", "Element test", true, true);
-    db_ = Database::Open(dir_ / "m.trn");
-  }
-  void TearDown() override {
-    db_.Close();
-    std::filesystem::remove_all(dir_);
-  }
-  static std::vector<Vertex> At(std::initializer_list<std::pair<double, double>> xy) {
-    std::vector<Vertex> v;
-    for (auto [x, y] : xy) v.push_back({0, 0, 0, x, y});
-    return v;
-  }
-  std::filesystem::path dir_;
-  Database db_;
-};
+class ElementStoreTest : public testing::ScratchProject {};
 
 TEST_F(ElementStoreTest, EveryKindReadsBackAsWritten) {
   for (const KindInfo& k : ElementKinds()) {

@@ -89,7 +89,9 @@ ReadBack readBack(const std::string& text) {
       case '@': {
         auto f = parseFields(line.substr(1), ',');
         std::string kind = f.empty() ? "" : trimmed(f[0]);
-        bool special = kind.size() >= 4 && (kind.ends_with("gage") || kind.ends_with("lake_stage"));
+        // Gages, lake stages and (in the inspection) interface records are word records.
+        bool special = kind.size() >= 4 &&
+                       (kind.ends_with("gage") || kind.ends_with("lake_stage") || kind.ends_with("interface"));
         if (!special && f.size() < 13) r.badRecords.push_back(line);
         r.dataRecords.push_back(f);
         break;
@@ -138,6 +140,10 @@ class FakeSource : public ExtractSource {
   }
   double gageFlow(double, double) const override { return flowAtGage; }
   double lakeStage(double, double) const override { return stage; }
+  std::optional<double> interfaceElevation(double x, double) const override {
+    if (x > 0) return -12.5;
+    return std::nullopt;
+  }
   std::vector<WellResult> wells() const override { return wellList; }
   std::vector<SegmentResult> segments() const override { return segmentList; }
   double flux(const std::vector<std::pair<double, double>>& p) const override {
@@ -272,7 +278,7 @@ TEST(ExtractFile, WholeFileReadsBackUnderTheFrontEndsRules) {
       EXPECT_TRUE(line.ends_with(labels[i])) << line;
     }
   }
-  ASSERT_EQ(rb.dataRecords.size(), 4u);
+  ASSERT_EQ(rb.dataRecords.size(), 5u);
   // Test point: head from field 9 and from columns 123-136.
   EXPECT_NEAR(val(rb.dataRecords[0][8]), 10.0 + 1.5 - 0.0025, 1e-6);
   EXPECT_EQ(trimmed(rb.dataRecords[0][14]), "TP_000001");
@@ -310,7 +316,13 @@ TEST(ExtractFile, WholeFileReadsBackUnderTheFrontEndsRules) {
   EXPECT_DOUBLE_EQ(val(rb.records[8][0][1]), 300.0);
   EXPECT_TRUE(rb.records[5].empty());
   EXPECT_TRUE(rb.records[6].empty());
-  EXPECT_EQ(rb.comments, 1);  // the interface inspection, not computed
+  EXPECT_EQ(rb.comments, 0);
+  // The interface inspection (line 6) follows the points of lines 1 to 4.
+  ASSERT_EQ(rb.dataRecords[4].size(), 4u);
+  EXPECT_EQ(rb.dataRecords[4][0], "    interface");
+  EXPECT_DOUBLE_EQ(val(rb.dataRecords[4][1]), 1.0);
+  EXPECT_DOUBLE_EQ(val(rb.dataRecords[4][2]), 2.0);
+  EXPECT_DOUBLE_EQ(val(rb.dataRecords[4][3]), -12.5);
 }
 
 TEST(ExtractFile, EverySectionHeadSelectsItsOwnSection) {

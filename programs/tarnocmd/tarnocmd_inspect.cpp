@@ -1,0 +1,109 @@
+// tarnocmd inspect: the Instant Inspector without a window. The "Model Results"
+// box goes to standard output; every other message to standard error.
+#include <cstdlib>
+#include <filesystem>
+
+#include "core/console_ui.h"
+#include "core/file_find.h"
+#include "core/format.h"
+#include "solver/inspect.h"
+#include "solver/model_settings.h"
+#include "solver/process.h"
+#include "store/database.h"
+#include "store/project_file.h"
+#include "tarnocmd_commands.h"
+
+namespace tarno::cmd {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The console port, with the box of the results on standard output.
+class InspectPort : public ConsoleUserInterface {
+ public:
+  InspectPort(std::ostream& out, std::ostream& err)
+      : ConsoleUserInterface(err, Answer::OK), out_(out) {}
+  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                    Buttons buttons, Icon icon) override {
+    if (title != "Model Results")
+      return ConsoleUserInterface::MessageBox(title, lines, buttons, icon);
+    for (const auto& l : lines) out_ << l << "\n";
+    return Answer::OK;
+  }
+
+ private:
+  std::ostream& out_;
+};
+
+}  // namespace
+
+int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostream& err) {
+  const ProjectFileProbe probe = ProbeProjectFile(options.path);
+  if (probe.state != ProjectFileState::Project) {
+    err << ProbeTitle(probe) << ": " << ProbeMessage(options.path, probe) << "\n";
+    return 1;
+  }
+  InspectPort ui(out, err);
+  BlockingWaiter waiter;
+  SolutionState state;
+  ModelSettings settings;
+  SolveContext ctx;
+  fs::path dir;
+  std::string base;
+  try {
+    Database db = Database::Open(options.path);
+    settings.Load(db);
+    Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
+    if (!p.Step()) throw Error("The Project table has no row");
+    base = p.GetText(0);
+    dir = p.GetText(1);
+  } catch (const std::exception& e) {
+    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
+    return 1;
+  }
+  // A solution is present when the last solve left its solution file.
+  state.SolutionPresent = !FindFileNoCase(dir, base + ".SOL").empty();
+  state.SolutionTime = options.time;
+  ctx.projectPath = options.path;
+  ctx.settings = &settings;
+  ctx.state = &state;
+  ctx.ui = &ui;
+  ctx.waiter = &waiter;
+  const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
+  ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
+  ctx.programOutput = "/dev/null";
+  ctx.solverErrors = "/dev/null";
+
+  InspectorSettings inspector;
+  if (options.elevation) {
+    inspector.InspectAtTop = false;
+    inspector.Elevation = *options.elevation;
+  }
+  if (options.integrityStep) {
+    inspector.IntegrityCheck = true;
+    inspector.StepSize = *options.integrityStep;
+  }
+  ui.SetModalHandler(SolverIntegrity::kName, [&](DialogModel& m) {
+    const auto& d = dynamic_cast<SolverIntegrity&>(m);
+    out << SolverIntegrity::kTitle << "\n";
+    out << "            Analytic     Numerical\n";
+    const std::pair<const char*, std::pair<double, double>> rows[] = {
+        {"Vx        ", {d.VxAnyl, d.VxNum}},
+        {"Vy        ", {d.VyAnyl, d.VyNum}},
+        {"Vz        ", {d.VzAnyl, d.VzNum}},
+        {"div q     ", {d.divqAnyl, d.divqNum}},
+        {"div Q     ", {d.divCapQAnyl, d.divCapQNum}}};
+    for (const auto& [caption, v] : rows)
+      out << caption << FormatNumber(v.first, " 0.0000E+00") << "  "
+          << FormatNumber(v.second, " 0.0000E+00") << "\n";
+  });
+  const InspectReport r = ModelInspectResults(ctx, inspector, options.x, options.y);
+  if (!r.ran) {
+    err << "tarnocmd: nothing was inspected\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace tarno::cmd
