@@ -4,37 +4,33 @@
 // to go.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "elements/element_dialog.h"
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
 #include "elements/well_dialog.h"
 #include "store/schema.h"
+#include "support/project_fixture.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
 
 namespace tarno {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace ops_text;
 
-class ElementOpsTest : public ::testing::Test {
+class ElementOpsTest : public testing::ScratchProject {
  protected:
   void SetUp() override {
-    path_ = dir_ / "m.trn";
-    DBNewDatabase(path_, "Operations test", true, true);
-    db_ = Database::Open(path_);
+    ScratchProject::SetUp();
     // An aquifer from 10 to 40.
     db_.ExecuteRaw("update Model set AQBase = 10, AQThickness = '30', AQHydCond = 25");
   }
   void TearDown() override {
     ui_.ClearScript();
-    db_.Close();
+    ScratchProject::TearDown();
   }
 
-  std::string FileBytes() const { return test::ReadFile(path_); }
+  std::string FileBytes() const { return test::ReadFile(ProjectPath()); }
 
   // Runs `op`, which must refuse with one message of `title` and `lines`, and
   // checks that the project file did not change.
@@ -52,9 +48,6 @@ class ElementOpsTest : public ::testing::Test {
     return AddElement(db_, kind, points, fields, ui_, [this] { ++invalidations_; });
   }
 
-  test::TempDir dir_{"tarno-ops"};
-  fs::path path_;
-  Database db_;
   ScriptedUserInterface ui_;
   int invalidations_ = 0;
 };
