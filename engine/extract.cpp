@@ -94,7 +94,8 @@ std::string formatLakeStageRecord(double x, double y, double head, const std::st
 }
 
 std::string formatInterfaceRecord(double x, double y, double elevation) {
-  return formatWordRecord("%13s", "interface", x, y, elevation, "");
+  return formatWordRecord(layout::word_record::kInterfaceWordFormat, layout::word_record::kInterfaceWord, x, y,
+                          elevation, "");
 }
 
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
