@@ -168,6 +168,32 @@ struct TheisWell {
     int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
+// One line of a lake's stage table: the water surface's area and the volume held at a stage.
+struct StageRow {
+    double stage = 0.0;
+    double area = 0.0;
+    double volume = 0.0;
+};
+
+// A lake: a closed polygon of high interior conductivity whose stage follows from its
+// water balance (engine/lake.h). Precipitation and evaporation act on the water surface
+// (the polygon's area, or the stage table's area at the stage); the exchange with the
+// aquifer passes the lake bottom, of resistance `resistance`, over the whole polygon.
+struct Lake {
+    double conductivity = kAsAquifer;  // interior conductivity
+    double precipitation = 0.0;        // added recharge rate on the water surface (L/T)
+    double evaporation = 0.0;          // evaporation rate from the water surface (L/T)
+    double resistance = 0.0;           // c (T) of the lake bottom
+    std::string tableName;             // stage table file as given ("" or "0": none)
+    std::vector<StageRow> table;       // rows read from it, stages rising (empty: none)
+    std::string label;
+    std::vector<Vertex> vertices;
+    int line = 0;
+    // The exchange through the bottom per area of polygon (> 0 into the lake) that the
+    // solution was built with; the stage follows from it and the solved head.
+    double extraction = 0.0;
+};
+
 // The map window: Left, Bottom, Right, Top.
 struct Window {
     bool given = false;
@@ -191,6 +217,7 @@ struct Model {
     std::vector<Pond> ponds;
     std::vector<PartialWell> partialWells;
     std::vector<TheisWell> theisWells;  // schedule lines, in the order given
+    std::vector<Lake> lakes;            // solved as inhomogeneities named by their labels (engine/lake.h)
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };

@@ -1,0 +1,370 @@
+// Lakes: the stage table, the outer iteration that closes each lake's balance, and the
+// results. The mathematics of the lake itself is that of an inhomogeneity with a uniform
+// area sink (engine/area.cpp); see engine/lake.h for the formulation.
+#include "engine/lake.h"
+
+#include "engine/area.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+namespace tarno::engine {
+
+namespace {
+
+std::string num(double v) {
+  char b[40];
+  std::snprintf(b, sizeof b, "%.6E", v);
+  return b;
+}
+
+std::vector<detail::Pt> polygonOf(const std::vector<Vertex>& vs) {
+  std::vector<detail::Pt> p;
+  for (const Vertex& v : vs) p.push_back({v.x, v.y});
+  return p;
+}
+
+bool usable(const Lake& l) {
+  if (l.vertices.size() < 3) return false;
+  for (const Vertex& v : l.vertices)
+    if (!std::isfinite(v.x) || !std::isfinite(v.y)) return false;
+  return std::fabs(detail::signedArea(polygonOf(l.vertices))) > 0.0;
+}
+
+double polygonArea(const Lake& l) { return std::fabs(detail::signedArea(polygonOf(l.vertices))); }
+
+double surfaceOf(const Lake& l, double stage) {
+  return l.table.empty() ? polygonArea(l) : stageArea(l.table, stage);
+}
+
+}  // namespace
+
+bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::string& error) {
+  rows.clear();
+  std::istringstream in(text);
+  std::string line;
+  int lineNo = 0;
+  while (std::getline(in, line)) {
+    ++lineNo;
+    for (char& c : line)
+      if (c == ',' || c == '\t' || c == '\r') c = ' ';
+    const size_t first = line.find_first_not_of(' ');
+    if (first == std::string::npos || line[first] == '!' || line[first] == '*' || line[first] == '#') continue;
+    std::istringstream ls(line);
+    StageRow r;
+    std::string extra;
+    if (!(ls >> r.stage >> r.area >> r.volume) || (ls >> extra)) {
+      error = "line " + std::to_string(lineNo) + " is not three numbers (stage, area, volume)";
+      return false;
+    }
+    if (!std::isfinite(r.stage) || !std::isfinite(r.area) || !std::isfinite(r.volume) || r.area < 0 || r.volume < 0) {
+      error = "line " + std::to_string(lineNo) + " holds a negative or not finite area or volume";
+      return false;
+    }
+    if (!rows.empty() && !(r.stage > rows.back().stage)) {
+      error = "line " + std::to_string(lineNo) + ": the stages do not rise";
+      return false;
+    }
+    rows.push_back(r);
+  }
+  if (rows.empty()) {
+    error = "it holds no rows";
+    return false;
+  }
+  return true;
+}
+
+bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows, std::string& error) {
+  std::ifstream f(path, std::ios::binary);
+  if (!f) {
+    error = "it cannot be opened";
+    return false;
+  }
+  std::ostringstream text;
+  text << f.rdbuf();
+  return parseStageTable(text.str(), rows, error);
+}
+
+double stageArea(const std::vector<StageRow>& t, double s) {
+  if (t.empty() || !(s >= t.front().stage)) return 0.0;
+  if (s >= t.back().stage) return t.back().area;
+  const auto it = std::upper_bound(t.begin(), t.end(), s, [](double v, const StageRow& r) { return v < r.stage; });
+  const StageRow& b = *it;
+  const StageRow& a = *(it - 1);
+  return a.area + (b.area - a.area) * (s - a.stage) / (b.stage - a.stage);
+}
+
+double stageVolume(const std::vector<StageRow>& t, double s) {
+  if (t.empty() || !(s >= t.front().stage)) return 0.0;
+  if (s >= t.back().stage) return t.back().volume + t.back().area * (s - t.back().stage);
+  const auto it = std::upper_bound(t.begin(), t.end(), s, [](double v, const StageRow& r) { return v < r.stage; });
+  const StageRow& b = *it;
+  const StageRow& a = *(it - 1);
+  return a.volume + (b.volume - a.volume) * (s - a.stage) / (b.stage - a.stage);
+}
+
+Model withLakeElements(const Model& model) {
+  Model m = model;
+  // A loaded solution's model holds the lakes' inhomogeneities already: they are rebuilt.
+  std::erase_if(m.inhomogeneities, [&](const Inhomogeneity& in) {
+    return std::any_of(model.lakes.begin(), model.lakes.end(), [&](const Lake& l) { return l.label == in.label; });
+  });
+  for (const Lake& l : model.lakes) {
+    if (!usable(l)) continue;
+    Inhomogeneity in;
+    in.conductivity = l.conductivity;
+    in.extraction = l.extraction;
+    in.label = l.label;
+    in.vertices = l.vertices;
+    in.line = l.line;
+    m.inhomogeneities.push_back(std::move(in));
+  }
+  return m;
+}
+
+std::pair<double, double> lakeHeadPoint(const std::vector<Vertex>& vs) {
+  const std::vector<detail::Pt> p = polygonOf(vs);
+  double a = 0, cx = 0, cy = 0;
+  for (size_t i = 0, n = p.size(); i < n; ++i) {
+    const detail::Pt& u = p[i];
+    const detail::Pt& v = p[(i + 1) % n];
+    const double c = u.x * v.y - v.x * u.y;
+    a += c;
+    cx += (u.x + v.x) * c;
+    cy += (u.y + v.y) * c;
+  }
+  if (a != 0.0) {
+    cx /= 3.0 * a;
+    cy /= 3.0 * a;
+    if (detail::insidePolygon(p, cx, cy)) return {cx, cy};
+  }
+  // A polygon whose centroid lies outside it (a crescent): the inside grid point
+  // nearest the centroid.
+  double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
+  for (const auto& q : p) {
+    xmin = std::min(xmin, q.x); xmax = std::max(xmax, q.x);
+    ymin = std::min(ymin, q.y); ymax = std::max(ymax, q.y);
+  }
+  double best = 1e300, bx = p.front().x, by = p.front().y;
+  const int n = 64;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) {
+      const double x = xmin + (xmax - xmin) * (i + 0.5) / n, y = ymin + (ymax - ymin) * (j + 0.5) / n;
+      if (!detail::insidePolygon(p, x, y)) continue;
+      const double d = std::hypot(x - cx, y - cy);
+      if (d < best) { best = d; bx = x; by = y; }
+    }
+  return {bx, by};
+}
+
+namespace {
+
+// The exchange a lake of stage s needs to close its balance, per area of polygon.
+double neededExtraction(const Lake& l, double s) {
+  return (l.evaporation - l.precipitation) * surfaceOf(l, s) / polygonArea(l);
+}
+
+// The stage s that meets s = h + g (N(s) - N0) - N(s) c, with h the head under the lake
+// from the last solve with exchange N0 and g the head's response to the exchange
+// (estimated from the solves). N(s) is piecewise linear in s (between the rows of the
+// table, below the first stage and above the last), so the root is found piece by piece.
+double nextStage(const Lake& l, double h, double N0, double g) {
+  const double c = l.resistance;
+  auto f = [&](double s) { return s - h - g * (neededExtraction(l, s) - N0) + neededExtraction(l, s) * c; };
+  std::vector<double> knots;
+  for (const StageRow& r : l.table) knots.push_back(r.stage);
+  // Pieces: (-inf, k0], [k0, k1], ..., [kn, +inf). The outer pieces are linear with a
+  // slope of 1 - (g - c) N'(s), N' = 0 there.
+  const double big = 1e6 * (1.0 + std::fabs(h) + (knots.empty() ? 0.0 : std::fabs(knots.back() - knots.front())));
+  std::vector<double> pts;
+  pts.push_back((knots.empty() ? h : knots.front()) - big);
+  for (double k : knots) pts.push_back(k);
+  pts.push_back((knots.empty() ? h : knots.back()) + big);
+  // Roots of the linear pieces; the one nearest h (several exist only where the balance
+  // has several states, e.g. rain on a lake whose area grows fast with its stage).
+  double best = std::numeric_limits<double>::quiet_NaN();
+  for (size_t i = 0; i + 1 < pts.size(); ++i) {
+    const double a = pts[i], b = pts[i + 1];
+    const double fa = f(a), fb = f(b);
+    // f is continuous within a piece; at the first knot N jumps only if the first area
+    // is not 0, and the left limit is taken from just below.
+    const double fal = i == 0 ? fa : f(a + 1e-12 * (b - a));
+    double r;
+    if (fal == 0.0) r = a;
+    else if ((fal < 0) == (fb < 0)) continue;
+    else r = a + (b - a) * fal / (fal - fb);
+    if (!std::isfinite(best) || std::fabs(r - h) < std::fabs(best - h)) best = r;
+  }
+  if (!std::isfinite(best)) best = knots.empty() ? h : knots.back();  // no state closes: the table's top
+  return best;
+}
+
+}  // namespace
+
+LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
+                               const LineSink& log, const std::function<void(Solution&)>& attach) {
+  LakeSolveReport rep;
+  Model m = model;
+  std::vector<int> active;
+  for (int i = 0; i < (int)m.lakes.size(); ++i) {
+    Lake& l = m.lakes[i];
+    if (!usable(l)) continue;
+    active.push_back(i);
+    // Start from the balance of a full lake.
+    l.extraction = l.table.empty() ? neededExtraction(l, 0.0) : (l.evaporation - l.precipitation) * l.table.back().area / polygonArea(l);
+  }
+  std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
+  const int maxIter = active.empty() ? 1 : std::max(30, options.outerIterations);
+  for (int it = 1; it <= maxIter; ++it) {
+    solution.reset();
+    solution.emplace(withLakeElements(m));
+    rep.last = solution->solve(options, log);
+    ++rep.lakeIterations;
+    if (active.empty()) break;
+    double worst = 0.0;
+    std::vector<double> next(m.lakes.size(), 0.0);
+    for (int i : active) {
+      Lake& l = m.lakes[i];
+      const auto [px, py] = lakeHeadPoint(l.vertices);
+      const double h = solution->head(px, py);
+      const double s = h - l.extraction * l.resistance;
+      const double need = neededExtraction(l, s);
+      const double scale = std::max({std::fabs(l.precipitation), std::fabs(l.evaporation), std::fabs(l.extraction)}) *
+                           std::max(polygonArea(l), surfaceOf(l, s));
+      const double err = std::fabs(need - l.extraction) * polygonArea(l);
+      worst = std::max(worst, scale > 0 ? err / scale : 0.0);
+      if (it > 1 && std::fabs(l.extraction - prevN[i]) > 1e-14 * (1.0 + std::fabs(l.extraction)))
+        gain[i] = std::min(0.0, (h - prevH[i]) / (l.extraction - prevN[i]));
+      prevH[i] = h;
+      prevN[i] = l.extraction;
+      next[i] = l.table.empty() ? need : neededExtraction(l, nextStage(l, h, l.extraction, gain[i]));
+    }
+    if (log && !m.lakes.empty())
+      log("Lake balance iteration " + std::to_string(it) + ": largest balance error " + num(worst) +
+          " of the largest term");
+    if (worst <= 1e-9) break;
+    if (it == maxIter) {
+      rep.converged = false;
+      break;
+    }
+    for (int i : active) m.lakes[i].extraction = next[i];
+  }
+  if (attach) attach(*solution);
+  return rep;
+}
+
+namespace {
+
+struct LakeState {
+  double stage = 0.0, head = 0.0;
+  bool dry = false;
+};
+
+LakeState stateOf(const Solution& s, const Lake& l) {
+  LakeState st;
+  const auto [px, py] = lakeHeadPoint(l.vertices);
+  st.head = s.head(px, py);
+  st.stage = st.head - l.extraction * l.resistance;
+  st.dry = !l.table.empty() && st.stage < l.table.front().stage;
+  return st;
+}
+
+}  // namespace
+
+std::vector<LakeResult> lakeResults(const Solution& solution) {
+  std::vector<LakeResult> out;
+  if (!solution.solved()) return out;
+  for (const Lake& l : solution.model().lakes) {
+    if (!usable(l)) continue;
+    const LakeState st = stateOf(solution, l);
+    LakeResult r;
+    r.label = l.label;
+    if (!l.vertices.empty()) {
+      r.firstLabel = l.vertices.front().label;
+      r.lastLabel = l.vertices.back().label;
+    }
+    r.polygonArea = polygonArea(l);
+    r.dry = st.dry;
+    r.surfaceArea = surfaceOf(l, st.stage);
+    r.volume = l.table.empty() ? 0.0 : stageVolume(l.table, st.stage);
+    r.stage = st.dry ? kDryHead : st.stage;
+    r.aquiferHead = st.head;
+    r.precipitation = l.precipitation * r.surfaceArea;
+    r.evaporation = l.evaporation * r.surfaceArea;
+    const double exchange = l.extraction * r.polygonArea;
+    if (exchange > 0) r.groundwaterIn = exchange;
+    else r.groundwaterOut = -exchange;
+    // Precipitation or evaporation of the wrong sign is counted on the other side.
+    if (r.precipitation < 0) { r.evaporation -= r.precipitation; r.precipitation = 0; }
+    if (r.evaporation < 0) { r.precipitation -= r.evaporation; r.evaporation = 0; }
+    r.totalIn = r.precipitation + r.groundwaterIn + r.overlandIn + r.streamIn;
+    r.totalOut = r.evaporation + r.groundwaterOut + r.overlandOut + r.streamOut;
+    r.error = r.totalIn - r.totalOut;
+    const double big = std::max(r.totalIn, r.totalOut);
+    r.errorPercent = big > 0 ? 100.0 * std::fabs(r.error) / big : 0.0;
+    out.push_back(r);
+  }
+  return out;
+}
+
+std::vector<std::string> formatLakeBalance(const std::vector<LakeResult>& lakes) {
+  std::vector<std::string> l;
+  for (const LakeResult& r : lakes) {
+    l.push_back("Lake " + r.label + " (vertices " + r.firstLabel + " to " + r.lastLabel + "): area " + num(r.polygonArea) +
+                ", water surface " + num(r.surfaceArea) + ", stage " + (r.dry ? std::string("dry") : num(r.stage)) +
+                ", aquifer head under the lake " + num(r.aquiferHead));
+    l.push_back("  in:  precipitation " + num(r.precipitation) + ", groundwater " + num(r.groundwaterIn) +
+                ", overland flow " + num(r.overlandIn) + ", stream flow " + num(r.streamIn) + ", total " + num(r.totalIn));
+    l.push_back("  out: evapotranspiration " + num(r.evaporation) + ", groundwater " + num(r.groundwaterOut) +
+                ", overland flow " + num(r.overlandOut) + ", stream flow " + num(r.streamOut) + ", total " +
+                num(r.totalOut));
+    char b[64];
+    std::snprintf(b, sizeof b, "%.4f", r.errorPercent);
+    l.push_back("  balance error " + num(r.error) + " (" + b + " %)");
+  }
+  return l;
+}
+
+double nearestLakeStage(const Solution& solution, double x, double y) {
+  double best = std::numeric_limits<double>::infinity();
+  const Lake* nearest = nullptr;
+  if (!solution.solved()) return std::numeric_limits<double>::quiet_NaN();
+  for (const Lake& l : solution.model().lakes) {
+    if (!usable(l)) continue;
+    const size_t n = l.vertices.size();
+    for (size_t i = 0; i < n; ++i) {
+      const Vertex& a = l.vertices[i];
+      const Vertex& b = l.vertices[(i + 1) % n];
+      const double dx = b.x - a.x, dy = b.y - a.y, L2 = dx * dx + dy * dy;
+      const double t = L2 > 0 ? std::clamp(((x - a.x) * dx + (y - a.y) * dy) / L2, 0.0, 1.0) : 0.0;
+      const double d = std::hypot(a.x + t * dx - x, a.y + t * dy - y);
+      if (d < best) {
+        best = d;
+        nearest = &l;
+      }
+    }
+  }
+  if (!nearest) return std::numeric_limits<double>::quiet_NaN();
+  const LakeState st = stateOf(solution, *nearest);
+  return st.dry ? kDryHead : st.stage;
+}
+
+double LakeSolutionSource::lakeStage(double x, double y) const {
+  const double s = nearestLakeStage(s_, x, y);
+  return std::isnan(s) ? s_.head(x, y) : s;
+}
+
+std::vector<InhomogeneityResult> LakeSolutionSource::inhomogeneities() const {
+  std::vector<InhomogeneityResult> all = s_.inhomogeneityResults();
+  const auto& lakes = s_.model().lakes;
+  std::erase_if(all, [&](const InhomogeneityResult& r) {
+    return std::any_of(lakes.begin(), lakes.end(), [&](const Lake& l) { return l.label == r.label; });
+  });
+  return all;
+}
+
+}  // namespace tarno::engine
