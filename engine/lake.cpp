@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fstream>
 #include <limits>
+#include <set>
 #include <sstream>
 
 namespace tarno::engine {
@@ -39,6 +40,14 @@ double polygonArea(const Lake& l) { return std::fabs(detail::signedArea(polygonO
 
 double surfaceOf(const Lake& l, double stage) {
   return l.table.empty() ? polygonArea(l) : stageArea(l.table, stage);
+}
+
+// A lake takes part in a solution when the engine accepted its polygon (it skips one
+// whose edges cross another polygon's, and says so).
+std::set<std::string> acceptedLabels(const Solution& s) {
+  std::set<std::string> labels;
+  for (const InhomogeneityResult& r : s.inhomogeneityResults()) labels.insert(r.label);
+  return labels;
 }
 
 }  // namespace
@@ -224,6 +233,10 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
     solution.emplace(withLakeElements(m));
     rep.last = solution->solve(options, log);
     ++rep.lakeIterations;
+    if (it == 1) {
+      const std::set<std::string> kept = acceptedLabels(*solution);
+      std::erase_if(active, [&](int i) { return !kept.count(m.lakes[i].label); });
+    }
     if (active.empty()) break;
     double worst = 0.0;
     std::vector<double> next(m.lakes.size(), 0.0);
@@ -278,8 +291,9 @@ LakeState stateOf(const Solution& s, const Lake& l) {
 std::vector<LakeResult> lakeResults(const Solution& solution) {
   std::vector<LakeResult> out;
   if (!solution.solved()) return out;
+  const std::set<std::string> kept = acceptedLabels(solution);
   for (const Lake& l : solution.model().lakes) {
-    if (!usable(l)) continue;
+    if (!usable(l) || !kept.count(l.label)) continue;
     const LakeState st = stateOf(solution, l);
     LakeResult r;
     r.label = l.label;
@@ -333,8 +347,9 @@ double nearestLakeStage(const Solution& solution, double x, double y) {
   double best = std::numeric_limits<double>::infinity();
   const Lake* nearest = nullptr;
   if (!solution.solved()) return std::numeric_limits<double>::quiet_NaN();
+  const std::set<std::string> kept = acceptedLabels(solution);
   for (const Lake& l : solution.model().lakes) {
-    if (!usable(l)) continue;
+    if (!usable(l) || !kept.count(l.label)) continue;
     const size_t n = l.vertices.size();
     for (size_t i = 0; i < n; ++i) {
       const Vertex& a = l.vertices[i];
