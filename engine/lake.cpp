@@ -87,6 +87,53 @@ bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::
   return true;
 }
 
+bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows, std::string& error) {
+  rows.clear();
+  std::istringstream in(text);
+  std::string line;
+  int lineNo = 0;
+  while (std::getline(in, line)) {
+    ++lineNo;
+    for (char& c : line)
+      if (c == ',' || c == '\t' || c == '\r') c = ' ';
+    const size_t first = line.find_first_not_of(' ');
+    if (first == std::string::npos || line[first] == '!' || line[first] == '*' || line[first] == '#') continue;
+    std::istringstream ls(line);
+    double st = 0, q = 0;
+    std::string extra;
+    if (!(ls >> st >> q) || (ls >> extra)) {
+      error = "line " + std::to_string(lineNo) + " is not two numbers (stage, discharge)";
+      return false;
+    }
+    if (!std::isfinite(st) || !std::isfinite(q) || q < 0) {
+      error = "line " + std::to_string(lineNo) + " holds a negative or not finite discharge";
+      return false;
+    }
+    if (!rows.empty() && !(st > rows.back().first)) {
+      error = "line " + std::to_string(lineNo) + ": the stages do not rise";
+      return false;
+    }
+    rows.emplace_back(st, q);
+  }
+  if (rows.empty()) {
+    error = "it holds no rows";
+    return false;
+  }
+  return true;
+}
+
+bool readRatingTable(const std::filesystem::path& path, std::vector<std::pair<double, double>>& rows,
+                     std::string& error) {
+  std::ifstream f(path, std::ios::binary);
+  if (!f) {
+    error = "it cannot be opened";
+    return false;
+  }
+  std::ostringstream text;
+  text << f.rdbuf();
+  return parseRatingTable(text.str(), rows, error);
+}
+
 bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows, std::string& error) {
   std::ifstream f(path, std::ios::binary);
   if (!f) {
@@ -131,6 +178,20 @@ Model withLakeElements(const Model& model) {
     in.vertices = l.vertices;
     in.line = l.line;
     m.inhomogeneities.push_back(std::move(in));
+    // Linked strings: an inlet ends in the lake (its flow goes no further down the
+    // network), an outlet starts with the lake's outflow as its end inflow. The flags are
+    // cleared in the engine's copy: the lake handles them.
+    for (const Lake::Link& k : l.links)
+      for (LineSinkString& ls : m.lineSinks) {
+        if (ls.kind != LineSinkKind::Stream || ls.label != k.string) continue;
+        if (k.inlet) {
+          ls.inlet = false;
+          ls.end = true;
+        } else {
+          ls.outletTable.clear();
+          ls.endInflow = k.flow;
+        }
+      }
   }
   return m;
 }
@@ -172,22 +233,61 @@ std::pair<double, double> lakeHeadPoint(const std::vector<Vertex>& vs) {
 
 namespace {
 
-// The exchange a lake of stage s needs to close its balance, per area of polygon.
+}  // namespace
+
+double ratingFlow(const std::vector<std::pair<double, double>>& r, double s) {
+  if (r.empty() || !(s >= r.front().first)) return 0.0;
+  if (r.size() == 1) return r.front().second;
+  size_t i = 1;
+  while (i + 1 < r.size() && s > r[i].first) ++i;
+  const auto& [s0, q0] = r[i - 1];
+  const auto& [s1, q1] = r[i];
+  return std::max(0.0, q0 + (q1 - q0) * (s - s0) / (s1 - s0));
+}
+
+namespace {
+
+double inflowOf(const Lake& l) {
+  double q = 0.0;
+  for (const Lake::Link& k : l.links)
+    if (k.inlet) q += k.flow;
+  return q;
+}
+
+double outflowAt(const Lake& l, double s) {
+  double q = 0.0;
+  for (const Lake::Link& k : l.links)
+    if (!k.inlet) q += ratingFlow(k.rating, s);
+  return q;
+}
+
+double outflowUsed(const Lake& l) {
+  double q = 0.0;
+  for (const Lake::Link& k : l.links)
+    if (!k.inlet) q += k.flow;
+  return q;
+}
+
+// The exchange a lake of stage s needs to close its balance, per area of polygon, with
+// the inflow of its inlets from the last solve and the outflow its outlets' ratings give.
 double neededExtraction(const Lake& l, double s) {
-  return (l.evaporation - l.precipitation) * surfaceOf(l, s) / polygonArea(l);
+  return ((l.evaporation - l.precipitation) * surfaceOf(l, s) - inflowOf(l) + outflowAt(l, s)) / polygonArea(l);
 }
 
 // The stage s that meets s = h + g (N(s) - N0) - N(s) c, with h the head under the lake
 // from the last solve with exchange N0 and g the head's response to the exchange
 // (estimated from the solves). N(s) is piecewise linear in s (between the rows of the
-// table, below the first stage and above the last), so the root is found piece by piece.
+// stage table and of the outlets' ratings, and beyond them), so the root is found piece
+// by piece.
 double nextStage(const Lake& l, double h, double N0, double g) {
   const double c = l.resistance;
   auto f = [&](double s) { return s - h - g * (neededExtraction(l, s) - N0) + neededExtraction(l, s) * c; };
   std::vector<double> knots;
   for (const StageRow& r : l.table) knots.push_back(r.stage);
-  // Pieces: (-inf, k0], [k0, k1], ..., [kn, +inf). The outer pieces are linear with a
-  // slope of 1 - (g - c) N'(s), N' = 0 there.
+  for (const Lake::Link& k : l.links)
+    for (const auto& r : k.rating) knots.push_back(r.first);
+  std::sort(knots.begin(), knots.end());
+  knots.erase(std::unique(knots.begin(), knots.end()), knots.end());
   const double big = 1e6 * (1.0 + std::fabs(h) + (knots.empty() ? 0.0 : std::fabs(knots.back() - knots.front())));
   std::vector<double> pts;
   pts.push_back((knots.empty() ? h : knots.front()) - big);
@@ -198,79 +298,80 @@ double nextStage(const Lake& l, double h, double N0, double g) {
   double best = std::numeric_limits<double>::quiet_NaN();
   for (size_t i = 0; i + 1 < pts.size(); ++i) {
     const double a = pts[i], b = pts[i + 1];
-    const double fa = f(a), fb = f(b);
-    // f is continuous within a piece; at the first knot N jumps only if the first area
-    // is not 0, and the left limit is taken from just below.
-    const double fal = i == 0 ? fa : f(a + 1e-12 * (b - a));
+    // f is linear within a piece; at a knot it may jump (a first area or discharge
+    // that is not 0), so the piece's own value is taken just above its start.
+    const double fa = i == 0 ? f(a) : f(a + 1e-12 * (b - a));
+    const double fb = f(b - 1e-12 * (b - a));
     double r;
-    if (fal == 0.0) r = a;
-    else if ((fal < 0) == (fb < 0)) continue;
-    else r = a + (b - a) * fal / (fal - fb);
+    if (fa == 0.0) r = a;
+    else if ((fa < 0) == (fb < 0)) continue;
+    else r = a + (b - a) * fa / (fa - fb);
     if (!std::isfinite(best) || std::fabs(r - h) < std::fabs(best - h)) best = r;
   }
-  if (!std::isfinite(best)) best = knots.empty() ? h : knots.back();  // no state closes: the table's top
+  if (!std::isfinite(best)) best = knots.empty() ? h : knots.back();  // no state closes: the tables' top
   return best;
 }
 
-}  // namespace
-
-LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
-                               const LineSink& log, const std::function<void(Solution&)>& attach) {
-  LakeSolveReport rep;
-  Model m = model;
-  std::vector<int> active;
-  for (int i = 0; i < (int)m.lakes.size(); ++i) {
-    Lake& l = m.lakes[i];
-    if (!usable(l)) continue;
-    active.push_back(i);
-    // Start from the balance of a full lake.
-    l.extraction = l.table.empty() ? neededExtraction(l, 0.0) : (l.evaporation - l.precipitation) * l.table.back().area / polygonArea(l);
+bool pointInLake(const Lake& l, double x, double y) {
+  const std::vector<detail::Pt> p = polygonOf(l.vertices);
+  if (detail::insidePolygon(p, x, y)) return true;
+  // On the shore: within a thousandth of the lake's size of its boundary.
+  const double tol = 1e-3 * std::sqrt(polygonArea(l));
+  for (size_t i = 0, n = p.size(); i < n; ++i) {
+    const detail::Pt& a = p[i];
+    const detail::Pt& b = p[(i + 1) % n];
+    const double dx = b.x - a.x, dy = b.y - a.y, L2 = dx * dx + dy * dy;
+    const double t = L2 > 0 ? std::clamp(((x - a.x) * dx + (y - a.y) * dy) / L2, 0.0, 1.0) : 0.0;
+    if (std::hypot(a.x + t * dx - x, a.y + t * dy - y) <= tol) return true;
   }
-  std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
-  const int maxIter = active.empty() ? 1 : std::max(30, options.outerIterations);
-  for (int it = 1; it <= maxIter; ++it) {
-    solution.reset();
-    solution.emplace(withLakeElements(m));
-    rep.last = solution->solve(options, log);
-    ++rep.lakeIterations;
-    if (it == 1) {
-      const std::set<std::string> kept = acceptedLabels(*solution);
-      std::erase_if(active, [&](int i) { return !kept.count(m.lakes[i].label); });
-    }
-    if (active.empty()) break;
-    double worst = 0.0;
-    std::vector<double> next(m.lakes.size(), 0.0);
-    for (int i : active) {
-      Lake& l = m.lakes[i];
-      const auto [px, py] = lakeHeadPoint(l.vertices);
-      const double h = solution->head(px, py);
-      const double s = h - l.extraction * l.resistance;
-      const double need = neededExtraction(l, s);
-      const double scale = std::max({std::fabs(l.precipitation), std::fabs(l.evaporation), std::fabs(l.extraction)}) *
-                           std::max(polygonArea(l), surfaceOf(l, s));
-      const double err = std::fabs(need - l.extraction) * polygonArea(l);
-      worst = std::max(worst, scale > 0 ? err / scale : 0.0);
-      if (it > 1 && std::fabs(l.extraction - prevN[i]) > 1e-14 * (1.0 + std::fabs(l.extraction)))
-        gain[i] = std::min(0.0, (h - prevH[i]) / (l.extraction - prevN[i]));
-      prevH[i] = h;
-      prevN[i] = l.extraction;
-      next[i] = l.table.empty() ? need : neededExtraction(l, nextStage(l, h, l.extraction, gain[i]));
-    }
-    if (log && !m.lakes.empty())
-      log("Lake balance iteration " + std::to_string(it) + ": largest balance error " + num(worst) +
-          " of the largest term");
-    if (worst <= 1e-9) break;
-    if (it == maxIter) {
-      rep.converged = false;
-      break;
-    }
-    for (int i : active) m.lakes[i].extraction = next[i];
-  }
-  if (attach) attach(*solution);
-  return rep;
+  return false;
 }
 
-namespace {
+// Links the routed strings marked inlet or outlet to the lakes their ends lie in (once:
+// a loaded solution's lakes keep theirs).
+void findLinks(Model& m, const std::vector<int>& active, const LineSink& log) {
+  bool any = false;
+  for (int i : active) any = any || !m.lakes[i].linksFound;
+  if (!any) return;
+  for (const LineSinkString& ls : m.lineSinks) {
+    if (ls.kind != LineSinkKind::Stream || ls.segments.empty()) continue;
+    const bool outlet = !ls.outletTable.empty();
+    if (!ls.inlet && !outlet) continue;
+    // A string may leave one lake and enter another; each end joins one lake at most.
+    bool inletLinked = false, outletLinked = false;
+    for (int i : active) {
+      Lake& l = m.lakes[i];
+      if (l.linksFound) continue;
+      if (ls.inlet && !inletLinked && pointInLake(l, ls.segments.back().x2, ls.segments.back().y2)) {
+        l.links.push_back({ls.label, true, {}, 0.0});
+        inletLinked = true;
+      }
+      if (outlet && !outletLinked && pointInLake(l, ls.segments.front().x1, ls.segments.front().y1)) {
+        l.links.push_back({ls.label, false, ls.outletRating, 0.0});
+        outletLinked = true;
+        if (ls.outletRating.empty() && log)
+          log("Lake " + l.label + ": its outlet " + ls.label + " has no rating table; nothing flows out through it");
+      }
+    }
+  }
+  for (int i : active) m.lakes[i].linksFound = true;
+}
+
+// The flows of the inlets in a solution: the stream flow at the end of each inlet string.
+void readInletFlows(Model& m, const std::vector<int>& active, const Solution& s) {
+  bool any = false;
+  for (int i : active)
+    for (const Lake::Link& k : m.lakes[i].links) any = any || k.inlet;
+  if (!any) return;
+  const std::vector<SegmentResult> segs = s.segmentResults();
+  for (int i : active)
+    for (Lake::Link& k : m.lakes[i].links) {
+      if (!k.inlet) continue;
+      k.flow = 0.0;
+      for (const SegmentResult& r : segs)
+        if (r.stringLabel == k.string) k.flow = r.baseFlow + r.overlandFlow;  // the last one of the string stays
+    }
+}
 
 struct LakeState {
   double stage = 0.0, head = 0.0;
@@ -286,42 +387,122 @@ LakeState stateOf(const Solution& s, const Lake& l) {
   return st;
 }
 
+// A lake's balance in the state the solution was built with (exchange, outflows) and
+// the stage and inflows that followed from it.
+LakeResult balanceOf(const Lake& l, const LakeState& st) {
+  LakeResult r;
+  r.label = l.label;
+  if (!l.vertices.empty()) {
+    r.firstLabel = l.vertices.front().label;
+    r.lastLabel = l.vertices.back().label;
+  }
+  r.polygonArea = polygonArea(l);
+  r.dry = st.dry;
+  r.surfaceArea = surfaceOf(l, st.stage);
+  r.volume = l.table.empty() ? 0.0 : stageVolume(l.table, st.stage);
+  r.stage = st.dry ? kDryHead : st.stage;
+  r.aquiferHead = st.head;
+  r.precipitation = l.precipitation * r.surfaceArea;
+  r.evaporation = l.evaporation * r.surfaceArea;
+  const double exchange = l.extraction * r.polygonArea;
+  if (exchange > 0) r.groundwaterIn = exchange;
+  else r.groundwaterOut = -exchange;
+  // Precipitation or evaporation of the wrong sign is counted on the other side.
+  if (r.precipitation < 0) { r.evaporation -= r.precipitation; r.precipitation = 0; }
+  if (r.evaporation < 0) { r.precipitation -= r.evaporation; r.evaporation = 0; }
+  // Stream flow is never negative (a reach that would take more than reaches it goes dry).
+  for (const Lake::Link& k : l.links) (k.inlet ? r.streamIn : r.streamOut) += k.flow;
+  r.totalIn = r.precipitation + r.groundwaterIn + r.overlandIn + r.streamIn;
+  r.totalOut = r.evaporation + r.groundwaterOut + r.overlandOut + r.streamOut;
+  r.error = r.totalIn - r.totalOut;
+  const double big = std::max(r.totalIn, r.totalOut);
+  r.errorPercent = big > 0 ? 100.0 * std::fabs(r.error) / big : 0.0;
+  return r;
+}
+
 }  // namespace
+
+// The outer iteration stops when every lake's balance closes to this fraction of its
+// largest term (a hundredth of what the results promise), or after kLakeSolves solves
+// (or O of the solve command, when larger). Lakes linked by streams converge linearly:
+// each solve takes the inflows of the one before.
+constexpr double kLakeClosure = 1e-8;
+constexpr int kLakeSolves = 60;
+
+LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
+                               const LineSink& log, const std::function<void(Solution&)>& attach) {
+  LakeSolveReport rep;
+  Model m = model;
+  std::vector<int> active;
+  for (int i = 0; i < (int)m.lakes.size(); ++i)
+    if (usable(m.lakes[i])) active.push_back(i);
+  findLinks(m, active, log);
+  for (int i : active) {
+    Lake& l = m.lakes[i];
+    // A lake that has not been solved starts from the balance of a full lake.
+    if (l.extraction == 0.0) {
+      const double s = l.table.empty() ? 0.0 : l.table.back().stage;
+      l.extraction = neededExtraction(l, s);
+      for (Lake::Link& k : l.links)
+        if (!k.inlet) k.flow = ratingFlow(k.rating, s);
+    }
+  }
+  std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
+  const int maxIter = active.empty() ? 1 : std::max(kLakeSolves, options.outerIterations);
+  for (int it = 1; it <= maxIter; ++it) {
+    solution.reset();
+    solution.emplace(withLakeElements(m));
+    rep.last = solution->solve(options, log);
+    ++rep.lakeIterations;
+    if (it == 1) {
+      const std::set<std::string> kept = acceptedLabels(*solution);
+      std::erase_if(active, [&](int i) { return !kept.count(m.lakes[i].label); });
+    }
+    if (active.empty()) break;
+    readInletFlows(m, active, *solution);
+    // The balance in the state of this solve, and the stage and exchange for the next.
+    double worst = 0.0;
+    std::vector<double> next(m.lakes.size(), 0.0), nextStages(m.lakes.size(), 0.0);
+    for (int i : active) {
+      Lake& l = m.lakes[i];
+      const LakeState st = stateOf(*solution, l);
+      const LakeResult b = balanceOf(l, st);
+      const double big = std::max(b.totalIn, b.totalOut);
+      const double mismatch = std::fabs(outflowAt(l, st.stage) - outflowUsed(l));
+      worst = std::max(worst, big > 0 ? (std::fabs(b.error) + mismatch) / big : 0.0);
+      const double h = st.head;
+      if (it > 1 && std::fabs(l.extraction - prevN[i]) > 1e-14 * (1.0 + std::fabs(l.extraction)))
+        gain[i] = std::min(0.0, (h - prevH[i]) / (l.extraction - prevN[i]));
+      prevH[i] = h;
+      prevN[i] = l.extraction;
+      nextStages[i] = nextStage(l, h, l.extraction, gain[i]);
+      next[i] = neededExtraction(l, nextStages[i]);
+    }
+    if (log)
+      log("Lake balance iteration " + std::to_string(it) + ": largest balance error " + num(worst) +
+          " of the largest term");
+    if (worst <= kLakeClosure) break;
+    if (it == maxIter) {
+      rep.converged = false;
+      break;
+    }
+    for (int i : active) {
+      Lake& l = m.lakes[i];
+      l.extraction = next[i];
+      for (Lake::Link& k : l.links)
+        if (!k.inlet) k.flow = ratingFlow(k.rating, nextStages[i]);
+    }
+  }
+  if (attach) attach(*solution);
+  return rep;
+}
 
 std::vector<LakeResult> lakeResults(const Solution& solution) {
   std::vector<LakeResult> out;
   if (!solution.solved()) return out;
   const std::set<std::string> kept = acceptedLabels(solution);
-  for (const Lake& l : solution.model().lakes) {
-    if (!usable(l) || !kept.count(l.label)) continue;
-    const LakeState st = stateOf(solution, l);
-    LakeResult r;
-    r.label = l.label;
-    if (!l.vertices.empty()) {
-      r.firstLabel = l.vertices.front().label;
-      r.lastLabel = l.vertices.back().label;
-    }
-    r.polygonArea = polygonArea(l);
-    r.dry = st.dry;
-    r.surfaceArea = surfaceOf(l, st.stage);
-    r.volume = l.table.empty() ? 0.0 : stageVolume(l.table, st.stage);
-    r.stage = st.dry ? kDryHead : st.stage;
-    r.aquiferHead = st.head;
-    r.precipitation = l.precipitation * r.surfaceArea;
-    r.evaporation = l.evaporation * r.surfaceArea;
-    const double exchange = l.extraction * r.polygonArea;
-    if (exchange > 0) r.groundwaterIn = exchange;
-    else r.groundwaterOut = -exchange;
-    // Precipitation or evaporation of the wrong sign is counted on the other side.
-    if (r.precipitation < 0) { r.evaporation -= r.precipitation; r.precipitation = 0; }
-    if (r.evaporation < 0) { r.precipitation -= r.evaporation; r.evaporation = 0; }
-    r.totalIn = r.precipitation + r.groundwaterIn + r.overlandIn + r.streamIn;
-    r.totalOut = r.evaporation + r.groundwaterOut + r.overlandOut + r.streamOut;
-    r.error = r.totalIn - r.totalOut;
-    const double big = std::max(r.totalIn, r.totalOut);
-    r.errorPercent = big > 0 ? 100.0 * std::fabs(r.error) / big : 0.0;
-    out.push_back(r);
-  }
+  for (const Lake& l : solution.model().lakes)
+    if (usable(l) && kept.count(l.label)) out.push_back(balanceOf(l, stateOf(solution, l)));
   return out;
 }
 

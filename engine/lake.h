@@ -16,9 +16,20 @@
 // stage of its table is dry: no water surface, no exchange; its stage is reported as
 // kDryHead.
 //
-// Not done in this version: the links of routed streams to lakes (` Inlet`, ` Outlet`,
-// ` Lake`, ` Levels`) and overland flow into a lake. The balance terms for stream and
-// overland flow are reported as 0 and the runner says that the links are not computed.
+// Routed streams link to lakes: a string marked ` Inlet` whose last vertex lies in a
+// lake (or on its shore) delivers its stream flow to the lake (all of it: groundwater,
+// end inflows and overland flow along the string). A string
+// marked ` Outlet <table>` whose first vertex lies in a lake starts with the lake's
+// outflow, which its rating table gives from the stage (replacing the string's own end
+// inflow). The balance becomes
+//
+//   N A_p = (E - P) A_s(s) - Q_in + Q_out(s)
+//
+// and the inflows, which depend on the solution, are taken from the last solve.
+//
+// Not done in this version: lake edges drawn as routed strings (` Lake <table>` with
+// ` Levels <Q> <h>`, a line-sink lake); the runner reports them as not computed and
+// routes them as plain streams.
 
 #include "engine/extract.h"
 #include "engine/model.h"
@@ -39,6 +50,15 @@ namespace tarno::engine {
 bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows, std::string& error);
 bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::string& error);
 
+// Reads an outlet's rating table: one row per line, "stage discharge", stages strictly
+// rising, discharges not negative; comments as in a stage table.
+bool readRatingTable(const std::filesystem::path& path, std::vector<std::pair<double, double>>& rows,
+                     std::string& error);
+bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows, std::string& error);
+// The outflow at a stage: 0 below the first stage (the outlet runs dry), linear between
+// the rows, on with the last two rows' slope above them (never below 0).
+double ratingFlow(const std::vector<std::pair<double, double>>& rating, double stage);
+
 // The water surface at a stage: 0 below the first stage (a dry lake), linear between
 // rows, the last area above the last stage (banks that rise straight up).
 double stageArea(const std::vector<StageRow>& table, double stage);
@@ -52,6 +72,8 @@ double stageVolume(const std::vector<StageRow>& table, double stage);
 struct LakeResult {
     std::string label;
     std::string firstLabel, lastLabel;  // labels of the first and last vertex
+    // Overland flow straight into a lake has no command of its own: both terms are 0 (the
+    // overland flow of an inlet string reaches the lake as part of its stream flow).
     double polygonArea = 0.0;
     double surfaceArea = 0.0;           // water surface at the stage
     double volume = 0.0;                // from the stage table (0 without one)

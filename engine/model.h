@@ -5,6 +5,7 @@
 // line-sink's strength > 0 take water out of the aquifer.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarno::engine {
@@ -75,11 +76,13 @@ struct LineSinkString {
     bool end = false;          // Stream: the network ends at this string's last vertex
     double overlandFlow = 0.0; // Stream: overland inflow per unit length along the string (L^2/T)
     std::string label;         // optional name of the string (segments carry their own labels)
-    // Commands of the stream menu that the mathematics does not handle yet
-    // (inlet, outlet and lake tables). Kept so that the reader can store them and
-    // the solver warns about them.
+    // Links to lakes (engine/lake.h, which clears these in the engine's copy of a linked string): an inlet's last vertex lies in a lake, which
+    // takes its stream flow; an outlet's first vertex lies in a lake, whose outflow by
+    // the rating table `outletTable` (rows read by the runner into `outletRating`) is the
+    // string's end inflow. A string whose link reaches no lake is routed as a plain stream.
     bool inlet = false;
     std::string outletTable;
+    std::vector<std::pair<double, double>> outletRating;  // (stage, discharge), stages rising
     std::vector<Segment> segments;
 };
 
@@ -192,6 +195,16 @@ struct Lake {
     // The exchange through the bottom per area of polygon (> 0 into the lake) that the
     // solution was built with; the stage follows from it and the solved head.
     double extraction = 0.0;
+    // Routed strings linked to the lake, found by solveWithLakes, with the flows of the
+    // solution: an inlet's stream flow into the lake, an outlet's outflow.
+    struct Link {
+        std::string string;    // the string's label
+        bool inlet = true;
+        std::vector<std::pair<double, double>> rating;  // outlet: (stage, discharge)
+        double flow = 0.0;     // inlet: its stream flow at its end; outlet: the outflow
+    };
+    std::vector<Link> links;
+    bool linksFound = false;
 };
 
 // The map window: Left, Bottom, Right, Top.

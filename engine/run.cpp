@@ -244,8 +244,9 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
   for (const Step& step : file.steps) {
     if (auto* e = std::get_if<ElementsInput>(&step.data)) {
       for (const auto& s : e->strings)
-        if (s.lakeLinkLine > 0)
-          note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
+        if (s.lakeTable || s.levels)
+          note("streamlakes", "lake edges drawn as routed streams (Lake, Levels)", s.lakeLinkLine, 1,
+               "they are routed as plain streams");
     } else if (auto* a = std::get_if<AquiferInput>(&step.data)) {
       if (a->interface) note("interface", "the salt water interface (aquifer interface)", a->interfaceLine, 1);
     } else if (std::get_if<LeakageInput>(&step.data)) {
@@ -424,11 +425,26 @@ class Runner {
     size_t lakesBefore = model_.lakes.size();
     addElements(model_, kept);
     for (size_t i = lakesBefore; i < model_.lakes.size(); ++i) readLakeTable(model_.lakes[i]);
+    for (size_t i = stringsBefore; i < model_.lineSinks.size(); ++i) readOutletRating(model_.lineSinks[i]);
     if (model_.wells.size() + model_.partialWells.size() + model_.theisWells.size() != wellsBefore ||
         model_.lineSinks.size() != stringsBefore ||
         model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore ||
         model_.lakes.size() != lakesBefore)
       modelChanged_ = true;
+  }
+
+  // The rating table of a stream that flows out of a lake (read here; the link to the
+  // lake is made by the solve). Without one nothing flows out through the outlet.
+  void readOutletRating(LineSinkString& ls) {
+    const std::string name = ls.outletTable;
+    if (ls.kind != LineSinkKind::Stream || name.empty() || name == "0" || name == "__NONE__") return;
+    auto p = findFileNoCase(workDir_, name);
+    std::string why;
+    if (!p) why = "it was not found in " + workDir_.string();
+    else if (readRatingTable(*p, ls.outletRating, why)) return;
+    ls.outletRating.clear();
+    logs_.problem(0, "", "stream " + ls.label + ": the outlet rating table " + name + " cannot be used (" + why +
+                             "); nothing flows out of a lake through it");
   }
 
   // A lake's stage table, looked up in the working folder without regard to case. The

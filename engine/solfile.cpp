@@ -144,6 +144,13 @@ void writeModel(Writer& w, const Model& m) {
         w.i((long)l.table.size());
         for (const auto& t : l.table) { w.num(t.stage); w.num(t.area); w.num(t.volume); }
         vertices(l.vertices);
+        w.i(l.linksFound);
+        w.i((long)l.links.size());
+        for (const auto& k : l.links) {
+            w.str(k.string); w.i(k.inlet); w.num(k.flow);
+            w.i((long)k.rating.size());
+            for (const auto& [st, q] : k.rating) { w.num(st); w.num(q); }
+        }
     }
 }
 
@@ -215,6 +222,13 @@ Model readModel(Reader& r) {
         l.table.resize(r.count(kMaxItems));
         for (auto& t : l.table) { t.stage = r.num(); t.area = r.num(); t.volume = r.num(); }
         vertices(l.vertices);
+        l.linksFound = r.i() != 0;
+        l.links.resize(r.count(kMaxItems));
+        for (auto& k : l.links) {
+            k.string = r.str(); k.inlet = r.i() != 0; k.flow = r.num();
+            k.rating.resize(r.count(kMaxItems));
+            for (auto& [st, q] : k.rating) { st = r.num(); q = r.num(); }
+        }
     }
     return m;
 }

@@ -72,7 +72,7 @@ struct CircularLake {
 };
 
 LakeSolveReport solveLakes(const Model& m, std::optional<Solution>& s) {
-  return solveWithLakes(m, s, opts(5), {}, {});
+  return solveWithLakes(m, s, opts(5), [](const std::string& l) { if (getenv("LAKELOG") && l.rfind("Lake bal", 0) == 0) printf("%s\n", l.c_str()); }, {});
 }
 
 }  // namespace
@@ -255,4 +255,110 @@ TEST(Lakes, SaveAndLoadKeepTheLakesAndTheirStages) {
   solveLakes(t.model(), u);
   EXPECT_EQ(u->inhomogeneityResults().size(), 2u);
   EXPECT_NEAR(lakeResults(*u).at(1).stage, before[1].stage, 1e-6);
+}
+
+// ---------------------------------------------------------------------------------
+// Streams linked to lakes
+
+namespace {
+
+LineSinkString stream(double x1, double x2, double y, int n, double head, double endInflow, const std::string& label) {
+  LineSinkString s = straightString(LineSinkKind::Stream, x1, y, x2, y, n, head, head, label);
+  s.resistance = 10;
+  s.width = 2;
+  s.endInflow = endInflow;
+  return s;
+}
+
+const SegmentResult& lastSegmentOf(const std::vector<SegmentResult>& segs, const std::string& label) {
+  const SegmentResult* last = nullptr;
+  for (const auto& r : segs)
+    if (r.stringLabel == label) last = &r;
+  if (!last) throw std::runtime_error("no segment of " + label);
+  return *last;
+}
+
+}  // namespace
+
+TEST(StageTable, RatingTablesAndTheirOutflow) {
+  std::vector<std::pair<double, double>> r;
+  std::string why;
+  ASSERT_TRUE(parseRatingTable("* stage discharge\n10 0\n11, 100\n13 500\n", r, why)) << why;
+  ASSERT_EQ(r.size(), 3u);
+  EXPECT_EQ(ratingFlow(r, 9), 0.0);
+  EXPECT_DOUBLE_EQ(ratingFlow(r, 10.5), 50.0);
+  EXPECT_DOUBLE_EQ(ratingFlow(r, 12), 300.0);
+  EXPECT_DOUBLE_EQ(ratingFlow(r, 14), 700.0);  // on with the last slope
+  EXPECT_FALSE(parseRatingTable("10 0\n9 5\n", r, why));
+  EXPECT_FALSE(parseRatingTable("10 -1\n", r, why));
+  EXPECT_FALSE(parseRatingTable("10 1 2\n", r, why));
+}
+
+// An inlet brings its stream flow into the lake, an outlet takes what its rating gives
+// at the stage; the lake's balance closes with both, and the flows are those of the
+// solution's own stream routing.
+TEST(Lakes, InletAndOutletStreamsEnterTheBalance) {
+  const CircularLake c;
+  const double P = 0.001, E = 0.003;
+  Model m = c.model(P, E, 50);
+  const double hc = c.centreHead(0.0);
+  LineSinkString in = stream(-1000, -100, 0, 4, hc + 5, 300, "LS_000010");
+  in.inlet = true;
+  LineSinkString out = stream(100, 1000, 0, 4, hc - 5, 7, "LS_000011");
+  out.outletTable = "out.tab";
+  out.outletRating = {{hc - 2, 0}, {hc + 2, 2000}};
+  m.lineSinks = {in, out};
+  std::optional<Solution> s;
+  const auto rep = solveLakes(m, s);
+  EXPECT_TRUE(rep.converged);
+  const LakeResult L = lakeResults(*s).at(0);
+  EXPECT_LE(std::fabs(L.error), 1e-6 * std::max(L.totalIn, L.totalOut));
+  // The inlet's flow at its end, which its end inflow is part of, all enters the lake
+  // (the lake takes it from the solve before the last, which the iteration made agree to
+  // 1e-8).
+  const auto segs = s->segmentResults();
+  const SegmentResult& end = lastSegmentOf(segs, "LS_000010");
+  EXPECT_NEAR(L.streamIn, end.baseFlow + end.overlandFlow, 1e-7 * L.totalIn);
+  EXPECT_NEAR(end.overlandFlow, 300.0, 1e-9);
+  EXPECT_EQ(L.overlandIn + L.overlandOut, 0.0);
+  EXPECT_TRUE(end.downstreamLabel.empty());
+  // The outlet carries what the rating gives at the stage, as its end inflow.
+  EXPECT_GT(L.streamOut, 0.0);
+  EXPECT_NEAR(L.streamOut, ratingFlow(out.outletRating, L.stage), 1e-6 * L.streamOut);
+  EXPECT_DOUBLE_EQ(s->model().lineSinks[1].endInflow, L.streamOut);
+  EXPECT_NEAR(lastSegmentOf(segs, "LS_000011").overlandFlow, L.streamOut, 1e-9 * L.streamOut);
+  // The exchange with the aquifer closes the rest, and the flux around the lake shows it.
+  const double net = (E - P) * L.polygonArea - L.streamIn + L.streamOut;
+  EXPECT_NEAR(L.groundwaterIn - L.groundwaterOut, net, 1e-6 * L.totalIn);
+}
+
+// A string that leaves one lake and enters another carries the first lake's outflow into
+// the second; both balances close.
+TEST(Lakes, AStreamLinksTwoLakesInAChain) {
+  const CircularLake c;
+  Model m = c.model(0.002, 0.001, 20);  // a wet lake: it overflows into the stream
+  const double hc = c.centreHead(0.0);
+  Lake second = m.lakes[0];
+  second.label = "LK_000002_0000";
+  second.vertices = circle(1500, 0, 150, 32, "LK_000002");
+  m.lakes.push_back(second);
+  LineSinkString link = stream(100, 1400, 0, 6, hc - 8, 0, "LS_000020");
+  link.outletTable = "out.tab";
+  link.outletRating = {{hc - 3, 0}, {hc + 3, 600}};
+  link.inlet = true;
+  m.lineSinks = {link};
+  std::optional<Solution> s;
+  EXPECT_TRUE(solveLakes(m, s).converged);
+  const auto lakes = lakeResults(*s);
+  ASSERT_EQ(lakes.size(), 2u);
+  for (const auto& L : lakes) EXPECT_LE(std::fabs(L.error), 1e-6 * std::max(L.totalIn, L.totalOut)) << L.label;
+  EXPECT_GT(lakes[0].streamOut, 0.0);
+  EXPECT_EQ(lakes[0].streamIn, 0.0);
+  // The second lake receives the outflow of the first (as the stream's end inflow) and
+  // what the stream gained or lost on the way.
+  const SegmentResult& end = lastSegmentOf(s->segmentResults(), "LS_000020");
+  EXPECT_NEAR(end.overlandFlow, lakes[0].streamOut, 1e-9 * lakes[0].streamOut);
+  // (taken from the solve before the last, which the iteration made agree to 1e-8)
+  EXPECT_NEAR(lakes[1].streamIn, end.baseFlow + end.overlandFlow, 1e-7 * lakes[1].totalIn);
+  EXPECT_EQ(lakes[1].streamOut, 0.0);
 }

@@ -213,7 +213,7 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
                      "  .1E+03 .2E+03 .5E+03 .0E+00 .1E+02 .1E-03 .1E+00 WL_000014", " quit ", " inhomogeneity ",
                      "slurry open     .00000E+00 .10000E+01 .30000E+00 .50000E+01 HB_000004_0000",
                      "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " linesink ",
-                     " stream 0.000000E+00", " Inlet ", " overlandflow 0.000000E+00", " resistance 1",
+                     " stream 0.000000E+00", " Lake lake.tab", " Levels 100 10", " overlandflow 0.000000E+00", " resistance 1",
                      " width 1 0", " depth 1", "  300 300 10 LS_000020_0100", "  300 400 10 LS_000020_0200",
                      " 300 500", " quit ", " frobnicate"});
   file = with(file, kSolveAndExtract);
@@ -232,8 +232,8 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("(Inhomogeneity Lake)"), 0);
   EXPECT_EQ(count("lake LK_000001_0000: the stage table stage.tab cannot be used"), 1);
   EXPECT_EQ(count("lake LK_000002_0000 has 1 vertices, fewer than three; the lake is skipped"), 1);
-  // The links of streams to lakes are not computed yet: reported once.
-  EXPECT_EQ(count("(Inlet, Outlet, Lake, Levels)"), 1);
+  // Lake edges drawn as routed streams are not computed: reported once.
+  EXPECT_EQ(count("(Lake, Levels)"), 1);
   EXPECT_EQ(count("not supported by this version"), 1);
   // Partially penetrating and transient wells are solved: not reported as unsupported.
   EXPECT_EQ(count("ppwell"), 0);
@@ -243,10 +243,10 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("slurry"), 0);
   EXPECT_EQ(count("\"horizontalpoints\""), 2);
   EXPECT_EQ(count("frobnicate"), 1);
-  // The report names the first line of the kind (the Inlet line) and how many items
+  // The report names the first line of the kind (the Lake line) and how many items
   // were read.
   for (const auto& l : err)
-    if (l.find("(Inlet, Outlet, Lake, Levels)") != std::string::npos) {
+    if (l.find("(Lake, Levels)") != std::string::npos) {
       EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 26), 0), 0u) << l;
       EXPECT_NE(l.find("1 item"), std::string::npos) << l;
     }
