@@ -373,6 +373,38 @@ void readInletFlows(Model& m, const std::vector<int>& active, const Solution& s)
     }
 }
 
+// The lakes in an order in which a lake comes after every lake whose outlet flows into
+// it (lakes on a loop of streams keep their order).
+std::vector<int> upstreamFirst(const Model& m, const std::vector<int>& active) {
+  std::vector<int> order, indeg(m.lakes.size(), 0);
+  auto feeds = [&](int j, int i) {  // an outlet of lake j is an inlet of lake i
+    for (const Lake::Link& o : m.lakes[j].links)
+      if (!o.inlet)
+        for (const Lake::Link& k : m.lakes[i].links)
+          if (k.inlet && k.string == o.string) return true;
+    return false;
+  };
+  for (int i : active)
+    for (int j : active)
+      if (i != j && feeds(j, i)) ++indeg[i];
+  std::vector<char> placed(m.lakes.size(), 0);
+  for (size_t round = 0; round < active.size(); ++round) {
+    bool any = false;
+    for (int i : active) {
+      if (placed[i] || indeg[i] > 0) continue;
+      placed[i] = 1;
+      any = true;
+      order.push_back(i);
+      for (int k : active)
+        if (!placed[k] && feeds(i, k)) --indeg[k];
+    }
+    if (!any) break;
+  }
+  for (int i : active)
+    if (!placed[i]) order.push_back(i);
+  return order;
+}
+
 struct LakeState {
   double stage = 0.0, head = 0.0;
   bool dry = false;
@@ -423,11 +455,11 @@ LakeResult balanceOf(const Lake& l, const LakeState& st) {
 }  // namespace
 
 // The outer iteration stops when every lake's balance closes to this fraction of its
-// largest term (a hundredth of what the results promise), or after kLakeSolves solves
+// largest term (a tenth of what the results promise), or after kLakeSolves solves
 // (or O of the solve command, when larger). Lakes linked by streams converge linearly:
 // each solve takes the inflows of the one before.
-constexpr double kLakeClosure = 1e-8;
-constexpr int kLakeSolves = 60;
+constexpr double kLakeClosure = 1e-7;
+constexpr int kLakeSolves = 100;
 
 LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
                                const LineSink& log, const std::function<void(Solution&)>& attach) {
@@ -448,6 +480,8 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
     }
   }
   std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
+  std::vector<int> order;
+  std::vector<char> done(m.lakes.size(), 0);
   const int maxIter = active.empty() ? 1 : std::max(kLakeSolves, options.outerIterations);
   for (int it = 1; it <= maxIter; ++it) {
     solution.reset();
@@ -459,28 +493,53 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
       std::erase_if(active, [&](int i) { return !kept.count(m.lakes[i].label); });
     }
     if (active.empty()) break;
+    if (it == 1) order = upstreamFirst(m, active);
     readInletFlows(m, active, *solution);
-    // The balance in the state of this solve, and the stage and exchange for the next.
+    // The balance in the state of this solve.
     double worst = 0.0;
-    std::vector<double> next(m.lakes.size(), 0.0), nextStages(m.lakes.size(), 0.0);
+    std::string worstLake;
+    std::vector<double> heads(m.lakes.size(), 0.0);
     for (int i : active) {
       Lake& l = m.lakes[i];
       const LakeState st = stateOf(*solution, l);
       const LakeResult b = balanceOf(l, st);
       const double big = std::max(b.totalIn, b.totalOut);
       const double mismatch = std::fabs(outflowAt(l, st.stage) - outflowUsed(l));
-      worst = std::max(worst, big > 0 ? (std::fabs(b.error) + mismatch) / big : 0.0);
-      const double h = st.head;
+      const double e = big > 0 ? (std::fabs(b.error) + mismatch) / big : 0.0;
+      if (e > worst || worstLake.empty()) {
+        worst = std::max(worst, e);
+        worstLake = l.label;
+      }
+      heads[i] = st.head;
+    }
+    // The stage and exchange for the next solve, upstream lakes first: the change of an
+    // upstream lake's outflow reaches the lake its outlet flows into along the stream, so
+    // that lake's inflow is corrected by it at once (the stream's own gains stay those of
+    // this solve). A chain of lakes then settles in a few solves rather than one lake per
+    // solve.
+    std::vector<double> next(m.lakes.size(), 0.0), nextStages(m.lakes.size(), 0.0);
+    for (int i : order) {
+      Lake& l = m.lakes[i];
+      for (Lake::Link& k : l.links) {
+        if (!k.inlet) continue;
+        for (int j : active)
+          for (const Lake::Link& o : m.lakes[j].links)
+            if (!o.inlet && o.string == k.string && j != i && done[j])
+              k.flow = std::max(0.0, k.flow + ratingFlow(o.rating, nextStages[j]) - o.flow);
+      }
+      const double h = heads[i];
       if (it > 1 && std::fabs(l.extraction - prevN[i]) > 1e-14 * (1.0 + std::fabs(l.extraction)))
         gain[i] = std::min(0.0, (h - prevH[i]) / (l.extraction - prevN[i]));
       prevH[i] = h;
       prevN[i] = l.extraction;
       nextStages[i] = nextStage(l, h, l.extraction, gain[i]);
       next[i] = neededExtraction(l, nextStages[i]);
+      done[i] = 1;
     }
+    std::fill(done.begin(), done.end(), 0);
     if (log)
       log("Lake balance iteration " + std::to_string(it) + ": largest balance error " + num(worst) +
-          " of the largest term");
+          " of the largest term (lake " + worstLake + ")");
     if (worst <= kLakeClosure) break;
     if (it == maxIter) {
       rep.converged = false;

@@ -72,7 +72,7 @@ struct CircularLake {
 };
 
 LakeSolveReport solveLakes(const Model& m, std::optional<Solution>& s) {
-  return solveWithLakes(m, s, opts(5), [](const std::string& l) { if (getenv("LAKELOG") && l.rfind("Lake bal", 0) == 0) printf("%s\n", l.c_str()); }, {});
+  return solveWithLakes(m, s, opts(5), {}, {});
 }
 
 }  // namespace
@@ -315,10 +315,10 @@ TEST(Lakes, InletAndOutletStreamsEnterTheBalance) {
   EXPECT_LE(std::fabs(L.error), 1e-6 * std::max(L.totalIn, L.totalOut));
   // The inlet's flow at its end, which its end inflow is part of, all enters the lake
   // (the lake takes it from the solve before the last, which the iteration made agree to
-  // 1e-8).
+  // 1e-6).
   const auto segs = s->segmentResults();
   const SegmentResult& end = lastSegmentOf(segs, "LS_000010");
-  EXPECT_NEAR(L.streamIn, end.baseFlow + end.overlandFlow, 1e-7 * L.totalIn);
+  EXPECT_NEAR(L.streamIn, end.baseFlow + end.overlandFlow, 1e-6 * L.totalIn);
   EXPECT_NEAR(end.overlandFlow, 300.0, 1e-9);
   EXPECT_EQ(L.overlandIn + L.overlandOut, 0.0);
   EXPECT_TRUE(end.downstreamLabel.empty());
@@ -358,7 +358,7 @@ TEST(Lakes, AStreamLinksTwoLakesInAChain) {
   // what the stream gained or lost on the way.
   const SegmentResult& end = lastSegmentOf(s->segmentResults(), "LS_000020");
   EXPECT_NEAR(end.overlandFlow, lakes[0].streamOut, 1e-9 * lakes[0].streamOut);
-  // (taken from the solve before the last, which the iteration made agree to 1e-8)
-  EXPECT_NEAR(lakes[1].streamIn, end.baseFlow + end.overlandFlow, 1e-7 * lakes[1].totalIn);
+  // (taken from the solve before the last, which the iteration made agree to 1e-6)
+  EXPECT_NEAR(lakes[1].streamIn, end.baseFlow + end.overlandFlow, 1e-6 * lakes[1].totalIn);
   EXPECT_EQ(lakes[1].streamOut, 0.0);
 }

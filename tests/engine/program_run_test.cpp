@@ -553,3 +553,58 @@ TEST(ProgramRun, SolveWritesTheOutputReport) {
   ASSERT_EQ(runTarno1(dir.Path(), "61 REGRID.DAT"), 0);
   EXPECT_EQ(readAll(dir.Path() / "demo.OUT"), text);
 }
+
+// Two lakes, a stage table, an inlet and a stream from one lake's outlet into the other:
+// the error log is empty, the message log gives each lake's balance, and the lake stage
+// records carry the stages, also after a load.
+TEST(ProgramRun, LakesAreSolvedWithTheirTablesAndStreams) {
+  TempDir dir;
+  fs::path seed = fs::path(TARNO_TEST_DATA_DIR) / "fuzz-corpus" / "seed_lakes.dat";
+  fs::copy_file(seed, dir.Path() / "LAKES.DAT");
+  writeLines(dir.Path() / "lake1.stg", {"! stage area volume", "50 0 0", "58 100000 400000", "70 160000 2000000"});
+  writeLines(dir.Path() / "rating.tab", {"55 0", "59 4000"});
+  ASSERT_EQ(runTarno1(dir.Path(), "61 LAKES.DAT"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
+  const std::string msg = readAll(dir.Path() / "message.log");
+  std::vector<double> stages;
+  for (const char* label : {"Lake LK_000001_0000", "Lake LK_000002_0000"}) {
+    const size_t at = msg.rfind(label);  // the last solve's balance
+    ASSERT_NE(at, std::string::npos) << label;
+    const size_t st = msg.find("stage ", at);
+    stages.push_back(std::strtod(msg.c_str() + st + 6, nullptr));
+    // The balance error of the last block is below a millionth of the largest term.
+    const size_t pc = msg.find("balance error ", at);
+    ASSERT_NE(pc, std::string::npos);
+    const size_t open = msg.find('(', pc);
+    EXPECT_LT(std::strtod(msg.c_str() + open + 1, nullptr), 1e-4) << label;
+  }
+  // The first lake has an outlet: its stage lies within its rating table, so stream flow
+  // leaves it, and the stream enters the second lake.
+  EXPECT_GT(stages[0], 55.0);
+  EXPECT_LT(stages[0], 59.0);
+  const size_t second = msg.rfind("Lake LK_000002_0000");
+  const size_t in = msg.find("  in:", second);
+  const size_t flow = msg.find("stream flow ", in);
+  EXPECT_GT(std::strtod(msg.c_str() + flow + 12, nullptr), 0.0);
+  auto xtr = readLines(dir.Path() / "lakes.XTR");
+  ASSERT_GE(xtr.size(), 4u);
+  ASSERT_TRUE(xtr[1].ends_with("TS_000005"));
+  ASSERT_TRUE(xtr[2].ends_with("TS_000006"));
+  const double s1 = std::strtod(xtr[1].substr(49, 13).c_str(), nullptr);
+  const double s2 = std::strtod(xtr[2].substr(49, 13).c_str(), nullptr);
+  EXPECT_NEAR(s1, stages[0], 1e-4 * std::fabs(stages[0]));
+  EXPECT_NEAR(s2, stages[1], 1e-4 * std::fabs(stages[1]));
+  // The point inside the first lake has the lake's conductivity; the lakes are no
+  // transmissivity inhomogeneities of the extract file.
+  ASSERT_TRUE(xtr[3].ends_with("TP_000007"));
+  std::vector<std::string> fields;
+  std::stringstream record(xtr[3].substr(1));
+  for (std::string f; std::getline(record, f, ',');) fields.push_back(f);
+  ASSERT_EQ(fields.size(), 15u);
+  EXPECT_DOUBLE_EQ(std::strtod(fields[11].c_str(), nullptr), 1000.0);
+  for (const auto& l : xtr) EXPECT_EQ(l.find("LK_00000"), std::string::npos) << l;
+  // After a load the stage is the same.
+  auto again = readLines(dir.Path() / "again.XTR");
+  ASSERT_GE(again.size(), 2u);
+  EXPECT_EQ(again[1], xtr[1]);
+}
