@@ -482,11 +482,15 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
   std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
   std::vector<int> order;
   std::vector<char> done(m.lakes.size(), 0);
+  std::vector<std::string> solveLines;
   const int maxIter = active.empty() ? 1 : std::max(kLakeSolves, options.outerIterations);
   for (int it = 1; it <= maxIter; ++it) {
     solution.reset();
     solution.emplace(withLakeElements(m));
-    rep.last = solution->solve(options, log);
+    // The message log gets one line per solve of the outer iteration and the full log of
+    // the last solve only (a chain of lakes takes dozens of solves).
+    solveLines.clear();
+    rep.last = solution->solve(options, [&](const std::string& l) { solveLines.push_back(l); });
     ++rep.lakeIterations;
     if (it == 1) {
       const std::set<std::string> kept = acceptedLabels(*solution);
@@ -551,6 +555,10 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
       for (Lake::Link& k : l.links)
         if (!k.inlet) k.flow = ratingFlow(k.rating, nextStages[i]);
     }
+  }
+  if (log) {
+    if (rep.lakeIterations > 1) log("The last solve of the lakes' iteration:");
+    for (const std::string& l : solveLines) log(l);
   }
   if (attach) attach(*solution);
   return rep;
