@@ -62,7 +62,9 @@ bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::
     for (char& c : line)
       if (c == ',' || c == '\t' || c == '\r') c = ' ';
     const size_t first = line.find_first_not_of(' ');
-    if (first == std::string::npos || line[first] == '!' || line[first] == '*' || line[first] == '#') continue;
+    if (first == std::string::npos || line[first] == '!' || line[first] == '*' ||
+        line[first] == '#')
+      continue;
     std::istringstream ls(line);
     StageRow r;
     std::string extra;
@@ -70,7 +72,8 @@ bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::
       error = "line " + std::to_string(lineNo) + " is not three numbers (stage, area, volume)";
       return false;
     }
-    if (!std::isfinite(r.stage) || !std::isfinite(r.area) || !std::isfinite(r.volume) || r.area < 0 || r.volume < 0) {
+    if (!std::isfinite(r.stage) || !std::isfinite(r.area) || !std::isfinite(r.volume) ||
+        r.area < 0 || r.volume < 0) {
       error = "line " + std::to_string(lineNo) + " holds a negative or not finite area or volume";
       return false;
     }
@@ -87,7 +90,8 @@ bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::
   return true;
 }
 
-bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows, std::string& error) {
+bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows,
+                      std::string& error) {
   rows.clear();
   std::istringstream in(text);
   std::string line;
@@ -97,7 +101,9 @@ bool parseRatingTable(const std::string& text, std::vector<std::pair<double, dou
     for (char& c : line)
       if (c == ',' || c == '\t' || c == '\r') c = ' ';
     const size_t first = line.find_first_not_of(' ');
-    if (first == std::string::npos || line[first] == '!' || line[first] == '*' || line[first] == '#') continue;
+    if (first == std::string::npos || line[first] == '!' || line[first] == '*' ||
+        line[first] == '#')
+      continue;
     std::istringstream ls(line);
     double st = 0, q = 0;
     std::string extra;
@@ -122,8 +128,8 @@ bool parseRatingTable(const std::string& text, std::vector<std::pair<double, dou
   return true;
 }
 
-bool readRatingTable(const std::filesystem::path& path, std::vector<std::pair<double, double>>& rows,
-                     std::string& error) {
+bool readRatingTable(const std::filesystem::path& path,
+                     std::vector<std::pair<double, double>>& rows, std::string& error) {
   std::ifstream f(path, std::ios::binary);
   if (!f) {
     error = "it cannot be opened";
@@ -134,7 +140,8 @@ bool readRatingTable(const std::filesystem::path& path, std::vector<std::pair<do
   return parseRatingTable(text.str(), rows, error);
 }
 
-bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows, std::string& error) {
+bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows,
+                    std::string& error) {
   std::ifstream f(path, std::ios::binary);
   if (!f) {
     error = "it cannot be opened";
@@ -148,7 +155,8 @@ bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& ro
 double stageArea(const std::vector<StageRow>& t, double s) {
   if (t.empty() || !(s >= t.front().stage)) return 0.0;
   if (s >= t.back().stage) return t.back().area;
-  const auto it = std::upper_bound(t.begin(), t.end(), s, [](double v, const StageRow& r) { return v < r.stage; });
+  const auto it = std::upper_bound(t.begin(), t.end(), s,
+                                   [](double v, const StageRow& r) { return v < r.stage; });
   const StageRow& b = *it;
   const StageRow& a = *(it - 1);
   return a.area + (b.area - a.area) * (s - a.stage) / (b.stage - a.stage);
@@ -157,7 +165,8 @@ double stageArea(const std::vector<StageRow>& t, double s) {
 double stageVolume(const std::vector<StageRow>& t, double s) {
   if (t.empty() || !(s >= t.front().stage)) return 0.0;
   if (s >= t.back().stage) return t.back().volume + t.back().area * (s - t.back().stage);
-  const auto it = std::upper_bound(t.begin(), t.end(), s, [](double v, const StageRow& r) { return v < r.stage; });
+  const auto it = std::upper_bound(t.begin(), t.end(), s,
+                                   [](double v, const StageRow& r) { return v < r.stage; });
   const StageRow& b = *it;
   const StageRow& a = *(it - 1);
   return a.volume + (b.volume - a.volume) * (s - a.stage) / (b.stage - a.stage);
@@ -167,7 +176,8 @@ Model withLakeElements(const Model& model) {
   Model m = model;
   // A loaded solution's model holds the lakes' inhomogeneities already: they are rebuilt.
   std::erase_if(m.inhomogeneities, [&](const Inhomogeneity& in) {
-    return std::any_of(model.lakes.begin(), model.lakes.end(), [&](const Lake& l) { return l.label == in.label; });
+    return std::any_of(model.lakes.begin(), model.lakes.end(),
+                       [&](const Lake& l) { return l.label == in.label; });
   });
   for (const Lake& l : model.lakes) {
     if (!usable(l)) continue;
@@ -216,24 +226,29 @@ std::pair<double, double> lakeHeadPoint(const std::vector<Vertex>& vs) {
   // nearest the centroid.
   double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
   for (const auto& q : p) {
-    xmin = std::min(xmin, q.x); xmax = std::max(xmax, q.x);
-    ymin = std::min(ymin, q.y); ymax = std::max(ymax, q.y);
+    xmin = std::min(xmin, q.x);
+    xmax = std::max(xmax, q.x);
+    ymin = std::min(ymin, q.y);
+    ymax = std::max(ymax, q.y);
   }
   double best = 1e300, bx = p.front().x, by = p.front().y;
   const int n = 64;
   for (int i = 0; i < n; ++i)
     for (int j = 0; j < n; ++j) {
-      const double x = xmin + (xmax - xmin) * (i + 0.5) / n, y = ymin + (ymax - ymin) * (j + 0.5) / n;
+      const double x = xmin + (xmax - xmin) * (i + 0.5) / n,
+                   y = ymin + (ymax - ymin) * (j + 0.5) / n;
       if (!detail::insidePolygon(p, x, y)) continue;
       const double d = std::hypot(x - cx, y - cy);
-      if (d < best) { best = d; bx = x; by = y; }
+      if (d < best) {
+        best = d;
+        bx = x;
+        by = y;
+      }
     }
   return {bx, by};
 }
 
-namespace {
-
-}  // namespace
+namespace {}  // namespace
 
 double ratingFlow(const std::vector<std::pair<double, double>>& r, double s) {
   if (r.empty() || !(s >= r.front().first)) return 0.0;
@@ -271,7 +286,8 @@ double outflowUsed(const Lake& l) {
 // The exchange a lake of stage s needs to close its balance, per area of polygon, with
 // the inflow of its inlets from the last solve and the outflow its outlets' ratings give.
 double neededExtraction(const Lake& l, double s) {
-  return ((l.evaporation - l.precipitation) * surfaceOf(l, s) - inflowOf(l) + outflowAt(l, s)) / polygonArea(l);
+  return ((l.evaporation - l.precipitation) * surfaceOf(l, s) - inflowOf(l) + outflowAt(l, s)) /
+         polygonArea(l);
 }
 
 // The stage s that meets s = h + g (N(s) - N0) - N(s) c, with h the head under the lake
@@ -281,14 +297,17 @@ double neededExtraction(const Lake& l, double s) {
 // by piece.
 double nextStage(const Lake& l, double h, double N0, double g) {
   const double c = l.resistance;
-  auto f = [&](double s) { return s - h - g * (neededExtraction(l, s) - N0) + neededExtraction(l, s) * c; };
+  auto f = [&](double s) {
+    return s - h - g * (neededExtraction(l, s) - N0) + neededExtraction(l, s) * c;
+  };
   std::vector<double> knots;
   for (const StageRow& r : l.table) knots.push_back(r.stage);
   for (const Lake::Link& k : l.links)
     for (const auto& r : k.rating) knots.push_back(r.first);
   std::sort(knots.begin(), knots.end());
   knots.erase(std::unique(knots.begin(), knots.end()), knots.end());
-  const double big = 1e6 * (1.0 + std::fabs(h) + (knots.empty() ? 0.0 : std::fabs(knots.back() - knots.front())));
+  const double big =
+      1e6 * (1.0 + std::fabs(h) + (knots.empty() ? 0.0 : std::fabs(knots.back() - knots.front())));
   std::vector<double> pts;
   pts.push_back((knots.empty() ? h : knots.front()) - big);
   for (double k : knots) pts.push_back(k);
@@ -303,12 +322,16 @@ double nextStage(const Lake& l, double h, double N0, double g) {
     const double fa = i == 0 ? f(a) : f(a + 1e-12 * (b - a));
     const double fb = f(b - 1e-12 * (b - a));
     double r;
-    if (fa == 0.0) r = a;
-    else if ((fa < 0) == (fb < 0)) continue;
-    else r = a + (b - a) * fa / (fa - fb);
+    if (fa == 0.0)
+      r = a;
+    else if ((fa < 0) == (fb < 0))
+      continue;
+    else
+      r = a + (b - a) * fa / (fa - fb);
     if (!std::isfinite(best) || std::fabs(r - h) < std::fabs(best - h)) best = r;
   }
-  if (!std::isfinite(best)) best = knots.empty() ? h : knots.back();  // no state closes: the tables' top
+  if (!std::isfinite(best))
+    best = knots.empty() ? h : knots.back();  // no state closes: the tables' top
   return best;
 }
 
@@ -342,15 +365,18 @@ void findLinks(Model& m, const std::vector<int>& active, const LineSink& log) {
     for (int i : active) {
       Lake& l = m.lakes[i];
       if (l.linksFound) continue;
-      if (ls.inlet && !inletLinked && pointInLake(l, ls.segments.back().x2, ls.segments.back().y2)) {
+      if (ls.inlet && !inletLinked &&
+          pointInLake(l, ls.segments.back().x2, ls.segments.back().y2)) {
         l.links.push_back({ls.label, true, {}, 0.0});
         inletLinked = true;
       }
-      if (outlet && !outletLinked && pointInLake(l, ls.segments.front().x1, ls.segments.front().y1)) {
+      if (outlet && !outletLinked &&
+          pointInLake(l, ls.segments.front().x1, ls.segments.front().y1)) {
         l.links.push_back({ls.label, false, ls.outletRating, 0.0});
         outletLinked = true;
         if (ls.outletRating.empty() && log)
-          log("Lake " + l.label + ": its outlet " + ls.label + " has no rating table; nothing flows out through it");
+          log("Lake " + l.label + ": its outlet " + ls.label +
+              " has no rating table; nothing flows out through it");
       }
     }
   }
@@ -369,7 +395,8 @@ void readInletFlows(Model& m, const std::vector<int>& active, const Solution& s)
       if (!k.inlet) continue;
       k.flow = 0.0;
       for (const SegmentResult& r : segs)
-        if (r.stringLabel == k.string) k.flow = r.baseFlow + r.overlandFlow;  // the last one of the string stays
+        if (r.stringLabel == k.string)
+          k.flow = r.baseFlow + r.overlandFlow;  // the last one of the string stays
     }
 }
 
@@ -437,11 +464,19 @@ LakeResult balanceOf(const Lake& l, const LakeState& st) {
   r.precipitation = l.precipitation * r.surfaceArea;
   r.evaporation = l.evaporation * r.surfaceArea;
   const double exchange = l.extraction * r.polygonArea;
-  if (exchange > 0) r.groundwaterIn = exchange;
-  else r.groundwaterOut = -exchange;
+  if (exchange > 0)
+    r.groundwaterIn = exchange;
+  else
+    r.groundwaterOut = -exchange;
   // Precipitation or evaporation of the wrong sign is counted on the other side.
-  if (r.precipitation < 0) { r.evaporation -= r.precipitation; r.precipitation = 0; }
-  if (r.evaporation < 0) { r.precipitation -= r.evaporation; r.evaporation = 0; }
+  if (r.precipitation < 0) {
+    r.evaporation -= r.precipitation;
+    r.precipitation = 0;
+  }
+  if (r.evaporation < 0) {
+    r.precipitation -= r.evaporation;
+    r.evaporation = 0;
+  }
   // Stream flow is never negative (a reach that would take more than reaches it goes dry).
   for (const Lake::Link& k : l.links) (k.inlet ? r.streamIn : r.streamOut) += k.flow;
   r.totalIn = r.precipitation + r.groundwaterIn + r.overlandIn + r.streamIn;
@@ -461,8 +496,9 @@ LakeResult balanceOf(const Lake& l, const LakeState& st) {
 constexpr double kLakeClosure = 1e-7;
 constexpr int kLakeSolves = 100;
 
-LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
-                               const LineSink& log, const std::function<void(Solution&)>& attach) {
+LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution,
+                               const SolveOptions& options, const LineSink& log,
+                               const std::function<void(Solution&)>& attach) {
   LakeSolveReport rep;
   Model m = model;
   std::vector<int> active;
@@ -479,7 +515,8 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
         if (!k.inlet) k.flow = ratingFlow(k.rating, s);
     }
   }
-  std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0), gain(m.lakes.size(), 0.0);
+  std::vector<double> prevH(m.lakes.size(), 0.0), prevN(m.lakes.size(), 0.0),
+      gain(m.lakes.size(), 0.0);
   std::vector<int> order;
   std::vector<char> done(m.lakes.size(), 0);
   std::vector<std::string> solveLines;
@@ -576,14 +613,16 @@ std::vector<LakeResult> lakeResults(const Solution& solution) {
 std::vector<std::string> formatLakeBalance(const std::vector<LakeResult>& lakes) {
   std::vector<std::string> l;
   for (const LakeResult& r : lakes) {
-    l.push_back("Lake " + r.label + " (vertices " + r.firstLabel + " to " + r.lastLabel + "): area " + num(r.polygonArea) +
-                ", water surface " + num(r.surfaceArea) + ", stage " + (r.dry ? std::string("dry") : num(r.stage)) +
+    l.push_back("Lake " + r.label + " (vertices " + r.firstLabel + " to " + r.lastLabel +
+                "): area " + num(r.polygonArea) + ", water surface " + num(r.surfaceArea) +
+                ", stage " + (r.dry ? std::string("dry") : num(r.stage)) +
                 ", aquifer head under the lake " + num(r.aquiferHead));
-    l.push_back("  in:  precipitation " + num(r.precipitation) + ", groundwater " + num(r.groundwaterIn) +
-                ", overland flow " + num(r.overlandIn) + ", stream flow " + num(r.streamIn) + ", total " + num(r.totalIn));
-    l.push_back("  out: evapotranspiration " + num(r.evaporation) + ", groundwater " + num(r.groundwaterOut) +
-                ", overland flow " + num(r.overlandOut) + ", stream flow " + num(r.streamOut) + ", total " +
-                num(r.totalOut));
+    l.push_back("  in:  precipitation " + num(r.precipitation) + ", groundwater " +
+                num(r.groundwaterIn) + ", overland flow " + num(r.overlandIn) + ", stream flow " +
+                num(r.streamIn) + ", total " + num(r.totalIn));
+    l.push_back("  out: evapotranspiration " + num(r.evaporation) + ", groundwater " +
+                num(r.groundwaterOut) + ", overland flow " + num(r.overlandOut) + ", stream flow " +
+                num(r.streamOut) + ", total " + num(r.totalOut));
     char b[64];
     std::snprintf(b, sizeof b, "%.4f", r.errorPercent);
     l.push_back("  balance error " + num(r.error) + " (" + b + " %)");
@@ -625,7 +664,8 @@ std::vector<InhomogeneityResult> LakeSolutionSource::inhomogeneities() const {
   std::vector<InhomogeneityResult> all = s_.inhomogeneityResults();
   const auto& lakes = s_.model().lakes;
   std::erase_if(all, [&](const InhomogeneityResult& r) {
-    return std::any_of(lakes.begin(), lakes.end(), [&](const Lake& l) { return l.label == r.label; });
+    return std::any_of(lakes.begin(), lakes.end(),
+                       [&](const Lake& l) { return l.label == r.label; });
   });
   return all;
 }

@@ -47,14 +47,16 @@ namespace tarno::engine {
 // blanks or commas), stages strictly rising, areas and volumes not negative. Empty lines
 // and lines that start with '!', '*' or '#' are comments. Returns false with a sentence
 // in `error` when the file cannot be read or a row is bad.
-bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows, std::string& error);
+bool readStageTable(const std::filesystem::path& path, std::vector<StageRow>& rows,
+                    std::string& error);
 bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::string& error);
 
 // Reads an outlet's rating table: one row per line, "stage discharge", stages strictly
 // rising, discharges not negative; comments as in a stage table.
-bool readRatingTable(const std::filesystem::path& path, std::vector<std::pair<double, double>>& rows,
-                     std::string& error);
-bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows, std::string& error);
+bool readRatingTable(const std::filesystem::path& path,
+                     std::vector<std::pair<double, double>>& rows, std::string& error);
+bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows,
+                      std::string& error);
 // The outflow at a stage: 0 below the first stage (the outlet runs dry), linear between
 // the rows, on with the last two rows' slope above them (never below 0).
 double ratingFlow(const std::vector<std::pair<double, double>>& rating, double stage);
@@ -70,20 +72,21 @@ double stageVolume(const std::vector<StageRow>& table, double stage);
 // outflows are rates (L^3/T), all >= 0. Groundwater in/out is the net exchange through
 // the bottom (the exchange is uniform over the bottom, so it is either in or out).
 struct LakeResult {
-    std::string label;
-    std::string firstLabel, lastLabel;  // labels of the first and last vertex
-    // Overland flow straight into a lake has no command of its own: both terms are 0 (the
-    // overland flow of an inlet string reaches the lake as part of its stream flow).
-    double polygonArea = 0.0;
-    double surfaceArea = 0.0;           // water surface at the stage
-    double volume = 0.0;                // from the stage table (0 without one)
-    double stage = 0.0;                 // kDryHead when dry
-    double aquiferHead = 0.0;           // head of the aquifer under the lake
-    bool dry = false;
-    double precipitation = 0.0, groundwaterIn = 0.0, overlandIn = 0.0, streamIn = 0.0, totalIn = 0.0;
-    double evaporation = 0.0, groundwaterOut = 0.0, overlandOut = 0.0, streamOut = 0.0, totalOut = 0.0;
-    double error = 0.0;                 // totalIn - totalOut
-    double errorPercent = 0.0;          // 100 |error| / max(totalIn, totalOut)
+  std::string label;
+  std::string firstLabel, lastLabel;  // labels of the first and last vertex
+  // Overland flow straight into a lake has no command of its own: both terms are 0 (the
+  // overland flow of an inlet string reaches the lake as part of its stream flow).
+  double polygonArea = 0.0;
+  double surfaceArea = 0.0;  // water surface at the stage
+  double volume = 0.0;       // from the stage table (0 without one)
+  double stage = 0.0;        // kDryHead when dry
+  double aquiferHead = 0.0;  // head of the aquifer under the lake
+  bool dry = false;
+  double precipitation = 0.0, groundwaterIn = 0.0, overlandIn = 0.0, streamIn = 0.0, totalIn = 0.0;
+  double evaporation = 0.0, groundwaterOut = 0.0, overlandOut = 0.0, streamOut = 0.0,
+         totalOut = 0.0;
+  double error = 0.0;         // totalIn - totalOut
+  double errorPercent = 0.0;  // 100 |error| / max(totalIn, totalOut)
 };
 
 // The model as the engine solves it: each lake with three or more vertices appended to
@@ -95,18 +98,19 @@ Model withLakeElements(const Model& model);
 std::pair<double, double> lakeHeadPoint(const std::vector<Vertex>& vertices);
 
 struct LakeSolveReport {
-    SolveReport last;          // the report of the last solve
-    int lakeIterations = 0;    // solves of the whole model made for the lakes
-    bool converged = true;     // every lake's balance closed (else the caller warns)
+  SolveReport last;        // the report of the last solve
+  int lakeIterations = 0;  // solves of the whole model made for the lakes
+  bool converged = true;   // every lake's balance closed (else the caller warns)
 };
 
 // Solves `model` (lakes included) and leaves the solution in `solution`; its model()
 // carries the lakes with the exchange it was built with (the stage follows from it and
-// the solved head, so that a saved and loaded solution reports the same). `attach` is called once on the final
-// solution (to set its warning sink: earlier warnings are replayed then). `log` gets the
-// message-log lines. Throws FatalError as Solution::solve.
-LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution, const SolveOptions& options,
-                               const LineSink& log, const std::function<void(Solution&)>& attach);
+// the solved head, so that a saved and loaded solution reports the same). `attach` is called once
+// on the final solution (to set its warning sink: earlier warnings are replayed then). `log` gets
+// the message-log lines. Throws FatalError as Solution::solve.
+LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solution,
+                               const SolveOptions& options, const LineSink& log,
+                               const std::function<void(Solution&)>& attach);
 
 // Balances of the lakes of a solved solution.
 std::vector<LakeResult> lakeResults(const Solution& solution);

@@ -586,6 +586,12 @@ class Runner {
     std::ostringstream text;
     LakeSolutionSource source(*solution_);
     writeRunReport(text, header, solution_->model(), *lastSolve_, source);
+    // The lakes' balances (engine/lake.h), in the words of the message log.
+    const std::vector<LakeResult> lakes = lakeResults(*solution_);
+    if (!lakes.empty()) {
+      text << "\nLakes\n=====\n";
+      for (const std::string& l : formatLakeBalance(lakes)) text << l << '\n';
+    }
     if (writeText(p, text.str())) logs_.wrote("output report", p);
     else logs_.problem(0, "", "the output report " + p.filename().string() + " could not be written");
   }

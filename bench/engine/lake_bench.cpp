@@ -19,7 +19,9 @@ namespace tarno::engine::bench {
 
 namespace {
 
-double now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+double now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 constexpr double kPi = 3.14159265358979323846;
 
@@ -78,20 +80,25 @@ Model chainOfLakes(int lakes) {
       std::snprintf(v, sizeof v, "%s_%04d", b, k + 1);
       l.vertices.push_back({cx + R * std::cos(t), cy + R * std::sin(t), v});
     }
-    if (i % 3 == 0) l.table = {{background(m.aquifer, cx) - 4, 0, 0}, {background(m.aquifer, cx) + 2, kPi * R * R, 3 * kPi * R * R}};
+    if (i % 3 == 0)
+      l.table = {{background(m.aquifer, cx) - 4, 0, 0},
+                 {background(m.aquifer, cx) + 2, kPi * R * R, 3 * kPi * R * R}};
     m.lakes.push_back(l);
     // The stream from this lake's centre to the next one's (or on past the last lake).
     const double x2 = cx + spacing;
     char sl[32];
     std::snprintf(sl, sizeof sl, "LS_%06d", 100 + i);
-    LineSinkString s = streamBetween(cx + 50, x2 - 50, cy, 6, background(m.aquifer, cx + spacing / 2) - 0.5, 0.0, sl);
+    LineSinkString s = streamBetween(cx + 50, x2 - 50, cy, 6,
+                                     background(m.aquifer, cx + spacing / 2) - 0.5, 0.0, sl);
     s.segments.back().y2 = 120.0 * std::sin(0.7 * (i + 1));
     s.outletTable = "rating";
-    s.outletRating = {{background(m.aquifer, cx) - 1.0, 0.0}, {background(m.aquifer, cx) + 1.0, 3000.0}};
+    s.outletRating = {{background(m.aquifer, cx) - 1.0, 0.0},
+                      {background(m.aquifer, cx) + 1.0, 3000.0}};
     s.inlet = i + 1 < lakes;
     m.lineSinks.push_back(s);
   }
-  LineSinkString feed = streamBetween(-2000, -50, 0, 8, background(m.aquifer, -1000) - 0.5, 500.0, "LS_000099");
+  LineSinkString feed =
+      streamBetween(-2000, -50, 0, 8, background(m.aquifer, -1000) - 0.5, 500.0, "LS_000099");
   feed.inlet = true;
   m.lineSinks.push_back(feed);
   return m;
@@ -104,9 +111,12 @@ void runLakeBench() {
   std::optional<Solution> s;
   const double t = now();
   const bool verbose = std::getenv("TARNO_BENCH_VERBOSE") != nullptr;
-  const LakeSolveReport rep = solveWithLakes(m, s, SolveOptions{5, 5, false, false}, [&](const std::string& l) {
-    if (verbose && l.rfind("Lake balance", 0) == 0) std::printf("  %s\n", l.c_str());
-  }, {});
+  const LakeSolveReport rep = solveWithLakes(m, s, SolveOptions{5, 5, false, false},
+                                             [&](const std::string& l) {
+                                               if (verbose && l.rfind("Lake balance", 0) == 0)
+                                                 std::printf("  %s\n", l.c_str());
+                                             },
+                                             {});
   const double seconds = now() - t;
   double worst = 0.0, outflow = 0.0;
   int dry = 0;
@@ -118,14 +128,17 @@ void runLakeBench() {
   }
   if (verbose)
     for (const LakeResult& l : lakes)
-      std::printf("  %s stage %.4f head %.4f dry %d surface %.1f gw %.2f/%.2f stream %.2f/%.2f\n", l.label.c_str(),
-                  l.stage, l.aquiferHead, (int)l.dry, l.surfaceArea, l.groundwaterIn, l.groundwaterOut, l.streamIn,
-                  l.streamOut);
-  std::printf("lakes: %zu lakes linked by %zu streams, %d unknowns: %d solves in %.3f s (%.3f s per solve), %s\n",
-              lakes.size(), m.lineSinks.size(), s->unknowns(), rep.lakeIterations, seconds,
-              seconds / std::max(1, rep.lakeIterations), rep.converged ? "converged" : "NOT converged");
-  std::printf("       worst lake balance error %.2e of its largest term, %d dry, total outflow %.1f\n", worst, dry,
-              outflow);
+      std::printf("  %s stage %.4f head %.4f dry %d surface %.1f gw %.2f/%.2f stream %.2f/%.2f\n",
+                  l.label.c_str(), l.stage, l.aquiferHead, (int)l.dry, l.surfaceArea,
+                  l.groundwaterIn, l.groundwaterOut, l.streamIn, l.streamOut);
+  std::printf(
+      "lakes: %zu lakes linked by %zu streams, %d unknowns: %d solves in %.3f s (%.3f s per "
+      "solve), %s\n",
+      lakes.size(), m.lineSinks.size(), s->unknowns(), rep.lakeIterations, seconds,
+      seconds / std::max(1, rep.lakeIterations), rep.converged ? "converged" : "NOT converged");
+  std::printf(
+      "       worst lake balance error %.2e of its largest term, %d dry, total outflow %.1f\n",
+      worst, dry, outflow);
   std::fflush(stdout);
 }
 

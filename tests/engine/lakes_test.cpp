@@ -83,7 +83,9 @@ LakeSolveReport solveLakes(const Model& m, std::optional<Solution>& s) {
 TEST(StageTable, RowsCommentsAndBadTables) {
   std::vector<StageRow> t;
   std::string why;
-  ASSERT_TRUE(parseStageTable("! stage area volume\n10 0 0\n\n12, 100, 100\r\n* top\n15\t400\t850\n", t, why)) << why;
+  ASSERT_TRUE(parseStageTable(
+      "! stage area volume\n10 0 0\n\n12, 100, 100\r\n* top\n15\t400\t850\n", t, why))
+      << why;
   ASSERT_EQ(t.size(), 3u);
   EXPECT_EQ(t[1].stage, 12);
   EXPECT_EQ(t[2].area, 400);
@@ -262,7 +264,8 @@ TEST(Lakes, SaveAndLoadKeepTheLakesAndTheirStages) {
 
 namespace {
 
-LineSinkString stream(double x1, double x2, double y, int n, double head, double endInflow, const std::string& label) {
+LineSinkString stream(double x1, double x2, double y, int n, double head, double endInflow,
+                      const std::string& label) {
   LineSinkString s = straightString(LineSinkKind::Stream, x1, y, x2, y, n, head, head, label);
   s.resistance = 10;
   s.width = 2;
@@ -270,7 +273,8 @@ LineSinkString stream(double x1, double x2, double y, int n, double head, double
   return s;
 }
 
-const SegmentResult& lastSegmentOf(const std::vector<SegmentResult>& segs, const std::string& label) {
+const SegmentResult& lastSegmentOf(const std::vector<SegmentResult>& segs,
+                                   const std::string& label) {
   const SegmentResult* last = nullptr;
   for (const auto& r : segs)
     if (r.stringLabel == label) last = &r;
@@ -351,7 +355,8 @@ TEST(Lakes, AStreamLinksTwoLakesInAChain) {
   EXPECT_TRUE(solveLakes(m, s).converged);
   const auto lakes = lakeResults(*s);
   ASSERT_EQ(lakes.size(), 2u);
-  for (const auto& L : lakes) EXPECT_LE(std::fabs(L.error), 1e-6 * std::max(L.totalIn, L.totalOut)) << L.label;
+  for (const auto& L : lakes)
+    EXPECT_LE(std::fabs(L.error), 1e-6 * std::max(L.totalIn, L.totalOut)) << L.label;
   EXPECT_GT(lakes[0].streamOut, 0.0);
   EXPECT_EQ(lakes[0].streamIn, 0.0);
   // The second lake receives the outflow of the first (as the stream's end inflow) and

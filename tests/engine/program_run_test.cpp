@@ -603,6 +603,11 @@ TEST(ProgramRun, LakesAreSolvedWithTheirTablesAndStreams) {
   ASSERT_EQ(fields.size(), 15u);
   EXPECT_DOUBLE_EQ(std::strtod(fields[11].c_str(), nullptr), 1000.0);
   for (const auto& l : xtr) EXPECT_EQ(l.find("LK_00000"), std::string::npos) << l;
+  // The output report ends with the lakes' balances.
+  const std::string out = readAll(dir.Path() / "lakes.OUT");
+  const size_t lakesAt = out.find("\nLakes\n=====\n");
+  ASSERT_NE(lakesAt, std::string::npos);
+  EXPECT_NE(out.find("Lake LK_000002_0000", lakesAt), std::string::npos);
   // After a load the stage is the same.
   auto again = readLines(dir.Path() / "again.XTR");
   ASSERT_GE(again.size(), 2u);
