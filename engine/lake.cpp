@@ -435,6 +435,7 @@ std::vector<int> upstreamFirst(const Model& m, const std::vector<int>& active) {
 struct LakeState {
   double stage = 0.0, head = 0.0;
   bool dry = false;
+  bool dryAquifer = false;
 };
 
 LakeState stateOf(const Solution& s, const Lake& l) {
@@ -442,7 +443,9 @@ LakeState stateOf(const Solution& s, const Lake& l) {
   const auto [px, py] = lakeHeadPoint(l.vertices);
   st.head = s.head(px, py);
   st.stage = st.head - l.extraction * l.resistance;
-  st.dry = !l.table.empty() && st.stage < l.table.front().stage;
+  // Over a dry aquifer (the head is the dry mark) the lake holds no water either.
+  st.dryAquifer = st.head < -1000.0;
+  st.dry = st.dryAquifer || (!l.table.empty() && st.stage < l.table.front().stage);
   return st;
 }
 
@@ -457,7 +460,7 @@ LakeResult balanceOf(const Lake& l, const LakeState& st) {
   }
   r.polygonArea = polygonArea(l);
   r.dry = st.dry;
-  r.surfaceArea = surfaceOf(l, st.stage);
+  r.surfaceArea = st.dryAquifer ? 0.0 : surfaceOf(l, st.stage);
   r.volume = l.table.empty() ? 0.0 : stageVolume(l.table, st.stage);
   r.stage = st.dry ? kDryHead : st.stage;
   r.aquiferHead = st.head;
@@ -540,6 +543,7 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
     double worst = 0.0;
     std::string worstLake;
     std::vector<double> heads(m.lakes.size(), 0.0);
+    std::vector<char> dryUnder(m.lakes.size(), 0);
     for (int i : active) {
       Lake& l = m.lakes[i];
       const LakeState st = stateOf(*solution, l);
@@ -552,6 +556,7 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
         worstLake = l.label;
       }
       heads[i] = st.head;
+      dryUnder[i] = st.dryAquifer;
     }
     // The stage and exchange for the next solve, upstream lakes first: the change of an
     // upstream lake's outflow reaches the lake its outlet flows into along the stream, so
@@ -573,8 +578,14 @@ LakeSolveReport solveWithLakes(const Model& model, std::optional<Solution>& solu
         gain[i] = std::min(0.0, (h - prevH[i]) / (l.extraction - prevN[i]));
       prevH[i] = h;
       prevN[i] = l.extraction;
-      nextStages[i] = nextStage(l, h, l.extraction, gain[i]);
-      next[i] = neededExtraction(l, nextStages[i]);
+      if (dryUnder[i]) {
+        // No water surface and no outflow: the lake passes what its inlets bring.
+        nextStages[i] = kDryHead;
+        next[i] = -inflowOf(l) / polygonArea(l);
+      } else {
+        nextStages[i] = nextStage(l, h, l.extraction, gain[i]);
+        next[i] = neededExtraction(l, nextStages[i]);
+      }
       done[i] = 1;
     }
     std::fill(done.begin(), done.end(), 0);

@@ -222,6 +222,26 @@ TEST(Lakes, LakeWhoseTableLiesAboveTheWaterIsDry) {
   EXPECT_EQ(nearestLakeStage(*s, 0, 250), kDryHead);
 }
 
+// Over an aquifer that is dry under it a lake holds no water: dry, with no exchange.
+TEST(Lakes, LakeOverADryAquiferIsDry) {
+  Model m = aquiferModel(0, 10, 10, -5000, 0, 1.0);
+  m.aquifer.qx0 = 0.1;  // the potential falls below 0 well before the lake
+  Lake l;
+  l.conductivity = 100;
+  l.precipitation = 0.001;
+  l.evaporation = 0.002;
+  l.resistance = 10;
+  l.label = "LK_000001_0000";
+  l.vertices = circle(0, 0, 100, 16, "LK_000001");
+  m.lakes.push_back(l);
+  std::optional<Solution> s;
+  EXPECT_TRUE(solveLakes(m, s).converged);
+  const LakeResult L = lakeResults(*s).at(0);
+  EXPECT_TRUE(L.dry);
+  EXPECT_EQ(L.stage, kDryHead);
+  EXPECT_EQ(L.totalIn + L.totalOut, 0.0);
+}
+
 // Two lakes: the solution's model carries them; saved and loaded, the stages and
 // balances are the same, and a lake with fewer than three vertices is left out.
 TEST(Lakes, SaveAndLoadKeepTheLakesAndTheirStages) {
