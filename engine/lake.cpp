@@ -461,7 +461,8 @@ LakeResult balanceOf(const Lake& l, const LakeState& st) {
   r.polygonArea = polygonArea(l);
   r.dry = st.dry;
   r.surfaceArea = st.dryAquifer ? 0.0 : surfaceOf(l, st.stage);
-  r.volume = l.table.empty() ? 0.0 : stageVolume(l.table, st.stage);
+  r.hasTable = !l.table.empty();
+  r.volume = r.hasTable && !st.dryAquifer ? stageVolume(l.table, st.stage) : 0.0;
   r.stage = st.dry ? kDryHead : st.stage;
   r.aquiferHead = st.head;
   r.precipitation = l.precipitation * r.surfaceArea;
@@ -626,8 +627,9 @@ std::vector<std::string> formatLakeBalance(const std::vector<LakeResult>& lakes)
   for (const LakeResult& r : lakes) {
     l.push_back("Lake " + r.label + " (vertices " + r.firstLabel + " to " + r.lastLabel +
                 "): area " + num(r.polygonArea) + ", water surface " + num(r.surfaceArea) +
-                ", stage " + (r.dry ? std::string("dry") : num(r.stage)) +
-                ", aquifer head under the lake " + num(r.aquiferHead));
+                (r.hasTable ? ", volume " + num(r.volume) : std::string()) + ", stage " +
+                (r.dry ? std::string("dry") : num(r.stage)) + ", aquifer head under the lake " +
+                num(r.aquiferHead));
     l.push_back("  in:  precipitation " + num(r.precipitation) + ", groundwater " +
                 num(r.groundwaterIn) + ", overland flow " + num(r.overlandIn) + ", stream flow " +
                 num(r.streamIn) + ", total " + num(r.totalIn));

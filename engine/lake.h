@@ -79,6 +79,7 @@ struct LakeResult {
   double polygonArea = 0.0;
   double surfaceArea = 0.0;  // water surface at the stage
   double volume = 0.0;       // from the stage table (0 without one)
+  bool hasTable = false;     // the lake has a stage table (the volume is its)
   double stage = 0.0;        // kDryHead when dry
   double aquiferHead = 0.0;  // head of the aquifer under the lake
   bool dry = false;
