@@ -13,15 +13,15 @@
 // the stage), P the precipitation and E the evaporation rate on the water surface.
 // Without a stage table N is known at once; with one, N and s are found together by an
 // outer iteration (see solveWithLakes). A lake whose stage would lie below the first
-// stage of its table is dry: no water surface, no exchange; its stage is reported as
+// stage of its table, or whose aquifer is dry under it, is dry: no water surface, and
+// the exchange is what its inlets bring (nothing without them); its stage is reported as
 // kDryHead.
 //
 // Routed streams link to lakes: a string marked ` Inlet` whose last vertex lies in a
 // lake (or on its shore) delivers its stream flow to the lake (all of it: groundwater,
-// end inflows and overland flow along the string). A string
-// marked ` Outlet <table>` whose first vertex lies in a lake starts with the lake's
-// outflow, which its rating table gives from the stage (replacing the string's own end
-// inflow). The balance becomes
+// end inflows and overland flow along the string). A string marked ` Outlet <table>` whose first
+// vertex lies in a lake starts with the lake's outflow, which its rating table gives from the stage
+// (replacing the string's own end inflow). The balance becomes
 //
 //   N A_p = (E - P) A_s(s) - Q_in + Q_out(s)
 //
