@@ -3,6 +3,7 @@
 #include "engine/extract.h"
 #include "engine/files.h"
 #include "engine/grid.h"
+#include "engine/lake.h"
 #include "engine/logs.h"
 #include "engine/report.h"
 #include "engine/saltwater.h"
@@ -212,8 +213,19 @@ void addElements(Model& model, const ElementsInput& e) {
         model.walls.push_back(std::move(w));
         break;
       }
-      case PolygonKind::Lake:
-        break;  // lakes are not computed (reported by findUnsupported)
+      case PolygonKind::Lake: {
+        Lake l;
+        l.conductivity = param(0, kAsAquifer);
+        l.precipitation = param(1, 0.0);
+        l.evaporation = param(2, 0.0);
+        l.resistance = param(3, 0.0);
+        l.tableName = p.table;
+        l.label = p.label;
+        l.vertices = std::move(vertices);
+        l.line = p.line;
+        model.lakes.push_back(std::move(l));
+        break;
+      }
     }
   }
 }
@@ -232,11 +244,10 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
   };
   for (const Step& step : file.steps) {
     if (auto* e = std::get_if<ElementsInput>(&step.data)) {
-      for (const auto& p : e->polygons)
-        if (p.kind == PolygonKind::Lake) note("lake", "lakes (Inhomogeneity Lake)", p.line, 1 + p.vertices.size());
       for (const auto& s : e->strings)
-        if (s.lakeLinkLine > 0)
-          note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
+        if (s.lakeTable || s.levels)
+          note("streamlakes", "lake edges drawn as routed streams (Lake, Levels)", s.lakeLinkLine, 1,
+               "they are routed as plain streams");
     } else if (std::get_if<LeakageInput>(&step.data)) {
       note("leakage", "leakage to a lower model (leakage)", step.line, 1);
     } else if (auto* s = std::get_if<SolveCommand>(&step.data)) {
@@ -417,11 +428,47 @@ class Runner {
     size_t wellsBefore = model_.wells.size() + model_.partialWells.size() + model_.theisWells.size();
     size_t stringsBefore = model_.lineSinks.size();
     size_t areasBefore = model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size();
+    size_t lakesBefore = model_.lakes.size();
     addElements(model_, kept);
+    for (size_t i = lakesBefore; i < model_.lakes.size(); ++i) readLakeTable(model_.lakes[i]);
+    for (size_t i = stringsBefore; i < model_.lineSinks.size(); ++i) readOutletRating(model_.lineSinks[i]);
     if (model_.wells.size() + model_.partialWells.size() + model_.theisWells.size() != wellsBefore ||
         model_.lineSinks.size() != stringsBefore ||
-        model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore)
+        model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore ||
+        model_.lakes.size() != lakesBefore)
       modelChanged_ = true;
+  }
+
+  // The rating table of a stream that flows out of a lake (read here; the link to the
+  // lake is made by the solve). Without one nothing flows out through the outlet.
+  void readOutletRating(LineSinkString& ls) {
+    const std::string name = ls.outletTable;
+    if (ls.kind != LineSinkKind::Stream || name.empty() || name == "0" || name == "__NONE__") return;
+    auto p = findFileNoCase(workDir_, name);
+    std::string why;
+    if (!p) why = "it was not found in " + workDir_.string();
+    else if (readRatingTable(*p, ls.outletRating, why)) return;
+    ls.outletRating.clear();
+    logs_.problem(0, "", "stream " + ls.label + ": the outlet rating table " + name + " cannot be used (" + why +
+                             "); nothing flows out of a lake through it");
+  }
+
+  // A lake's stage table, looked up in the working folder without regard to case. The
+  // front end writes "0" or nothing for a lake without one. A lake whose table cannot be
+  // read is solved without it (its water surface is its polygon).
+  void readLakeTable(Lake& l) {
+    if (l.vertices.size() < 3)
+      logs_.problem(l.line, "", "lake " + l.label + " has " + std::to_string(l.vertices.size()) +
+                                    " vertices, fewer than three; the lake is skipped");
+    const std::string name = l.tableName;
+    if (name.empty() || name == "0" || name == "__NONE__") return;
+    auto p = findFileNoCase(workDir_, name);
+    std::string why;
+    if (!p) why = "it was not found in " + workDir_.string();
+    else if (readStageTable(*p, l.table, why)) return;
+    l.table.clear();
+    logs_.problem(l.line, "", "lake " + l.label + ": the stage table " + name + " cannot be used (" + why +
+                                  "); the lake is solved without it, its water surface is its polygon");
   }
 
   // Partially penetrating wells: a radius that is not positive skips the well (as for
@@ -462,6 +509,10 @@ class Runner {
   }
 
   void apply(int line, const SolveCommand& c) {
+    if (!model_.lakes.empty()) {
+      solveLakes(line, c);
+      return;
+    }
     if (!solution_ || modelChanged_) {
       solution_.reset();
       solution_.emplace(model_);
@@ -492,6 +543,39 @@ class Runner {
     lastSolve_ = r;
   }
 
+  // A model with lakes is solved afresh by each solve: the lakes' outer iteration
+  // rebuilds the solution with each new exchange through the lake bottoms.
+  void solveLakes(int line, const SolveCommand& c) {
+    SolveOptions opt;
+    opt.innerIterations = c.inner;
+    opt.outerIterations = c.outer;
+    opt.storeOnDisk = c.store != 0;
+    opt.fullFactorisation = c.full != 0;
+    logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
+                  " outer iterations at most, with " + std::to_string(model_.lakes.size()) + " lakes");
+    // The lakes start from the exchange of the present solution, when there is one.
+    Model start = model_;
+    if (solution_ && solution_->solved())
+      for (Lake& l : start.lakes)
+        for (const Lake& k : solution_->model().lakes)
+          if (k.label == l.label) l.extraction = k.extraction;
+    LakeSolveReport r;
+    try {
+      r = solveWithLakes(start, solution_, opt, [this](const std::string& l) { logs_.message(l); },
+                         [this](Solution&) { attachWarnings(); });
+    } catch (const FatalError& e) {
+      solution_.reset();
+      throw RunFatal{line, {"The model could not be solved (" + where(line) + ").", e.what()}};
+    }
+    modelChanged_ = false;
+    if (!r.converged)
+      logs_.problem(line, "", "the balance of the lakes had not closed after " + std::to_string(r.lakeIterations) +
+                                  " solves; the stages are those of the last one");
+    logs_.message("Lakes: " + std::to_string(r.lakeIterations) + " solves of the model to close their balances");
+    for (const auto& l : formatLakeBalance(lakeResults(*solution_))) logs_.message(l);
+    lastSolve_ = r.last;
+  }
+
   // <name>.OUT, the report of the run for a person to read, after a run that solved.
   // A run that only loads a solution (a regrid, an inspection) leaves the report of
   // the solve in place.
@@ -506,8 +590,14 @@ class Runner {
     header.started = started_;
     header.time = model_.time;
     std::ostringstream text;
-    SolutionSource source(*solution_);
+    LakeSolutionSource source(*solution_);
     writeRunReport(text, header, solution_->model(), *lastSolve_, source);
+    // The lakes' balances (engine/lake.h), in the words of the message log.
+    const std::vector<LakeResult> lakes = lakeResults(*solution_);
+    if (!lakes.empty()) {
+      text << "\nLakes\n=====\n";
+      for (const std::string& l : formatLakeBalance(lakes)) text << l << '\n';
+    }
     if (writeText(p, text.str())) logs_.wrote("output report", p);
     else logs_.problem(0, "", "the output report " + p.filename().string() + " could not be written");
   }
@@ -598,7 +688,7 @@ class Runner {
                                   p.filename().string() + " reports");
     std::ostringstream text;
     int nonFinite = 0;
-    SolutionSource source(*solution_);
+    LakeSolutionSource source(*solution_);
     writeExtract(text, x, source, &nonFinite);
     if (nonFinite > 0)
       logs_.problem(line, "", std::to_string(nonFinite) + " values of " + p.filename().string() +

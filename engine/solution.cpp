@@ -144,7 +144,7 @@ void Solution::State::prepare() {
         if (headLike && !ls.farField && ls.resistance > 0.0 && !(ls.width > 0.0))
             warn("line-sink string " + ls.label + ": resistance without a positive width; the head condition holds without resistance");
         if (ls.kind == LineSinkKind::Stream && (ls.inlet || !ls.outletTable.empty()))
-            warn("line-sink string " + ls.label + ": inlet, outlet and lake tables are not handled by this solver; the string is routed as a plain stream");
+            warn("line-sink string " + ls.label + ": its inlet or outlet reaches no lake; the string is routed as a plain stream");
         int gal = -1;
         if (ls.kind == LineSinkKind::Gallery) {
             GalleryEl g;
