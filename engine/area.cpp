@@ -660,6 +660,12 @@ void Solution::State::buildAreaArrays() {
         const auto& a = d.sink;
         for (size_t e = 0; e < a.edges.size(); ++e) sinkArr.add(a.edges[e], a.v[e].x, a.v[e].y, a.nx[e], a.ny[e], -d.extraction);
     }
+    // Leakage cells: area sinks of given rate, with the recharge polygons' influence.
+    for (const auto& c : model.leakage) {
+        if (c.rate == 0.0) continue;
+        const auto a = detail::makeAreaSink({{c.x1, c.y1}, {c.x2, c.y1}, {c.x2, c.y2}, {c.x1, c.y2}});
+        for (size_t e = 0; e < a.edges.size(); ++e) sinkArr.add(a.edges[e], a.v[e].x, a.v[e].y, a.nx[e], a.ny[e], -c.rate);
+    }
     dbArr = {};
     for (const auto& d : edges) dbArr.add(d.g.cx, d.g.cy, d.g.ih.real(), d.g.ih.imag());
     for (size_t e = 0; e < edges.size(); ++e) dbArr.setStrengths((int)e, edges[e].val[0], edges[e].val[1], edges[e].val[2]);

@@ -266,7 +266,17 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         break;
       }
       case ExtractRequest::Leakage:
-        out << "! leakage: not computed by this version\n";
+        // "leakage <total> [<integrated> <relative difference>]" of the last leakage check.
+        if (auto v = source.leakageCheck()) {
+          std::string line = "leakage";
+          for (double x : *v) {
+            line += ' ';
+            appendFormatted(line, layout::kSectionNumberFormat, fin(x));
+          }
+          out << line << '\n';
+        } else {
+          out << "! leakage: no leakage check before this extract\n";
+        }
         break;
     }
   }
