@@ -268,12 +268,13 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
       case ExtractRequest::Leakage:
         // "leakage <total> [<integrated> <relative difference>]" of the last leakage check.
         if (auto v = source.leakageCheck()) {
-          std::string line = "leakage";
+          out << "leakage";
           for (double x : *v) {
-            line += ' ';
-            appendFormatted(line, layout::kSectionNumberFormat, fin(x));
+            std::string num;
+            appendFormatted(num, layout::kSectionNumberFormat, fin(x));
+            out << ' ' << num;
           }
-          out << line << '\n';
+          out << '\n';
         } else {
           out << "! leakage: no leakage check before this extract\n";
         }
