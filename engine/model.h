@@ -242,6 +242,9 @@ struct Model {
     std::vector<TheisWell> theisWells;  // schedule lines, in the order given
     std::vector<Lake> lakes;            // solved as inhomogeneities named by their labels (engine/lake.h)
     std::vector<LeakageCell> leakage;   // cells of the leakage grid (engine/leakage.h), zero rates left out
+    bool leakageOriginGiven = false;    // the leakage grid's lower-left corner, from its ` origin`
+    double leakageX0 = 0.0;
+    double leakageY0 = 0.0;
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };

@@ -384,7 +384,6 @@ class Runner {
 
   // ---- leakage to the model below (engine/leakage.h) -------------------------------
 
-  std::optional<std::array<double, 2>> leakOrigin_;
   std::optional<std::array<double, 5>> leakSolve_;  // include, average, update, subgrid, relax
   int leakLine_ = 0;
   bool leakUpdatePending_ = false;
@@ -407,9 +406,11 @@ class Runner {
     const bool ok = readLeakageGrid(p ? *p : workDir_ / name, g, ps);
     leakProblems(line, ps);
     if (!ok) return std::nullopt;
-    if (leakOrigin_) {
-      g.x0 = (*leakOrigin_)[0];
-      g.y0 = (*leakOrigin_)[1];
+    // The origin of the command file, or of the loaded solution (the inspection's
+    // command file gives none).
+    if (model_.leakageOriginGiven) {
+      g.x0 = model_.leakageX0;
+      g.y0 = model_.leakageY0;
     } else if (g.cornerInFile) {
       g.x0 = g.fileX;
       g.y0 = g.fileY;
@@ -447,7 +448,10 @@ class Runner {
 
   void apply(int line, const LeakageInput& l) {
     if (l.origin) {
-      leakOrigin_ = l.origin;
+      // Not a change of the model: the origin places the grid when its files are read.
+      model_.leakageOriginGiven = true;
+      model_.leakageX0 = (*l.origin)[0];
+      model_.leakageY0 = (*l.origin)[1];
       logs_.message("Leakage grid origin: " + number((*l.origin)[0]) + " " + number((*l.origin)[1]));
     }
     if (l.solve) {

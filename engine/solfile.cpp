@@ -155,6 +155,7 @@ void writeModel(Writer& w, const Model& m) {
     }
     w.i((long)m.leakage.size());
     for (const auto& c : m.leakage) { w.num(c.x1); w.num(c.y1); w.num(c.x2); w.num(c.y2); w.num(c.rate); }
+    w.i(m.leakageOriginGiven); w.num(m.leakageX0); w.num(m.leakageY0);
 }
 
 Model readModel(Reader& r) {
@@ -235,6 +236,7 @@ Model readModel(Reader& r) {
     }
     m.leakage.resize(r.count(kMaxItems));
     for (auto& c : m.leakage) { c.x1 = r.num(); c.y1 = r.num(); c.x2 = r.num(); c.y2 = r.num(); c.rate = r.num(); }
+    m.leakageOriginGiven = r.i() != 0; m.leakageX0 = r.num(); m.leakageY0 = r.num();
     return m;
 }
 

@@ -254,10 +254,11 @@ TEST(LeakageProgram, RatesFromTheHeadsAreWrittenBackAndCheckedAfterALoad) {
   EXPECT_NEAR(numbersOf(vlk[0]).at(1), 1e-3 + 0.5 * (computed - 1e-3), 1e-8);
   EXPECT_EQ(numbersOf(vlk[1]).size(), 3u);
 
-  // The inspection: load, check the top middle cell with one point, extract the line.
+  // The inspection as the front end writes it (no origin: the solution keeps it): load,
+  // check the top middle cell with one point, extract the line.
   writeLines(dir.Path() / "_INSPECT.DAT",
              {" error error_insp.log", " yes", " message message_insp.log", " yes", " picture off", " quit",
-              " bfname m", " load m", " time 0", " leakage", " origin -150 -100", " check -50 0 50 100 1", " quit",
+              " bfname m", " load m", " time 0", " leakage", " check -50 0 50 100 1", " quit",
               " extract", " file _INSPECT.XTR", " y", " leakage", " quit", " stop"});
   ASSERT_EQ(runTarno1(dir.Path(), "_INSPECT.DAT"), 0);
   const auto insp = readLines(dir.Path() / "_INSPECT.XTR");
