@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/area.h"
 #include "engine/leakage.h"
 #include "engine/solution.h"
 #include "helpers.h"
@@ -131,6 +132,49 @@ TEST(LeakageGrid, UniformRateOverTheGridIsTheSquareAreaSink) {
   s.save(file);
   const Solution back = Solution::load(file);
   EXPECT_NEAR(back.potential(0, 0), s.potential(0, 0), 1e-9 * std::abs(phiCentre));
+}
+
+// Cells of different rates (upwards, downwards, none): the shared edges enter once with
+// the difference of the rates; the field must equal the sum of each cell's own area sink.
+TEST(LeakageGrid, CellsOfDifferentRatesSumTheirOwnAreaSinks) {
+  LeakageGrid g;
+  g.rows = 3;
+  g.cols = 3;
+  g.rowSize = {30, 50, 20};
+  g.colSize = {40, 25, 60};
+  g.x0 = 100;
+  g.y0 = -50;
+  g.leakage = {1e-3, 1e-3, 0, -2e-3, 5e-4, 1e-3, 1e-3, 0, 3e-3};
+  Model m = aquiferModel(0, 10, 50, 1000, 1000, 60);
+  m.leakage = g.cells();
+  ASSERT_EQ(m.leakage.size(), 7u);  // zero rates left out
+  Solution s(m);
+  s.solve(opts(2));
+
+  auto direct = [&](double x, double y) {
+    double phi = 0;
+    std::complex<double> w(0, 0);
+    for (const auto& c : m.leakage) {
+      const auto a = detail::makeAreaSink({{c.x1, c.y1}, {c.x2, c.y1}, {c.x2, c.y2}, {c.x1, c.y2}});
+      phi += -c.rate * detail::areaSinkPotential(a, x, y);
+      w += -c.rate * detail::areaSinkW(a, x, y);
+    }
+    return std::make_pair(phi, w);
+  };
+  const double x0 = 400, y0 = 300;  // a point outside, for the constant
+  const double ref = s.potential(x0, y0) - direct(x0, y0).first;
+  // Inside cells of each kind, on a shared edge, at a corner of four cells, outside.
+  for (auto [x, y] : std::vector<std::pair<double, double>>{
+           {120, 40}, {150, 0}, {200, -40}, {140, 10}, {165, 30}, {110, -50}, {300, 100}, {-200, 0}}) {
+    const auto [phi, w] = direct(x, y);
+    EXPECT_NEAR(s.potential(x, y) - ref, phi, 1e-9) << x << " " << y;
+    const auto [qx, qy] = s.discharge(x, y);
+    EXPECT_NEAR(qx, w.real(), 1e-9) << x << " " << y;
+    EXPECT_NEAR(qy, -w.imag(), 1e-9) << x << " " << y;
+  }
+  // The local rate follows the cell: row 1 (from the top), column 0 recharges 2e-3.
+  EXPECT_DOUBLE_EQ(s.evaluate(120, 0).recharge, 2e-3);
+  EXPECT_DOUBLE_EQ(s.evaluate(200, 55).recharge, 0.0);
 }
 
 TEST(LeakageGrid, FilesAreReadWithTheirLayoutAndBadInputNamesTheLine) {
