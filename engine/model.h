@@ -216,6 +216,16 @@ struct Window {
     double y2 = 0.0;
 };
 
+// A cell of the leakage grid to the model below: a rectangle with a uniform leakage
+// rate per area (> 0 leaves the aquifer downwards), an area sink of given strength.
+struct LeakageCell {
+    double x1 = 0.0;
+    double y1 = 0.0;
+    double x2 = 0.0;
+    double y2 = 0.0;
+    double rate = 0.0;
+};
+
 struct Model {
     std::string title;
     std::string baseName;      // the name used for reports
@@ -231,6 +241,10 @@ struct Model {
     std::vector<PartialWell> partialWells;
     std::vector<TheisWell> theisWells;  // schedule lines, in the order given
     std::vector<Lake> lakes;            // solved as inhomogeneities named by their labels (engine/lake.h)
+    std::vector<LeakageCell> leakage;   // cells of the leakage grid (engine/leakage.h), zero rates left out
+    bool leakageOriginGiven = false;    // the leakage grid's lower-left corner, from its ` origin`
+    double leakageX0 = 0.0;
+    double leakageY0 = 0.0;
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };

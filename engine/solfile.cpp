@@ -20,7 +20,8 @@ namespace tarno::engine {
 namespace {
 
 constexpr const char* kMagic = "TARNO-SOL";
-constexpr int kVersion = 4;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells; 4: lakes
+constexpr int kVersion = 5;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells; 4: lakes;
+                             // 5: leakage cells
 
 class Writer {
 public:
@@ -152,6 +153,9 @@ void writeModel(Writer& w, const Model& m) {
             for (const auto& [st, q] : k.rating) { w.num(st); w.num(q); }
         }
     }
+    w.i((long)m.leakage.size());
+    for (const auto& c : m.leakage) { w.num(c.x1); w.num(c.y1); w.num(c.x2); w.num(c.y2); w.num(c.rate); }
+    w.i(m.leakageOriginGiven); w.num(m.leakageX0); w.num(m.leakageY0);
 }
 
 Model readModel(Reader& r) {
@@ -230,6 +234,9 @@ Model readModel(Reader& r) {
             for (auto& [st, q] : k.rating) { st = r.num(); q = r.num(); }
         }
     }
+    m.leakage.resize(r.count(kMaxItems));
+    for (auto& c : m.leakage) { c.x1 = r.num(); c.y1 = r.num(); c.x2 = r.num(); c.y2 = r.num(); c.rate = r.num(); }
+    m.leakageOriginGiven = r.i() != 0; m.leakageX0 = r.num(); m.leakageY0 = r.num();
     return m;
 }
 
