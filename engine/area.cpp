@@ -660,6 +660,29 @@ void Solution::State::buildAreaArrays() {
         const auto& a = d.sink;
         for (size_t e = 0; e < a.edges.size(); ++e) sinkArr.add(a.edges[e], a.v[e].x, a.v[e].y, a.nx[e], a.ny[e], -d.extraction);
     }
+    // Leakage cells: area sinks of given rate, with the recharge polygons' influence. The
+    // terms of an edge that two cells share differ only in the sign of its normal, so each
+    // edge enters once, taken from its lower end point (x, then y) with the normal on its
+    // right, weighted by the difference of the two rates: a block of cells of one rate costs
+    // no more than its outline. (Edges that overlap only in part stay apart; the cells of a
+    // grid meet edge to edge.)
+    std::map<std::array<double, 4>, double> cellEdges;
+    for (const auto& c : model.leakage) {
+        if (c.rate == 0.0) continue;
+        const std::array<std::array<double, 2>, 4> v = {{{c.x1, c.y1}, {c.x2, c.y1}, {c.x2, c.y2}, {c.x1, c.y2}}};
+        for (int e = 0; e < 4; ++e) {
+            const auto& p = v[e];
+            const auto& q = v[(e + 1) % 4];  // counter-clockwise: the outward normal is on the right
+            if (p < q) cellEdges[{p[0], p[1], q[0], q[1]}] -= c.rate;
+            else cellEdges[{q[0], q[1], p[0], p[1]}] += c.rate;
+        }
+    }
+    for (const auto& [k, wt] : cellEdges) {
+        if (wt == 0.0) continue;
+        const double L = std::hypot(k[2] - k[0], k[3] - k[1]);
+        if (!(L > 0)) continue;
+        sinkArr.add(detail::makeGeom(k[0], k[1], k[2], k[3]), k[0], k[1], (k[3] - k[1]) / L, -(k[2] - k[0]) / L, wt);
+    }
     dbArr = {};
     for (const auto& d : edges) dbArr.add(d.g.cx, d.g.cy, d.g.ih.real(), d.g.ih.imag());
     for (size_t e = 0; e < edges.size(); ++e) dbArr.setStrengths((int)e, edges[e].val[0], edges[e].val[1], edges[e].val[2]);

@@ -15,6 +15,7 @@
 // collocation conditions need.
 
 #include "engine/kernels.h"
+#include "engine/model.h"
 
 #include <algorithm>
 #include <array>
@@ -236,6 +237,12 @@ inline std::complex<double> areaSinkOmegaOutside(const AreaSinkGeom& a, double x
         lnAlpha = lnBeta;
     }
     return std::complex<double>(0.0, 1.0 / (4.0 * kPi)) * sum;
+}
+
+// Whether a point lies in a leakage cell (lower and left edges belong to it, so that a
+// point on the edge between two cells lies in one of them).
+inline bool insideLeakageCell(const LeakageCell& c, double x, double y) {
+    return x >= c.x1 && x < c.x2 && y >= c.y1 && y < c.y2;
 }
 
 // ---------------------------------------------------------------------------------

@@ -94,7 +94,8 @@ std::string formatLakeStageRecord(double x, double y, double head, const std::st
 }
 
 std::string formatInterfaceRecord(double x, double y, double elevation) {
-  return formatWordRecord("%13s", "interface", x, y, elevation, "");
+  return formatWordRecord(layout::word_record::kInterfaceWordFormat, layout::word_record::kInterfaceWord, x, y,
+                          elevation, "");
 }
 
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
@@ -265,7 +266,18 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         break;
       }
       case ExtractRequest::Leakage:
-        out << "! leakage: not computed by this version\n";
+        // "leakage <total> [<integrated> <relative difference>]" of the last leakage check.
+        if (auto v = source.leakageCheck()) {
+          out << "leakage";
+          for (double x : *v) {
+            std::string num;
+            appendFormatted(num, layout::kSectionNumberFormat, fin(x));
+            out << ' ' << num;
+          }
+          out << '\n';
+        } else {
+          out << "! leakage: no leakage check before this extract\n";
+        }
         break;
     }
   }

@@ -58,6 +58,9 @@ class ExtractSource {
   virtual std::vector<TheisWellResult> theisWells() const { return {}; }
   // The elevation of the salt water interface under the point (none: no interface there).
   virtual std::optional<double> interfaceElevation(double, double) const { return std::nullopt; }
+  // The last leakage check of the run: the total leakage of the cells' rates, the total
+  // integrated from the heads (when known) and the relative difference (none: no check).
+  virtual std::optional<std::vector<double>> leakageCheck() const { return std::nullopt; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake

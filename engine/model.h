@@ -5,6 +5,7 @@
 // line-sink's strength > 0 take water out of the aquifer.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarno::engine {
@@ -75,11 +76,13 @@ struct LineSinkString {
     bool end = false;          // Stream: the network ends at this string's last vertex
     double overlandFlow = 0.0; // Stream: overland inflow per unit length along the string (L^2/T)
     std::string label;         // optional name of the string (segments carry their own labels)
-    // Commands of the stream menu that the mathematics does not handle yet
-    // (inlet, outlet and lake tables). Kept so that the reader can store them and
-    // the solver warns about them.
+    // Links to lakes (engine/lake.h, which clears these in the engine's copy of a linked string): an inlet's last vertex lies in a lake, which
+    // takes its stream flow; an outlet's first vertex lies in a lake, whose outflow by
+    // the rating table `outletTable` (rows read by the runner into `outletRating`) is the
+    // string's end inflow. A string whose link reaches no lake is routed as a plain stream.
     bool inlet = false;
     std::string outletTable;
+    std::vector<std::pair<double, double>> outletRating;  // (stage, discharge), stages rising
     std::vector<Segment> segments;
 };
 
@@ -168,6 +171,42 @@ struct TheisWell {
     int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
+// One line of a lake's stage table: the water surface's area and the volume held at a stage.
+struct StageRow {
+    double stage = 0.0;
+    double area = 0.0;
+    double volume = 0.0;
+};
+
+// A lake: a closed polygon of high interior conductivity whose stage follows from its
+// water balance (engine/lake.h). Precipitation and evaporation act on the water surface
+// (the polygon's area, or the stage table's area at the stage); the exchange with the
+// aquifer passes the lake bottom, of resistance `resistance`, over the whole polygon.
+struct Lake {
+    double conductivity = kAsAquifer;  // interior conductivity
+    double precipitation = 0.0;        // added recharge rate on the water surface (L/T)
+    double evaporation = 0.0;          // evaporation rate from the water surface (L/T)
+    double resistance = 0.0;           // c (T) of the lake bottom
+    std::string tableName;             // stage table file as given ("" or "0": none)
+    std::vector<StageRow> table;       // rows read from it, stages rising (empty: none)
+    std::string label;
+    std::vector<Vertex> vertices;
+    int line = 0;
+    // The exchange through the bottom per area of polygon (> 0 into the lake) that the
+    // solution was built with; the stage follows from it and the solved head.
+    double extraction = 0.0;
+    // Routed strings linked to the lake, found by solveWithLakes, with the flows of the
+    // solution: an inlet's stream flow into the lake, an outlet's outflow.
+    struct Link {
+        std::string string;    // the string's label
+        bool inlet = true;
+        std::vector<std::pair<double, double>> rating;  // outlet: (stage, discharge)
+        double flow = 0.0;     // inlet: its stream flow at its end; outlet: the outflow
+    };
+    std::vector<Link> links;
+    bool linksFound = false;
+};
+
 // The map window: Left, Bottom, Right, Top.
 struct Window {
     bool given = false;
@@ -175,6 +214,16 @@ struct Window {
     double y1 = 0.0;
     double x2 = 0.0;
     double y2 = 0.0;
+};
+
+// A cell of the leakage grid to the model below: a rectangle with a uniform leakage
+// rate per area (> 0 leaves the aquifer downwards), an area sink of given strength.
+struct LeakageCell {
+    double x1 = 0.0;
+    double y1 = 0.0;
+    double x2 = 0.0;
+    double y2 = 0.0;
+    double rate = 0.0;
 };
 
 struct Model {
@@ -191,6 +240,11 @@ struct Model {
     std::vector<Pond> ponds;
     std::vector<PartialWell> partialWells;
     std::vector<TheisWell> theisWells;  // schedule lines, in the order given
+    std::vector<Lake> lakes;            // solved as inhomogeneities named by their labels (engine/lake.h)
+    std::vector<LeakageCell> leakage;   // cells of the leakage grid (engine/leakage.h), zero rates left out
+    bool leakageOriginGiven = false;    // the leakage grid's lower-left corner, from its ` origin`
+    double leakageX0 = 0.0;
+    double leakageY0 = 0.0;
     Window window;
     double time = 0.0;         // time of evaluation for transient elements (days)
 };

@@ -3,6 +3,8 @@
 #include "engine/extract.h"
 #include "engine/files.h"
 #include "engine/grid.h"
+#include "engine/lake.h"
+#include "engine/leakage.h"
 #include "engine/logs.h"
 #include "engine/report.h"
 #include "engine/saltwater.h"
@@ -212,8 +214,19 @@ void addElements(Model& model, const ElementsInput& e) {
         model.walls.push_back(std::move(w));
         break;
       }
-      case PolygonKind::Lake:
-        break;  // lakes are not computed (reported by findUnsupported)
+      case PolygonKind::Lake: {
+        Lake l;
+        l.conductivity = param(0, kAsAquifer);
+        l.precipitation = param(1, 0.0);
+        l.evaporation = param(2, 0.0);
+        l.resistance = param(3, 0.0);
+        l.tableName = p.table;
+        l.label = p.label;
+        l.vertices = std::move(vertices);
+        l.line = p.line;
+        model.lakes.push_back(std::move(l));
+        break;
+      }
     }
   }
 }
@@ -232,26 +245,34 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
   };
   for (const Step& step : file.steps) {
     if (auto* e = std::get_if<ElementsInput>(&step.data)) {
-      for (const auto& p : e->polygons)
-        if (p.kind == PolygonKind::Lake) note("lake", "lakes (Inhomogeneity Lake)", p.line, 1 + p.vertices.size());
       for (const auto& s : e->strings)
-        if (s.lakeLinkLine > 0)
-          note("streamlinks", "links of streams to lakes and outlets (Inlet, Outlet, Lake, Levels)", s.lakeLinkLine, 1);
-    } else if (std::get_if<LeakageInput>(&step.data)) {
-      note("leakage", "leakage to a lower model (leakage)", step.line, 1);
+        if (s.lakeTable || s.levels)
+          note("streamlakes", "lake edges drawn as routed streams (Lake, Levels)", s.lakeLinkLine, 1,
+               "they are routed as plain streams");
     } else if (auto* s = std::get_if<SolveCommand>(&step.data)) {
       if (s->conjunctive)
         note("conjunctive", "conjunctive solutions with a lower model (solve conjunctive)", step.line, 1,
              "solved as plain solves");
-    } else if (auto* x = std::get_if<ExtractInput>(&step.data)) {
-      for (auto r : x->requests)
-        if (r == ExtractRequest::Leakage) note("leakage", "leakage to a lower model (leakage)", x->line, 1);
     }
   }
   return kinds;
 }
 
 namespace {
+
+// The extract's source: the solution with its lakes and the run's last leakage check.
+class RunSource : public LakeSolutionSource {
+ public:
+  RunSource(const Solution& s, const std::optional<LeakageCheckResult>& check) : LakeSolutionSource(s), check_(check) {}
+  std::optional<std::vector<double>> leakageCheck() const override {
+    if (!check_) return std::nullopt;
+    if (!check_->integratedKnown) return std::vector<double>{check_->total};
+    return std::vector<double>{check_->total, check_->integrated, check_->error()};
+  }
+
+ private:
+  const std::optional<LeakageCheckResult>& check_;
+};
 
 class Runner {
  public:
@@ -342,6 +363,7 @@ class Runner {
       currentLine_ = step.line;
       if (std::get_if<StopCommand>(&step.data)) break;
       std::visit([&](const auto& d) { this->apply(step.line, d); }, step.data);
+      if (std::get_if<SolveCommand>(&step.data)) updateLeakage();
     }
     if (!file_.stopped) logs_.message("End of the command file reached without \" stop\".");
     writeOutputReport();
@@ -359,7 +381,174 @@ class Runner {
   void apply(int, const LogCommand&) {}
   void apply(int, const PictureCommand&) {}
   void apply(int, const StopCommand&) {}
-  void apply(int, const LeakageInput&) {}  // reported as not supported
+
+  // ---- leakage to the model below (engine/leakage.h) -------------------------------
+
+  std::optional<std::array<double, 5>> leakSolve_;  // include, average, update, subgrid, relax
+  int leakLine_ = 0;
+  bool leakUpdatePending_ = false;
+  std::optional<LeakageCheckResult> leakCheck_;
+
+  std::string leakBase() const { return baseName_.empty() ? commandFile_.stem().string() : baseName_; }
+
+  void leakProblems(int line, const std::vector<LeakageFileProblem>& ps) {
+    for (const auto& p : ps)
+      logs_.problem(line, "", "leakage: " + p.file + (p.line > 0 ? " line " + std::to_string(p.line) : "") + ": " +
+                                  p.message);
+  }
+
+  // The grid of <base>.del, placed at the leakage origin (or the corner in the file).
+  std::optional<LeakageGrid> loadLeakageGrid(int line) {
+    const std::string name = leakBase() + ".del";
+    std::vector<LeakageFileProblem> ps;
+    LeakageGrid g;
+    auto p = findFileNoCase(workDir_, name);
+    const bool ok = readLeakageGrid(p ? *p : workDir_ / name, g, ps);
+    leakProblems(line, ps);
+    if (!ok) return std::nullopt;
+    // The origin of the command file, or of the loaded solution (the inspection's
+    // command file gives none).
+    if (model_.leakageOriginGiven) {
+      g.x0 = model_.leakageX0;
+      g.y0 = model_.leakageY0;
+    } else if (g.cornerInFile) {
+      g.x0 = g.fileX;
+      g.y0 = g.fileY;
+    } else {
+      logs_.problem(line, "", "leakage: no \"origin\" given and none in " + name + "; the grid's corner is put at 0 0");
+    }
+    return g;
+  }
+
+  bool loadCellFile(int line, const LeakageGrid& g, const std::string& ext, std::vector<double>& values) {
+    const std::string name = leakBase() + ext;
+    std::vector<LeakageFileProblem> ps;
+    auto p = findFileNoCase(workDir_, name);
+    const bool ok = readCellValues(p ? *p : workDir_ / name, g, values, ps);
+    leakProblems(line, ps);
+    return ok;
+  }
+
+  // Resistances and heads below (and the sub-grid when its switch is on).
+  std::optional<LeakageExchange> loadExchange(int line, const LeakageGrid& g) {
+    LeakageExchange ex;
+    if (!loadCellFile(line, g, ".rla", ex.resistance) || !loadCellFile(line, g, ".lhd", ex.lowerHead))
+      return std::nullopt;
+    const bool average = leakSolve_ && (*leakSolve_)[1] != 0;
+    const bool subgrid = average && (*leakSolve_)[3] != 0;
+    ex.addAquiferResistance = leakSolve_ && (*leakSolve_)[2] != 0;
+    ex.defaultPoints = average ? 3 : 1;
+    if (subgrid) {
+      std::vector<double> res;
+      if (loadCellFile(line, g, ".grs", res))
+        for (double r : res) ex.resolution.push_back(std::clamp((int)std::lround(r), 1, 100));
+    }
+    return ex;
+  }
+
+  void apply(int line, const LeakageInput& l) {
+    if (l.origin) {
+      // Not a change of the model: the origin places the grid when its files are read.
+      model_.leakageOriginGiven = true;
+      model_.leakageX0 = (*l.origin)[0];
+      model_.leakageY0 = (*l.origin)[1];
+      logs_.message("Leakage grid origin: " + number((*l.origin)[0]) + " " + number((*l.origin)[1]));
+    }
+    if (l.solve) {
+      leakSolve_ = l.solve;
+      leakLine_ = line;
+      const auto& v = *l.solve;
+      if (v[0] == 0) {
+        if (!model_.leakage.empty()) modelChanged_ = true;
+        model_.leakage.clear();
+        leakUpdatePending_ = false;
+        logs_.message("Leakage to the model below: not included");
+      } else if (auto g = loadLeakageGrid(line)) {
+        if (loadCellFile(line, *g, ".vlk", g->leakage)) {
+          model_.leakage = g->cells();
+          modelChanged_ = true;
+          leakUpdatePending_ = true;
+          double total = 0.0;
+          for (const auto& c : model_.leakage) total += c.rate * (c.x2 - c.x1) * (c.y2 - c.y1);
+          logs_.message("Leakage to the model below: " + std::to_string(g->rows) + " x " + std::to_string(g->cols) +
+                        " cells, " + std::to_string(model_.leakage.size()) + " with a rate, total " + number(total) +
+                        "; relaxation " + number(v[4]));
+        } else {
+          logs_.problem(line, "", "leakage: without the cells' rates the leakage is left out of the solution");
+        }
+      }
+    }
+    for (const auto& c : l.checks) checkLeakageAt(line, c);
+  }
+
+  // After a solve: the leakage from the heads, relaxed, written for the model below.
+  void updateLeakage() {
+    if (!leakUpdatePending_ || !solution_ || !solution_->solved()) return;
+    leakUpdatePending_ = false;
+    const int line = leakLine_;
+    auto g = loadLeakageGrid(line);
+    if (!g || !loadCellFile(line, *g, ".vlk", g->leakage)) return;
+    auto ex = loadExchange(line, *g);
+    if (!ex) {
+      logs_.problem(line, "", "leakage: without resistances and heads below the leakage was not updated");
+      return;
+    }
+    const double relax = (*leakSolve_)[4];
+    std::vector<double> next(g->leakage.size()), error(g->leakage.size());
+    double used = 0.0, computed = 0.0, written = 0.0;
+    for (int r = 0; r < g->rows; ++r)
+      for (int c = 0; c < g->cols; ++c) {
+        const int i = g->index(r, c);
+        const int n = ex->resolution.empty() ? ex->defaultPoints : ex->resolution[i];
+        const double q = cellLeakageFromHeads(*g, *ex, *solution_, r, c, n);
+        const auto box = g->cell(r, c);
+        const double area = (box[2] - box[0]) * (box[3] - box[1]);
+        error[i] = q - g->leakage[i];
+        next[i] = g->leakage[i] + relax * error[i];
+        used += g->leakage[i] * area;
+        computed += q * area;
+        written += next[i] * area;
+      }
+    for (const auto& [ext, values] : {std::pair<const char*, const std::vector<double>*>{".vlk", &next}, {".vle", &error}}) {
+      const fs::path p = prepareOutputFile(workDir_, leakBase() + ext);
+      if (writeCellValues(p, *g, *values)) logs_.wrote(ext == std::string(".vlk") ? "leakage" : "leakage error", p);
+      else logs_.problem(line, "", "leakage: " + p.filename().string() + " could not be written");
+    }
+    logs_.message("Leakage to the model below: used " + number(used) + ", computed from the heads " + number(computed) +
+                  ", written " + number(written) + " (relaxation " + number(relax) + ")");
+  }
+
+  void checkLeakageAt(int line, const std::array<double, 5>& c) {
+    if (!solution_ || !solution_->solved()) {
+      logs_.problem(line, "", "leakage \"check\" before any solve or load: there are no heads; line skipped");
+      return;
+    }
+    auto g = loadLeakageGrid(line);
+    if (!g) return;
+    // The rates the solution used, cell by cell (the .vlk file may hold newer ones).
+    g->leakage.assign((size_t)g->rows * g->cols, 0.0);
+    for (const auto& cell : solution_->model().leakage) {
+      const double x = 0.5 * (cell.x1 + cell.x2) - g->x0, yTop = g->y0 + g->height() - 0.5 * (cell.y1 + cell.y2);
+      int col = 0, row = 0;
+      for (double acc = g->colSize[0]; col + 1 < g->cols && x > acc; acc += g->colSize[++col]) {}
+      for (double acc = g->rowSize[0]; row + 1 < g->rows && yTop > acc; acc += g->rowSize[++row]) {}
+      g->leakage[g->index(row, col)] = cell.rate;
+    }
+    auto ex = loadExchange(line, *g);
+    const int n = std::max(1, (int)std::lround(c[4]));
+    const LeakageCheckResult r = checkLeakage(*g, ex ? &*ex : nullptr, *solution_, c[0], c[1], c[2], c[3], n);
+    leakCheck_ = r;
+    logs_.message("Leakage check over " + number(c[0]) + " " + number(c[1]) + " " + number(c[2]) + " " + number(c[3]) +
+                  ": " + std::to_string(r.cells) + " cells, " + std::to_string(n) + " x " + std::to_string(n) +
+                  " points in each");
+    logs_.message("  Total leakage in selected cells: " + number(r.total));
+    if (r.integratedKnown) {
+      logs_.message("  Total integrated leakage (upper head - lower head)/resistance: " + number(r.integrated));
+      logs_.message("  Water balance error in subgrid: " + number(100.0 * r.error()) + "%");
+    } else {
+      logs_.problem(line, "", "leakage \"check\": without resistances and heads below only the total of the rates is known");
+    }
+  }
 
   void apply(int, const TitleCommand& c) {
     model_.title = c.text;
@@ -417,11 +606,47 @@ class Runner {
     size_t wellsBefore = model_.wells.size() + model_.partialWells.size() + model_.theisWells.size();
     size_t stringsBefore = model_.lineSinks.size();
     size_t areasBefore = model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size();
+    size_t lakesBefore = model_.lakes.size();
     addElements(model_, kept);
+    for (size_t i = lakesBefore; i < model_.lakes.size(); ++i) readLakeTable(model_.lakes[i]);
+    for (size_t i = stringsBefore; i < model_.lineSinks.size(); ++i) readOutletRating(model_.lineSinks[i]);
     if (model_.wells.size() + model_.partialWells.size() + model_.theisWells.size() != wellsBefore ||
         model_.lineSinks.size() != stringsBefore ||
-        model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore)
+        model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore ||
+        model_.lakes.size() != lakesBefore)
       modelChanged_ = true;
+  }
+
+  // The rating table of a stream that flows out of a lake (read here; the link to the
+  // lake is made by the solve). Without one nothing flows out through the outlet.
+  void readOutletRating(LineSinkString& ls) {
+    const std::string name = ls.outletTable;
+    if (ls.kind != LineSinkKind::Stream || name.empty() || name == "0" || name == "__NONE__") return;
+    auto p = findFileNoCase(workDir_, name);
+    std::string why;
+    if (!p) why = "it was not found in " + workDir_.string();
+    else if (readRatingTable(*p, ls.outletRating, why)) return;
+    ls.outletRating.clear();
+    logs_.problem(0, "", "stream " + ls.label + ": the outlet rating table " + name + " cannot be used (" + why +
+                             "); nothing flows out of a lake through it");
+  }
+
+  // A lake's stage table, looked up in the working folder without regard to case. The
+  // front end writes "0" or nothing for a lake without one. A lake whose table cannot be
+  // read is solved without it (its water surface is its polygon).
+  void readLakeTable(Lake& l) {
+    if (l.vertices.size() < 3)
+      logs_.problem(l.line, "", "lake " + l.label + " has " + std::to_string(l.vertices.size()) +
+                                    " vertices, fewer than three; the lake is skipped");
+    const std::string name = l.tableName;
+    if (name.empty() || name == "0" || name == "__NONE__") return;
+    auto p = findFileNoCase(workDir_, name);
+    std::string why;
+    if (!p) why = "it was not found in " + workDir_.string();
+    else if (readStageTable(*p, l.table, why)) return;
+    l.table.clear();
+    logs_.problem(l.line, "", "lake " + l.label + ": the stage table " + name + " cannot be used (" + why +
+                                  "); the lake is solved without it, its water surface is its polygon");
   }
 
   // Partially penetrating wells: a radius that is not positive skips the well (as for
@@ -462,6 +687,10 @@ class Runner {
   }
 
   void apply(int line, const SolveCommand& c) {
+    if (!model_.lakes.empty()) {
+      solveLakes(line, c);
+      return;
+    }
     if (!solution_ || modelChanged_) {
       solution_.reset();
       solution_.emplace(model_);
@@ -492,6 +721,39 @@ class Runner {
     lastSolve_ = r;
   }
 
+  // A model with lakes is solved afresh by each solve: the lakes' outer iteration
+  // rebuilds the solution with each new exchange through the lake bottoms.
+  void solveLakes(int line, const SolveCommand& c) {
+    SolveOptions opt;
+    opt.innerIterations = c.inner;
+    opt.outerIterations = c.outer;
+    opt.storeOnDisk = c.store != 0;
+    opt.fullFactorisation = c.full != 0;
+    logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
+                  " outer iterations at most, with " + std::to_string(model_.lakes.size()) + " lakes");
+    // The lakes start from the exchange of the present solution, when there is one.
+    Model start = model_;
+    if (solution_ && solution_->solved())
+      for (Lake& l : start.lakes)
+        for (const Lake& k : solution_->model().lakes)
+          if (k.label == l.label) l.extraction = k.extraction;
+    LakeSolveReport r;
+    try {
+      r = solveWithLakes(start, solution_, opt, [this](const std::string& l) { logs_.message(l); },
+                         [this](Solution&) { attachWarnings(); });
+    } catch (const FatalError& e) {
+      solution_.reset();
+      throw RunFatal{line, {"The model could not be solved (" + where(line) + ").", e.what()}};
+    }
+    modelChanged_ = false;
+    if (!r.converged)
+      logs_.problem(line, "", "the balance of the lakes had not closed after " + std::to_string(r.lakeIterations) +
+                                  " solves; the stages are those of the last one");
+    logs_.message("Lakes: " + std::to_string(r.lakeIterations) + " solves of the model to close their balances");
+    for (const auto& l : formatLakeBalance(lakeResults(*solution_))) logs_.message(l);
+    lastSolve_ = r.last;
+  }
+
   // <name>.OUT, the report of the run for a person to read, after a run that solved.
   // A run that only loads a solution (a regrid, an inspection) leaves the report of
   // the solve in place.
@@ -506,8 +768,14 @@ class Runner {
     header.started = started_;
     header.time = model_.time;
     std::ostringstream text;
-    SolutionSource source(*solution_);
+    LakeSolutionSource source(*solution_);
     writeRunReport(text, header, solution_->model(), *lastSolve_, source);
+    // The lakes' balances (engine/lake.h), in the words of the message log.
+    const std::vector<LakeResult> lakes = lakeResults(*solution_);
+    if (!lakes.empty()) {
+      text << "\nLakes\n=====\n";
+      for (const std::string& l : formatLakeBalance(lakes)) text << l << '\n';
+    }
     if (writeText(p, text.str())) logs_.wrote("output report", p);
     else logs_.problem(0, "", "the output report " + p.filename().string() + " could not be written");
   }
@@ -598,7 +866,7 @@ class Runner {
                                   p.filename().string() + " reports");
     std::ostringstream text;
     int nonFinite = 0;
-    SolutionSource source(*solution_);
+    RunSource source(*solution_, leakCheck_);
     writeExtract(text, x, source, &nonFinite);
     if (nonFinite > 0)
       logs_.problem(line, "", std::to_string(nonFinite) + " values of " + p.filename().string() +

@@ -20,7 +20,8 @@ namespace tarno::engine {
 namespace {
 
 constexpr const char* kMagic = "TARNO-SOL";
-constexpr int kVersion = 3;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells
+constexpr int kVersion = 5;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells; 4: lakes;
+                             // 5: leakage cells
 
 class Writer {
 public:
@@ -137,6 +138,24 @@ void writeModel(Writer& w, const Model& m) {
         w.num(t.x); w.num(t.y); w.num(t.discharge); w.num(t.startTime); w.num(t.startHead); w.num(t.storage);
         w.num(t.radius); w.str(t.label); w.i(t.line);
     }
+    w.i((long)m.lakes.size());
+    for (const auto& l : m.lakes) {
+        w.num(l.conductivity); w.num(l.precipitation); w.num(l.evaporation); w.num(l.resistance); w.num(l.extraction);
+        w.str(l.tableName); w.str(l.label); w.i(l.line);
+        w.i((long)l.table.size());
+        for (const auto& t : l.table) { w.num(t.stage); w.num(t.area); w.num(t.volume); }
+        vertices(l.vertices);
+        w.i(l.linksFound);
+        w.i((long)l.links.size());
+        for (const auto& k : l.links) {
+            w.str(k.string); w.i(k.inlet); w.num(k.flow);
+            w.i((long)k.rating.size());
+            for (const auto& [st, q] : k.rating) { w.num(st); w.num(q); }
+        }
+    }
+    w.i((long)m.leakage.size());
+    for (const auto& c : m.leakage) { w.num(c.x1); w.num(c.y1); w.num(c.x2); w.num(c.y2); w.num(c.rate); }
+    w.i(m.leakageOriginGiven); w.num(m.leakageX0); w.num(m.leakageY0);
 }
 
 Model readModel(Reader& r) {
@@ -200,6 +219,24 @@ Model readModel(Reader& r) {
         t.x = r.num(); t.y = r.num(); t.discharge = r.num(); t.startTime = r.num(); t.startHead = r.num();
         t.storage = r.num(); t.radius = r.num(); t.label = r.str(); t.line = (int)r.i();
     }
+    m.lakes.resize(r.count(kMaxItems));
+    for (auto& l : m.lakes) {
+        l.conductivity = r.num(); l.precipitation = r.num(); l.evaporation = r.num(); l.resistance = r.num();
+        l.extraction = r.num(); l.tableName = r.str(); l.label = r.str(); l.line = (int)r.i();
+        l.table.resize(r.count(kMaxItems));
+        for (auto& t : l.table) { t.stage = r.num(); t.area = r.num(); t.volume = r.num(); }
+        vertices(l.vertices);
+        l.linksFound = r.i() != 0;
+        l.links.resize(r.count(kMaxItems));
+        for (auto& k : l.links) {
+            k.string = r.str(); k.inlet = r.i() != 0; k.flow = r.num();
+            k.rating.resize(r.count(kMaxItems));
+            for (auto& [st, q] : k.rating) { st = r.num(); q = r.num(); }
+        }
+    }
+    m.leakage.resize(r.count(kMaxItems));
+    for (auto& c : m.leakage) { c.x1 = r.num(); c.y1 = r.num(); c.x2 = r.num(); c.y2 = r.num(); c.rate = r.num(); }
+    m.leakageOriginGiven = r.i() != 0; m.leakageX0 = r.num(); m.leakageY0 = r.num();
     return m;
 }
 

@@ -144,7 +144,7 @@ void Solution::State::prepare() {
         if (headLike && !ls.farField && ls.resistance > 0.0 && !(ls.width > 0.0))
             warn("line-sink string " + ls.label + ": resistance without a positive width; the head condition holds without resistance");
         if (ls.kind == LineSinkKind::Stream && (ls.inlet || !ls.outletTable.empty()))
-            warn("line-sink string " + ls.label + ": inlet, outlet and lake tables are not handled by this solver; the string is routed as a plain stream");
+            warn("line-sink string " + ls.label + ": its inlet or outlet reaches no lake; the string is routed as a plain stream");
         int gal = -1;
         if (ls.kind == LineSinkKind::Gallery) {
             GalleryEl g;
@@ -1008,6 +1008,8 @@ PointValues Solution::evaluate(double x, double y, std::optional<double> z) cons
     p.recharge = -s.domains[d].extraction;
     for (const auto& pd : s.ponds)
         if ((x - pd.x) * (x - pd.x) + (y - pd.y) * (y - pd.y) < pd.R * pd.R) p.recharge += pd.rate;
+    for (const auto& c : s.model.leakage)
+        if (detail::insideLeakageCell(c, x, y)) p.recharge -= c.rate;
     p.head = s.ignoredAt(x, y) ? kDryHead : aq.headFromPhi(p.potential);
     if (p.head == kDryHead) {
         p.z = z ? *z : aq.B;
@@ -1063,6 +1065,12 @@ double Solution::streamFunction(double x, double y) const {
         if (p.rate == 0.0) continue;
         if ((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y) < p.R * p.R) return std::numeric_limits<double>::quiet_NaN();
         psi -= p.rate * p.R * p.R / 2.0 * std::atan2(y - p.y, x - p.x);
+    }
+    for (const auto& c : s.model.leakage) {
+        if (c.rate == 0.0) continue;
+        if (detail::insideLeakageCell(c, x, y)) return std::numeric_limits<double>::quiet_NaN();
+        const auto a = detail::makeAreaSink({{c.x1, c.y1}, {c.x2, c.y1}, {c.x2, c.y2}, {c.x1, c.y2}});
+        psi += -c.rate * detail::areaSinkOmegaOutside(a, x, y).imag();
     }
     return psi;
 }
@@ -1206,7 +1214,10 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
     // Area sinks (recharge polygons and ponds) have no stream function: their flow across
     // each piece is integrated numerically (composite Gauss-Legendre, 32 parts of 8 points;
     // the integrand is continuous, with kinks where the piece crosses the sink's edge).
-    bool anySink = !s.ponds.empty();
+    bool anySink = !s.ponds.empty() || !s.model.leakage.empty();
+    std::vector<std::pair<detail::AreaSinkGeom, double>> cells;
+    for (const auto& c : s.model.leakage)
+        if (c.rate != 0.0) cells.emplace_back(detail::makeAreaSink({{c.x1, c.y1}, {c.x2, c.y1}, {c.x2, c.y2}, {c.x1, c.y2}}), c.rate);
     for (const auto& d : s.domains) anySink = anySink || d.hasSink;
     if (s.theisReady)
         for (const auto& e : s.theis) anySink = anySink || (s.model.time > e.t0 && e.q != 0.0);
@@ -1232,6 +1243,7 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
                         if (d.hasSink) w += -d.extraction * detail::areaSinkW(d.sink, x, y);
                     for (const auto& p : s.ponds)
                         if (p.rate != 0.0) w += p.rate * detail::pondW(p.x, p.y, p.R, x, y);
+                    for (const auto& [a, rate] : cells) w += -rate * detail::areaSinkW(a, x, y);
                     w += s.theisWRemainder(x, y);
                     q += (w.real() * nx - w.imag() * ny) * gw[g] * 0.5 * L / parts;
                 }
@@ -1270,6 +1282,7 @@ WaterBalance Solution::waterBalance() const {
     for (const auto& d : s.domains)
         if (d.hasSink) add("area sinks, inhomogeneities", d.extraction * d.sink.area);
     for (const auto& p : s.ponds) add(p.headSpecified ? "ponds, head specified" : "ponds, discharge specified", -p.rate * kPi * p.R * p.R);
+    for (const auto& c : s.model.leakage) add("leakage to the model below", c.rate * (c.x2 - c.x1) * (c.y2 - c.y1));
     // The far field: inflow across a circle around every element, by the trapezoidal
     // rule, which converges geometrically for this periodic, analytic integrand.
     double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
@@ -1283,6 +1296,7 @@ WaterBalance Solution::waterBalance() const {
     for (const auto& d : s.domains)
         for (const auto& v : d.poly) grow(v.x, v.y);
     for (const auto& p : s.ponds) { grow(p.x - p.R, p.y - p.R); grow(p.x + p.R, p.y + p.R); }
+    for (const auto& c : s.model.leakage) { grow(c.x1, c.y1); grow(c.x2, c.y2); }
     for (const auto& g : s.theisGroups) grow(g.x, g.y);
     if (xmin <= xmax) {
         const double cx = 0.5 * (xmin + xmax), cy = 0.5 * (ymin + ymax);

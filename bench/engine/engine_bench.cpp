@@ -3,6 +3,7 @@
 // points; then grids and pathlines (grid_trace_bench.cpp).
 // Usage: tarno-bench [unknowns ...]   (default 1000 5000 10000)
 //        tarno-bench grids            (grids and pathlines only)
+//        tarno-bench lakes            (20 lakes linked by streams only, lake_bench.cpp)
 #include "engine/lapack.h"
 #include "engine/model.h"
 #include "engine/solution.h"
@@ -21,6 +22,7 @@ using namespace tarno::engine;
 
 namespace tarno::engine::bench {
 void runGridTraceBench();
+void runLakeBench();
 }
 
 namespace {
@@ -109,6 +111,11 @@ int main(int argc, char** argv) {
         tarno::engine::bench::runGridTraceBench();
         return 0;
     }
+    if (argc == 2 && std::string(argv[1]) == "lakes") {
+        std::printf("threads: OpenMP %d\n", omp_get_max_threads());
+        tarno::engine::bench::runLakeBench();
+        return 0;
+    }
     std::vector<int> sizes;
     for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
     if (sizes.empty()) sizes = {1000, 5000, 10000};
@@ -142,5 +149,6 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
     }
     tarno::engine::bench::runGridTraceBench();
+    tarno::engine::bench::runLakeBench();
     return 0;
 }

@@ -57,13 +57,17 @@ constexpr int Column(int f) { return f == 1 ? 2 : 2 + kFirstWidth + 1 + (f - 2) 
 static_assert(Column(kHead) == 123, "the head of a point record occupies columns 123 to 136");
 }  // namespace point
 
-// The gage and lake stage records: '@', the word right-aligned in its width, then X,
+// The gage, lake stage and interface records: '@', the word right-aligned in its width, then X,
 // Y and the value (each %13.5E), then the label.
 namespace word_record {
 inline constexpr const char* kGageWord = "gage";
 inline constexpr const char* kLakeStageWord = "lake_stage";
 inline constexpr const char* kGageWordFormat = "%13s";
 inline constexpr const char* kLakeStageWordFormat = "%19s";
+// The salt water interface under a point (` interface x y`): the value is the
+// interface's elevation, -9999 where there is none; the label is empty.
+inline constexpr const char* kInterfaceWord = "interface";
+inline constexpr const char* kInterfaceWordFormat = "%13s";
 inline constexpr const char* kNumberFormat = "%13.5E";
 inline constexpr int kGageWordWidth = 13;
 inline constexpr int kLakeStageWordWidth = 19;

@@ -125,6 +125,11 @@ std::optional<std::vector<InspectedPoint>> ReadInspection(const fs::path& file, 
   std::vector<InspectedPoint> points;
   for (const std::string& line : LinesOf(file)) {
     if (line.empty() || line[0] != layout::kPointMark) continue;
+    // The interface record follows the point it belongs to.
+    if (const auto z = ParseInterfaceRecord(line)) {
+      if (!points.empty()) points.back().interfaceElevation = *z;
+      continue;
+    }
     const auto p = ParseInspectedPoint(line);
     if (!p) {
       ui.MessageBox(
@@ -229,6 +234,16 @@ std::optional<InspectedPoint> ParseInspectedPoint(const std::string& line) {
   return p;
 }
 
+std::optional<double> ParseInterfaceRecord(const std::string& line) {
+  namespace wr = layout::word_record;
+  if (line.empty() || line[0] != layout::kPointMark) return std::nullopt;
+  int n = 0;
+  std::vector<std::string> f;
+  ParseString(line.substr(1), std::string(1, layout::kFieldSeparator), f, n);
+  if (n < wr::kValue || TrimST(f[wr::kWord]) != wr::kInterfaceWord) return std::nullopt;
+  return Val(TrimST(f[wr::kValue]));
+}
+
 std::string InspectCommandText(const InspectRequest& r) {
   std::ostringstream out;
   Header(out, std::string("* Written by TARNO for Windows ") + kTarnoVersion, "error_insp.log",
@@ -260,12 +275,12 @@ std::string InspectCommandText(const InspectRequest& r) {
 }
 
 std::vector<std::string> ModelResultsLines(const InspectedPoint& p, double xMap, double yMap) {
-  // The interface elevation and the leakage of a MODFLOW grid have lines of their
-  // own; neither is reported by the solver's point record yet, so they are left out.
-  return {"X       " + Field(xMap),
-          "Y       " + Field(yMap),
-          "Z       " + Field(p.z),
-          "Head" + Field(p.head),
+  // The leakage of a MODFLOW grid has a line of its own after the head; the
+  // coupling to MODFLOW is not built yet, so it is left out.
+  std::vector<std::string> lines = {"X       " + Field(xMap), "Y       " + Field(yMap),
+                                    "Z       " + Field(p.z), "Head" + Field(p.head)};
+  if (p.interfaceElevation) lines.push_back("Interface Elevation " + Field(*p.interfaceElevation));
+  const std::vector<std::string> rest = {
           "Porosity" + Field(p.porosity),
           "Conductivity" + Field(p.conductivity),
           "Bottom Elev" + Field(p.base),
@@ -275,6 +290,8 @@ std::vector<std::string> ModelResultsLines(const InspectedPoint& p, double xMap,
           "Velocity (Z)" + Field(p.vz),
           "All data are in computational units, except",
           "the x,y-coordinates, which are in map units."};
+  lines.insert(lines.end(), rest.begin(), rest.end());
+  return lines;
 }
 
 void ComputeIntegrity(const InspectedPoint& c, const std::array<InspectedPoint, 6>& nb, double step,

@@ -73,7 +73,14 @@ struct InspectedPoint {
   double head = 0;
   double vz = 0;
   double porosity = 0, conductivity = 0, base = 0, recharge = 0;
+  // The elevation of the salt water interface under the point, from the interface
+  // record that follows the point when the interface is on (-9999: none there).
+  std::optional<double> interfaceElevation;
 };
+
+// The elevation of an interface record ("@", "interface", X, Y, the elevation);
+// nothing when the line is no interface record.
+std::optional<double> ParseInterfaceRecord(const std::string& line);
 
 // Reads a point record ("@" and its fields, core/solver_files.h); nothing when the
 // line is no point record or has too few fields.

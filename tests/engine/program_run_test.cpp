@@ -212,7 +212,10 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
                      " ppwell ", " discharge ", "  1 2 3 4 5 .5 WL_000011", " quit ", " twell ", " discharge ",
                      "  .1E+03 .2E+03 .5E+03 .0E+00 .1E+02 .1E-03 .1E+00 WL_000014", " quit ", " inhomogeneity ",
                      "slurry open     .00000E+00 .10000E+01 .30000E+00 .50000E+01 HB_000004_0000",
-                     "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " frobnicate"});
+                     "  0 0 HB_000004_0100", "  0 10 HB_000004_0200", " quit ", " linesink ",
+                     " stream 0.000000E+00", " Lake lake.tab", " Levels 100 10", " overlandflow 0.000000E+00", " resistance 1",
+                     " width 1 0", " depth 1", "  300 300 10 LS_000020_0100", "  300 400 10 LS_000020_0200",
+                     " 300 500", " quit ", " frobnicate"});
   file = with(file, kSolveAndExtract);
   file.insert(file.end() - 1, {" grid", " window 0 0 10 10", " go", " quit", " grid", " go", " quit"});
   writeLines(dir.Path() / "DEMO.DAT", file);
@@ -224,7 +227,13 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
     for (const auto& l : err) n += l.find(word) != std::string::npos;
     return n;
   };
-  EXPECT_EQ(count("(Inhomogeneity Lake)"), 1);
+  // Lakes are solved: a missing stage table and a lake of one vertex are reported as
+  // such, not as input this version leaves out.
+  EXPECT_EQ(count("(Inhomogeneity Lake)"), 0);
+  EXPECT_EQ(count("lake LK_000001_0000: the stage table stage.tab cannot be used"), 1);
+  EXPECT_EQ(count("lake LK_000002_0000 has 1 vertices, fewer than three; the lake is skipped"), 1);
+  // Lake edges drawn as routed streams are not computed: reported once.
+  EXPECT_EQ(count("(Lake, Levels)"), 1);
   EXPECT_EQ(count("not supported by this version"), 1);
   // Partially penetrating and transient wells are solved: not reported as unsupported.
   EXPECT_EQ(count("ppwell"), 0);
@@ -234,12 +243,12 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("slurry"), 0);
   EXPECT_EQ(count("\"horizontalpoints\""), 2);
   EXPECT_EQ(count("frobnicate"), 1);
-  // The report names the first line of each kind and how many items were read
-  // (the opening lines and the vertices of both lakes).
+  // The report names the first line of the kind (the Lake line) and how many items
+  // were read.
   for (const auto& l : err)
-    if (l.find("(Inhomogeneity Lake)") != std::string::npos) {
-      EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 2), 0), 0u) << l;
-      EXPECT_NE(l.find("6 items"), std::string::npos) << l;
+    if (l.find("(Lake, Levels)") != std::string::npos) {
+      EXPECT_EQ(l.rfind("line " + std::to_string(kHeader.size() + wellAndRiver().size() + 26), 0), 0u) << l;
+      EXPECT_NE(l.find("1 item"), std::string::npos) << l;
     }
   // The wells and the river were solved all the same.
   auto xtr = readLines(dir.Path() / "demo.XTR");
@@ -331,17 +340,21 @@ TEST(ProgramRun, CommandFileOfTheFrontEndsWriter) {
   TempDir dir;
   fs::copy_file(sample, dir.Path() / "golden_new_solve.dat");
   ASSERT_EQ(runTarno1(dir.Path(), "61 GOLDEN_NEW_SOLVE.DAT"), 0);
-  // Every line is read; only the kinds this version does not compute are reported, once each.
-  // The sample's three iterations leave the wall's unconfined condition just short of
-  // convergence, which the log says as well.
+  // Every line is read and every kind is computed. The sample names a stage table it does
+  // not come with, and its lake crosses an inhomogeneity, so the lake is skipped; both are
+  // reported. The sample's three iterations leave the wall's unconfined condition just
+  // short of convergence, which the log says as well.
   auto err = readLines(dir.Path() / "error.log");
-  ASSERT_GE(err.size(), 1u);
-  ASSERT_LE(err.size(), 2u);
-  for (const char* kind : {"(Inhomogeneity Lake)"}) {
+  ASSERT_GE(err.size(), 2u);
+  ASSERT_LE(err.size(), 3u);
+  auto count = [&](const std::string& text) {
     int n = 0;
-    for (const auto& l : err) n += l.find(kind) != std::string::npos;
-    EXPECT_EQ(n, 1) << kind;
-  }
+    for (const auto& l : err) n += l.find(text) != std::string::npos;
+    return n;
+  };
+  EXPECT_EQ(count("not supported"), 0);
+  EXPECT_EQ(count("the stage table lake1.stg cannot be used"), 1);
+  EXPECT_EQ(count("LK_000001_0000 (line 25): its edges cross those of inhomogeneity IN_000002_0000"), 1);
   for (const auto& l : err) {
     EXPECT_EQ(l.find("transmissivity"), std::string::npos) << l;
     EXPECT_EQ(l.find("slurry"), std::string::npos) << l;
@@ -539,4 +552,64 @@ TEST(ProgramRun, SolveWritesTheOutputReport) {
                             " surfer demo", " y", " quit", " stop"}));
   ASSERT_EQ(runTarno1(dir.Path(), "61 REGRID.DAT"), 0);
   EXPECT_EQ(readAll(dir.Path() / "demo.OUT"), text);
+}
+
+// Two lakes, a stage table, an inlet and a stream from one lake's outlet into the other:
+// the error log is empty, the message log gives each lake's balance, and the lake stage
+// records carry the stages, also after a load.
+TEST(ProgramRun, LakesAreSolvedWithTheirTablesAndStreams) {
+  TempDir dir;
+  fs::path seed = fs::path(TARNO_TEST_DATA_DIR) / "fuzz-corpus" / "seed_lakes.dat";
+  fs::copy_file(seed, dir.Path() / "LAKES.DAT");
+  writeLines(dir.Path() / "lake1.stg", {"! stage area volume", "50 0 0", "58 100000 400000", "70 160000 2000000"});
+  writeLines(dir.Path() / "rating.tab", {"55 0", "59 4000"});
+  ASSERT_EQ(runTarno1(dir.Path(), "61 LAKES.DAT"), 0);
+  EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n");
+  const std::string msg = readAll(dir.Path() / "message.log");
+  std::vector<double> stages;
+  for (const char* label : {"Lake LK_000001_0000", "Lake LK_000002_0000"}) {
+    const size_t at = msg.rfind(label);  // the last solve's balance
+    ASSERT_NE(at, std::string::npos) << label;
+    const size_t st = msg.find("stage ", at);
+    stages.push_back(std::strtod(msg.c_str() + st + 6, nullptr));
+    // The balance error of the last block is below a millionth of the largest term.
+    const size_t pc = msg.find("balance error ", at);
+    ASSERT_NE(pc, std::string::npos);
+    const size_t open = msg.find('(', pc);
+    EXPECT_LT(std::strtod(msg.c_str() + open + 1, nullptr), 1e-4) << label;
+  }
+  // The first lake has an outlet: its stage lies within its rating table, so stream flow
+  // leaves it, and the stream enters the second lake.
+  EXPECT_GT(stages[0], 55.0);
+  EXPECT_LT(stages[0], 59.0);
+  const size_t second = msg.rfind("Lake LK_000002_0000");
+  const size_t in = msg.find("  in:", second);
+  const size_t flow = msg.find("stream flow ", in);
+  EXPECT_GT(std::strtod(msg.c_str() + flow + 12, nullptr), 0.0);
+  auto xtr = readLines(dir.Path() / "lakes.XTR");
+  ASSERT_GE(xtr.size(), 4u);
+  ASSERT_TRUE(xtr[1].ends_with("TS_000005"));
+  ASSERT_TRUE(xtr[2].ends_with("TS_000006"));
+  const double s1 = std::strtod(xtr[1].substr(49, 13).c_str(), nullptr);
+  const double s2 = std::strtod(xtr[2].substr(49, 13).c_str(), nullptr);
+  EXPECT_NEAR(s1, stages[0], 1e-4 * std::fabs(stages[0]));
+  EXPECT_NEAR(s2, stages[1], 1e-4 * std::fabs(stages[1]));
+  // The point inside the first lake has the lake's conductivity; the lakes are no
+  // transmissivity inhomogeneities of the extract file.
+  ASSERT_TRUE(xtr[3].ends_with("TP_000007"));
+  std::vector<std::string> fields;
+  std::stringstream record(xtr[3].substr(1));
+  for (std::string f; std::getline(record, f, ',');) fields.push_back(f);
+  ASSERT_EQ(fields.size(), 15u);
+  EXPECT_DOUBLE_EQ(std::strtod(fields[11].c_str(), nullptr), 1000.0);
+  for (const auto& l : xtr) EXPECT_EQ(l.find("LK_00000"), std::string::npos) << l;
+  // The output report ends with the lakes' balances.
+  const std::string out = readAll(dir.Path() / "lakes.OUT");
+  const size_t lakesAt = out.find("\nLakes\n=====\n");
+  ASSERT_NE(lakesAt, std::string::npos);
+  EXPECT_NE(out.find("Lake LK_000002_0000", lakesAt), std::string::npos);
+  // After a load the stage is the same.
+  auto again = readLines(dir.Path() / "again.XTR");
+  ASSERT_GE(again.size(), 2u);
+  EXPECT_EQ(again[1], xtr[1]);
 }

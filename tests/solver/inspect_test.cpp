@@ -146,6 +146,29 @@ TEST_F(InspectTest, IntegrityCheckDifferenceQuotientsMeetTheAnalyticVelocities) 
   }
 }
 
+// With the salt water interface on, the box has the interface's elevation under the
+// point after the head; it lies by Ghyben-Herzberg below sea level (100), 1/0.025 =
+// 40 times as deep as the head stands above it.
+TEST_F(InspectTest, WithTheInterfaceTheBoxShowsItsElevationBelowThePoint) {
+  Sql("update Model set AQBase=-1000, AQThickness='1100', AddASaltWaterInterface=1, FreshWSpecGravity=1, "
+      "SaltWSpecGravity=1.025, LocalSeaLevel=100");
+  Solve();
+  InspectorSettings inspector;
+  ui_.ExpectMessageTitled("Model Results");
+  const InspectReport r = ModelInspectResults(ctx_, inspector, 135, 85);
+  ui_.Verify();
+  ASSERT_TRUE(r.ran);
+  ASSERT_TRUE(r.point.interfaceElevation.has_value());
+  ASSERT_GE(r.lines.size(), 5u);
+  EXPECT_EQ(r.lines[4].rfind("Interface Elevation ", 0), 0u) << r.lines[4];
+  if (*r.point.interfaceElevation != -9999)
+    // The extract file keeps six digits of each: 40 times the head's last digit.
+    EXPECT_NEAR(*r.point.interfaceElevation, 100 - 40 * (r.point.head - 100), 0.01);
+  else
+    ADD_FAILURE() << "no interface under the point: " << r.lines[4] << " head " << r.point.head
+                  << " base " << r.point.base;
+}
+
 TEST_F(InspectTest, WithoutASolutionNothingIsWrittenAndTheUserIsTold) {
   SolveContext& ctx = Context();
   ctx_.programDirectory = TARNO_BIN_DIR;
@@ -312,6 +335,18 @@ TEST(InspectFilesTest, LargeValuesAreShownInFullAndSmallOnesWithAnExponent) {
   EXPECT_EQ(lines[2], "Z        1.1700E+02");
   EXPECT_EQ(lines[3], "Head -9.9990E+03");
   EXPECT_EQ(lines[8], "Velocity (X) -4.4544E-02");
+}
+
+TEST(InspectFilesTest, TheInterfaceRecordIsReadByItsWordAndShownAfterTheHead) {
+  EXPECT_EQ(ParseInterfaceRecord("@    interface, 1.00000E+00, 2.00000E+00,-3.25000E+01,"), -32.5);
+  EXPECT_FALSE(ParseInterfaceRecord("@         gage, 1.00000E+00, 2.00000E+00, 5.00000E+00,LS_1"));
+  InspectedPoint p;
+  p.head = 1;
+  EXPECT_EQ(ModelResultsLines(p, 0, 0)[4].rfind("Porosity", 0), 0u);
+  p.interfaceElevation = -40;
+  const auto lines = ModelResultsLines(p, 0, 0);
+  EXPECT_EQ(lines[4], "Interface Elevation  -4.0000E+01");
+  EXPECT_EQ(lines[5].rfind("Porosity", 0), 0u);
 }
 
 TEST(InspectFilesTest, TraceFileNamesItsLogsThePointAndTheDirection) {
