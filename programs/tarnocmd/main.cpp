@@ -8,6 +8,7 @@
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
+//   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -31,6 +32,7 @@
 #include "core/console_ui.h"
 #include "core/text.h"
 #include "tarnocmd_commands.h"
+#include "tarnocmd_elements.h"
 
 namespace {
 
@@ -218,6 +220,8 @@ int main(int argc, char** argv) {
     if (args.size() != 3) return BadUsage("results takes a project path and a table name");
     return tarno::cmd::Results(args[1], args[2], std::cout, std::cerr);
   }
+
+  if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }
