@@ -212,12 +212,7 @@ Element NewElementAt(Database& db, ElementKind kind, const std::vector<MapPoint>
     case ElementKind::Linesink: e = LinesinkDefaults(); break;
     case ElementKind::Barrier: e = BarrierDefaults(db); break;
     case ElementKind::Inhomogeneity: e = InhomogeneityDefaults(db); break;
-    case ElementKind::Lake:
-      e = LakeDefaults(db);
-      // The table holds a name of the stage table in every row; no table is the
-      // text fields' "none".
-      if (e.row.Text("StageTableFilename").empty()) e.row.Set("StageTableFilename", "__NONE__");
-      break;
+    case ElementKind::Lake: e = LakeDefaults(db); break;
     case ElementKind::UniformFlow:
       // One per model: the settings it has stay, the reference point moves.
       e = UniformFlowDefaults(db, x, y);

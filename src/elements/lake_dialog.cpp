@@ -5,6 +5,11 @@
 
 namespace tarno {
 
+namespace {
+constexpr const char* kNoValue = "__NONE__";
+}  // namespace
+
+
 using area_dialogs::NumberText;
 
 void Lake::init() { failedField = Field::None; }
@@ -42,7 +47,10 @@ void Lake::LoadElement(Database& db, const Element& e) {
   tbData[kWidth] = NumberText(e.row, "Width");
   tbData[kAddedRechargeRate] = NumberText(e.row, "AddedRechargeRate");
   tbData[kResistance] = NumberText(e.row, "Resistance");
+  // No table is stored as the project's "no value" (the field may not be empty in the
+  // file) and shown as an empty field.
   tbData[kStageTable] = e.row.Text("StageTableFilename");
+  if (tbData[kStageTable] == kNoValue) tbData[kStageTable].clear();
   color = static_cast<std::uint32_t>(e.row.Integer("Color"));
 
   loaded_ = tbData;
@@ -81,7 +89,8 @@ void Lake::StoreElement(Element& e) const {
   StoreNumber(e.row, "Evapotranspiration", tbData[kEvapotranspiration]);
   StoreNumber(e.row, "Resistance", tbData[kResistance]);
   StoreNumber(e.row, "Width", tbData[kWidth]);
-  area_dialogs::StoreText(e.row, "StageTableFilename", tbData[kStageTable]);
+  area_dialogs::StoreText(e.row, "StageTableFilename",
+                          tbData[kStageTable].empty() ? std::string(kNoValue) : tbData[kStageTable]);
   if (static_cast<std::uint32_t>(e.row.Integer("Color")) != color)
     e.row.Set("Color", static_cast<std::int64_t>(color));
 }
@@ -92,7 +101,7 @@ Element LakeDefaults(Database&) {
   // The dialog offers the values last used; a new dialog's are those of the table.
   Element e = NewElement(ElementKind::Lake);
   e.row.Set("Label", "");
-  e.row.Set("StageTableFilename", "");
+  e.row.Set("StageTableFilename", kNoValue);
   return e;
 }
 

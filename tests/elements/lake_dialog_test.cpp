@@ -84,6 +84,22 @@ TEST_F(LakeDialogTest, EditsReachTheirColumns) {
   EXPECT_EQ(Load(db_, ElementKind::Lake, e.key)->row, e.row);
 }
 
+// A lake without a stage table shows an empty field and is stored with the
+// project's "no value", which the file requires and the solver reads as no table.
+TEST_F(LakeDialogTest, ANewLakeWithoutAStageTableCanBeStored) {
+  Element e = LakeDefaults(db_);
+  e.vertices = Square(0, 0, 100);
+  Lake d;
+  d.LoadElement(db_, e);
+  EXPECT_EQ(d.tbData[Lake::kStageTable], "");
+  d.tbLabel = "Pond";
+  d.StoreElement(e);
+  EXPECT_EQ(e.row.Text("StageTableFilename"), "__NONE__");
+  Insert(db_, e);
+  Lake again = Open(*Load(db_, ElementKind::Lake, e.key));
+  EXPECT_EQ(again.tbData[Lake::kStageTable], "");
+}
+
 TEST_F(LakeDialogTest, TheLabelIsCheckedFirst) {
   Lake d = Open(Pond("L1"));
   d.tbLabel = "";
