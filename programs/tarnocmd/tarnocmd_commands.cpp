@@ -10,6 +10,7 @@
 
 #include "core/console_ui.h"
 #include "core/error_trap.h"
+#include "core/file_find.h"
 #include "core/text.h"
 #include "elements/element_store.h"
 #include "elements/extents.h"
@@ -343,6 +344,21 @@ int Settings(const SettingsOptions& options, std::ostream& out, std::ostream& er
   });
   if (!ran || !accepted) return notChanged();
   return PrintStoredSettings(options.path, out, err);
+}
+
+void LoadBatchProject(Database& db, BatchProject& project) {
+  project.settings.Load(db);
+  Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
+  if (!p.Step()) throw Error("The Project table has no row");
+  project.base = p.GetText(0);
+  project.dir = p.GetText(1);
+  const auto present = [&](const char* extension) {
+    return !FindFileNoCase(project.dir, project.base + extension).empty();
+  };
+  project.state.SolutionPresent = present(".SOL");
+  project.state.ContoursPresent = present(".GRD");
+  project.state.PathsPresent = present(".PTH");
+  project.state.ContourLinesPresent = present(".CTR");
 }
 
 }  // namespace tarno::cmd

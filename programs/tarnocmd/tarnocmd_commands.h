@@ -1,9 +1,13 @@
 // The commands of tarnocmd, callable from main and usable by other batch tools.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <ostream>
 #include <string>
+
+#include "solver/command_file.h"
+#include "solver/model_settings.h"
 
 namespace tarno::cmd {
 
@@ -77,5 +81,17 @@ int Results(const std::string& path, const std::string& table, std::ostream& out
             std::ostream& err);
 
 std::string UsageText();
+
+// A project as the batch commands that run the solver see it: its model settings,
+// the folder and base name of its solver files, and the state of its solution as
+// the files of the last run left it.
+struct BatchProject {
+  ModelSettings settings;
+  SolutionState state;
+  std::filesystem::path dir;
+  std::string base;
+};
+// Reads it from the open project file; throws the store's errors.
+void LoadBatchProject(Database& db, BatchProject& project);
 
 }  // namespace tarno::cmd

@@ -20,6 +20,7 @@
 #include "store/database.h"
 #include "store/project_file.h"
 #include "store/schema.h"
+#include "tarnocmd_commands.h"
 
 namespace tarno::cmd {
 
@@ -76,27 +77,16 @@ std::optional<double> Coordinate(const std::string& text) {
 // removes it after an edit. The state of the solution is that of the solver files,
 // as `tarnocmd solve` reads it.
 void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out) {
-  ModelSettings settings;
-  SolutionState state;
-  fs::path dir;
-  std::string base;
+  BatchProject project;
   {
     Database db = Database::Open(path);
-    settings.Load(db);
-    Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
-    if (!p.Step()) return;
-    base = p.GetText(0);
-    dir = p.GetText(1);
+    LoadBatchProject(db, project);
   }
-  state.SolutionPresent = !FindFileNoCase(dir, base + ".SOL").empty();
-  state.ContoursPresent = !FindFileNoCase(dir, base + ".GRD").empty();
-  state.PathsPresent = !FindFileNoCase(dir, base + ".PTH").empty();
-  state.ContourLinesPresent = !FindFileNoCase(dir, base + ".CTR").empty();
   BlockingWaiter waiter;
   SolveContext ctx;
   ctx.projectPath = path;
-  ctx.settings = &settings;
-  ctx.state = &state;
+  ctx.settings = &project.settings;
+  ctx.state = &project.state;
   ctx.ui = &ui;
   ctx.waiter = &waiter;
   if (InvalidateSolution(ctx, false, false)) out << "The solution of the old model was removed.\n";

@@ -46,28 +46,19 @@ int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostrea
   }
   InspectPort ui(out, err);
   BlockingWaiter waiter;
-  SolutionState state;
-  ModelSettings settings;
   SolveContext ctx;
-  fs::path dir;
-  std::string base;
+  BatchProject project;
   try {
     Database db = Database::Open(options.path);
-    settings.Load(db);
-    Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
-    if (!p.Step()) throw Error("The Project table has no row");
-    base = p.GetText(0);
-    dir = p.GetText(1);
+    LoadBatchProject(db, project);
   } catch (const std::exception& e) {
     err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
     return 1;
   }
-  // A solution is present when the last solve left its solution file.
-  state.SolutionPresent = !FindFileNoCase(dir, base + ".SOL").empty();
-  state.SolutionTime = options.time;
+  project.state.SolutionTime = options.time;
   ctx.projectPath = options.path;
-  ctx.settings = &settings;
-  ctx.state = &state;
+  ctx.settings = &project.settings;
+  ctx.state = &project.state;
   ctx.ui = &ui;
   ctx.waiter = &waiter;
   const char* programDir = std::getenv("TARNO_PROGRAM_DIR");

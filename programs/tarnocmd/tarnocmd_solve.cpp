@@ -108,34 +108,21 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   }
   ConsoleUserInterface ui(err, Answer::OK);
   BlockingWaiter waiter;
-  SolutionState state;
-  ModelSettings settings;
   SolveContext ctx;
-  fs::path dir;
-  std::string base;
+  BatchProject project;
   try {
     Database db = Database::Open(options.path);
-    settings.Load(db);
+    LoadBatchProject(db, project);
     ctx.window = WindowOf(db);
-    Statement p = db.Prepare("select TARNOBaseName, TARNOBasePath from Project");
-    if (!p.Step()) throw Error("The Project table has no row");
-    base = p.GetText(0);
-    dir = p.GetText(1);
   } catch (const std::exception& e) {
     err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
     return 1;
   }
   // A base name or a folder that cannot take the solver files is told by the
   // solve itself ("Cannot Write Solver Files"), before it deletes anything.
-  // The state of the solution as the files of an earlier run leave it.
-  state.SolutionPresent = !FindFileNoCase(dir, base + ".SOL").empty();
-  state.ContoursPresent = !FindFileNoCase(dir, base + ".GRD").empty();
-  state.PathsPresent = !FindFileNoCase(dir, base + ".PTH").empty();
-  state.ContourLinesPresent = !FindFileNoCase(dir, base + ".CTR").empty();
-
   ctx.projectPath = options.path;
-  ctx.settings = &settings;
-  ctx.state = &state;
+  ctx.settings = &project.settings;
+  ctx.state = &project.state;
   ctx.ui = &ui;
   ctx.waiter = &waiter;
   const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
@@ -222,7 +209,7 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
   if (r.contourRun) {
     std::size_t n = 0;
     try {
-      const fs::path ctr = FindFileNoCase(dir, base + ".CTR");
+      const fs::path ctr = FindFileNoCase(project.dir, project.base + ".CTR");
       if (!ctr.empty()) n = ReadContourFile(ctr).size();
     } catch (const std::exception& e) {
       err << "tarnocmd: " << e.what() << "\n";
