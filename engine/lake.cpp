@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <set>
 #include <sstream>
@@ -52,11 +53,20 @@ std::set<std::string> acceptedLabels(const Solution& s) {
 
 }  // namespace
 
-bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::string& error) {
-  rows.clear();
+namespace {
+
+// Reads a table of numbers, `n` per line (commas, tabs and blanks separate them; blank
+// lines and lines that begin with '!', '*' or '#' are skipped), with the first number
+// (the stage) rising from line to line. `take` checks and keeps one line's numbers and
+// returns false with the reason. False with the line named in `error` on the first bad
+// line or when there is no line at all.
+bool parseTable(const std::string& text, int n, const char* what, std::string& error,
+                const std::function<bool(const std::vector<double>&, std::string&)>& take) {
   std::istringstream in(text);
   std::string line;
   int lineNo = 0;
+  bool any = false;
+  double lastStage = 0;
   while (std::getline(in, line)) {
     ++lineNo;
     for (char& c : line)
@@ -66,66 +76,62 @@ bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::
         line[first] == '#')
       continue;
     std::istringstream ls(line);
-    StageRow r;
+    std::vector<double> v(static_cast<size_t>(n));
+    bool ok = true;
+    for (double& x : v) ok = ok && static_cast<bool>(ls >> x);
     std::string extra;
-    if (!(ls >> r.stage >> r.area >> r.volume) || (ls >> extra)) {
-      error = "line " + std::to_string(lineNo) + " is not three numbers (stage, area, volume)";
+    if (!ok || (ls >> extra)) {
+      error = "line " + std::to_string(lineNo) + " is not " + what;
       return false;
     }
-    if (!std::isfinite(r.stage) || !std::isfinite(r.area) || !std::isfinite(r.volume) ||
-        r.area < 0 || r.volume < 0) {
-      error = "line " + std::to_string(lineNo) + " holds a negative or not finite area or volume";
+    std::string why;
+    if (!take(v, why)) {
+      error = "line " + std::to_string(lineNo) + " holds " + why;
       return false;
     }
-    if (!rows.empty() && !(r.stage > rows.back().stage)) {
+    if (any && !(v[0] > lastStage)) {
       error = "line " + std::to_string(lineNo) + ": the stages do not rise";
       return false;
     }
-    rows.push_back(r);
+    lastStage = v[0];
+    any = true;
   }
-  if (rows.empty()) {
+  if (!any) {
     error = "it holds no rows";
     return false;
   }
   return true;
 }
 
+}  // namespace
+
+bool parseStageTable(const std::string& text, std::vector<StageRow>& rows, std::string& error) {
+  rows.clear();
+  return parseTable(text, 3, "three numbers (stage, area, volume)", error,
+                    [&](const std::vector<double>& v, std::string& why) {
+                      const StageRow r{v[0], v[1], v[2]};
+                      if (!std::isfinite(r.stage) || !std::isfinite(r.area) ||
+                          !std::isfinite(r.volume) || r.area < 0 || r.volume < 0) {
+                        why = "a negative or not finite area or volume";
+                        return false;
+                      }
+                      rows.push_back(r);
+                      return true;
+                    });
+}
+
 bool parseRatingTable(const std::string& text, std::vector<std::pair<double, double>>& rows,
                       std::string& error) {
   rows.clear();
-  std::istringstream in(text);
-  std::string line;
-  int lineNo = 0;
-  while (std::getline(in, line)) {
-    ++lineNo;
-    for (char& c : line)
-      if (c == ',' || c == '\t' || c == '\r') c = ' ';
-    const size_t first = line.find_first_not_of(' ');
-    if (first == std::string::npos || line[first] == '!' || line[first] == '*' ||
-        line[first] == '#')
-      continue;
-    std::istringstream ls(line);
-    double st = 0, q = 0;
-    std::string extra;
-    if (!(ls >> st >> q) || (ls >> extra)) {
-      error = "line " + std::to_string(lineNo) + " is not two numbers (stage, discharge)";
-      return false;
-    }
-    if (!std::isfinite(st) || !std::isfinite(q) || q < 0) {
-      error = "line " + std::to_string(lineNo) + " holds a negative or not finite discharge";
-      return false;
-    }
-    if (!rows.empty() && !(st > rows.back().first)) {
-      error = "line " + std::to_string(lineNo) + ": the stages do not rise";
-      return false;
-    }
-    rows.emplace_back(st, q);
-  }
-  if (rows.empty()) {
-    error = "it holds no rows";
-    return false;
-  }
-  return true;
+  return parseTable(text, 2, "two numbers (stage, discharge)", error,
+                    [&](const std::vector<double>& v, std::string& why) {
+                      if (!std::isfinite(v[0]) || !std::isfinite(v[1]) || v[1] < 0) {
+                        why = "a negative or not finite discharge";
+                        return false;
+                      }
+                      rows.emplace_back(v[0], v[1]);
+                      return true;
+                    });
 }
 
 bool readRatingTable(const std::filesystem::path& path,
