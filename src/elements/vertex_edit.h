@@ -1,0 +1,112 @@
+// The operations on vertices that every element kind shares: the search for the
+// vertex nearest a map point (with its radius and its cycling through near
+// vertices), renumbering a string, inserting a vertex (refine), moving one with
+// snapping, deleting vertices and strings, removing vertices that lie too close,
+// deleting strings that came out too short, and offsetting an imported vertex from
+// the ones already there.
+//
+// No drawing happens here: each operation says what it changed (the elements to
+// redraw, whether the solution is touched), and the map editor redraws. Messages
+// and questions go through the user interface port.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "elements/kind.h"
+#include "elements/element.h"
+#include "store/database.h"
+
+namespace tarno {
+
+class UserInterface;
+
+// The search state the main window holds between clicks.
+struct VertexSearch {
+  // The square of the search radius in map units: 0.0005 times the sum of the
+  // squares of the window's width and height (about 2.24 % of its diagonal).
+  double radius2 = 0.0;
+  double lastX = 0.0, lastY = 0.0;  // the first point of a cycle; (0, 0): none
+  std::vector<std::int64_t> visited;  // the VIDs returned in this cycle
+  std::int64_t lastReturned = -1;
+  // Sets the radius for a window of this size and forgets the cycle.
+  void SetWindow(double width, double height);
+  // Forgets the cycle (a new window, the selection turned off).
+  void Reset();
+};
+
+// Text labels take part in the search when the map shows them.
+struct LabelSearch {
+  bool enabled = false;         // the View menu's text labels switch
+  bool showHydrography = false; // labels of LabelType 1 count only with this switch
+};
+
+// What a search found: a vertex, a text label (vid -2, label's key in `label`), or
+// nothing (vid -1).
+struct FoundVertex {
+  std::int64_t vid = -1;
+  std::int64_t label = 0;  // the TextLabels row's key when vid is -2
+  Vertex vertex;           // the found vertex (for a label, its X and Y)
+  bool Found() const { return vid != -1; }
+};
+
+// ElemFindVertex. `cycle`: a selection click (steps through near vertices on
+// repeated clicks); clear for a drawing mode's snap. A fresh search is one sorted
+// query over all vertices, kept in the order of the distance; an R*Tree index of
+// the connection may narrow it to the radius first.
+FoundVertex FindVertex(Database& db, VertexSearch& search, double x, double y, bool cycle,
+                       const LabelSearch& labels = {});
+
+// Renumbers the string `pid` in steps of 100 from its first vertex; the result is
+// the new Seq of `vid`.
+std::int64_t Resequence(Database& db, std::int64_t pid, std::int64_t vid);
+
+// What an edit changed, for the caller's redraw and solution bookkeeping.
+struct EditResult {
+  bool done = false;                 // false: cancelled or refused (nothing changed)
+  std::vector<std::int64_t> strings; // PIDs whose drawing changed (erase and redraw)
+  std::vector<std::int64_t> points;  // VIDs of point elements moved or deleted
+  bool removedElement = false;       // a whole element went (selection is gone)
+  bool invalidatesSolution = false;  // the element takes part in the solution
+  bool redrawAll = false;            // shared edges or domains: a full redraw is simplest
+};
+
+// ElemRefine on the selected vertex `vid` of an element of `kind`: inserts a vertex
+// between it and the next (before it on the last vertex of an open string), and for
+// an inhomogeneity or a domain does the same on the coincident vertices of other
+// elements of that kind, so shared edges stay shared. "Internal error -- vertex not
+// found!" ("Internal Error") when the vertex is gone; a flux line shows its note.
+EditResult Refine(Database& db, ElementKind kind, std::int64_t vid, UserInterface& ui);
+
+// ElemMoveVertex: the end of a drag of `vid` (of an element of `kind`) to (x, y).
+// Line-sink, inhomogeneity and domain vertices snap onto a vertex of their kind
+// within the radius; coincident vertices of other inhomogeneities or domains move
+// along. A domain vertex that would leave its boundary is refused with the
+// "Re-enter Point" box and stays. Text labels and uniform flow move their row.
+EditResult MoveVertex(Database& db, VertexSearch& search, ElementKind kind, std::int64_t vid,
+                      double x, double y, UserInterface& ui);
+
+// ElemDeleteElements on the selected vertex `vid` of an element of `kind` (for a
+// text label, `vid` is the label's key). Asks as the kind asks ("Delete this
+// element?", LSConfirm for strings), deletes, and runs the phantom check of the kind.
+EditResult DeleteElements(Database& db, ElementKind kind, std::int64_t vid, UserInterface& ui);
+
+// ElemCheckPolyVertices: removes the vertices of `pid` that lie closer than a tenth
+// of the mean segment length to the last vertex kept, with the "Vertex Too Close" box.
+// The result is the number removed.
+int CheckPolyVertices(Database& db, std::int64_t pid, UserInterface& ui);
+// ElemCheckPhantomLinesinkVertices / ElemCheckPhantomNoFlowVertices: after the close
+// vertices are gone, a string of one vertex is deleted with its warning. True when
+// the string was deleted.
+bool CheckPhantomLinesinkVertices(Database& db, std::int64_t pid, UserInterface& ui);
+bool CheckPhantomNoFlowVertices(Database& db, std::int64_t pid, UserInterface& ui);
+
+// ElemCheckVertices: moves X right by `tolerance` until no vertex lies within the
+// tolerance box; a changed X is logged to `logFile` when one is given. The result is
+// the final X.
+double CheckVertices(Database& db, double x, double y, double tolerance,
+                     const std::string& logFile = {});
+
+}  // namespace tarno
