@@ -232,9 +232,9 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("(Inhomogeneity Lake)"), 0);
   EXPECT_EQ(count("lake LK_000001_0000: the stage table stage.tab cannot be used"), 1);
   EXPECT_EQ(count("lake LK_000002_0000 has 1 vertices, fewer than three; the lake is skipped"), 1);
-  // Lake edges drawn as routed streams are not computed: reported once.
-  EXPECT_EQ(count("(Lake, Levels)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 1);
+  // Lake edges drawn as routed streams are solved: nothing is reported as not supported.
+  EXPECT_EQ(count("(Lake, Levels)"), 0);
+  EXPECT_EQ(count("not supported by this version"), 0);
   // Partially penetrating and transient wells are solved: not reported as unsupported.
   EXPECT_EQ(count("ppwell"), 0);
   EXPECT_EQ(count("twell"), 0);
