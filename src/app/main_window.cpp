@@ -80,15 +80,6 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   };
   mapWidget_->onResized = [this] { shell_->MapResized(); };
 
-  port.onActivity = [this](const std::string& t) {
-    panels_[kPanelActivity]->setText(Q(t));
-    panels_[kPanelActivity]->repaint();
-  };
-  port.onFeedback = [this](const std::string& t) {
-    panels_[kPanelFeedback]->setText(Q(t));
-    panels_[kPanelFeedback]->repaint();
-  };
-
   // The window's place and the toolbar from the per-user settings.
   resize(1000, 700);
   MapState& state = shell_->State();
@@ -250,7 +241,11 @@ void MainWindow::SetMouseEnabled(bool enabled) {
 void MainWindow::SetCaption(const std::string& caption) { setWindowTitle(Q(caption)); }
 
 void MainWindow::SetStatusText(int panel, const std::string& text) {
-  if (panel >= 0 && panel < 5 && panels_[panel] != nullptr) panels_[panel]->setText(Q(text));
+  if (panel < 0 || panel >= 5 || panels_[panel] == nullptr) return;
+  panels_[panel]->setText(Q(text));
+  // What the program does and what the user is to do show at once, also while a
+  // long operation keeps the event loop busy.
+  if (panel == kPanelActivity || panel == kPanelFeedback) panels_[panel]->repaint();
 }
 
 std::string MainWindow::StatusText(int panel) const { return PanelText(panel).toStdString(); }

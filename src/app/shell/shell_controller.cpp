@@ -68,6 +68,9 @@ ShellController::ShellController(ShellHost& host, MapSurface& map, MapSurface& m
                                  ShellOptions options)
     : host_(host), options_(std::move(options)), map_(map), map2_(map2) {
   layer_.SetUserInterface(&port_);
+  // The status bar shows Activity and Feedback whatever port answers the questions.
+  port_.onActivity = [this](const std::string& t) { host_.SetStatusText(kPanelActivity, t); };
+  port_.onFeedback = [this](const std::string& t) { host_.SetStatusText(kPanelFeedback, t); };
   view_ = std::make_unique<MapView>(state_, layer_, port_, map_, map2_);
   nav_ = std::make_unique<Navigator>(state_, *view_, port_);
 
