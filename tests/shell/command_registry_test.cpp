@@ -56,10 +56,13 @@ TEST_F(CommandRegistryTest, AnUnknownKeyIsReportedAndRunsNothing) {
 
 TEST_F(CommandRegistryTest, AThrowingCommandShowsTheGeneralMessageAndItsWorkStands) {
   int done = 0;
-  registry.Register("MODEL_CMDS(0)", [&] {
-    done = 1;  // the part of the work before the failure
-    throw std::runtime_error("the Model row is missing");
-  }, "ModelSettings");
+  registry.Register(
+      "MODEL_CMDS(0)",
+      [&] {
+        done = 1;  // the part of the work before the failure
+        throw std::runtime_error("the Model row is missing");
+      },
+      "ModelSettings");
   ExpectUnhandled("ModelSettings", "the Model row is missing");
   EXPECT_FALSE(registry.Run("MODEL_CMDS(0)"));
   EXPECT_EQ(done, 1);
@@ -78,22 +81,25 @@ TEST_F(CommandRegistryTest, WithoutAnOperationNameTheKeyNamesTheFailure) {
 }
 
 TEST_F(CommandRegistryTest, AGroupOfKeysGoesToOneHandlerThatIsToldTheKey) {
-  registry.Register({"EDIT_CMDS(0)", "EDIT_CMDS(1)", "EDIT_CMDS(2)"},
-                    [&](const std::string& key) { ran.push_back(key); }, "EDIT_CMDS_Click");
+  registry.Register(
+      {"EDIT_CMDS(0)", "EDIT_CMDS(1)", "EDIT_CMDS(2)"},
+      [&](const std::string& key) { ran.push_back(key); }, "EDIT_CMDS_Click");
   EXPECT_TRUE(registry.Has("EDIT_CMDS(1)"));
   registry.Run("EDIT_CMDS(2)");
   registry.Run("EDIT_CMDS(0)");
   EXPECT_EQ(ran, (std::vector<std::string>{"EDIT_CMDS(2)", "EDIT_CMDS(0)"}));
   // The group's name is the failure's.
-  registry.Register({"EDIT_CMDS(3)"}, [](const std::string&) { throw std::runtime_error("x"); },
-                    "EDIT_CMDS_Click");
+  registry.Register(
+      {"EDIT_CMDS(3)"}, [](const std::string&) { throw std::runtime_error("x"); },
+      "EDIT_CMDS_Click");
   ExpectUnhandled("EDIT_CMDS_Click", "x");
   registry.Run("EDIT_CMDS(3)");
   ui.Verify();
 }
 
 TEST_F(CommandRegistryTest, APrefixTakesItsKeysButAKeyOfItsOwnComesFirst) {
-  registry.RegisterPrefix("RUN_FILES(", [&](const std::string& key) { ran.push_back("file " + key); });
+  registry.RegisterPrefix("RUN_FILES(",
+                          [&](const std::string& key) { ran.push_back("file " + key); });
   registry.Register("RUN_FILES(7)", [&] { ran.push_back("echo"); });
   EXPECT_TRUE(registry.Has("RUN_FILES(3)"));
   EXPECT_FALSE(registry.Has("RUN_FILE"));
@@ -128,8 +134,8 @@ TEST_F(CommandRegistryTest, FallbacksAreAskedInOrderForKeysNobodyElseTakes) {
 }
 
 TEST_F(CommandRegistryTest, AFailingFallbackIsReportedUnderItsNameAndEndsTheSearch) {
-  registry.RegisterFallback([](const std::string&) -> bool { throw std::runtime_error("bad vertex"); },
-                            "MapEditor");
+  registry.RegisterFallback(
+      [](const std::string&) -> bool { throw std::runtime_error("bad vertex"); }, "MapEditor");
   registry.RegisterFallback([&](const std::string& key) {
     ran.push_back(key);
     return true;

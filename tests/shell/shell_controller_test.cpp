@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@
 #include "core/file_find.h"
 #include "display/map_fixture.h"
 #include "display/navigation.h"
+#include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "support/program_runner.h"
@@ -61,6 +63,7 @@ class RecordingHost : public ShellHost {
   }
   std::pair<int, int> MapSize() const override { return {kWidth, kHeight}; }
   void ProcessEvents() override { ++pumps; }
+  void StoreGuiOptions(const DisplayOptions& options) override { stored = options; }
 
   static constexpr int kWidth = 400;
   static constexpr int kHeight = 300;
@@ -74,6 +77,7 @@ class RecordingHost : public ShellHost {
   std::string caption;
   std::map<int, std::string> panels;
   std::vector<std::string> helpTargets;
+  std::optional<DisplayOptions> stored;
 
  private:
   RecordingSurface& map_;
@@ -302,7 +306,8 @@ TEST_F(ShellControllerTest, ModelSettingsCancelWritesNothingAndOkWritesAndInvali
     d.settings.tbThickness = "123";
     EXPECT_TRUE(d.OK(ui_));
   });
-  ui_.ExpectMessage("Bad Entry", {"Thickness must be greater than 0.", "Please enter a new value."});
+  ui_.ExpectMessage("Bad Entry",
+                    {"Thickness must be greater than 0.", "Please enter a new value."});
   ui_.ExpectMessageTitled("Model Changed!", Answer::Yes);
   ASSERT_TRUE(shell_->Commands().Run("MODEL_CMDS(0)"));
   EXPECT_EQ(std::stod(ModelValue("AQThickness")), 123.0);
@@ -436,6 +441,42 @@ TEST_F(ShellControllerTest, WindowCommandsGoToTheHost) {
   const int repaints = host_.repaints;
   shell_->Zoom(kZoomIn);
   EXPECT_EQ(host_.repaints, repaints);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, OptionsDialogsKeepWhatOkAcceptedAndNothingOnCancel) {
+  OpenExample();
+  host_.stored.reset();
+  // The GUI options show the user's own values and hand the accepted ones to the
+  // host to keep.
+  shell_->State().options.VertexTolerance = 0.25;
+  ui_.ExpectModal<GUIOptions>(GUIOptions::kName, [this](GUIOptions& g) {
+    EXPECT_EQ(g.DataVertexTolerance, "0.25");
+    EXPECT_EQ(g.DataHazeLevel, std::to_string(shell_->State().options.HazeLevel));
+    g.DataHazeLevel = "2";
+    EXPECT_TRUE(g.OK(ui_));
+  });
+  ASSERT_TRUE(shell_->Commands().Run("TOOLS_CMDS(0)"));
+  EXPECT_EQ(shell_->State().options.HazeLevel, 2);
+  ASSERT_TRUE(host_.stored.has_value());
+  EXPECT_EQ(host_.stored->HazeLevel, 2);
+
+  host_.stored.reset();
+  ui_.ExpectModal<GUIOptions>(GUIOptions::kName, [](GUIOptions& g) {
+    g.DataHazeLevel = "4";
+    g.Cancel();
+  });
+  ASSERT_TRUE(shell_->Commands().Run("TOOLS_CMDS(0)"));
+  EXPECT_EQ(shell_->State().options.HazeLevel, 2);
+  EXPECT_FALSE(host_.stored.has_value());
+
+  // The inspector's settings: kept on OK only.
+  ui_.ExpectModal<InspectorDialog>(InspectorDialog::kName, [](InspectorDialog& d) {
+    d.Settings.TraceBackwards = true;
+    d.Cancel();
+  });
+  ASSERT_TRUE(shell_->Commands().Run("InspectorSettings"));
+  EXPECT_FALSE(shell_->Inspector().TraceBackwards);
   ui_.Verify();
 }
 

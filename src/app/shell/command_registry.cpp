@@ -49,9 +49,8 @@ bool CommandRegistry::RunEntry(const Entry& entry, const std::string& key) {
 }
 
 bool CommandRegistry::ReportUnknown(const std::string& key) {
-  RunOperation(ui_, kUnknownCommandOperation, [&] {
-    throw InvalidArgumentError("No command for the menu key \"" + key + "\"");
-  });
+  RunOperation(ui_, kUnknownCommandOperation,
+               [&] { throw InvalidArgumentError("No command for the menu key \"" + key + "\""); });
   return false;
 }
 
@@ -63,8 +62,8 @@ bool CommandRegistry::Run(const std::string& key) {
   for (const FallbackEntry& f : fallbacks_) {
     bool taken = false;
     const Fallback fn = f.fn;
-    const bool ok = RunOperation(ui_, f.operation.empty() ? key : f.operation,
-                                 [&] { taken = fn(key); });
+    const bool ok =
+        RunOperation(ui_, f.operation.empty() ? key : f.operation, [&] { taken = fn(key); });
     // A fallback that failed had taken the key: its error was the report.
     if (!ok) return false;
     if (taken) return true;

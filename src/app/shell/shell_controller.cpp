@@ -38,12 +38,14 @@ struct ExampleOffer {
 
 const ExampleOffer& Offer(int answer) {
   static const ExampleOffer vincennes{
-      "Vincennes, Indiana Example", "example.trn",
+      "Vincennes, Indiana Example",
+      "example.trn",
       {"This example models the well field of Vincennes, Indiana, on the",
        "Wabash River: pumping wells, the river and its tributaries as",
        "line-sinks, and test points with observed heads.", "Load the example file?"}};
   static const ExampleOffer basin{
-      "Basin and Range Example", "basin and range.trn",
+      "Basin and Range Example",
+      "basin and range.trn",
       {"This example models a closed basin between mountain ranges: recharge",
        "on the basin floor, a lake, and the basin's boundaries.", "Load the example file?"}};
   return answer == 2 ? vincennes : basin;
@@ -133,41 +135,49 @@ void ShellController::RegisterCommands() {
   c.Register("FILE_CMDS(2)", [this] { session_->FileSaveAs(); });
   c.Register("FILE_CMDS(3)", [this] { session_->FileCloseProject(); });
   c.Register("FILE_CMDS(4)", [this] { session_->FileProjectSettings(); });
-  c.Register("FILE_CMDS(7)", [this] { host_.CloseWindow(); }, "Form_Unload");
-  c.Register("EDIT_CMDS(7)", [this] { host_.CopyMapToClipboard(); }, "EDIT_CMDS_Click");
-  c.Register("Layermenu(10)", [this] { Zoom(kZoomRefresh); }, "ZoomActions");
+  c.Register(
+      "FILE_CMDS(7)", [this] { host_.CloseWindow(); }, "Form_Unload");
+  c.Register(
+      "EDIT_CMDS(7)", [this] { host_.CopyMapToClipboard(); }, "EDIT_CMDS_Click");
+  c.Register(
+      "Layermenu(10)", [this] { Zoom(kZoomRefresh); }, "ZoomActions");
   c.Register("MODEL_CMDS(0)", [this] { ModelSettingsCommand(); });
-  c.Register("MODEL_CMDS(1)", [this] { Solve(true); }, "ModelRunTARNO");
-  c.Register("MODEL_CMDS(2)", [this] { ContinueSolve(); }, "ModelRunTARNO");
+  c.Register(
+      "MODEL_CMDS(1)", [this] { Solve(true); }, "ModelRunTARNO");
+  c.Register(
+      "MODEL_CMDS(2)", [this] { ContinueSolve(); }, "ModelRunTARNO");
   c.Register("ModelSize", [this] { ModelSizeCommand(); });
   c.Register("SET_TIME", [this] { SetTimeCommand(); });
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
-  c.RegisterPrefix("RUN_FILES(", [this](const std::string& key) { ShowRunFile(key); },
-                   "MODELRUNFILES");
-  c.RegisterPrefix("ZOOM_CMDS(", [this](const std::string& key) { Zoom(ZoomNumber(key)); },
-                   "ZoomActions");
+  c.RegisterPrefix(
+      "RUN_FILES(", [this](const std::string& key) { ShowRunFile(key); }, "MODELRUNFILES");
+  c.RegisterPrefix(
+      "ZOOM_CMDS(", [this](const std::string& key) { Zoom(ZoomNumber(key)); }, "ZoomActions");
   const auto help = [this](const std::string& key) {
     RunOperation(port_, "HELP_CMDS", [&] { host_.OpenHelp(HelpIndex::PageForKey(key)); });
   };
   c.RegisterPrefix("HELP_CMDS(", help, "HELP_CMDS");
-  c.Register("ReleaseNotes", [help] { help("ReleaseNotes"); }, "HELP_CMDS");
+  c.Register(
+      "ReleaseNotes", [help] { help("ReleaseNotes"); }, "HELP_CMDS");
 
   // The View menu's switches, one handler for all.
   std::vector<std::string> switches;
   for (const MenuEntry& e : MenuModel::Entries()) {
     if (e.kind == MenuKind::Switch) switches.push_back(e.key);
   }
-  c.Register(switches, [this](const std::string& key) { ToggleSwitch(key); }, "Layermenu_Click");
+  c.Register(
+      switches, [this](const std::string& key) { ToggleSwitch(key); }, "Layermenu_Click");
 
   // The navigation buttons act on their own; the other buttons run their entry.
-  for (const char* key : {"WINDOWZOOMIN", "WINDOWZOOMOUT", "WINDOWZOOMWIN", "WINDOWZOOMEXTENTS",
-                          "WINDOWSCROLLLEFT", "WINDOWSCROLLRIGHT", "WINDOWSCROLLUP",
-                          "WINDOWSCROLLDOWN", "WINDOWRECENTER"}) {
+  for (const char* key :
+       {"WINDOWZOOMIN", "WINDOWZOOMOUT", "WINDOWZOOMWIN", "WINDOWZOOMEXTENTS", "WINDOWSCROLLLEFT",
+        "WINDOWSCROLLRIGHT", "WINDOWSCROLLUP", "WINDOWSCROLLDOWN", "WINDOWRECENTER"}) {
     const std::string k = key;
-    c.RegisterButton(k, [this, k] { NavigationButton(k); }, "Toolbar1_ButtonClick");
+    c.RegisterButton(
+        k, [this, k] { NavigationButton(k); }, "Toolbar1_ButtonClick");
   }
   // The editing keys (Element > New, the Edit commands, the Model menu's add
   // entries) are the map editor's: it registers them when it exists. Until then
@@ -176,7 +186,7 @@ void ShellController::RegisterCommands() {
 
 void ShellController::NavigationButton(const std::string& key) {
   static const std::map<std::string, int> zoom = {
-      {"WINDOWZOOMIN", kZoomIn},         {"WINDOWZOOMOUT", kZoomOut},
+      {"WINDOWZOOMIN", kZoomIn},          {"WINDOWZOOMOUT", kZoomOut},
       {"WINDOWZOOMWIN", kZoomWindowMode}, {"WINDOWZOOMEXTENTS", kZoomExtents},
       {"WINDOWSCROLLLEFT", kScrollLeft},  {"WINDOWSCROLLRIGHT", kScrollRight},
       {"WINDOWSCROLLUP", kScrollUp},      {"WINDOWSCROLLDOWN", kScrollDown},
@@ -232,7 +242,9 @@ void ShellController::About() {
 
 // --- Project and model commands ---------------------------------------------
 
-bool ShellController::OpenProject(const std::string& path) { return session_->FileOpenProject(path); }
+bool ShellController::OpenProject(const std::string& path) {
+  return session_->FileOpenProject(path);
+}
 
 bool ShellController::CloseProject() { return session_->FileCloseProject(); }
 
@@ -257,7 +269,8 @@ SolveContext ShellController::SolveContextFor(ProcessWaiter* waiter) {
   ctx.hooks.enableMenu = [this](const std::string& entry, bool enabled) {
     // A solve shows what it computed: its contours and its pathlines.
     if (entry == "chkContour") state_.layers.contoursEnabled = state_.layers.contours = enabled;
-    if (entry == "chkComputePaths") state_.layers.pathlinesEnabled = state_.layers.pathlines = enabled;
+    if (entry == "chkComputePaths")
+      state_.layers.pathlinesEnabled = state_.layers.pathlines = enabled;
     if (entry == "MODELRUNFILES") runFiles_ = enabled;
   };
   ctx.hooks.redraw = [this] {
@@ -286,8 +299,8 @@ SolveOutcome ShellController::RunSolve(SolveOptions options) {
   // waits until the run is over.
   PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
   // The tracing step that follows the window, for a model that asks for it.
-  settings_.DefaultStepSize =
-      ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+  settings_.DefaultStepSize = ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom,
+                                                 state_.Window.Right, state_.Window.Top);
   SolveContext ctx = SolveContextFor(&waiter);
   solving_ = true;
   DisableMouse();
@@ -324,8 +337,8 @@ void ShellController::ModelSettingsCommand() {
       Database db = Database::Open(file);
       settings_.Load(db);
     }
-    settings_.DefaultStepSize =
-        ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom, state_.Window.Right, state_.Window.Top);
+    settings_.DefaultStepSize = ComputeDefaultStep(state_.Window.Left, state_.Window.Bottom,
+                                                   state_.Window.Right, state_.Window.Top);
     ModelSettingsDialog dialog(settings_, file);
     port_.ShowModal(dialog);
     if (dialog.Result != 1) return;
@@ -387,7 +400,8 @@ void ShellController::InspectorSettingsCommand() {
 }
 
 void ShellController::SolverIntegrityCheckCommand() {
-  RunOperation(port_, "SolverIntegrityCheck_Click", [&] { SolverIntegrityCheck_Click(port_, inspector_); });
+  RunOperation(port_, "SolverIntegrityCheck_Click",
+               [&] { SolverIntegrityCheck_Click(port_, inspector_); });
 }
 
 InspectReport ShellController::InspectAt(double x, double y) {
@@ -453,7 +467,8 @@ void ShellController::GuiOptionsCommand() {
 // --- Start-up -------------------------------------------------------------------
 
 std::string ShellController::ExampleFile(const std::string& name) const {
-  for (const fs::path& dir : {fs::path(session_->ApplicationDirectory()), SourceRoot() / "examples"}) {
+  for (const fs::path& dir :
+       {fs::path(session_->ApplicationDirectory()), SourceRoot() / "examples"}) {
     const fs::path p = dir / name;
     if (fs::exists(p)) return p.string();
   }
@@ -568,10 +583,9 @@ void ShellController::Note(const std::string& text1, const std::string& text2) {
 
 void ShellController::AfterMouseAction() {
   // The end or the leaving of a navigation mode brings the select state back.
-  const bool inMode = (state_.mouseState == kZoomWindowMouseState &&
-                       state_.mouseMode == kZoomWindowMouseMode) ||
-                      (state_.mouseState == kRecenterMouseState &&
-                       state_.mouseMode == kRecenterMouseMode);
+  const bool inMode =
+      (state_.mouseState == kZoomWindowMouseState && state_.mouseMode == kZoomWindowMouseMode) ||
+      (state_.mouseState == kRecenterMouseState && state_.mouseMode == kRecenterMouseMode);
   host_.SetMapCursor(inMode ? MapCursor::Cross : MapCursor::Arrow);
   if (!inMode && mouseOperation_) TurnOnMenus();
 }
@@ -661,7 +675,8 @@ void ShellController::ClearProjectViews() {
   unitsText_.clear();
   Note("", "");
   // No mode, no prompt and no pointer position without a project.
-  for (int panel : {kPanelActivity, kPanelFeedback, kPanelX, kPanelY}) host_.SetStatusText(panel, "");
+  for (int panel : {kPanelActivity, kPanelFeedback, kPanelX, kPanelY})
+    host_.SetStatusText(panel, "");
   for (MapSurface* s : {&map_, &map2_}) s->GetCanvas().Clear(state_.options.Background);
   host_.RepaintMap();
 }
@@ -701,8 +716,8 @@ void ShellController::ModelCheckExtents(ProjectSession& session, StoredWindow& w
   // A window of no extent, or one that lies wholly beside the model, gives way to
   // the model's extents widened by a tenth.
   const bool empty = !(window.x1 < window.x2) || !(window.y1 < window.y2);
-  const bool beside = saved.Right < e.MinX || saved.Left > e.MaxX || saved.Top < e.MinY ||
-                      saved.Bottom > e.MaxY;
+  const bool beside =
+      saved.Right < e.MinX || saved.Left > e.MaxX || saved.Top < e.MinY || saved.Bottom > e.MaxY;
   // So does a window the map cannot draw (stored before the zoom had its limits).
   const auto [width, height] = host_.MapSize();
   const bool undrawable =
