@@ -358,6 +358,9 @@ class Runner {
       logs_.message("Estimated number of equations (from the caller): " + sizeArg_);
     }
     for (const Diagnostic& d : file_.problems) logs_.problem(d);
+    for (const ParameterUse& u : file_.parameters)
+      logs_.message("Line " + std::to_string(u.line) + ": the parameter field " + u.field + " takes the value " +
+                    number(u.value) + " from the parameter value file");
     if (file_.fatal) {
       const Diagnostic& d = *file_.fatal;
       logs_.problem(Diagnostic{d.line, d.text, "fatal: " + d.message});
@@ -1249,7 +1252,19 @@ int runSolverProgram(const std::vector<std::string>& args, const fs::path& workD
       reporter.writeFatalReport({"The command file " + path->filename().string() + " cannot be read."});
       return kExitFatal;
     }
-    CommandFile file = parseCommandFile(text);
+    // The parameter value file beside the command file gives the values of the fields
+    // of an estimation template that a plain solve carries (the aquifer's scenario tags).
+    std::optional<ParameterValues> values;
+    std::vector<std::string> valueProblems;
+    const std::string valuesName = path->stem().string() + ".TPV";
+    if (auto vp = findFileNoCase(path->parent_path(), valuesName)) {
+      std::ifstream vin(*vp, std::ios::binary);
+      std::string vtext((std::istreambuf_iterator<char>(vin)), std::istreambuf_iterator<char>());
+      values = parseParameterValues(vtext, vp->filename().string(), &valueProblems);
+    }
+    CommandFile file = parseCommandFile(text, values ? &*values : nullptr);
+    for (const std::string& p : valueProblems)
+      file.problems.insert(file.problems.begin(), Diagnostic{0, "", values->file + ", " + p});
     text.clear();
     text.shrink_to_fit();
     return runCommands(file, *path, workDir, args[0]);
