@@ -27,11 +27,16 @@ class NullUi : public UserInterface {
   Answer MessageBox(const std::string&, const std::vector<std::string>&, Buttons, Icon) override {
     return Answer::OK;
   }
-  std::optional<std::string> InputBox(const std::string&, const std::string&, const std::string&) override {
+  std::optional<std::string> InputBox(const std::string&, const std::string&,
+                                      const std::string&) override {
     return std::nullopt;
   }
-  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override { return std::nullopt; }
-  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override { return std::nullopt; }
+  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override {
+    return std::nullopt;
+  }
+  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override {
+    return std::nullopt;
+  }
   std::vector<std::string> OpenFilesDialog(const FileDialogRequest&) override { return {}; }
   std::optional<std::uint32_t> ColourDialog(std::uint32_t) override { return std::nullopt; }
   void ShowModal(DialogModel&) override {}
@@ -44,7 +49,8 @@ class NullUi : public UserInterface {
 
 std::string ScratchPath() {
   const char* dir = std::getenv("TMPDIR");
-  return std::string(dir != nullptr ? dir : "/tmp") + "/bbm_fuzz_" + std::to_string(getpid()) + ".bbm";
+  return std::string(dir != nullptr ? dir : "/tmp") + "/bbm_fuzz_" + std::to_string(getpid()) +
+         ".bbm";
 }
 
 }  // namespace
@@ -76,20 +82,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     WorldWindow w{cx - width / 2, cx + width / 2, cy + width / 2, cy - width / 2};
     try {
       if (g.vgGDIInitObject(canvas, w, false, 10.0) != 0) continue;
-      map.SetDrawOptions({width < 100, width > 10000});
+      map.SetDrawOptions({width<100, width> 10000});
       map.Draw(g, true, true, true);
-    } catch (const Error&) {
-    }
+    } catch (const Error&) {}
     try {
       (void)map.Groups();
       map.DrawGroup(g, 50, 412, 255);
-    } catch (const Error&) {
-    }
+    } catch (const Error&) {}
     canvas.ClearOps();
   }
   try {
     (void)GetBBMProjection(path);
-  } catch (const Error&) {
-  }
+  } catch (const Error&) {}
   return 0;
 }

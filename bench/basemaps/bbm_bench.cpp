@@ -58,7 +58,8 @@ Timing Median(int runs, const std::function<void()>& work) {
     const double cpu = CpuSeconds();
     work();
     cpus.push_back(CpuSeconds() - cpu);
-    walls.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    walls.push_back(
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
   }
   std::sort(walls.begin(), walls.end());
   std::sort(cpus.begin(), cpus.end());
@@ -66,8 +67,8 @@ Timing Median(int runs, const std::function<void()>& work) {
 }
 
 void Print(const char* name, Timing t, double ink, const char* note) {
-  std::printf("  %-9s %8.1f ms wall %8.1f ms cpu  %5.1f %% ink  %s\n", name, t.wall * 1000, t.cpu * 1000,
-              ink, note);
+  std::printf("  %-9s %8.1f ms wall %8.1f ms cpu  %5.1f %% ink  %s\n", name, t.wall * 1000,
+              t.cpu * 1000, ink, note);
 }
 
 // The walks of the map, in hundredths, over `width` x `height` metres, steps of 25 m.
@@ -90,7 +91,6 @@ void MakeWalks(double width, double height, std::vector<std::vector<std::int32_t
     }
   }
 }
-
 
 std::string WriteColoured(const std::filesystem::path& dir, const char* name, double width,
                           double height, bool commandForm) {
@@ -187,10 +187,12 @@ int BenchBbm(int runs) {
     const Timing zoomTime = drawIn(full, {30000, 50000, 31250, 18750});
     const Timing commandTime = drawIn(commands, {0, 80000, 50000, 0});
 
-    std::printf("BBM, %d lines x %d vertices (%lld bytes), 1600 x 1000 image, median of %d:\n", kLines,
-                kVertices, static_cast<long long>(std::filesystem::file_size(full)), runs);
-    std::printf("  connect   %8.1f ms wall %8.1f ms cpu\n", connect.wall * 1000, connect.cpu * 1000);
-    Print("full", fullTime, inks[0], fullTime.wall < kTargetSeconds ? "(target 300 ms)" : "(target 300 ms) MISSED");
+    std::printf("BBM, %d lines x %d vertices (%lld bytes), 1600 x 1000 image, median of %d:\n",
+                kLines, kVertices, static_cast<long long>(std::filesystem::file_size(full)), runs);
+    std::printf("  connect   %8.1f ms wall %8.1f ms cpu\n", connect.wall * 1000,
+                connect.cpu * 1000);
+    Print("full", fullTime, inks[0],
+          fullTime.wall < kTargetSeconds ? "(target 300 ms)" : "(target 300 ms) MISSED");
     Print("dense", denseTime, inks[1], "(every vertex drawn, 2 pixels apart)");
     Print("dlg", dlgTime, inks[2], "(DLG roads, closest level, labels)");
     Print("zoom", zoomTime, inks[3], "(a sixteenth of the full map)");

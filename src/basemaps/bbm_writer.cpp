@@ -120,8 +120,8 @@ std::int32_t BbmRecordWriter::AddLine(std::int32_t id, const std::vector<std::in
   if (attrValues < 0 || values.size() != xs.size() * static_cast<std::size_t>(attrValues)) {
     throw InvalidArgumentError("A BBM line of " + std::to_string(xs.size()) + " vertices with " +
                                std::to_string(attrValues) + " values each needs " +
-                               std::to_string(xs.size() * std::max(attrValues, 0)) + " values, not " +
-                               std::to_string(values.size()));
+                               std::to_string(xs.size() * std::max(attrValues, 0)) +
+                               " values, not " + std::to_string(values.size()));
   }
   std::int32_t minX = 0, minY = 0, maxX = 0, maxY = 0;
   if (!xs.empty()) {
@@ -140,7 +140,8 @@ std::int32_t BbmRecordWriter::AddLine(std::int32_t id, const std::vector<std::in
   for (std::size_t i = 0; i < xs.size(); ++i) {
     Put(xs[i]);
     Put(ys[i]);
-    for (std::int32_t k = 0; k < attrValues; ++k) Put(values[i * static_cast<std::size_t>(attrValues) + k]);
+    for (std::int32_t k = 0; k < attrValues; ++k)
+      Put(values[i * static_cast<std::size_t>(attrValues) + k]);
   }
   return ++lines_;
 }
@@ -194,8 +195,10 @@ void BbmCommandWriter::Colour(std::int32_t index) {
   Put(bbm::kCmdColour), Put(index);
 }
 
-void BbmCommandWriter::Polygon(const std::vector<std::int32_t>& xs, const std::vector<std::int32_t>& ys) {
-  if (xs.size() != ys.size()) throw InvalidArgumentError("A BBM polygon needs as many Y as X values");
+void BbmCommandWriter::Polygon(const std::vector<std::int32_t>& xs,
+                               const std::vector<std::int32_t>& ys) {
+  if (xs.size() != ys.size())
+    throw InvalidArgumentError("A BBM polygon needs as many Y as X values");
   Put(bbm::kCmdPolygon);
   Put(static_cast<std::int32_t>(xs.size()));
   for (std::size_t i = 0; i < xs.size(); ++i) {

@@ -97,8 +97,8 @@ class BbmCommandWriter : public BbmWriterBase {
                    std::int32_t logicalPixelsY = 0);
   void MoveTo(std::int32_t x, std::int32_t y);
   void LineTo(std::int32_t x, std::int32_t y);
-  void Width(std::int32_t width);    // in stored units
-  void Colour(std::int32_t index);   // a palette index, 0 to 15 (15 reads as 0)
+  void Width(std::int32_t width);   // in stored units
+  void Colour(std::int32_t index);  // a palette index, 0 to 15 (15 reads as 0)
   void Polygon(const std::vector<std::int32_t>& xs, const std::vector<std::int32_t>& ys);
   // The end of the stream. What the reader holds then is not drawn, so a producer
   // ends the last line with a MoveTo first (End does both when `flush`).

@@ -30,7 +30,7 @@ class PassingUi : public ScriptedUserInterface {
 TEST(BbmCorpus, EveryFileReadsOrFailsCleanly) {
   const fs::path dir = fs::path(TARNO_TEST_DATA_DIR) / "bbm_corpus";
   ASSERT_TRUE(fs::is_directory(dir));
-  const std::set<std::string> wellFormed = {"dlg.bbm", "simple.bbm", "coloured.bbm",
+  const std::set<std::string> wellFormed = {"dlg.bbm",          "simple.bbm",   "coloured.bbm",
                                             "unattributed.bbm", "commands.bbm", "endmark.bbm"};
   int files = 0;
   for (const auto& entry : fs::directory_iterator(dir)) {
@@ -57,8 +57,7 @@ TEST(BbmCorpus, EveryFileReadsOrFailsCleanly) {
       try {
         map.Draw(g, true, true, true);
         map.DrawGroup(g, 50, 412, 255);
-      } catch (const Error&) {
-      }
+      } catch (const Error&) {}
       drawn += canvas.Ops().size();
     }
     if (wellFormed.count(name) != 0) {

@@ -43,17 +43,18 @@ class BbmDrawTest : public BbmTest {
 TEST_F(BbmDrawTest, ColouredLinesAreDrawnInTheirMinorAndOnlyWhenVisible) {
   BbmRecordWriter w(Fields(bbm::kColoured));
   w.AddLine(1, {1000, 2000, 3000}, {1000, 1500, 1000}, {{1, Rgb(10, 20, 30)}});
-  w.AddLine(2, {20000, 30000}, {20000, 30000}, {{1, Rgb(1, 2, 3)}});      // outside
-  w.AddLine(3, {10000, 12000}, {5000, 5000}, {{1, Rgb(4, 5, 6)}});        // touches the right edge
-  w.AddLine(4, {10001, 12000}, {5000, 5000}, {{1, Rgb(7, 8, 9)}});        // just outside
-  w.AddLine(5, {100, 200}, {100, 200}, {});                               // no pair: skipped
+  w.AddLine(2, {20000, 30000}, {20000, 30000}, {{1, Rgb(1, 2, 3)}});  // outside
+  w.AddLine(3, {10000, 12000}, {5000, 5000}, {{1, Rgb(4, 5, 6)}});    // touches the right edge
+  w.AddLine(4, {10001, 12000}, {5000, 5000}, {{1, Rgb(7, 8, 9)}});    // just outside
+  w.AddLine(5, {100, 200}, {100, 200}, {});                           // no pair: skipped
   Open(w).Draw(g_, true, true, true);
   const auto lines = OpsOf(Kind::Polyline);
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0].colour, Rgb(10, 20, 30));
   EXPECT_EQ(lines[0].width, 1);
   EXPECT_EQ(lines[0].style, kPenSolid);
-  EXPECT_EQ(lines[0].points, (std::vector<DevicePoint>{Dev(1000, 1000), Dev(2000, 1500), Dev(3000, 1000)}));
+  EXPECT_EQ(lines[0].points,
+            (std::vector<DevicePoint>{Dev(1000, 1000), Dev(2000, 1500), Dev(3000, 1000)}));
   EXPECT_EQ(lines[1].colour, Rgb(4, 5, 6));
   ui_.Verify();
 }
@@ -200,8 +201,8 @@ TEST_F(BbmDrawTest, RailwaysAndClass19) {
 
 TEST_F(BbmDrawTest, HypsographyLabelsFollowTheSwitchAndUnits) {
   BbmRecordWriter w(Fields(bbm::kAttributed, "HYPS"));
-  w.AddLine(1, {1000, 2000}, {1000, 1000}, {{20, 0}, {22, 1000}});   // feet
-  w.AddLine(2, {5000, 6000}, {5000, 5000}, {{20, 0}, {24, 100}});    // metres
+  w.AddLine(1, {1000, 2000}, {1000, 1000}, {{20, 0}, {22, 1000}});  // feet
+  w.AddLine(2, {5000, 6000}, {5000, 5000}, {{20, 0}, {24, 100}});   // metres
   BBMap& map = Open(w);
   EXPECT_EQ(map.DrawLine(g_, 1).text, "");
   EXPECT_TRUE(map.HypsographyFound());
@@ -269,16 +270,17 @@ TEST_F(BbmDrawTest, AreasJoinTheirBoundariesAndColourByMinor) {
   const auto c = w.AddLine(3, {5000, 5000}, {1000, 5000}, {{50, 412}});
   w.AddArea(1, {a, c, -b, 0, 2}, {{50, 101}, {50, 105}});
   w.AddArea(2, {a}, {{50, 107}});
-  w.AddArea(3, {a}, {{40, 105}});     // not hydrography: not drawn
-  w.AddArea(4, {}, {{50, 105}});      // no boundary: not drawn
-  w.AddArea(5, {a}, {});              // no pair: not drawn
+  w.AddArea(3, {a}, {{40, 105}});  // not hydrography: not drawn
+  w.AddArea(4, {}, {{50, 105}});   // no boundary: not drawn
+  w.AddArea(5, {a}, {});           // no pair: not drawn
   w.AddArea(6, {a}, {{50, 100}, {50, 999}});
   BBMap& map = Open(w);
   map.DrawAllAreas(g_);
   const auto polys = OpsOf(Kind::Polygon);
   ASSERT_EQ(polys.size(), 3u);
-  EXPECT_EQ(polys[0].points, (std::vector<DevicePoint>{Dev(1000, 1000), Dev(5000, 1000), Dev(5000, 1000),
-                                                       Dev(5000, 5000), Dev(5000, 5000), Dev(1000, 5000)}));
+  EXPECT_EQ(polys[0].points,
+            (std::vector<DevicePoint>{Dev(1000, 1000), Dev(5000, 1000), Dev(5000, 1000),
+                                      Dev(5000, 5000), Dev(5000, 5000), Dev(1000, 5000)}));
   EXPECT_EQ(polys[0].colour, Rgb(192, 192, 0));
   EXPECT_EQ(polys[0].fill, Rgb(192, 192, 0));
   EXPECT_EQ(polys[0].width, 0);
@@ -299,7 +301,7 @@ TEST_F(BbmDrawTest, CommandStreamDrawsLinesPolygonsAndLosesTheUnfinishedLine) {
   c.MoveTo(1000, 1000);
   c.LineTo(2000, 1000);
   c.LineTo(2000, 2000);
-  c.Raw(77);  // unknown codes have no operand
+  c.Raw(77);             // unknown codes have no operand
   c.MoveTo(9000, 9000);  // draws the line; a polygon would replace it unseen
   c.Colour(15);
   c.Polygon({3000, 4000, 4000}, {3000, 3000, 4000});
@@ -316,7 +318,8 @@ TEST_F(BbmDrawTest, CommandStreamDrawsLinesPolygonsAndLosesTheUnfinishedLine) {
   EXPECT_EQ(ops[0].kind, Kind::Polyline);
   EXPECT_EQ(ops[0].colour, PaletteColour(4));
   EXPECT_EQ(ops[0].width, 2);
-  EXPECT_EQ(ops[0].points, (std::vector<DevicePoint>{Dev(1000, 1000), Dev(2000, 1000), Dev(2000, 2000)}));
+  EXPECT_EQ(ops[0].points,
+            (std::vector<DevicePoint>{Dev(1000, 1000), Dev(2000, 1000), Dev(2000, 2000)}));
   EXPECT_EQ(ops[1].kind, Kind::Polygon);
   EXPECT_EQ(ops[1].colour, 0);  // 15 reads as black
   EXPECT_EQ(ops[1].fill, 0);

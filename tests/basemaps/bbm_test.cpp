@@ -79,11 +79,11 @@ TEST_F(BbmTest, InfoListsTheHeaderOfEachForm) {
   BBMap map(&ui_);
   map.Connect(path);
   const std::vector<std::string> expected = {
-      "Filename:         " + path, "Version:          1.0.2", "Title:            Test map",
-      "Source:           bbm tests", "Description:      ROAD", "Data type:        -100000",
-      "Projection:       17", "Multiplier:       100", "Number of Points: 1",
-      "Number of Lines:  2", "Number of Areas:  1", "Bounding box",
-      "             X1:  1000", "             Y1:  1000", "             X2:  6000",
+      "Filename:         " + path,   "Version:          1.0.2", "Title:            Test map",
+      "Source:           bbm tests", "Description:      ROAD",  "Data type:        -100000",
+      "Projection:       17",        "Multiplier:       100",   "Number of Points: 1",
+      "Number of Lines:  2",         "Number of Areas:  1",     "Bounding box",
+      "             X1:  1000",      "             Y1:  1000",  "             X2:  6000",
       "             Y2:  6000"};
   ui_.ExpectMessage("BBM File Header", expected);
   map.ShowInfo();
@@ -109,8 +109,8 @@ TEST_F(BbmTest, VersionRuleAcceptsUpTo102) {
   struct Case {
     int major, minor, patch;
     bool ok;
-  } cases[] = {{1, 0, 2, true}, {0, 0, 0, true}, {1, 0, 3, false}, {1, 1, 0, false},
-               {2, 0, 0, false}, {0, 0, 1, true}};
+  } cases[] = {{1, 0, 2, true},  {0, 0, 0, true},  {1, 0, 3, false},
+               {1, 1, 0, false}, {2, 0, 0, false}, {0, 0, 1, true}};
   for (const Case& c : cases) {
     BbmHeaderFields f = Fields(bbm::kAttributed);
     f.major = c.major, f.minor = c.minor, f.patch = c.patch;
@@ -124,7 +124,8 @@ TEST_F(BbmTest, VersionRuleAcceptsUpTo102) {
       map.Connect(path);
       EXPECT_TRUE(map.Connected()) << version;
     } else {
-      ui_.ExpectMessage("BBM file error!", {"Illegal BBM version found in file " + path + ": " + version})
+      ui_.ExpectMessage("BBM file error!",
+                        {"Illegal BBM version found in file " + path + ": " + version})
           .WithIcon(Icon::Critical);
       EXPECT_THROW(map.Connect(path), BbmError) << version;
       EXPECT_FALSE(map.Connected());
@@ -138,7 +139,8 @@ TEST_F(BbmTest, WrongSignatureShowsTheBoxAndFails) {
   bytes[0] = 'X';
   const std::string path = SaveBytes(bytes);
   BBMap map(&ui_);
-  ui_.ExpectMessage("BBM file error!", {"Illegal BBM file header found in file " + path + " --XBBM"})
+  ui_.ExpectMessage("BBM file error!",
+                    {"Illegal BBM file header found in file " + path + " --XBBM"})
       .WithIcon(Icon::Critical);
   EXPECT_THROW(map.Connect(path), BbmError);
   EXPECT_FALSE(map.Connected());
@@ -156,18 +158,16 @@ TEST_F(BbmTest, MissingFileStaysNotConnectedSilently) {
   map.Connect((temp_ / "absent.bbm").string());
   map.Connect(temp_.Path().string());  // a folder is no file either
   EXPECT_FALSE(map.Connected());
-  ui_.ExpectMessage("Not Connected", {"Cannot access map -- not connected"}).WithIcon(Icon::Critical);
+  ui_.ExpectMessage("Not Connected", {"Cannot access map -- not connected"})
+      .WithIcon(Icon::Critical);
   EXPECT_EQ(map.ConnectName(), "");
   ui_.Verify();
 }
 
 TEST_F(BbmTest, DefaultColourFollowsDescriptionAndDataType) {
-  const std::pair<const char*, Colour> dlg[] = {{"HYDROGRAPHY", Rgb(0, 192, 192)},
-                                                {"ROADS", PaletteColour(2)},
-                                                {"MISC", PaletteColour(3)},
-                                                {"HYPS", PaletteColour(6)},
-                                                {"RAIL", PaletteColour(0)},
-                                                {"hydr", PaletteColour(0)}};
+  const std::pair<const char*, Colour> dlg[] = {
+      {"HYDROGRAPHY", Rgb(0, 192, 192)}, {"ROADS", PaletteColour(2)}, {"MISC", PaletteColour(3)},
+      {"HYPS", PaletteColour(6)},        {"RAIL", PaletteColour(0)},  {"hydr", PaletteColour(0)}};
   for (const auto& [description, colour] : dlg) {
     BBMap map;
     map.color(12345);
@@ -231,7 +231,8 @@ TEST_F(BbmTest, TruncatedAndOverrunFilesFailNamingTheFile) {
   expectFailure(Patched(good, 296 + 16, -5), "negative.bbm", "negative count");
   // More line records than the header counts.
   expectFailure(Patched(good, bbm::kCountsOffset + 4, 1), "counts.bbm", "more line records");
-  expectFailure(Patched(good, bbm::kCountsOffset, -1), "header-counts.bbm", "negative record count");
+  expectFailure(Patched(good, bbm::kCountsOffset, -1), "header-counts.bbm",
+                "negative record count");
   ui_.Verify();
 }
 
