@@ -1,6 +1,6 @@
 // BBM drawing on a QtCanvas image of 1600 x 1000 pixels. The maps are generated:
 // 10,000 lines of 100 vertices each (one million vertices), random walks with
-// vertices 25 m apart. Figures, median of `runs`, as wall time and as the
+// vertices 25 m apart. Figures, median of BenchRuns(), as wall time and as the
 // process's CPU time (the machine may be shared):
 //   connect   reading the header and indexing the records;
 //   full      coloured lines (data type -100004, width 1) over 80 x 50 km, the
@@ -140,7 +140,8 @@ std::string WriteRoads(const std::filesystem::path& dir, double width, double he
 
 }  // namespace
 
-int BenchBbm(int runs) {
+int BenchBbm() {
+  const int runs = BenchRuns();
   const std::filesystem::path dir =
       std::filesystem::temp_directory_path() / ("tarno-bench-bbm-" + std::to_string(getpid()));
   std::filesystem::create_directories(dir);

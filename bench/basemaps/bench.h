@@ -7,9 +7,13 @@
 // main.cpp.
 #pragma once
 
+// The number of timed runs per figure (the first argument of the program; 15 by
+// default); each figure reports the median.
+int BenchRuns();
+
 // BBM vector maps (bbm_bench.cpp): a map of one million vertices drawn on an image
-// of 1600 x 1000 pixels. `runs`: timed draws per figure (the median is reported).
-int BenchBbm(int runs);
+// of 1600 x 1000 pixels.
+int BenchBbm();
 
 // Raster images (by the raster layer's developer).
-int BenchRaster(int runs) __attribute__((weak));
+int BenchRaster() __attribute__((weak));
