@@ -77,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view in(reinterpret_cast<const char*>(data), size);
   if (in.size() < 4) return 0;
   const std::size_t shxLen = std::min<std::size_t>(data[0] | (data[1] << 8), in.size() - 4);
-  const std::size_t shpLen = std::min<std::size_t>(data[2] | (data[3] << 8), in.size() - 4 - shxLen);
+  const std::size_t shpLen =
+      std::min<std::size_t>(data[2] | (data[3] << 8), in.size() - 4 - shxLen);
   const std::string_view shx = in.substr(4, shxLen);
   const std::string_view shp = in.substr(4 + shxLen, shpLen);
   const std::string_view dbf = in.substr(4 + shxLen + shpLen);
@@ -87,8 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (t.Records.size() != t.Deleted.size()) std::abort();
     for (const auto& r : t.Records)
       if (r.size() != t.Fields.size()) std::abort();
-  } catch (const Error&) {
-  }
+  } catch (const Error&) {}
 
   const std::filesystem::path dir = Dir();
   Put(dir / "f.shx", shx);
@@ -105,13 +105,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     try {
       f.Item(i);
       std::abort();
-    } catch (const ShapeFileError&) {
-    }
+    } catch (const ShapeFileError&) {}
   }
   // Every record that reads writes back and reads again with the same points.
   CShapeFile out;
   const bool nullFile = f.FileType() == ShapeType::Null;
-  if (!nullFile) out.SetFileSpec(CFileName((dir / "g.shp").string()), CShapeFile::kCreate, f.FileType());
+  if (!nullFile)
+    out.SetFileSpec(CFileName((dir / "g.shp").string()), CShapeFile::kCreate, f.FileType());
   std::vector<int> written;
   const int n = std::min(f.Count(), 64);
   for (int i = 1; i <= n; ++i) {
@@ -122,8 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         out.Add(*s);
         written.push_back(points);
       }
-    } catch (const ShapeFileError&) {
-    }
+    } catch (const ShapeFileError&) {}
   }
   if (nullFile) return 0;
   CShapeFile back;

@@ -62,8 +62,8 @@ TEST_F(DbfTest, ColumnsAreWrittenByTypeLeftJustifiedWithTheHeaderLayout) {
 
 TEST_F(DbfTest, TableRowsAreCutOrFilledToTheirFields) {
   const auto path = dir_ / "t.dbf";
-  WriteDBFTable(path, {{"NAME", 'C', 4, 0}, {"Q", 'N', 6, 1}},
-                {{"Wellfield", "1.5"}, {"A"}, {}}, date_);
+  WriteDBFTable(path, {{"NAME", 'C', 4, 0}, {"Q", 'N', 6, 1}}, {{"Wellfield", "1.5"}, {"A"}, {}},
+                date_);
   const std::string b = test::ReadFile(path);
   const int header = 32 + 64 + 1;
   EXPECT_EQ(b.substr(header, 11), " Well1.5   ");

@@ -73,7 +73,8 @@ TEST(ShapeCorpusTest, EveryInputReadsOrFailsWithAnError) {
         try {
           const auto s = f.ItemOrNull(i);
           ++records;
-          if (s->IsNull() || !std::isfinite(s->Left() + s->Right() + s->Top() + s->Bottom())) continue;
+          if (s->IsNull() || !std::isfinite(s->Left() + s->Right() + s->Top() + s->Bottom()))
+            continue;
           EXPECT_LE(s->Left(), s->Right()) << what;
           EXPECT_LE(s->Bottom(), s->Top()) << what;
         } catch (const ShapeFileError& e) {
@@ -99,8 +100,7 @@ TEST(ShapeCorpusTest, EveryInputReadsOrFailsWithAnError) {
                                      e->Right - e->Left < 1e6 && e->Top - e->Bottom < 1e6)
         w = {e->Left - 1, e->Right + 1, e->Top + 1, e->Bottom - 1};
       if (g.vgGDIInitObject(canvas, w, false, 10.0) == 0) layer->Draw(g);
-    } catch (const Error&) {
-    }
+    } catch (const Error&) {}
   }
   EXPECT_GE(inputs, 6);
   EXPECT_GE(opened, 6);  // the seeds at least

@@ -36,7 +36,9 @@ OgrSummary Summary(const std::string& out) {
   std::smatch m;
   if (std::regex_search(out, m, std::regex(R"(Geometry: ([^\r\n]+))"))) s.geometry = m[1];
   if (std::regex_search(out, m, std::regex(R"(Feature Count: (\d+))"))) s.count = std::stoi(m[1]);
-  if (std::regex_search(out, m, std::regex(R"(Extent: \(([-\d.e+]+), ([-\d.e+]+)\) - \(([-\d.e+]+), ([-\d.e+]+)\))"))) {
+  if (std::regex_search(
+          out, m,
+          std::regex(R"(Extent: \(([-\d.e+]+), ([-\d.e+]+)\) - \(([-\d.e+]+), ([-\d.e+]+)\))"))) {
     s.xmin = std::stod(m[1]);
     s.ymin = std::stod(m[2]);
     s.xmax = std::stod(m[3]);
@@ -49,7 +51,8 @@ OgrSummary Summary(const std::string& out) {
 std::vector<std::string> Values(const std::string& out, const std::string& field) {
   std::vector<std::string> v;
   const std::regex re("\\n  " + field + " \\([A-Za-z]+\\) = ([^\\r\\n]*)");
-  for (auto it = std::sregex_iterator(out.begin(), out.end(), re); it != std::sregex_iterator(); ++it)
+  for (auto it = std::sregex_iterator(out.begin(), out.end(), re); it != std::sregex_iterator();
+       ++it)
     v.push_back((*it)[1]);
   return v;
 }
@@ -57,8 +60,10 @@ std::vector<std::string> Values(const std::string& out, const std::string& field
 // The WKT geometry lines of `ogrinfo -al`.
 std::vector<std::string> Geometries(const std::string& out) {
   std::vector<std::string> v;
-  const std::regex re(R"(\n  ((POINT|LINESTRING|MULTILINESTRING|POLYGON|MULTIPOLYGON|MULTIPOINT) [^\r\n]*))");
-  for (auto it = std::sregex_iterator(out.begin(), out.end(), re); it != std::sregex_iterator(); ++it)
+  const std::regex re(
+      R"(\n  ((POINT|LINESTRING|MULTILINESTRING|POLYGON|MULTIPOLYGON|MULTIPOINT) [^\r\n]*))");
+  for (auto it = std::sregex_iterator(out.begin(), out.end(), re); it != std::sregex_iterator();
+       ++it)
     v.push_back((*it)[1]);
   return v;
 }
@@ -134,9 +139,9 @@ TEST_F(ShapeInteropTest, OurPolylinesAndTableReadByOgrinfo) {
   ASSERT_EQ(closed.size(), 2u);
   EXPECT_TRUE(closed[0] == "F" || closed[0] == "0") << closed[0];
   EXPECT_TRUE(closed[1] == "T" || closed[1] == "1") << closed[1];
-  EXPECT_EQ(Geometries(all), (std::vector<std::string>{
-                                 "LINESTRING (100.5 200.0,150.0 250.25,175 180)",
-                                 "MULTILINESTRING ((90 190,95 195),(300 400,310 401))"}));
+  EXPECT_EQ(Geometries(all),
+            (std::vector<std::string>{"LINESTRING (100.5 200.0,150.0 250.25,175 180)",
+                                      "MULTILINESTRING ((90 190,95 195),(300 400,310 401))"}));
 }
 
 TEST_F(ShapeInteropTest, OurPointsPolygonsAndMultipointsReadByOgrinfo) {
@@ -179,7 +184,8 @@ TEST_F(ShapeInteropTest, OurPointsPolygonsAndMultipointsReadByOgrinfo) {
   EXPECT_EQ(s.count, 1);
   EXPECT_DOUBLE_EQ(s.xmax, 10);
   all = OgrInfo(polys, false).out;
-  EXPECT_EQ(Geometries(all), (std::vector<std::string>{"POLYGON ((0 0,0 10,10 10,10 0,0 0),(2 2,8 2,8 8,2 2))"}));
+  EXPECT_EQ(Geometries(all),
+            (std::vector<std::string>{"POLYGON ((0 0,0 10,10 10,10 0,0 0),(2 2,8 2,8 8,2 2))"}));
   EXPECT_EQ(Values(all, "K"), (std::vector<std::string>{"2.500"}));
 
   const std::string multi = (dir_ / "multi.shp").string();
@@ -267,9 +273,9 @@ TEST_F(ShapeInteropTest, Ogr2ogrPolygonsAndCsvPointsReadByOurClasses) {
   std::filesystem::remove(dir_ / "converted.shp");
   std::filesystem::remove(dir_ / "converted.shx");
   std::filesystem::remove(dir_ / "converted.dbf");
-  shp = Convert("wells.csv", "X,Y,NAME,Q\n1.5,2.25,W1,100\n-3,400000.5,W2,-2.5\n",
-                {"-oo", "X_POSSIBLE_NAMES=X", "-oo", "Y_POSSIBLE_NAMES=Y", "-oo",
-                 "AUTODETECT_TYPE=YES"});
+  shp = Convert(
+      "wells.csv", "X,Y,NAME,Q\n1.5,2.25,W1,100\n-3,400000.5,W2,-2.5\n",
+      {"-oo", "X_POSSIBLE_NAMES=X", "-oo", "Y_POSSIBLE_NAMES=Y", "-oo", "AUTODETECT_TYPE=YES"});
   CShapeFile f;
   f.SetFileSpec(CFileName(shp), CShapeFile::kOpenExisting);
   EXPECT_EQ(f.FileType(), ShapeType::Point);

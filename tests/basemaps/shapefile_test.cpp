@@ -112,7 +112,7 @@ TEST_F(ShapeFileTest, PolylinesRoundTripWithRecordLayoutIndexAndExtent) {
   EXPECT_EQ(BE(shx, 112), 40);
   EXPECT_EQ(BE(shp, 100), 1);  // record number
   EXPECT_EQ(BE(shp, 104), 66);
-  EXPECT_EQ(LE(shp, 108), 3);  // shape type
+  EXPECT_EQ(LE(shp, 108), 3);       // shape type
   EXPECT_EQ(LE(shp, 108 + 36), 2);  // parts
   EXPECT_EQ(LE(shp, 108 + 40), 5);  // points
   EXPECT_EQ(LE(shp, 108 + 44), 0);  // part starts: running sums
@@ -220,7 +220,7 @@ TEST_F(ShapeFileTest, PointsMultipointsAndPolygonsRoundTrip) {
   auto& pg = static_cast<CPolygon&>(*poly);
   ASSERT_EQ(pg.Count(), 2);
   EXPECT_EQ(pg.Item(2).Count(), 4);
-  EXPECT_EQ(pg.Distance(1, 5), 0.0);                 // inside the outer ring
+  EXPECT_EQ(pg.Distance(1, 5), 0.0);                      // inside the outer ring
   EXPECT_NEAR(pg.Distance(6, 4), std::sqrt(2.0), 1e-12);  // inside the hole: to the hole's edge
   EXPECT_EQ(pg.Distance(15, 5), 5.0);
 }
@@ -274,7 +274,8 @@ TEST_F(ShapeFileTest, SetFileSpecErrors) {
     f.SetFileSpec(CFileName(Spec("roads.shp")), CShapeFile::kOpenExisting);
     FAIL();
   } catch (const ShapeFileError& e) {
-    EXPECT_EQ(std::string(e.what()), "The specified file " + Spec("roads.shx") + " does not exist.");
+    EXPECT_EQ(std::string(e.what()),
+              "The specified file " + Spec("roads.shx") + " does not exist.");
   }
   try {
     f.SetFileSpec(CFileName(Spec("new.shp")), CShapeFile::kCreate);
@@ -295,10 +296,14 @@ TEST_F(ShapeFileTest, AddRefusesShapesOfAnotherType) {
     const char* text;
   };
   std::vector<Case> cases;
-  cases.push_back({ShapeType::PolyLine, std::make_unique<CPoint>(1, 1), shape_text::kCannotAddPoint});
-  cases.push_back({ShapeType::Polygon, std::make_unique<CMultiPoint>(), shape_text::kCannotAddPoint});
-  cases.push_back({ShapeType::Point, std::make_unique<CPolyLine>(), shape_text::kCannotAddPolyLine});
-  cases.push_back({ShapeType::PolyLine, std::make_unique<CPolygon>(), shape_text::kCannotAddPolygon});
+  cases.push_back(
+      {ShapeType::PolyLine, std::make_unique<CPoint>(1, 1), shape_text::kCannotAddPoint});
+  cases.push_back(
+      {ShapeType::Polygon, std::make_unique<CMultiPoint>(), shape_text::kCannotAddPoint});
+  cases.push_back(
+      {ShapeType::Point, std::make_unique<CPolyLine>(), shape_text::kCannotAddPolyLine});
+  cases.push_back(
+      {ShapeType::PolyLine, std::make_unique<CPolygon>(), shape_text::kCannotAddPolygon});
   cases.push_back({ShapeType::Point, std::make_unique<CRect>(), shape_text::kInvalidShapeType});
   for (auto& c : cases) {
     CShapeFile f;
@@ -464,7 +469,7 @@ TEST(ShapeClassesTest, CollectionsAreIndexedFromOneAndKeepTheirBoxes) {
   CPolyLine line;
   line.Add(part);
   EXPECT_NEAR(line.Distance(4, 10), std::hypot(1.0, 5.0), 1e-12);  // nearest vertex (5, 5)
-  EXPECT_EQ(line.Distance(4, 1.5), 0.0);                      // on the segment
+  EXPECT_EQ(line.Distance(4, 1.5), 0.0);                           // on the segment
   line.MakeNull();
   EXPECT_TRUE(line.IsNull());
   EXPECT_TRUE(std::isinf(line.Distance(0, 0)));
