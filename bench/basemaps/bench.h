@@ -17,3 +17,7 @@ int BenchBbm();
 
 // Raster images (by the raster layer's developer).
 int BenchRaster() __attribute__((weak));
+
+// Shapefiles (shape_bench.cpp): 20,000 lines of 50 points written, opened as a layer
+// and drawn whole and in a small window.
+int BenchShape();

@@ -1,6 +1,6 @@
 // The base map benchmarks (see bench.h).
 //
-//   tarno-bench-basemaps [runs] [bbm|raster]
+//   tarno-bench-basemaps [runs] [bbm|shape|raster]
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdlib>
@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
   auto wanted = [&](const char* name) { return only == nullptr || std::strcmp(only, name) == 0; };
   int failures = 0;
   if (wanted("bbm")) failures += BenchBbm();
+  if (wanted("shape")) failures += BenchShape();
   if (wanted("raster") && &BenchRaster != nullptr) failures += BenchRaster();
   return failures == 0 ? 0 : 1;
 }
