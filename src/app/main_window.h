@@ -16,6 +16,7 @@
 
 #include "app/app_port.h"
 #include "app/menu_model.h"
+#include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/vgraph.h"
 #include "solver/command_file.h"
@@ -117,6 +118,10 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
   MapView& View() { return *view_; }
+  // The project's base maps as the map draws them, in the order of its list. The
+  // pre-scan of an opened project fills it; after changing it, call
+  // View().SetBaseMaps(&BaseMaps()) so that the background is drawn again.
+  BaseMapLayers& BaseMaps() { return baseMaps_; }
   ProjectSession& Session() { return *session_; }
   MapState& State() { return state_; }
   SolutionState& Solution() { return solution_; }
@@ -189,6 +194,8 @@ class MainWindow : public QMainWindow, public SessionHooks {
   MapState state_;
   VGraphGDI layer_;
   std::unique_ptr<QtMapSurface> map_, map2_;
+  // Declared before the view, which keeps a pointer to it.
+  BaseMapLayers baseMaps_;
   std::unique_ptr<MapView> view_;
   std::unique_ptr<Navigator> nav_;
   ModelSettings settings_;
