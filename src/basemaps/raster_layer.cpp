@@ -255,12 +255,36 @@ void RasterLayer::Draw(VGraphGDI& layer) {
   GDALRasterIOExtraArg extra;
   INIT_RASTERIO_EXTRA_ARG(extra);
   extra.eResampleAlg = GRIORA_NearestNeighbour;
-  extra.bFloatingPointWindowValidity = TRUE;
-  extra.dfXOff = std::max(oc0, static_cast<double>(xOff));
-  extra.dfYOff = std::max(or0, static_cast<double>(yOff));
-  extra.dfXSize = std::min(oc1, static_cast<double>(xEnd)) - extra.dfXOff;
-  extra.dfYSize = std::min(or1, static_cast<double>(yEnd)) - extra.dfYOff;
-  if (!(extra.dfXSize > 0) || !(extra.dfYSize > 0)) return;
+  // Where the picture goes on the device.
+  DevicePoint at = topLeft;
+  int boxWidth = dw, boxHeight = dh;
+  if (level == 0 && perPixel < 1.0) {
+    // Closer than one image pixel to a device pixel: the whole image pixels under
+    // the window are read as they are and the surface stretches them, each to a
+    // sharp square, over their own place, which reaches a little beyond the window.
+    bw = xEnd - xOff;
+    bh = yEnd - yOff;
+    const double wx0 = gt_[0] + xOff * gt_[1], wx1 = gt_[0] + xEnd * gt_[1];
+    const double wy0 = gt_[3] + yOff * gt_[5], wy1 = gt_[3] + yEnd * gt_[5];
+    try {
+      at = layer.vgGDIWorldToDevice(std::min(wx0, wx1), std::max(wy0, wy1));
+      const DevicePoint end = layer.vgGDIWorldToDevice(std::max(wx0, wx1), std::min(wy0, wy1));
+      boxWidth = end.x - at.x;
+      boxHeight = end.y - at.y;
+    } catch (const OverflowError&) {
+      return;  // a pixel larger than the device's range: nothing sensible to draw
+    }
+    if (boxWidth <= 0 || boxHeight <= 0) return;
+  } else {
+    // The window's part read at the buffer's size, from a window of the level
+    // placed to the fraction of a pixel.
+    extra.bFloatingPointWindowValidity = TRUE;
+    extra.dfXOff = std::max(oc0, static_cast<double>(xOff));
+    extra.dfYOff = std::max(or0, static_cast<double>(yOff));
+    extra.dfXSize = std::min(oc1, static_cast<double>(xEnd)) - extra.dfXOff;
+    extra.dfYSize = std::min(or1, static_cast<double>(yEnd)) - extra.dfYOff;
+    if (!(extra.dfXSize > 0) || !(extra.dfYSize > 0)) return;
+  }
 
   const std::size_t n = static_cast<std::size_t>(bw) * bh;
   GdalErrorCapture capture;
@@ -312,7 +336,7 @@ void RasterLayer::Draw(VGraphGDI& layer) {
                        argb.begin() + static_cast<std::ptrdiff_t>(y + 1) * bw,
                        argb.begin() + static_cast<std::ptrdiff_t>(bh - 1 - y) * bw);
   }
-  layer.vgGDIDeviceImage(topLeft.x, topLeft.y, dw, dh, argb.data(), bw, bh);
+  layer.vgGDIDeviceImage(at.x, at.y, boxWidth, boxHeight, argb.data(), bw, bh);
 }
 
 std::unique_ptr<BaseMapLayer> OpenRasterLayer(const BaseMapRow& row) {

@@ -124,17 +124,31 @@ TEST_F(RasterLayerTest, AWindowLargerThanTheImageDrawsItInItsPlace) {
   EXPECT_EQ(beside.Count(Kind::Image), 0);
 }
 
-TEST_F(RasterLayerTest, ZoomedIntoOnePixelItFillsTheSurface) {
+TEST_F(RasterLayerTest, ZoomedInTheWholePixelsUnderTheWindowAreStretchedOverTheirPlace) {
   const double gt[6] = {1000, 10, 0, 2020, 0, -10};
   WriteTiff(dir / "small.tif", 4, 2, 3, Pattern, gt);
   RasterLayer layer(Row(dir / "small.tif"));
+  // Inside pixel (2, 1), which spans 1020 to 1030 and 2000 to 2010: a hundred
+  // device pixels a unit.
   RecordingCanvas canvas(200, 100);
-  Draw(layer, canvas, WorldWindow{1021, 1023, 2009, 2008});  // inside pixel (2, 1)
+  Draw(layer, canvas, WorldWindow{1021, 1023, 2009, 2008});
   const auto& op = OnlyImage(canvas);
-  EXPECT_EQ(op.points[0], (DevicePoint{0, 0}));
-  EXPECT_EQ(op.points[1], (DevicePoint{200, 100}));
-  EXPECT_EQ(PixelAt(op, 0, 0), PatternArgb(2, 1));
-  EXPECT_EQ(PixelAt(op, 199, 99), PatternArgb(2, 1));
+  EXPECT_EQ(op.imageWidth, 1);
+  EXPECT_EQ(op.imageHeight, 1);
+  EXPECT_EQ(op.points[0], (DevicePoint{-100, -100}));
+  EXPECT_EQ(op.points[1], (DevicePoint{900, 900}));
+  EXPECT_EQ(op.pixels.at(0), PatternArgb(2, 1));
+
+  // Across the corner of four pixels: the four, each in its own place.
+  RecordingCanvas corner(200, 200);
+  Draw(layer, corner, WorldWindow{1019, 1021, 2011, 2009});
+  const auto& four = OnlyImage(corner);
+  EXPECT_EQ(four.imageWidth, 2);
+  EXPECT_EQ(four.imageHeight, 2);
+  EXPECT_EQ(four.points[0], (DevicePoint{-900, -900}));
+  EXPECT_EQ(four.points[1], (DevicePoint{1100, 1100}));
+  EXPECT_EQ(four.pixels, (std::vector<std::uint32_t>{PatternArgb(1, 0), PatternArgb(2, 0),
+                                                     PatternArgb(1, 1), PatternArgb(2, 1)}));
 }
 
 TEST_F(RasterLayerTest, TheWorldFileComesBeforeTheFilesOwnPlace) {
