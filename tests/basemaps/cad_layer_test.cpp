@@ -88,8 +88,9 @@ TEST(CadLayerRead, ADxfGivesItsFourKindsOfFigure) {
   EXPECT_DOUBLE_EQ(e.Bottom, 0);
   EXPECT_DOUBLE_EQ(e.Top, 90);
   const std::string name = (dir / "site.dxf").string();
-  EXPECT_EQ(layer.LayerNames(), (std::vector<std::string>{"[CADArea]" + name, "[CADLine]" + name,
-                                                          "[CADPoint]" + name, "[CADText]" + name}));
+  EXPECT_EQ(layer.LayerNames(),
+            (std::vector<std::string>{"[CADArea]" + name, "[CADLine]" + name, "[CADPoint]" + name,
+                                      "[CADText]" + name}));
 }
 
 TEST(CadLayerDraw, AreasLinesPointsTextsInTheMapsColourAtTheirPlaces) {
