@@ -134,6 +134,31 @@ TEST(CadLayerDraw, AreasLinesPointsTextsInTheMapsColourAtTheirPlaces) {
   EXPECT_TRUE(beside.Ops().empty());
 }
 
+TEST(CadLayerRead, ADgnGivesItsLines) {
+  TempDir dir;
+  GDALAllRegister();
+  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("DGN");
+  ASSERT_NE(driver, nullptr);
+  const fs::path path = dir / "plan.dgn";
+  GDALDataset* ds = driver->Create(path.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr);
+  ASSERT_NE(ds, nullptr);
+  OGRLayer* layer = ds->CreateLayer("elements", nullptr, wkbUnknown, nullptr);
+  ASSERT_NE(layer, nullptr);
+  OGRFeature feature(layer->GetLayerDefn());
+  OGRLineString line;
+  line.addPoint(100, 200);
+  line.addPoint(300, 250);
+  feature.SetGeometry(&line);
+  ASSERT_EQ(layer->CreateFeature(&feature), OGRERR_NONE);
+  GDALClose(ds);
+
+  CadLayer cad(Row(path, 0));
+  ASSERT_EQ(cad.Lines().size(), 1u);
+  EXPECT_NEAR(cad.Lines()[0].xs[1], 300, 1e-6);
+  EXPECT_NEAR(cad.Lines()[0].ys[1], 250, 1e-6);
+  EXPECT_TRUE(cad.Areas().empty());
+}
+
 TEST(CadLayerRead, DwgIsRefusedAndBadDrawingsAreNamed) {
   TempDir dir;
   ASSERT_TRUE(WriteFile(dir / "plan.dwg", "AC1015 and some bytes"));
