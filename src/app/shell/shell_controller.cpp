@@ -74,6 +74,7 @@ ShellController::ShellController(ShellHost& host, MapSurface& map, MapSurface& m
   port_.onActivity = [this](const std::string& t) { host_.SetStatusText(kPanelActivity, t); };
   port_.onFeedback = [this](const std::string& t) { host_.SetStatusText(kPanelFeedback, t); };
   view_ = std::make_unique<MapView>(state_, layer_, port_, map_, map2_);
+  view_->SetBaseMaps(&baseMaps_);
   nav_ = std::make_unique<Navigator>(state_, *view_, port_);
 
   // The redraw's side of the window.
@@ -108,8 +109,9 @@ ShellController::ShellController(ShellHost& host, MapSurface& map, MapSurface& m
     const std::string& file = session_->Settings().DBName;
     if (file.empty()) return false;
     Database db = Database::Open(file);
-    // Read only: a zoom leaves the model origin to the next solve.
-    const ModelExtents e = ElementExtents(db, ToMapWindow(state_.Window));
+    // Read only: a zoom leaves the model origin to the next solve. The shown base
+    // maps widen the extents.
+    const ModelExtents e = ElementExtents(db, ToMapWindow(state_.Window), ShownMapExtents(&baseMaps_));
     // Widened by a twentieth on every side, so that no element lies on the edge.
     const double dx = std::max(1.0, e.MaxX - e.MinX) / 20, dy = std::max(1.0, e.MaxY - e.MinY) / 20;
     extents = WorldWindow{e.MinX - dx, e.MaxX + dx, e.MaxY + dy, e.MinY - dy};
@@ -366,7 +368,7 @@ void ShellController::ModelSettingsCommand() {
       RunSolve(o);
     }
     Database db = Database::Open(file);
-    tarno::ModelCheckExtents(db, ToMapWindow(state_.Window), std::nullopt);
+    tarno::ModelCheckExtents(db, ToMapWindow(state_.Window), ShownMapExtents(&baseMaps_));
     state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   });
 }
@@ -711,7 +713,7 @@ void ShellController::ModelCheckExtents(ProjectSession& session, StoredWindow& w
   Database db = Database::Open(session.Settings().DBName);
   const MapWindow saved{std::min(window.x1, window.x2), std::max(window.x1, window.x2),
                         std::max(window.y1, window.y2), std::min(window.y1, window.y2)};
-  const ModelExtents e = tarno::ModelCheckExtents(db, saved, std::nullopt);
+  const ModelExtents e = tarno::ModelCheckExtents(db, saved, ShownMapExtents(&baseMaps_));
   state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   // A window of no extent, or one that lies wholly beside the model, gives way to
   // the model's extents widened by a tenth.

@@ -15,6 +15,7 @@
 #include "app/app_port.h"
 #include "app/menu_model.h"
 #include "app/shell/command_registry.h"
+#include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
 #include "display/vgraph.h"
@@ -154,6 +155,10 @@ class ShellController : public SessionHooks {
   MapState& State() { return state_; }
   VGraphGDI& Layer() { return layer_; }
   MapView& View() { return *view_; }
+  // The project's base maps as the map draws them, in the order of its list. The
+  // pre-scan of an opened project fills it; after changing it, call
+  // View().SetBaseMaps(&BaseMaps()) so that the background is drawn again.
+  BaseMapLayers& BaseMaps() { return baseMaps_; }
   Navigator& Nav() { return *nav_; }
   SolutionState& Solution() { return solution_; }
   ModelSettings& Settings() { return settings_; }
@@ -201,6 +206,8 @@ class ShellController : public SessionHooks {
   CommandRegistry commands_{port_};
   MapState state_;
   VGraphGDI layer_;
+  // Declared before the view, which keeps a pointer to it.
+  BaseMapLayers baseMaps_;
   std::unique_ptr<MapView> view_;
   std::unique_ptr<Navigator> nav_;
   ModelSettings settings_;
