@@ -67,7 +67,7 @@ void BuildIndex(Database& db, std::int64_t version) {
       "insert into temp.vertex_index select VID, X, X, Y, Y from main.Vertices;"
       "create temp trigger vertex_index_ai after insert on main.Vertices begin "
       "  insert into vertex_index values (new.VID, new.X, new.X, new.Y, new.Y); end;"
-      "create temp trigger vertex_index_au after update on main.Vertices begin "
+      "create temp trigger vertex_index_au after update of VID, X, Y on main.Vertices begin "
       "  delete from vertex_index where id = old.VID;"
       "  insert into vertex_index values (new.VID, new.X, new.X, new.Y, new.Y); end;"
       "create temp trigger vertex_index_ad after delete on main.Vertices begin "
