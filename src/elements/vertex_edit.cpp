@@ -300,6 +300,21 @@ std::vector<Vertex> CoincidentVertices(Database& db, ElementKind kind, std::int6
   return out;
 }
 
+// The vertices other than `vid` that lie exactly at (x, y) and belong to an
+// inhomogeneity or a domain: the corners that a drag takes along.
+std::vector<Vertex> CoincidentAreaVertices(Database& db, std::int64_t vid, double x, double y) {
+  Statement st = db.PrepareRaw(
+      "select VID, PID, Seq, X, Y from Vertices where X >= ?1 and X <= ?1 and Y >= ?2 and Y <= ?2 "
+      "and VID <> ?3 and (PID in (select PID from Inhomogeneities) or PID in (select PID from "
+      "Domains)) order by VID");
+  st.Bind(1, x).Bind(2, y).Bind(3, vid);
+  std::vector<Vertex> out;
+  while (st.Step())
+    out.push_back(
+        {st.GetInt64(0), st.GetInt64(1), st.GetInt64(2), st.GetDouble(3), st.GetDouble(4)});
+  return out;
+}
+
 bool SamePlace(const Vertex& a, const Vertex& b) { return a.X == b.X && a.Y == b.Y; }
 
 bool SharesEdges(ElementKind kind) {
@@ -562,10 +577,12 @@ EditResult MoveVertex(Database& db, VertexSearch& search, ElementKind kind, std:
           return;
         }
       }
+      // Inhomogeneity and domain corners at the old place go along, whatever string
+      // was dragged, so that edges that meet there keep meeting. (A point element
+      // dropped on such a corner does not take it along.)
       std::vector<Vertex> moving{*old};
-      if (SharesEdges(kind))
-        for (const Vertex& c : CoincidentVertices(db, kind, old->PID, old->X, old->Y))
-          moving.push_back(c);
+      if (geometry != Geometry::Point)
+        for (const Vertex& c : CoincidentAreaVertices(db, vid, old->X, old->Y)) moving.push_back(c);
       Statement st = db.PrepareRaw("update Vertices set X = ?, Y = ? where VID = ?");
       for (const Vertex& v : moving) {
         st.Reset();

@@ -96,9 +96,10 @@ EditResult Refine(Database& db, ElementKind kind, std::int64_t vid, UserInterfac
 
 // ElemMoveVertex: the end of a drag of `vid` (of an element of `kind`) to (x, y).
 // Line-sink, inhomogeneity and domain vertices snap onto a vertex of their kind
-// within the radius; coincident vertices of other inhomogeneities or domains move
-// along. A domain vertex that would leave its boundary is refused with the
-// "Re-enter Point" box and stays. Text labels and uniform flow move their row.
+// within the radius; vertices of inhomogeneities and domains that coincide with the
+// dragged vertex of a string (of any kind) move along. A domain vertex that would leave its
+// boundary is refused with the "Re-enter Point" box and stays. Text labels and uniform flow move
+// their row.
 EditResult MoveVertex(Database& db, VertexSearch& search, ElementKind kind, std::int64_t vid,
                       double x, double y, UserInterface& ui);
 

@@ -186,6 +186,18 @@ TEST_F(SharedEdgeTest, MoveTakesTheCoincidentVerticesAlong) {
   const Element ls = Add(ElementKind::Linesink, "S", At({{0, 10}, {-10, 20}}));
   MoveVertex(db_, search_, ElementKind::Inhomogeneity, a_.vertices[3].VID, -100, -100, ui_);
   EXPECT_EQ(PlacesOf(ls.key)[0], std::make_pair(0.0, 10.0));
+  // The other way round, a line-sink vertex dragged off B's corner takes the corner.
+  const Element ls2 = Add(ElementKind::Linesink, "S2", At({{20, 10}, {40, 40}}));
+  search_.Reset();
+  const EditResult r2 =
+      MoveVertex(db_, search_, ElementKind::Linesink, ls2.vertices[0].VID, 25, 15, ui_);
+  EXPECT_TRUE(r2.redrawAll);
+  EXPECT_EQ(r2.strings, (std::vector<std::int64_t>{ls2.key, b_.key}));
+  EXPECT_EQ(PlacesOf(b_.key)[2], std::make_pair(25.0, 15.0));
+  // A well there stays: points do not carry corners, nor are they carried.
+  const Element w = Add(ElementKind::Well, "W", Point(20, 0));
+  MoveVertex(db_, search_, ElementKind::Well, w.key, 30, 30, ui_);
+  EXPECT_EQ(PlacesOf(b_.key)[1], std::make_pair(20.0, 0.0));
   ui_.Verify();
 }
 
@@ -478,17 +490,6 @@ TEST_F(VertexEditTest, PointInPolygonAndArea) {
   ui_.ExpectMessage(kNotEnoughPointsTitle, {kNotEnoughPoints});
   EXPECT_FALSE(PolygonArea(db_, line.key, ui_).has_value());
   ui_.Verify();
-}
-
-TEST(LSConfirmTest, ButtonsAndResult) {
-  LSConfirm d;
-  EXPECT_EQ(d.DialogName(), "LSConfirm");
-  EXPECT_EQ(d.Message, "Delete the selected vertex or the entire string?");
-  EXPECT_EQ(d.Result, LSConfirm::kCancel);
-  EXPECT_STREQ(LSConfirm::kButtons[2].caption, "Entire String");
-  EXPECT_STREQ(LSConfirm::kButtons[1].tip, "Delete only the selected vertex");
-  d.Click(2);
-  EXPECT_EQ(d.Result, 2);
 }
 
 }  // namespace
