@@ -15,6 +15,7 @@
 #include "elements/inhomogeneity_dialog.h"
 #include "elements/lake_dialog.h"
 #include "elements/linesink_dialog.h"
+#include "elements/ls_confirm_dialog.h"
 #include "elements/particle_dialog.h"
 #include "elements/test_point_dialog.h"
 #include "elements/text_label_dialog.h"
@@ -47,6 +48,7 @@ using ShownDialogs =
                WellProperties, LinesinkString,                       // wells and streams
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
-               TextLabelProperties>;  // observation and tracing objects, text labels
+               TextLabelProperties,  // observation and tracing objects, text labels
+               LSConfirm>;           // editing vertices
 
 }  // namespace tarno

@@ -63,6 +63,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"ParticleProperties", "", "observations.md#particle-properties"},
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
+      {"LSConfirm", "", "map.md#editing-vertices"},
   };
   return pages;
 }
@@ -88,8 +89,8 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
         S("Solver integrity check"), S("Run files"), S("When a solve fails")}},
       {"map.md",
        "The Map and the Window",
-       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
-        S("GUI options"), S("Pictures of the map")}},
+       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Editing vertices"),
+        S("Saved windows"), S("GUI options"), S("Pictures of the map")}},
       {"wells.md",
        "Wells",
        {S("Well properties"), S("General"), S("3-D geometry"), S("Transient well"), S("Other")}},
