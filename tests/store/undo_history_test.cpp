@@ -3,49 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "store/database.h"
 #include "store/schema.h"
 #include "store/undo_history.h"
 #include "store_test_util.h"
+#include "support/table_dump.h"
 
 namespace tarno {
 namespace {
 
-// Every row of every table (rowid included, values with their types, reals
-// exactly), tables in name order. sqlite_sequence is left out: undo does not hand
-// back the numbers an insert used.
-std::string Dump(Database& db) {
-    std::vector<std::string> tables;
-    {
-        Statement st = db.PrepareRaw(
-            "SELECT name FROM main.sqlite_master WHERE type='table' AND name <> 'sqlite_sequence' "
-            "ORDER BY name");
-        while (st.Step()) tables.push_back(st.GetText(0));
-    }
-    std::string out;
-    for (const std::string& t : tables) {
-        out += "[" + t + "]\n";
-        Statement st = db.PrepareRaw("SELECT rowid, * FROM \"" + t + "\" ORDER BY rowid");
-        while (st.Step()) {
-            for (int i = 0; i < st.ColumnCount(); ++i) {
-                const Value v = st.GetValue(i);
-                if (std::holds_alternative<std::monostate>(v)) out += "null";
-                else if (auto* n = std::get_if<std::int64_t>(&v)) out += "i" + std::to_string(*n);
-                else if (auto* d = std::get_if<double>(&v)) {
-                    char buf[64];
-                    std::snprintf(buf, sizeof buf, "r%a", *d);
-                    out += buf;
-                } else out += "t'" + std::get<std::string>(v) + "'";
-                out += "|";
-            }
-            out += "\n";
-        }
-    }
-    return out;
-}
+using test::DumpTables;
+std::string Dump(Database& db) { return DumpTables(db); }
 
 class UndoHistoryTest : public test::TempDirTest {
 protected:
