@@ -25,6 +25,7 @@
 #include "app/qt_ui.h"
 #include "app/shell_models.h"
 #include "app/toolbar_icons.h"
+#include "app/undo_model.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -304,6 +305,7 @@ MenuState MainWindow::CurrentMenuState() const {
   s.mouseOperation = mouseOperation_;
   s.runFiles = runFiles_;
   s.layers = state_.layers;
+  if (session_ != nullptr) SetUndoState(s, session_->History());
   return s;
 }
 
@@ -314,6 +316,7 @@ void MainWindow::ApplyMenus() {
     bool enabled = MenuModel::Enabled(key, s);
     if (key == "VIEWMENU" && !layerMenuEnabled_) enabled = false;
     action->setEnabled(enabled);
+    if (key == "EDIT_UNDO" || key == "EDIT_REDO") action->setText(Q(MenuModel::Caption(key, s)));
     if (action->isCheckable()) action->setChecked(MenuModel::Checked(key, state_.layers));
   }
   for (auto& [key, action] : buttons_) action->setEnabled(MenuModel::ButtonEnabled(key, s));
@@ -387,6 +390,10 @@ void MainWindow::Dispatch(const std::string& key) {
     session_->FileProjectSettings();
   } else if (key == "FILE_CMDS(7)") {
     close();
+  } else if (key == "EDIT_UNDO" || key == "EDIT_REDO") {
+    if (UndoLastOperation(*session_, key == "EDIT_REDO").touchesFlow) InvalidateSolution(false);
+    Zoom(kZoomRedraw);
+    ApplyMenus();
   } else if (key == "EDIT_CMDS(7)") {
     QGuiApplication::clipboard()->setImage(MapImage());
   } else if (key == "Layermenu(10)") {

@@ -173,6 +173,15 @@ std::map<std::string, int> ChangesetTables(const std::string& cs, const std::str
 
 }  // namespace
 
+std::vector<std::string> ChangedTables(const UndoEntry& entry) {
+    std::map<std::string, int> names;
+    if (!entry.changeset.empty()) names = ChangesetTables(entry.changeset, {});
+    for (const RowidChange& r : entry.rows) names.emplace(r.table, 0);
+    std::vector<std::string> tables;
+    for (const auto& [name, columns] : names) tables.push_back(name);
+    return tables;
+}
+
 // --- one recorded connection ---------------------------------------------------
 
 struct UndoHistory::Recorder {

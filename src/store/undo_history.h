@@ -86,6 +86,9 @@ struct UndoEntry {
     bool Empty() const { return changeset.empty() && rows.empty(); }
 };
 
+// The tables an entry changes, each once, in name order.
+std::vector<std::string> ChangedTables(const UndoEntry& entry);
+
 class UndoHistory {
 public:
     // Whether a table is recorded.
@@ -148,6 +151,9 @@ public:
     // Forgets every entry (an open operation stays open).
     void Clear();
 
+    // The entries Undo and Redo would apply; null when none.
+    const UndoEntry* NextUndo() const { return undo_.empty() ? nullptr : &undo_.back(); }
+    const UndoEntry* NextRedo() const { return redo_.empty() ? nullptr : &redo_.back(); }
     // The entries, oldest first (for tests and diagnostics).
     const std::vector<UndoEntry>& UndoEntries() const { return undo_; }
 

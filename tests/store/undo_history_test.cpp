@@ -78,6 +78,8 @@ TEST_F(UndoHistoryTest, WellInsertUpdateDeleteUndoAndRedoRestoreEveryRow) {
     EXPECT_FALSE(history_.UndoEntries()[0].changeset.empty());
     ASSERT_EQ(history_.UndoEntries()[0].rows.size(), 1u);
     EXPECT_EQ(history_.UndoEntries()[0].rows[0].table, "Wells");
+    EXPECT_EQ(ChangedTables(*history_.NextUndo()), (std::vector<std::string>{"Vertices", "Wells"}));
+    EXPECT_EQ(history_.NextRedo(), nullptr);
 
     UndoScope edit(history_, db_, "Edit Well");
     Statement up = db_.PrepareRaw("UPDATE Wells SET Head = 1.0/7.0, Radius = 0.5 WHERE VID = ?1");
