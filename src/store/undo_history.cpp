@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -63,6 +64,29 @@ std::map<std::string, UndoHistory*>& Registry() {
     static std::map<std::string, UndoHistory*> r;
     return r;
 }
+
+// The connections being recorded now. The log triggers fire only on these
+// (tarno_undo_recording() in their WHEN clause), so that a connection that
+// outlives its operation does not go on logging its later writes.
+std::mutex& RecordingMutex() {
+    static std::mutex m;
+    return m;
+}
+std::set<sqlite3*>& Recording() {
+    static std::set<sqlite3*> s;
+    return s;
+}
+void SetRecording(sqlite3* db, bool on) {
+    std::lock_guard lock(RecordingMutex());
+    if (on) Recording().insert(db);
+    else Recording().erase(db);
+}
+void RecordingFunction(sqlite3_context* ctx, int, sqlite3_value**) {
+    sqlite3* db = sqlite3_context_db_handle(ctx);
+    std::lock_guard lock(RecordingMutex());
+    sqlite3_result_int(ctx, Recording().count(db) ? 1 : 0);
+}
+constexpr const char* kRecordingFunction = "tarno_undo_recording";
 
 // --- reading tables ----------------------------------------------------------
 
@@ -205,7 +229,10 @@ struct UndoHistory::Recorder {
 UndoHistory::UndoHistory() : filter_([](std::string_view t) { return !IsResultTable(t); }) {}
 
 UndoHistory::~UndoHistory() {
-    for (auto& r : recorders_) r->DeleteSession();
+    for (auto& r : recorders_) {
+        SetRecording(r->db->Handle(), false);
+        r->DeleteSession();
+    }
     Detach();
 }
 
@@ -270,6 +297,10 @@ void UndoHistory::Begin(Database& db, std::string name) {
 
     // The tables without a key: a log table and three triggers each, made once per
     // connection, and the log emptied of anything an earlier use left.
+    int rc = sqlite3_create_function_v2(db.Handle(), kRecordingFunction, 0, SQLITE_UTF8, nullptr,
+                                        RecordingFunction, nullptr, nullptr, nullptr);
+    if (rc != SQLITE_OK) db.Fail(rc);
+    const std::string when = std::string(" WHEN ") + kRecordingFunction + "()";
     std::vector<std::string> tables;
     {
         Statement st = db.PrepareRaw(
@@ -292,16 +323,16 @@ void UndoHistory::Begin(Database& db, std::string name) {
                       " (undo_seq INTEGER PRIMARY KEY, undo_rid INTEGER, undo_present INTEGER" +
                       logCols + ");");
         db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("ins", t)) +
-                      " AFTER INSERT ON " + table + " BEGIN INSERT INTO " + log +
+                      " AFTER INSERT ON " + table + when + " BEGIN INSERT INTO " + log +
                       " (undo_rid, undo_present) VALUES (NEW.rowid, 0); END;");
         db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("upd", t)) +
-                      " AFTER UPDATE ON " + table + " BEGIN INSERT INTO " + log +
+                      " AFTER UPDATE ON " + table + when + " BEGIN INSERT INTO " + log +
                       " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
                       "); INSERT INTO " + log +
                       " (undo_rid, undo_present) SELECT NEW.rowid, 0 WHERE NEW.rowid IS NOT "
                       "OLD.rowid; END;");
         db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("del", t)) +
-                      " AFTER DELETE ON " + table + " BEGIN INSERT INTO " + log +
+                      " AFTER DELETE ON " + table + when + " BEGIN INSERT INTO " + log +
                       " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
                       "); END;");
         db.ExecuteRaw("DELETE FROM temp." + log);
@@ -309,7 +340,7 @@ void UndoHistory::Begin(Database& db, std::string name) {
     }
 
     // The tables with a key: the session extension.
-    int rc = sqlite3session_create(db.Handle(), "main", &r->session);
+    rc = sqlite3session_create(db.Handle(), "main", &r->session);
     if (rc != SQLITE_OK) db.Fail(rc);
     sqlite3session_table_filter(
         r->session,
@@ -323,6 +354,7 @@ void UndoHistory::Begin(Database& db, std::string name) {
         db.Fail(rc);
     }
 
+    SetRecording(db.Handle(), true);
     recorders_.push_back(std::move(r));
     ++depth_;
     if (depth_ == 1) pendingName_ = std::move(name);
@@ -401,6 +433,7 @@ void UndoHistory::EndLevel(bool keep) {
             ++it;
             continue;
         }
+        SetRecording(r.db->Handle(), false);
         if (!discard && !failure) {
             try {
                 Harvest(r);

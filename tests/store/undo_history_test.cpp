@@ -392,6 +392,27 @@ TEST_F(UndoHistoryTest, AbandonRecordsNothing) {
     EXPECT_THROW(history_.Commit(), std::logic_error);
 }
 
+TEST_F(UndoHistoryTest, AConnectionKeptAfterItsOperationIsNotLoggedOnAndCanRecordAgain) {
+    {
+        UndoScope op(history_, db_, "Aquifer");
+        db_.ExecuteRaw("UPDATE Model SET AQBase = 1");
+        op.Commit();
+    }
+    // Written outside an operation, on the same connection: no log grows.
+    for (int i = 0; i < 5; ++i) db_.ExecuteRaw("UPDATE Model SET WINDOWX1 = " + std::to_string(i));
+    EXPECT_EQ(Count("SELECT count(*) FROM temp.tarno_undo_log_Model"), 0);
+    {
+        UndoScope op(history_, db_, "Aquifer again");
+        db_.ExecuteRaw("UPDATE Model SET AQBase = 3");
+        op.Commit();
+    }
+    ASSERT_TRUE(history_.Undo(db_));
+    EXPECT_EQ(Count("SELECT AQBase FROM Model"), 1);
+    EXPECT_EQ(Count("SELECT WINDOWX1 FROM Model"), 4) << "the undo leaves other fields alone";
+    ASSERT_TRUE(history_.Undo(db_));
+    EXPECT_EQ(Count("SELECT AQBase FROM Model"), 0);
+}
+
 TEST_F(UndoHistoryTest, ScopesFindTheHistoryOfTheirFile) {
     EXPECT_EQ(UndoHistory::Of(db_), &history_);
     Database viaOtherPath = Database::Open(dir_ / "." / "p.trn");
