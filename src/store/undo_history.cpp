@@ -115,19 +115,29 @@ std::string ColumnList(const std::vector<std::string>& columns) {
     return s;
 }
 
-// The row `rowid` of a table as it is now; none when absent.
-std::optional<std::vector<Value>> ReadRow(Database& db, const std::string& table,
-                                          const std::vector<std::string>& columns,
-                                          std::int64_t rowid) {
-    Statement st = db.PrepareRaw("SELECT " + ColumnList(columns) + " FROM main." +
-                                 QuoteName(table) + " WHERE rowid = ?1");
-    st.Bind(1, rowid);
-    if (!st.Step()) return std::nullopt;
-    std::vector<Value> v;
-    v.reserve(columns.size());
-    for (int i = 0; i < static_cast<int>(columns.size()); ++i) v.push_back(st.GetValue(i));
-    return v;
-}
+// Reads rows of one table by rowid with one prepared statement.
+class RowReader {
+public:
+    RowReader(Database& db, const std::string& table, const std::vector<std::string>& columns)
+        : columns_(columns.size()),
+          st_(db.PrepareRaw("SELECT " + ColumnList(columns) + " FROM main." + QuoteName(table) +
+                            " WHERE rowid = ?1")) {}
+    // The row as it is now; none when absent.
+    std::optional<std::vector<Value>> Read(std::int64_t rowid) {
+        st_.Reset();
+        st_.Bind(1, rowid);
+        if (!st_.Step()) return std::nullopt;
+        std::vector<Value> v;
+        v.reserve(columns_);
+        for (int i = 0; i < static_cast<int>(columns_); ++i) v.push_back(st_.GetValue(i));
+        st_.Reset();
+        return v;
+    }
+
+private:
+    std::size_t columns_;
+    Statement st_;
+};
 
 // --- applying a changeset ----------------------------------------------------
 
@@ -301,17 +311,24 @@ void UndoHistory::Begin(Database& db, std::string name) {
                                         RecordingFunction, nullptr, nullptr, nullptr);
     if (rc != SQLITE_OK) db.Fail(rc);
     const std::string when = std::string(" WHEN ") + kRecordingFunction + "()";
-    std::vector<std::string> tables;
+    // Every table's fields in one query.
+    std::vector<std::pair<std::string, TableShape>> tables;
     {
         Statement st = db.PrepareRaw(
-            "SELECT name FROM main.sqlite_master WHERE type = 'table' AND name NOT LIKE "
-            "'sqlite\\_%' ESCAPE '\\' ORDER BY name");
-        while (st.Step()) tables.push_back(st.GetText(0));
+            "SELECT m.name, p.name, p.pk FROM main.sqlite_master AS m, "
+            "pragma_table_info(m.name, 'main') AS p WHERE m.type = 'table' AND m.name NOT LIKE "
+            "'sqlite\\_%' ESCAPE '\\' ORDER BY m.name, p.cid");
+        while (st.Step()) {
+            std::string t = st.GetText(0);
+            if (tables.empty() || tables.back().first != t) tables.emplace_back(std::move(t), TableShape{});
+            tables.back().second.columns.push_back(st.GetText(1));
+            if (st.GetInt64(2) > 0) tables.back().second.hasKey = true;
+        }
     }
-    for (const std::string& t : tables) {
-        if (!filter_(t)) continue;
-        TableShape shape = ShapeOf(db, t);
-        if (shape.hasKey || shape.columns.empty()) continue;
+    // The logs and triggers in one batch, one transaction of the temporary schema.
+    std::string ddl = "SAVEPOINT tarno_undo_setup;";
+    for (auto& [t, shape] : tables) {
+        if (shape.hasKey || shape.columns.empty() || !filter_(t)) continue;
         const std::string log = QuoteName(LogTable(t));
         std::string logCols, oldVals;
         for (std::size_t i = 0; i < shape.columns.size(); ++i) {
@@ -319,24 +336,34 @@ void UndoHistory::Begin(Database& db, std::string name) {
             oldVals += ", OLD." + QuoteName(shape.columns[i]);
         }
         const std::string table = QuoteName(t);
-        db.ExecuteRaw("CREATE TEMP TABLE IF NOT EXISTS " + log +
-                      " (undo_seq INTEGER PRIMARY KEY, undo_rid INTEGER, undo_present INTEGER" +
-                      logCols + ");");
-        db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("ins", t)) +
-                      " AFTER INSERT ON " + table + when + " BEGIN INSERT INTO " + log +
-                      " (undo_rid, undo_present) VALUES (NEW.rowid, 0); END;");
-        db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("upd", t)) +
-                      " AFTER UPDATE ON " + table + when + " BEGIN INSERT INTO " + log +
-                      " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
-                      "); INSERT INTO " + log +
-                      " (undo_rid, undo_present) SELECT NEW.rowid, 0 WHERE NEW.rowid IS NOT "
-                      "OLD.rowid; END;");
-        db.ExecuteRaw("CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("del", t)) +
-                      " AFTER DELETE ON " + table + when + " BEGIN INSERT INTO " + log +
-                      " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
-                      "); END;");
-        db.ExecuteRaw("DELETE FROM temp." + log);
+        ddl += "CREATE TEMP TABLE IF NOT EXISTS " + log +
+               " (undo_seq INTEGER PRIMARY KEY, undo_rid INTEGER, undo_present INTEGER" + logCols +
+               ");";
+        ddl += "CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("ins", t)) +
+               " AFTER INSERT ON " + table + when + " BEGIN INSERT INTO " + log +
+               " (undo_rid, undo_present) VALUES (NEW.rowid, 0); END;";
+        ddl += "CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("upd", t)) +
+               " AFTER UPDATE ON " + table + when + " BEGIN INSERT INTO " + log +
+               " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
+               "); INSERT INTO " + log +
+               " (undo_rid, undo_present) SELECT NEW.rowid, 0 WHERE NEW.rowid IS NOT OLD.rowid; "
+               "END;";
+        ddl += "CREATE TEMP TRIGGER IF NOT EXISTS " + QuoteName(TriggerName("del", t)) +
+               " AFTER DELETE ON " + table + when + " BEGIN INSERT INTO " + log +
+               " (undo_rid, undo_present" + logCols + ") VALUES (OLD.rowid, 1" + oldVals +
+               "); END;";
+        ddl += "DELETE FROM temp." + log + ";";
         r->logged.push_back({t, std::move(shape.columns)});
+    }
+    ddl += "RELEASE tarno_undo_setup;";
+    try {
+        db.ExecuteRaw(ddl);
+    } catch (...) {
+        try {
+            db.ExecuteRaw("ROLLBACK TO tarno_undo_setup; RELEASE tarno_undo_setup;");
+        } catch (...) {
+        }
+        throw;
     }
 
     // The tables with a key: the session extension.
@@ -401,22 +428,30 @@ void UndoHistory::Harvest(Recorder& r) {
             }
         }
         db.ExecuteRaw("DELETE FROM " + log);
+
+        // Rows of this table that another connection of the operation already gave.
+        std::map<std::int64_t, std::size_t> earlier;
+        for (std::size_t i = 0; i < pendingRows_.size(); ++i)
+            if (EqualsNoCase(pendingRows_[i].table, l.table)) earlier.emplace(pendingRows_[i].rowid, i);
+        std::vector<std::size_t> unchanged;
+
+        RowReader reader(db, l.table, l.columns);
         for (std::int64_t rid : order) {
-            std::optional<std::vector<Value>> now = ReadRow(db, l.table, l.columns, rid);
+            std::optional<std::vector<Value>> now = reader.Read(rid);
             // A row changed through two connections of one operation: the state
             // before is the one found first (the first connection whose level
             // closed), the state after the latest.
-            auto same = std::find_if(pendingRows_.begin(), pendingRows_.end(), [&](const RowidChange& c) {
-                return c.rowid == rid && EqualsNoCase(c.table, l.table);
-            });
-            if (same != pendingRows_.end()) {
-                same->after = std::move(now);
-                if (same->after == same->before) pendingRows_.erase(same);
+            if (auto e = earlier.find(rid); e != earlier.end()) {
+                RowidChange& same = pendingRows_[e->second];
+                same.after = std::move(now);
+                if (same.after == same.before) unchanged.push_back(e->second);
                 continue;
             }
             if (now == first[rid]) continue;
             pendingRows_.push_back({l.table, l.columns, rid, std::move(first[rid]), std::move(now)});
         }
+        std::sort(unchanged.rbegin(), unchanged.rend());
+        for (std::size_t i : unchanged) pendingRows_.erase(pendingRows_.begin() + static_cast<std::ptrdiff_t>(i));
     }
 }
 
@@ -496,54 +531,100 @@ bool UndoHistory::Redo(Database& db) { return Apply(db, false); }
 
 namespace {
 
-// Moves one row from the state `from` to `to`, if the file still has it as `from`
-// (for an update: in the fields that differ). Gives the conflict, empty when none.
-std::string ApplyRow(Database& db, const RowidChange& c, const std::optional<std::vector<Value>>& from,
-                     const std::optional<std::vector<Value>>& to) {
-    const TableShape shape = ShapeOf(db, c.table);
-    if (shape.columns.empty()) return "table " + c.table + " is gone";
-    if (shape.columns.size() != c.columns.size() ||
-        !std::equal(shape.columns.begin(), shape.columns.end(), c.columns.begin(), EqualsNoCase))
-        return "the fields of table " + c.table + " have changed";
-    const std::optional<std::vector<Value>> now = ReadRow(db, c.table, c.columns, c.rowid);
-    const std::string table = "main." + QuoteName(c.table);
+// Moves rows from the state `from` to `to`, each only if the file still has it as
+// `from` (for an update: in the fields that differ). The statements of a table are
+// prepared once for all its rows.
+class RowApplier {
+public:
+    explicit RowApplier(Database& db) : db_(db) {}
 
-    if (from && to) {
-        if (!now) return "a row of table " + c.table + " is gone";
-        std::string sets;
-        std::vector<std::size_t> changed;
-        for (std::size_t i = 0; i < c.columns.size(); ++i) {
-            if ((*from)[i] == (*to)[i]) continue;
-            if ((*now)[i] != (*from)[i]) return "a row of table " + c.table + " has other values";
-            changed.push_back(i);
-            sets += (sets.empty() ? "" : ", ") + QuoteName(c.columns[i]) + " = ?" +
-                    std::to_string(changed.size());
+    // The conflict, empty when none.
+    std::string Apply(const RowidChange& c, const std::optional<std::vector<Value>>& from,
+                      const std::optional<std::vector<Value>>& to) {
+        Table& t = For(c);
+        if (!t.problem.empty()) return t.problem;
+        const std::optional<std::vector<Value>> now = t.reader->Read(c.rowid);
+
+        if (from && to) {
+            if (!now) return "a row of table " + c.table + " is gone";
+            std::string sets;
+            std::vector<std::size_t> changed;
+            for (std::size_t i = 0; i < c.columns.size(); ++i) {
+                if ((*from)[i] == (*to)[i]) continue;
+                if ((*now)[i] != (*from)[i]) return "a row of table " + c.table + " has other values";
+                changed.push_back(i);
+                sets += (sets.empty() ? "" : ", ") + QuoteName(c.columns[i]) + " = ?" +
+                        std::to_string(changed.size());
+            }
+            if (changed.empty()) return {};
+            auto it = t.updates.find(sets);
+            if (it == t.updates.end())
+                it = t.updates
+                         .emplace(sets, db_.PrepareRaw("UPDATE " + t.name + " SET " + sets +
+                                                       " WHERE rowid = ?" +
+                                                       std::to_string(changed.size() + 1)))
+                         .first;
+            Statement& st = it->second;
+            st.Reset();
+            for (std::size_t k = 0; k < changed.size(); ++k)
+                st.Bind(static_cast<int>(k + 1), (*to)[changed[k]]);
+            st.Bind(static_cast<int>(changed.size() + 1), c.rowid);
+            st.Run();
+        } else if (from) {
+            if (!now) return "a row of table " + c.table + " is gone";
+            if (*now != *from) return "a row of table " + c.table + " has other values";
+            if (!t.remove.IsValid())
+                t.remove = db_.PrepareRaw("DELETE FROM " + t.name + " WHERE rowid = ?1");
+            t.remove.Reset();
+            t.remove.Bind(1, c.rowid);
+            t.remove.Run();
+        } else if (to) {
+            if (now) return "a row of table " + c.table + " is already there";
+            if (!t.insert.IsValid()) {
+                std::string marks = "?1";
+                for (std::size_t i = 0; i < c.columns.size(); ++i) marks += ", ?" + std::to_string(i + 2);
+                t.insert = db_.PrepareRaw("INSERT INTO " + t.name + " (rowid, " +
+                                          ColumnList(c.columns) + ") VALUES (" + marks + ")");
+            }
+            t.insert.Reset();
+            t.insert.Bind(1, c.rowid);
+            for (std::size_t i = 0; i < c.columns.size(); ++i)
+                t.insert.Bind(static_cast<int>(i + 2), (*to)[i]);
+            t.insert.Run();
         }
-        if (changed.empty()) return {};
-        Statement st = db.PrepareRaw("UPDATE " + table + " SET " + sets + " WHERE rowid = ?" +
-                                     std::to_string(changed.size() + 1));
-        for (std::size_t k = 0; k < changed.size(); ++k)
-            st.Bind(static_cast<int>(k + 1), (*to)[changed[k]]);
-        st.Bind(static_cast<int>(changed.size() + 1), c.rowid);
-        st.Run();
-    } else if (from) {
-        if (!now) return "a row of table " + c.table + " is gone";
-        if (*now != *from) return "a row of table " + c.table + " has other values";
-        Statement st = db.PrepareRaw("DELETE FROM " + table + " WHERE rowid = ?1");
-        st.Bind(1, c.rowid);
-        st.Run();
-    } else if (to) {
-        if (now) return "a row of table " + c.table + " is already there";
-        std::string marks = "?1";
-        for (std::size_t i = 0; i < c.columns.size(); ++i) marks += ", ?" + std::to_string(i + 2);
-        Statement st = db.PrepareRaw("INSERT INTO " + table + " (rowid, " + ColumnList(c.columns) +
-                                     ") VALUES (" + marks + ")");
-        st.Bind(1, c.rowid);
-        for (std::size_t i = 0; i < c.columns.size(); ++i) st.Bind(static_cast<int>(i + 2), (*to)[i]);
-        st.Run();
+        return {};
     }
-    return {};
-}
+
+private:
+    struct Table {
+        std::string name;     // main."Table"
+        std::string problem;  // the table is gone or has other fields
+        std::optional<RowReader> reader;
+        Statement remove, insert;
+        std::map<std::string, Statement> updates;  // by their SET list
+    };
+
+    Table& For(const RowidChange& c) {
+        auto it = tables_.find(c.table);
+        if (it != tables_.end()) return it->second;
+        Table& t = tables_[c.table];
+        t.name = "main." + QuoteName(c.table);
+        const TableShape shape = ShapeOf(db_, c.table);
+        if (shape.columns.empty()) {
+            t.problem = "table " + c.table + " is gone";
+        } else if (shape.columns.size() != c.columns.size() ||
+                   !std::equal(shape.columns.begin(), shape.columns.end(), c.columns.begin(),
+                               EqualsNoCase)) {
+            t.problem = "the fields of table " + c.table + " have changed";
+        } else {
+            t.reader.emplace(db_, c.table, c.columns);
+        }
+        return t;
+    }
+
+    Database& db_;
+    std::map<std::string, Table> tables_;
+};
 
 }  // namespace
 
@@ -556,13 +637,16 @@ bool UndoHistory::Apply(Database& db, bool undo) {
 
     std::string conflict;
     Transaction tx(db);
-    if (undo) {
-        for (auto it = e.rows.rbegin(); it != e.rows.rend() && conflict.empty(); ++it)
-            conflict = ApplyRow(db, *it, it->after, it->before);
-    } else {
-        for (auto it = e.rows.begin(); it != e.rows.end() && conflict.empty(); ++it)
-            conflict = ApplyRow(db, *it, it->before, it->after);
-    }
+    {
+        RowApplier rows(db);
+        if (undo) {
+            for (auto it = e.rows.rbegin(); it != e.rows.rend() && conflict.empty(); ++it)
+                conflict = rows.Apply(*it, it->after, it->before);
+        } else {
+            for (auto it = e.rows.begin(); it != e.rows.end() && conflict.empty(); ++it)
+                conflict = rows.Apply(*it, it->before, it->after);
+        }
+    }  // its statements are finished before the savepoint ends
 
     if (conflict.empty() && !e.changeset.empty()) {
         std::string cs = e.changeset;
