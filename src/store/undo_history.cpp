@@ -475,24 +475,26 @@ void UndoHistory::EndLevel(bool keep) {
             } catch (...) {
                 failure = std::current_exception();
             }
-        } else {
-            r.DeleteSession();
-            // The logs are emptied by the next Begin on this connection.
         }
+        // Discarded: the logs are emptied by the next Begin on this connection.
         r.DeleteSession();
         it = recorders_.erase(it);
     }
     --depth_;
 
     if (failure) {
-        // The operation cannot be recorded: its changes are not in the history. An
-        // undo of an earlier entry that meets them reports a conflict.
-        if (outermost) {
-            pendingChangesets_.clear();
-            pendingRows_.clear();
-        }
-        std::rethrow_exception(failure);
+        // The operation cannot be recorded: its changes are not in the history (an
+        // undo of an earlier entry that meets them reports a conflict), and a part
+        // of it is not recorded either.
+        pendingFailed_ = true;
     }
+    if (outermost && pendingFailed_) {
+        pendingName_.clear();
+        pendingChangesets_.clear();
+        pendingRows_.clear();
+        pendingFailed_ = false;
+    }
+    if (failure) std::rethrow_exception(failure);
     if (!outermost) return;
 
     UndoEntry entry;

@@ -174,6 +174,7 @@ private:
     std::vector<std::unique_ptr<Recorder>> recorders_;
     std::vector<std::string> pendingChangesets_;
     std::vector<RowidChange> pendingRows_;
+    bool pendingFailed_ = false;  // a part could not be recorded: the whole is not
 };
 
 // One user operation as a scope: Begin on construction, Abandon on destruction

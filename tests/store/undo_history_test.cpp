@@ -413,6 +413,28 @@ TEST_F(UndoHistoryTest, AConnectionKeptAfterItsOperationIsNotLoggedOnAndCanRecor
     EXPECT_EQ(Count("SELECT AQBase FROM Model"), 0);
 }
 
+TEST_F(UndoHistoryTest, AnOperationWhosePartCannotBeReadBackIsNotRecorded) {
+    history_.Begin(db_, "Outer");
+    db_.ExecuteRaw("UPDATE Model SET AQBase = 2");
+    {
+        Database second = Database::Open(file_);
+        history_.Begin(second, "Inner");
+        second.ExecuteRaw("INSERT INTO TextLabels (Text, X) VALUES ('t', 1)");
+        second.ExecuteRaw("DROP TABLE temp.tarno_undo_log_TextLabels");  // its log is lost
+        EXPECT_THROW(history_.Commit(), StoreError);
+    }
+    EXPECT_TRUE(history_.InOperation());
+    history_.Commit();
+    EXPECT_FALSE(history_.InOperation());
+    EXPECT_FALSE(history_.CanUndo()) << "half an operation is no entry";
+
+    UndoScope next(history_, db_, "Aquifer");
+    db_.ExecuteRaw("UPDATE Model SET AQBase = 3");
+    next.Commit();
+    ASSERT_TRUE(history_.Undo(db_));
+    EXPECT_EQ(Count("SELECT AQBase FROM Model"), 2);
+}
+
 TEST_F(UndoHistoryTest, ScopesFindTheHistoryOfTheirFile) {
     EXPECT_EQ(UndoHistory::Of(db_), &history_);
     Database viaOtherPath = Database::Open(dir_ / "." / "p.trn");
