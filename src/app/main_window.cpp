@@ -778,6 +778,7 @@ void MainWindow::ModelSettingsCommand() {
     tarno::ModelCheckExtents(db, w, std::nullopt);
     state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   });
+  ApplyMenus();  // Undo names the settings now
 }
 
 void MainWindow::ModelSizeCommand() {
