@@ -41,7 +41,8 @@ void BuildModel(const std::string& path, int wells) {
   Database db = Database::Open(path);
   db.ExecuteRaw("BEGIN");
   Statement vert = db.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (?, ?, ?, ?)");
-  Statement well = db.PrepareRaw("insert into Wells (VID, Label, Head, Radius) values (?, ?, 10, 0.3)");
+  Statement well =
+      db.PrepareRaw("insert into Wells (VID, Label, Head, Radius) values (?, ?, 10, 0.3)");
   for (int i = 0; i < wells; ++i) {
     vert.Reset();
     vert.Bind(1, -1).Bind(2, -1).Bind(3, 10.0 * i).Bind(4, 5.0 * (i % 97)).Run();
@@ -86,7 +87,8 @@ int main(int argc, char** argv) {
                AddElement(db, ElementKind::Well, {{-5.0 * i, -7.0}},
                           {std::string("Label=") + prefix + std::to_string(i)}, ui);
              }
-           }) / ops;
+           }) /
+           ops;
   };
 
   const double plain = addWells("A");
@@ -95,23 +97,27 @@ int main(int argc, char** argv) {
   const double recorded = addWells("B");
   const double undo = Seconds([&] {
                         for (int i = 0; i < ops; ++i) history.Undo();
-                      }) / ops;
+                      }) /
+                      ops;
   const double redo = Seconds([&] {
                         for (int i = 0; i < ops; ++i) history.Redo();
-                      }) / ops;
+                      }) /
+                      ops;
 
   // The recording's own cost: an operation that writes nothing, and opening the
   // connection alone.
   const double openOnly = Seconds([&] {
                             for (int i = 0; i < ops; ++i) Database db = Database::Open(path);
-                          }) / ops;
+                          }) /
+                          ops;
   const double emptyOp = Seconds([&] {
                            for (int i = 0; i < ops; ++i) {
                              Database db = Database::Open(path);
                              UndoScope op(history, db, "Nothing");
                              op.Commit();
                            }
-                         }) / ops;
+                         }) /
+                         ops;
 
   history.Clear();
   const int strings = std::min(ops, 100);
@@ -120,10 +126,12 @@ int main(int argc, char** argv) {
                                   Database db = Database::Open(path);
                                   DeleteElement(db, "LS" + std::to_string(s), ui);
                                 }
-                              }) / strings;
+                              }) /
+                              strings;
   const double undoString = Seconds([&] {
                               for (int s = 0; s < strings; ++s) history.Undo();
-                            }) / strings;
+                            }) /
+                            strings;
 
   history.Clear();
   const double deleteAll = Seconds([&] {

@@ -11,8 +11,7 @@ namespace tarno {
 namespace {
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
            return std::tolower(static_cast<unsigned char>(x)) ==
                   std::tolower(static_cast<unsigned char>(y));
          });
@@ -28,9 +27,9 @@ void SetUndoState(MenuState& state, const UndoHistory& history) {
 }
 
 bool TablesTouchFlow(const std::vector<std::string>& tables) {
-  static constexpr std::string_view kAside[] = {
-      "TextLabels", "TestPoints", "Particles", "FluxInspect", "Capzones",
-      "SavedWindows", "Basemaps", "MapLabels", "Project"};
+  static constexpr std::string_view kAside[] = {"TextLabels",  "TestPoints", "Particles",
+                                                "FluxInspect", "Capzones",   "SavedWindows",
+                                                "Basemaps",    "MapLabels",  "Project"};
   return std::any_of(tables.begin(), tables.end(), [](const std::string& t) {
     return std::none_of(std::begin(kAside), std::end(kAside),
                         [&](std::string_view a) { return EqualsNoCase(a, t); });

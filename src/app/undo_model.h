@@ -21,8 +21,8 @@ void SetUndoState(MenuState& state, const UndoHistory& history);
 
 // What an undo or redo did.
 struct UndoOutcome {
-  bool applied = false;      // rows of the project file changed
-  bool touchesFlow = false;  // among them rows the solver reads: the solution is to go
+  bool applied = false;             // rows of the project file changed
+  bool touchesFlow = false;         // among them rows the solver reads: the solution is to go
   std::vector<std::string> tables;  // the tables changed
 };
 

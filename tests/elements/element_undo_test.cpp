@@ -83,14 +83,20 @@ TEST_F(ElementUndoTest, EachGeometryIsUndoneAndRedoneExactly) {
   // A point with its vertex.
   RoundTrip({ElementKind::Well, {{50.5, 60.25}}, {"Label=PW1", "Head=500"}, "PW1", {"Head=1e-7"}});
   // A string: its Polygons row and vertices.
-  RoundTrip({ElementKind::Linesink, {{0, 0}, {10, 5}, {20, 0}}, {"Label=LS1", "StartingHead=12", "Resistance=1"},
-             "LS1", {"EndingHead=11.5"}});
+  RoundTrip({ElementKind::Linesink,
+             {{0, 0}, {10, 5}, {20, 0}},
+             {"Label=LS1", "StartingHead=12", "Resistance=1"},
+             "LS1",
+             {"EndingHead=11.5"}});
   // A polygon without a key of its own (Domains).
   RoundTrip({ElementKind::Domain, kSquare, {"Label=D1"}, "D1", {"Color=255"}});
   // A text label: a row of its own, addressed by its text.
   RoundTrip({ElementKind::Text, {{3, 4}}, {"Text=Town"}, "Town", {"FontSize=14"}});
   // The uniform flow: the Model row and its reference vertex.
-  RoundTrip({ElementKind::UniformFlow, {{100, 200}}, {"Head=20", "Gradient=0.002"}, "uniflow",
+  RoundTrip({ElementKind::UniformFlow,
+             {{100, 200}},
+             {"Head=20", "Gradient=0.002"},
+             "uniflow",
              {"UNIFLOWOrientation=30"}});
 }
 
@@ -137,7 +143,8 @@ TEST_F(ElementUndoTest, OperationsInsideACallersScopeJoinIt) {
   {
     // As the map editor does around a mouse operation.
     UndoScope drawing(history_, db_, "Draw Line-sink string");
-    ASSERT_TRUE(AddElement(db_, ElementKind::Linesink, {{0, 0}, {5, 5}}, {"Label=LS1", "Resistance=1"}, ui_));
+    ASSERT_TRUE(AddElement(db_, ElementKind::Linesink, {{0, 0}, {5, 5}},
+                           {"Label=LS1", "Resistance=1"}, ui_));
     ASSERT_TRUE(EditElement(db_, "LS1", {"Width=3"}, ui_));
     drawing.Commit();
   }

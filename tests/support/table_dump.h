@@ -32,7 +32,8 @@ inline std::string DumpTables(Database& db) {
         if (std::holds_alternative<std::monostate>(v)) {
           out += "null";
         } else if (const auto* n = std::get_if<std::int64_t>(&v)) {
-          out += "i" + std::to_string(*n);
+          out += 'i';
+          out += std::to_string(*n);
         } else if (const auto* d = std::get_if<double>(&v)) {
           char buf[64];
           std::snprintf(buf, sizeof buf, "r%a", *d);
