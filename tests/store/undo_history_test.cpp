@@ -271,6 +271,16 @@ TEST_F(UndoHistoryTest, ResultTablesAreNotRecorded) {
   EXPECT_EQ(Count("SELECT count(*) FROM WLResults"), 1);
   EXPECT_TRUE(UndoHistory::IsResultTable("lsresults"));
   EXPECT_FALSE(UndoHistory::IsResultTable("Wells"));
+
+  // The filter applies to the keyed tables (the session) as to the others.
+  history_.SetTableFilter([](std::string_view t) { return t != "Vertices" && t != "Wells"; });
+  {
+    UndoScope op(history_, db_, "Unrecorded well");
+    AddWell(db_, 9, 9, 9);
+    op.Commit();
+  }
+  EXPECT_EQ(history_.UndoName(), "") << "nothing it records was changed";
+  EXPECT_EQ(Count("SELECT count(*) FROM Wells"), 1);
   (void)before;
 }
 
