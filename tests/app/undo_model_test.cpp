@@ -115,15 +115,6 @@ TEST_F(UndoModelTest, AFileChangedBehindTheHistoryIsReportedAndLeftAlone) {
   EXPECT_FALSE(s.canRedo);
 }
 
-TEST_F(UndoModelTest, ClosingTheProjectEndsItsHistory) {
-  Operation("Edit Model", "update Model set AQHydCond = 5");
-  ASSERT_TRUE(session_->FileCloseProject());
-  EXPECT_FALSE(UndoLastOperation(*session_).applied);
-  MenuState s;
-  SetUndoState(s, session_->History());
-  EXPECT_FALSE(s.canUndo);
-}
-
 TEST(UndoModel, OnlyAnnotationTablesLeaveTheFlowAlone) {
   EXPECT_FALSE(TablesTouchFlow({}));
   EXPECT_FALSE(TablesTouchFlow({"TextLabels", "testpoints", "Particles", "SavedWindows"}));
