@@ -17,12 +17,14 @@
 // history keeps no connection: an operation is recorded on the connection it writes
 // through, from Begin to the outermost Commit, and the history keeps only what came
 // out of it.
-//  - Tables with a primary key (the element tables, Polygons, Vertices) are recorded
-//    by SQLite's session extension; the entry keeps its changeset.
-//  - Tables without one (Model, Project, TextLabels, Domains, Capzones, FluxInspect,
-//    Basemaps, ...) are ignored by the session extension of the SQLite we build
-//    against (it has no rowid key option before 3.42), and its preupdate hook is
-//    taken by the session itself (one hook a connection). For these the history puts
+//  - Tables with a primary key (Polygons and Vertices, whose PID and VID are their
+//    row keys) are recorded by SQLite's session extension; the entry keeps its
+//    changeset.
+//  - Tables without one (every element table, whose VID or PID has a unique index
+//    but is no primary key, Model, Project, TextLabels, Basemaps, ...) are ignored
+//    by the session extension of the SQLite we build against (it has no rowid key
+//    option before 3.42), and its preupdate hook is taken by the session itself
+//    (one hook a connection). For these the history puts
 //    temporary triggers on the connection (TEMP triggers: nothing is written into the
 //    file's schema) that log each changed row's rowid and former values into
 //    temporary tables; at Commit the first logged state of each row is compared with
