@@ -106,6 +106,9 @@ class ShellController : public SessionHooks {
   // `ask`): its files, flags, result rows and its picture. True when removed.
   bool InvalidateSolution(bool ask);
   void ModelSettingsCommand();
+  // Edit > Undo and Redo: the last recorded operation of the open project, undone or
+  // done again; a change that touches the flow removes the solution.
+  void UndoCommand(bool redo);
   void GuiOptionsCommand();
   void ModelSizeCommand();
   // Model menu "Time...": the time of evaluation, then a regrid.
