@@ -113,7 +113,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("MODEL_CMDS(10)", "MODELMENU", "Add a Model Boundary"));
   e.push_back(Cmd("ModelSize", "MODELMENU", "Model &Size...", N::Project, true, "", true));
   e.push_back(Later("RESULTS_TABLE", "MODELMENU", "View Results Table"));
-  e.push_back(Later("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
+  e.push_back(Cmd("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
   e.push_back(Sub("MODELRUNFILES", "MODELMENU", "View Model Run Files...", N::SolverFiles));
   for (const auto& f : MenuModel::RunFiles("")) {
     e.push_back(MenuEntry{f.key, "MODELRUNFILES", f.caption, K::Command, N::SolverFiles, true, "", false});

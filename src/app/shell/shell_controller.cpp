@@ -8,6 +8,7 @@
 
 #include "app/help_model.h"
 #include "app/shell_models.h"
+#include "calibration/stats_model.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -152,6 +153,8 @@ void ShellController::RegisterCommands() {
   c.Register("SET_TIME", [this] { SetTimeCommand(); });
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
+  c.Register("CALIBRATION_STATS",
+             [this] { ShowCalibrationStatistics(port_, session_->Settings().DBName); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
   c.RegisterPrefix(
