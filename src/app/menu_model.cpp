@@ -4,6 +4,7 @@
 #include <map>
 
 #include "core/error.h"
+#include "display/residual_scaling.h"
 
 namespace tarno {
 
@@ -67,6 +68,11 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Switch("TESTDISPLAY(1)", "Layermenu(4)", "Show &Numbers"));
   e.push_back(Switch("TESTDISPLAY(2)", "Layermenu(4)", "Show &Labels"));
   e.push_back(Switch("TESTDISPLAY(3)", "Layermenu(4)", "Scaled Symbols", N::Solution));
+  e.push_back(Sub("TPSCALING", "Layermenu(4)", "Scaled Symbols (Piezometers)", N::Project, true, true));
+  e.push_back(Sub("TGSCALING", "Layermenu(4)", "Scaled Symbols (Gages)"));
+  e.push_back(Sub("TSSCALING", "Layermenu(4)", "Scaled Symbols (Lake Stages)"));
+  for (const ResidualScaleChoice& c : ResidualScaleChoices())
+    e.push_back(Cmd(c.key, c.group, c.caption));
   e.push_back(Later("Layermenu(5)", "VIEWMENU", "Results Overlay..."));
   e.push_back(Switch("Layermenu(6)", "VIEWMENU", "Wellhead Protection Areas", N::ProtectionAreasLayer));
   e.push_back(Switch("Layermenu(7)", "VIEWMENU", "View Hydrography Labels", N::HydrographyLabelsLayer));
@@ -296,6 +302,7 @@ bool* MenuModel::SwitchOf(const std::string& key, LayerSwitches& l) {
 }
 
 bool MenuModel::Checked(const std::string& key, const LayerSwitches& layers) {
+  if (const auto scale = TestPointScaleChecked(key, layers)) return *scale;
   LayerSwitches copy = layers;
   const bool* b = SwitchOf(key, copy);
   return b != nullptr && *b;

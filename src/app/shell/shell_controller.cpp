@@ -13,6 +13,7 @@
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "display/navigation.h"
+#include "display/residual_scaling.h"
 #include "elements/extents.h"
 #include "solver/process.h"
 #include "solver/solve_dialogs.h"
@@ -155,6 +156,13 @@ void ShellController::RegisterCommands() {
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
   c.Register("CALIBRATION_STATS",
              [this] { ShowCalibrationStatistics(port_, session_->Settings().DBName); });
+  // The scales of the residual marks: the choice, then a redraw.
+  for (const ResidualScaleChoice& choice : ResidualScaleChoices()) {
+    const std::string key = choice.key;
+    c.Register(key, [this, key] {
+      if (SetTestPointScaling(key, state_.layers)) Zoom(kZoomRedraw);
+    });
+  }
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
   c.RegisterPrefix(

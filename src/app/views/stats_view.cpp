@@ -52,7 +52,7 @@ QChart* BuildStatisticsChart(const Calibration& model, int tab) {
   const bool scatter = model.tabs[tab].view == ChartView::Scatter;
   chart->setTitle(Q(ChartViewCaption(model.tabs[tab].view)));
   auto* points = new QScatterSeries;
-  points->setMarkerSize(8.0);
+  points->setMarkerSize(10.0);
   double xlo = std::numeric_limits<double>::max(), xhi = -xlo, ylo = xlo, yhi = -xlo;
   for (const auto& row : data.rows) {
     points->append(row[0], row[1]);
@@ -96,7 +96,12 @@ QImage RenderStatisticsChart(const Calibration& model, int tab, int width, int h
   QChart* chart = BuildStatisticsChart(model, tab);
   QChartView view(chart);  // the view owns the chart
   view.setRenderHint(QPainter::Antialiasing);
+  // The chart lays out its plot area only in a view that was shown; one that the
+  // screen never sees is enough.
+  view.setAttribute(Qt::WA_DontShowOnScreen);
   view.resize(width, height);
+  view.show();
+  QCoreApplication::processEvents();
   QImage image(width, height, QImage::Format_ARGB32);
   image.fill(Qt::white);
   QPainter painter(&image);
