@@ -72,7 +72,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Sub("TGSCALING", "Layermenu(4)", "Scaled Symbols (Gages)"));
   e.push_back(Sub("TSSCALING", "Layermenu(4)", "Scaled Symbols (Lake Stages)"));
   for (const ResidualScaleChoice& c : ResidualScaleChoices())
-    e.push_back(Cmd(c.key, c.group, c.caption));
+    e.push_back(MenuEntry{c.key, c.group, c.caption, K::Choice, N::Project, true, "", false});
   e.push_back(Later("Layermenu(5)", "VIEWMENU", "Results Overlay..."));
   e.push_back(Switch("Layermenu(6)", "VIEWMENU", "Wellhead Protection Areas", N::ProtectionAreasLayer));
   e.push_back(Switch("Layermenu(7)", "VIEWMENU", "View Hydrography Labels", N::HydrographyLabelsLayer));

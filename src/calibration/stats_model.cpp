@@ -94,16 +94,15 @@ std::optional<ResidualStatistics> ComputeStatistics(const ObservationSet& set) {
 
 const std::array<const char*, 8>& StatisticCaptions() {
   static const std::array<const char*, 8> captions = {
-      "Maximum Difference",       "Minimum Difference",
-      "Average Difference",       "Median Difference",
-      "Mean Absolute Difference", "Root-Mean-Square Difference",
-      "Observations",             "Sum of Squared Differences"};
+      "Maximum Difference", "Minimum Difference",        "Average Difference",
+      "Median Difference",  "Mean Absolute Difference",  "Root-Mean-Square Difference",
+      "Observations",       "Sum of Squared Differences"};
   return captions;
 }
 
 std::array<std::string, 8> StatisticTexts(const ResidualStatistics& s) {
-  return {Stat(s.maximum), Stat(s.minimum),      Stat(s.average),        Stat(s.median),
-          Stat(s.meanAbsolute), Stat(s.rms), std::to_string(s.count), Stat(s.sumOfSquares)};
+  return {Stat(s.maximum),      Stat(s.minimum), Stat(s.average),         Stat(s.median),
+          Stat(s.meanAbsolute), Stat(s.rms),     std::to_string(s.count), Stat(s.sumOfSquares)};
 }
 
 ChartData ScatterData(const ObservationSet& set) {
@@ -172,11 +171,11 @@ ChartData Calibration::Chart(int index) const {
 void Calibration::ShowPointInformation(int index, int row, UserInterface& ui) const {
   const ObservationSet& set = tabs[index].set;
   if (row < 0 || row >= set.Count()) return;
-  ui.MessageBox("Test point information",
-                {"Selected test point: " + set.labels[row],
-                 "Observed head:       " + Stat(set.observed[row]),
-                 "Modeled head:        " + Stat(set.modelled[row]),
-                 "Difference:          " + Stat(set.modelled[row] - set.observed[row])});
+  ui.MessageBox(
+      "Test point information",
+      {"Selected test point: " + set.labels[row], "Observed head:       " + Stat(set.observed[row]),
+       "Modeled head:        " + Stat(set.modelled[row]),
+       "Difference:          " + Stat(set.modelled[row] - set.observed[row])});
 }
 
 std::string Calibration::StatisticsText() const {
@@ -184,10 +183,10 @@ std::string Calibration::StatisticsText() const {
   if (!tab.enabled) return {};
   const auto& t = tab.texts;
   const std::pair<const char*, const std::string*> lines[] = {
-      {"Number of Observations: ", &t[6]},     {"Maximum Difference: ", &t[0]},
-      {"Minimum Difference: ", &t[1]},         {"Average Difference (AD): ", &t[2]},
-      {"Median Difference (MAD): ", &t[3]},    {"Mean Absolute Difference: ", &t[4]},
-      {"RMS Difference: ", &t[5]},             {"Sum of Squared Differences: ", &t[7]},
+      {"Number of Observations: ", &t[6]},  {"Maximum Difference: ", &t[0]},
+      {"Minimum Difference: ", &t[1]},      {"Average Difference (AD): ", &t[2]},
+      {"Median Difference (MAD): ", &t[3]}, {"Mean Absolute Difference: ", &t[4]},
+      {"RMS Difference: ", &t[5]},          {"Sum of Squared Differences: ", &t[7]},
   };
   std::string text;
   for (const auto& [caption, value] : lines) text += caption + *value + "\r\n";

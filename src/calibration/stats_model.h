@@ -115,9 +115,7 @@ class Calibration : public DialogModel {
   void StageEnabled(bool enabled) { tabs[2].enabled = enabled; }
 
   CalibrationTab& Tab(ObservationKind kind) { return tabs[static_cast<int>(kind)]; }
-  const CalibrationTab& Tab(ObservationKind kind) const {
-    return tabs[static_cast<int>(kind)];
-  }
+  const CalibrationTab& Tab(ObservationKind kind) const { return tabs[static_cast<int>(kind)]; }
 
   // A click on a tab: it becomes the current one; a disabled tab gives the "Not
   // Enough Points" message of its kind. True when the tab is enabled.

@@ -14,8 +14,7 @@
 namespace tarno::testing {
 namespace {
 
-ObservationSet SetOf(ObservationKind kind,
-                     const std::vector<std::pair<double, double>>& obsModel) {
+ObservationSet SetOf(ObservationKind kind, const std::vector<std::pair<double, double>>& obsModel) {
   ObservationSet s;
   s.kind = kind;
   for (std::size_t i = 0; i < obsModel.size(); ++i)
@@ -46,15 +45,15 @@ TEST(ResidualStatistics, MatchHandComputedValues) {
   ASSERT_TRUE(s);
   EXPECT_DOUBLE_EQ(s->maximum, 6.0);
   EXPECT_DOUBLE_EQ(s->minimum, -2.0);
-  EXPECT_DOUBLE_EQ(s->average, 2.0);        // 8 / 4
-  EXPECT_DOUBLE_EQ(s->median, 2.0);         // (1 + 3) / 2
-  EXPECT_DOUBLE_EQ(s->meanAbsolute, 3.0);   // 12 / 4
+  EXPECT_DOUBLE_EQ(s->average, 2.0);          // 8 / 4
+  EXPECT_DOUBLE_EQ(s->median, 2.0);           // (1 + 3) / 2
+  EXPECT_DOUBLE_EQ(s->meanAbsolute, 3.0);     // 12 / 4
   EXPECT_DOUBLE_EQ(s->rms, std::sqrt(12.5));  // (4 + 1 + 9 + 36) / 4
   EXPECT_EQ(s->count, 4);
   EXPECT_DOUBLE_EQ(s->sumOfSquares, 50.0);
   const auto texts = StatisticTexts(*s);
   const std::array<std::string, 8> expected = {"6.0", "-2.0", "2.0", "2.0",
-                                               "3.0", "3.5", "4",  "50.0"};
+                                               "3.0", "3.5",  "4",   "50.0"};
   EXPECT_EQ(texts, expected);
 }
 

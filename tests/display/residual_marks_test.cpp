@@ -23,8 +23,7 @@ class ResidualMarks : public DrawTest {
   // Every point of every figure drawn, for comparing two marks.
   std::vector<DevicePoint> Shape() const {
     std::vector<DevicePoint> out;
-    for (const auto& op : canvas_.Ops())
-      out.insert(out.end(), op.points.begin(), op.points.end());
+    for (const auto& op : canvas_.Ops()) out.insert(out.end(), op.points.begin(), op.points.end());
     return out;
   }
 };
@@ -66,8 +65,8 @@ TEST_F(ResidualMarks, AScaledMarkGrowsWithTheChosenScale) {
 TEST_F(ResidualMarks, AGageWithoutObservedFlowKeepsTheStartSizeFromTheResults) {
   const auto vid = Point(40, 40);
   Sql("insert into TPResults (Label, VID, ObsHead, ModelHead, Difference, X, Y, ObsStreamFlow, "
-      "ModelFlow, Type) values ('G1', " + std::to_string(vid) +
-      ", 0, 0, 7, 40, 40, 0, 7, 'Gage')");
+      "ModelFlow, Type) values ('G1', " +
+      std::to_string(vid) + ", 0, 0, 7, 40, 40, 0, 7, 'Gage')");
   auto ctx = Ctx();
   state_.layers.testPointScaled = false;
   ModelDrawAllTestPoints(ctx);

@@ -365,6 +365,17 @@ TEST_F(ShellControllerTest, CalibrationStatisticsShowTheSolvedTestPoints) {
   ui_.Verify();
 }
 
+TEST_F(ShellControllerTest, AScaleChoiceOfTheResidualMarksTakesEffect) {
+  OpenExample();
+  ASSERT_TRUE(shell_->Commands().Run("TGSCALING(2)"));
+  ASSERT_TRUE(shell_->Commands().Run("TPSCALING(0)"));
+  EXPECT_EQ(shell_->State().layers.gageScale, 100);
+  EXPECT_EQ(shell_->State().layers.piezometerScale, 5);
+  EXPECT_EQ(shell_->State().layers.stageScale, 10);
+  EXPECT_TRUE(MenuModel::Checked("TGSCALING(2)", shell_->CurrentMenuState().layers));
+  ui_.Verify();
+}
+
 TEST_F(ShellControllerTest, AnUnknownKeyIsReportedAndChangesNothing) {
   OpenExample();
   const int updates = host_.menuUpdates;

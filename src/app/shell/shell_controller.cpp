@@ -160,7 +160,9 @@ void ShellController::RegisterCommands() {
   for (const ResidualScaleChoice& choice : ResidualScaleChoices()) {
     const std::string key = choice.key;
     c.Register(key, [this, key] {
-      if (SetTestPointScaling(key, state_.layers)) Zoom(kZoomRedraw);
+      if (!SetTestPointScaling(key, state_.layers)) return;
+      ApplyMenus();  // the check moves to the choice
+      Zoom(kZoomRedraw);
     });
   }
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });

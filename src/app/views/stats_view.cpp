@@ -17,8 +17,8 @@
 #include <QRadioButton>
 #include <QScatterSeries>
 #include <QTabWidget>
-#include <QValueAxis>
 #include <QVBoxLayout>
+#include <QValueAxis>
 #include <cmath>
 #include <limits>
 
@@ -126,9 +126,8 @@ StatsView::StatsView(Calibration& model, UserInterface& ui, QWidget* parent)
   copyChart_ = edit->addAction(QStringLiteral("Copy Chart to Clipboard"));
   copyChart_->setObjectName(QStringLiteral("EDIT_COPYCHART"));
   layout->setMenuBar(menu);
-  connect(copyStats_, &QAction::triggered, this, [this] {
-    QApplication::clipboard()->setText(Q(model_.StatisticsText()));
-  });
+  connect(copyStats_, &QAction::triggered, this,
+          [this] { QApplication::clipboard()->setText(Q(model_.StatisticsText())); });
   connect(copyChart_, &QAction::triggered, this, [this] {
     const int tab = model_.currentTab;
     if (!model_.tabs[tab].enabled) return;
