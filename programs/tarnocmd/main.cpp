@@ -8,6 +8,7 @@
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
+//   tarnocmd stats <path>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd help
 //
@@ -219,6 +220,11 @@ int main(int argc, char** argv) {
   if (command == "results") {
     if (args.size() != 3) return BadUsage("results takes a project path and a table name");
     return tarno::cmd::Results(args[1], args[2], std::cout, std::cerr);
+  }
+
+  if (command == "stats") {
+    if (args.size() != 2) return BadUsage("stats takes a project path");
+    return tarno::cmd::Stats(args[1], std::cout, std::cerr);
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;

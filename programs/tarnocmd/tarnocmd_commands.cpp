@@ -49,6 +49,8 @@ std::string UsageText() {
          "      integrity check with the given step (map units).\n"
          "  tarnocmd results <path> <table>\n"
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
+         "  tarnocmd stats <path>\n"
+         "      Prints the residual statistics of the piezometers, gages and lake stages.\n"
          + ElementUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"

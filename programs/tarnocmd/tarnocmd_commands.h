@@ -76,6 +76,11 @@ struct InspectCommandOptions {
 // none was made (no solution, a fatal run, a bad record).
 int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostream& err);
 
+// Prints the eight residual statistics of each kind of observation (piezometers,
+// gages, lake stages) from TPResults; a kind with fewer than two observations
+// says so instead.
+int Stats(const std::string& path, std::ostream& out, std::ostream& err);
+
 // Prints a result table as CSV: the field names, then one line per row.
 int Results(const std::string& path, const std::string& table, std::ostream& out,
             std::ostream& err);

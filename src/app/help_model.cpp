@@ -64,6 +64,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
       {"LSConfirm", "", "map.md#editing-vertices"},
+      {"Calibration", "", "observations.md#calibration-statistics"},
   };
   return pages;
 }

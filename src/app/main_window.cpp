@@ -153,7 +153,7 @@ void MainWindow::BuildMenus() {
     QAction* a = parent->addAction(Q(e.caption));
     a->setObjectName(Q(e.key));
     if (!e.shortcut.empty()) a->setShortcut(QKeySequence(Q(e.shortcut)));
-    if (e.kind == MenuKind::Switch) a->setCheckable(true);
+    if (e.kind == MenuKind::Switch || e.kind == MenuKind::Choice) a->setCheckable(true);
     if (!e.built) a->setStatusTip(kNotAvailableTip);
     const std::string key = e.key;
     connect(a, &QAction::triggered, this, [this, key] { shell_->Commands().Run(key); });

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "core/error.h"
+#include "display/residual_scaling.h"
 
 namespace tarno {
 
@@ -69,6 +70,11 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Switch("TESTDISPLAY(1)", "Layermenu(4)", "Show &Numbers"));
   e.push_back(Switch("TESTDISPLAY(2)", "Layermenu(4)", "Show &Labels"));
   e.push_back(Switch("TESTDISPLAY(3)", "Layermenu(4)", "Scaled Symbols", N::Solution));
+  e.push_back(Sub("TPSCALING", "Layermenu(4)", "Scaled Symbols (Piezometers)", N::Project, true, true));
+  e.push_back(Sub("TGSCALING", "Layermenu(4)", "Scaled Symbols (Gages)"));
+  e.push_back(Sub("TSSCALING", "Layermenu(4)", "Scaled Symbols (Lake Stages)"));
+  for (const ResidualScaleChoice& c : ResidualScaleChoices())
+    e.push_back(MenuEntry{c.key, c.group, c.caption, K::Choice, N::Project, true, "", false});
   e.push_back(Later("Layermenu(5)", "VIEWMENU", "Results Overlay..."));
   e.push_back(Switch("Layermenu(6)", "VIEWMENU", "Wellhead Protection Areas", N::ProtectionAreasLayer));
   e.push_back(Switch("Layermenu(7)", "VIEWMENU", "View Hydrography Labels", N::HydrographyLabelsLayer));
@@ -115,7 +121,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("MODEL_CMDS(10)", "MODELMENU", "Add a Model Boundary"));
   e.push_back(Cmd("ModelSize", "MODELMENU", "Model &Size...", N::Project, true, "", true));
   e.push_back(Later("RESULTS_TABLE", "MODELMENU", "View Results Table"));
-  e.push_back(Later("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
+  e.push_back(Cmd("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
   e.push_back(Sub("MODELRUNFILES", "MODELMENU", "View Model Run Files...", N::SolverFiles));
   for (const auto& f : MenuModel::RunFiles("")) {
     e.push_back(MenuEntry{f.key, "MODELRUNFILES", f.caption, K::Command, N::SolverFiles, true, "", false});
@@ -312,6 +318,7 @@ bool* MenuModel::SwitchOf(const std::string& key, LayerSwitches& l) {
 }
 
 bool MenuModel::Checked(const std::string& key, const LayerSwitches& layers) {
+  if (const auto scale = TestPointScaleChecked(key, layers)) return *scale;
   LayerSwitches copy = layers;
   const bool* b = SwitchOf(key, copy);
   return b != nullptr && *b;

@@ -36,6 +36,7 @@ enum class MenuKind {
   Submenu,  // a top menu or a submenu: holds entries
   Command,  // runs an operation
   Switch,   // toggles its check mark (and runs its operation)
+  Choice,   // one of a radio group: checked while its choice is the present one
 };
 
 struct MenuEntry {

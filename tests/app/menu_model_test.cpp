@@ -250,3 +250,28 @@ TEST(Switches, KeysMapToTheLayerSwitches) {
 
 }  // namespace
 }  // namespace tarno
+
+namespace tarno {
+namespace {
+
+TEST(MenuResidualScales, EachGroupChecksItsPresentScale) {
+  for (const char* group : {"TPSCALING", "TGSCALING", "TSSCALING"}) {
+    EXPECT_EQ(MenuModel::Entry(group).kind, MenuKind::Submenu) << group;
+    EXPECT_EQ(MenuModel::Entry(group).parent, "Layermenu(4)") << group;
+  }
+  EXPECT_EQ(MenuModel::Entry("TGSCALING").caption, "Scaled Symbols (Gages)");
+  EXPECT_EQ(MenuModel::Entry("TGSCALING(2)").kind, MenuKind::Choice);
+  EXPECT_EQ(MenuModel::Entry("TGSCALING(2)").caption, "+/- 100 %");
+  EXPECT_EQ(MenuModel::Entry("TPSCALING(0)").caption, "+/- &5 %");
+  LayerSwitches l;  // the start-up scales: 10, 50 and 10 %
+  EXPECT_TRUE(MenuModel::Checked("TPSCALING(1)", l));
+  EXPECT_TRUE(MenuModel::Checked("TGSCALING(1)", l));
+  EXPECT_TRUE(MenuModel::Checked("TSSCALING(1)", l));
+  l.gageScale = 100;
+  EXPECT_FALSE(MenuModel::Checked("TGSCALING(1)", l));
+  EXPECT_TRUE(MenuModel::Checked("TGSCALING(2)", l));
+  EXPECT_FALSE(MenuModel::Checked("TSSCALING(0)", l));
+}
+
+}  // namespace
+}  // namespace tarno

@@ -17,6 +17,7 @@
 
 #include "app/help_model.h"
 #include "app/shell_models.h"
+#include "calibration/stats_model.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "display/map_fixture.h"
@@ -334,6 +335,44 @@ TEST_F(ShellControllerTest, AFailingCommandShowsTheGeneralMessageAndTheSessionSt
   fs::rename(moved, project_);
   ui_.ExpectMessageTitled("Model Size");
   EXPECT_TRUE(shell_->Commands().Run("ModelSize"));
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, CalibrationStatisticsShowTheSolvedTestPoints) {
+  OpenExample();
+  EXPECT_TRUE(MenuModel::Enabled("CALIBRATION_STATS", shell_->CurrentMenuState()));
+  // Before a solve there are no results: every tab is disabled, the dialog opens.
+  ui_.ExpectModal<Calibration>(Calibration::kName, [](Calibration& d) {
+    for (const auto& tab : d.tabs) EXPECT_FALSE(tab.enabled);
+  });
+  ASSERT_TRUE(shell_->Commands().Run("CALIBRATION_STATS"));
+  SolveExample();
+  int piezometers = 0;
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.Prepare("select count(*) from TPResults where Type = 'Piezometer'");
+    ASSERT_TRUE(st.Step());
+    piezometers = static_cast<int>(st.GetInt64(0));
+  }
+  ASSERT_GE(piezometers, 2) << "the example has observed heads";
+  ui_.ExpectModal<Calibration>(Calibration::kName, [&](Calibration& d) {
+    const CalibrationTab& tab = d.Tab(ObservationKind::Piezometer);
+    EXPECT_TRUE(tab.enabled);
+    EXPECT_EQ(tab.texts[6], std::to_string(piezometers));
+    EXPECT_TRUE(std::is_sorted(tab.set.difference.begin(), tab.set.difference.end()));
+  });
+  ASSERT_TRUE(shell_->Commands().Run("CALIBRATION_STATS"));
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, AScaleChoiceOfTheResidualMarksTakesEffect) {
+  OpenExample();
+  ASSERT_TRUE(shell_->Commands().Run("TGSCALING(2)"));
+  ASSERT_TRUE(shell_->Commands().Run("TPSCALING(0)"));
+  EXPECT_EQ(shell_->State().layers.gageScale, 100);
+  EXPECT_EQ(shell_->State().layers.piezometerScale, 5);
+  EXPECT_EQ(shell_->State().layers.stageScale, 10);
+  EXPECT_TRUE(MenuModel::Checked("TGSCALING(2)", shell_->CurrentMenuState().layers));
   ui_.Verify();
 }
 

@@ -9,10 +9,12 @@
 #include "app/help_model.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
+#include "calibration/stats_model.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "display/navigation.h"
+#include "display/residual_scaling.h"
 #include "elements/extents.h"
 #include "solver/process.h"
 #include "solver/solve_dialogs.h"
@@ -154,6 +156,17 @@ void ShellController::RegisterCommands() {
   c.Register("SET_TIME", [this] { SetTimeCommand(); });
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
+  c.Register("CALIBRATION_STATS",
+             [this] { ShowCalibrationStatistics(port_, session_->Settings().DBName); });
+  // The scales of the residual marks: the choice, then a redraw.
+  for (const ResidualScaleChoice& choice : ResidualScaleChoices()) {
+    const std::string key = choice.key;
+    c.Register(key, [this, key] {
+      if (!SetTestPointScaling(key, state_.layers)) return;
+      ApplyMenus();  // the check moves to the choice
+      Zoom(kZoomRedraw);
+    });
+  }
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
   c.RegisterPrefix(
