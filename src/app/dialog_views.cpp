@@ -17,6 +17,7 @@
 #include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
+#include "app/views/scenario_view.h"
 #include "app/views/solve_views.h"
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
@@ -133,6 +134,9 @@ auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<LSConfirmView>(m, parent);
+}
+auto MakeView(Scenarios& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ScenariosView>(m, *c.port, parent);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
 }
 // An entry of a feature this version does not have yet: printing, base maps, the
 // editing and adding of elements by mouse, import and export, result tables,
-// calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
+// calibration, PEST and UCODE, MODFLOW, search and the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
 }
@@ -119,7 +119,7 @@ std::vector<MenuEntry> BuildEntries() {
     e.push_back(MenuEntry{f.key, "MODELRUNFILES", f.caption, K::Command, N::SolverFiles, true, "", false});
   }
   e.push_back(Cmd("SET_TIME", "MODELMENU", "Time...", N::Project, true, "", true));
-  e.push_back(Later("ImpScenario", "MODELMENU", "Implement Scenario"));
+  e.push_back(Cmd("ImpScenario", "MODELMENU", "Implement Scenario"));
   // Grid: the MODFLOW coupling.
   e.push_back(Top("GMMenu", "Grid", N::Project));
   e.push_back(Later("GM_Extract", "GMMenu", "MODFLOW Extract"));

@@ -8,6 +8,7 @@
 
 #include "app/help_model.h"
 #include "app/shell_models.h"
+#include "calibration/scenario_dialog.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -154,6 +155,17 @@ void ShellController::RegisterCommands() {
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
+  // Model > Implement Scenario: like a solve, it starts from the select state; a
+  // model changed by it loses its solution.
+  c.Register(
+      "ImpScenario",
+      [this] {
+        state_.mouseState = 0;
+        state_.mouseMode = 0;
+        AfterMouseAction();
+        if (ImplementScenarios(port_, session_->Settings().DBName)) InvalidateSolution(true);
+      },
+      "Scenarios");
   c.RegisterPrefix(
       "RUN_FILES(", [this](const std::string& key) { ShowRunFile(key); }, "MODELRUNFILES");
   c.RegisterPrefix(
