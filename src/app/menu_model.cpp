@@ -25,7 +25,7 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
 }
 // An entry of a feature this version does not have yet: printing, base maps, the
 // editing and adding of elements by mouse, import and export, result tables,
-// calibration, PEST and UCODE, MODFLOW, search and the repair of a file. Each stands in its menu, disabled, until its work is done.
+// calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
 }
