@@ -106,15 +106,17 @@ const std::vector<ScenarioRow>& Scenarios::Table(ScenarioTable table) const {
   return const_cast<Scenarios*>(this)->Table(table);
 }
 
-void Scenarios::init(Database& db) {
-  Transaction tx(db);
-  for (ScenarioTable t : kScenarioTables) {
-    Table(t) = Collect(db, t);
-    StoreWorkingTable(db, t, Table(t));
-  }
-  tx.Commit();
+void Scenarios::Load(Database& db) {
+  for (ScenarioTable t : kScenarioTables) Table(t) = Collect(db, t);
   Invalidate = false;
   Result = 2;
+}
+
+void Scenarios::init(Database& db) {
+  Transaction tx(db);
+  Load(db);
+  for (ScenarioTable t : kScenarioTables) StoreWorkingTable(db, t, Table(t));
+  tx.Commit();
 }
 
 void Scenarios::init() {

@@ -63,6 +63,9 @@ class Scenarios : public DialogModel {
   void init(Database& db);
   // The same on projectFile.
   void init();
+  // Fills the three tables as init does, without touching the working tables (for
+  // the batch listing, which changes nothing).
+  void Load(Database& db);
 
   // A cell of a grid's numeric columns (kCurrentColumn, kDefaultColumn): the text
   // must be a number as a whole (blanks around it allowed); anything else is
