@@ -35,7 +35,7 @@ ScenariosView::ScenariosView(Scenarios& model, UserInterface& ui, QWidget* paren
                                       QString::fromUtf8(Scenarios::kColumnCaptions[1]),
                                       QString::fromUtf8(Scenarios::kColumnCaptions[2])});
     table->verticalHeader()->setVisible(false);
-    table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     boxLayout->addWidget(table);
     grids->addWidget(box);
     grids_[i] = table;
