@@ -127,7 +127,8 @@ int Set(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   if (args.size() < 3) return BadUsage(err, "scenario set takes a project path and a tag");
   const std::string& path = args[1];
   const std::string& tag = args[2];
-  std::optional<double> current, defaultValue;
+  // The values as typed (checked to be numbers): the dialog's cells take the text.
+  std::optional<std::string> current, defaultValue;
   for (std::size_t i = 3; i < args.size(); ++i) {
     const std::string& a = args[i];
     if (a != "--current" && a != "--default") return BadUsage(err, "unknown option \"" + a + "\"");
@@ -138,7 +139,7 @@ int Set(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       err << "Scenarios: \"" << args[i] << "\" is not a number (" << a << ")\n";
       return kRefused;
     }
-    (a == "--current" ? current : defaultValue) = v;
+    (a == "--current" ? current : defaultValue) = args[i];
   }
   if (!current && !defaultValue) return BadUsage(err, "scenario set needs --current or --default");
   if (const auto lines = ScenarioTagRefusal(tag)) {
@@ -152,8 +153,8 @@ int Set(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       for (std::size_t r = 0; r < rows.size(); ++r) {
         if (!SameTag(rows[r].Scenario, TrimST(tag))) continue;
         found = true;
-        if (current) d.SetCell(t, r, kCurrentColumn, GeneralNumber(*current));
-        if (defaultValue) d.SetCell(t, r, kDefaultColumn, GeneralNumber(*defaultValue));
+        if (current) d.SetCell(t, r, kCurrentColumn, *current);
+        if (defaultValue) d.SetCell(t, r, kDefaultColumn, *defaultValue);
       }
     }
     if (!found) err << "Scenarios: no element of the project is included in scenarios under the tag \""

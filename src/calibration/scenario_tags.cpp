@@ -86,8 +86,10 @@ TagCleaning CleanScenarioTags(Database& db, UserInterface& ui) {
   for (ScenarioParameter p : kScenarioParameters) {
     for (const TaggedValue& row : LoadTagged(db, p)) {
       if (row.tag == kNoScenarioTag) continue;
-      const std::string clean = RemoveBadScenChar(row.tag);
+      std::string clean = RemoveBadScenChar(row.tag);
       if (clean == row.tag) continue;
+      // The project keeps no empty tag: a tag of commas alone is named as one of blanks.
+      if (clean.empty()) clean = "blank";
       StoreTag(db, p, row.rowId, clean);
       ++done.separatorsCleaned;
     }

@@ -51,7 +51,8 @@ struct TagCleaning {
 //    row of the field bears yet; if any row changed, the same message with
 //    "Scenario Names with more than 12 characters were cropped.";
 // then, with no message, RemoveBadScenChar over all five fields, each row written
-// only if its tag changed. "__NONE__" tags are left alone.
+// only if its tag changed (a tag of commas alone, which would be left empty, becomes
+// "blank"). "__NONE__" tags are left alone.
 //
 // The second pass renames each long tag to a name of its own, so two elements that
 // shared a long tag no longer share it; the user gives them one tag again.

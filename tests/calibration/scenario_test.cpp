@@ -102,6 +102,7 @@ TEST_F(ScenarioTest, CleaningRemovesBlanksCropsLongTagsAndReplacesSeparators) {
   const Element longB = Stream("S3", "averyverylongtag", 1);
   const Element minus = Stream("S4", "a-b,c", 1);
   const Element off = Stream("S5", "not included", 1, 0, false);
+  const Element commas = Stream("S6", ",,", 1);
   const Element inho = Inho("I1", "k-zone", 1, "", 0);
   TagAquifer("aq,k", 5, "", 0);
   ScriptedUserInterface ui;
@@ -121,13 +122,15 @@ TEST_F(ScenarioTest, CleaningRemovesBlanksCropsLongTagsAndReplacesSeparators) {
   EXPECT_EQ(Tag("LinesinkStrings", "ScenResistance", minus), "a_bc");
   EXPECT_EQ(Tag("LinesinkStrings", "ScenResistance", off), "not included")
       << "a tag whose switch is cleared is left alone";
+  EXPECT_EQ(Tag("LinesinkStrings", "ScenResistance", commas), "blank")
+      << "the project keeps no empty tag";
   EXPECT_EQ(Tag("Inhomogeneities", "ScenHydCond", inho), "k_zone");
   EXPECT_EQ(Tag("Inhomogeneities", "ScenRecharge", inho), kNoScenarioTag);
   EXPECT_EQ(Text("select ScenHydCond from Model"), "aqk");
   EXPECT_EQ(Text("select ScenBaseElev from Model"), kNoScenarioTag);
   EXPECT_EQ(done.blanksRemoved, 1);
   EXPECT_EQ(done.cropped, 2);
-  EXPECT_EQ(done.separatorsCleaned, 3);
+  EXPECT_EQ(done.separatorsCleaned, 4);
 
   // Clean tags stay as they are, without a message.
   ScriptedUserInterface quiet;
