@@ -69,7 +69,8 @@ void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& ou
 // Tags compare as the project compares text: without regard to case.
 bool SameTag(const std::string& a, const std::string& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+    return std::tolower(static_cast<unsigned char>(x)) ==
+           std::tolower(static_cast<unsigned char>(y));
   });
 }
 
@@ -157,19 +158,23 @@ int Set(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
         if (defaultValue) d.SetCell(t, r, kDefaultColumn, *defaultValue);
       }
     }
-    if (!found) err << "Scenarios: no element of the project is included in scenarios under the tag \""
-                    << tag << "\"\n";
+    if (!found)
+      err << "Scenarios: no element of the project is included in scenarios under the tag \"" << tag
+          << "\"\n";
     return found;
   });
 }
 
 int Apply(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  if (args.size() != 3) return BadUsage(err, "scenario apply takes a project path and defaults or current");
+  if (args.size() != 3)
+    return BadUsage(err, "scenario apply takes a project path and defaults or current");
   const std::string& which = args[2];
   int index = -1;
   if (which == "defaults" || which == "default") index = 0;  // current values from the defaults
-  if (which == "current") index = 1;                          // defaults from the current values
-  if (index < 0) return BadUsage(err, "invalid value \"" + which + "\" for scenario apply (expected defaults or current)");
+  if (which == "current") index = 1;                         // defaults from the current values
+  if (index < 0)
+    return BadUsage(
+        err, "invalid value \"" + which + "\" for scenario apply (expected defaults or current)");
   return RunDialog(args[1], out, err, [&](Scenarios& d) {
     d.cmdDefault(index);
     return true;
@@ -220,7 +225,8 @@ std::optional<int> RunScenarioCommand(const std::vector<std::string>& args, std:
   if (sub == "set") return Set(rest, out, err);
   if (sub == "apply") return Apply(rest, out, err);
   if (sub == "clean") return Clean(rest, out, err);
-  return BadUsage(err, "unknown scenario command \"" + sub + "\" (expected list, set, apply or clean)");
+  return BadUsage(err,
+                  "unknown scenario command \"" + sub + "\" (expected list, set, apply or clean)");
 }
 
 }  // namespace tarno::cmd

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <optional>
 #include <cstdlib>
+#include <optional>
 
 #include "core/error.h"
 #include "core/text.h"
@@ -54,7 +54,8 @@ std::vector<ScenarioRow> Collect(Database& db, ScenarioTable table) {
   std::vector<Entry> entries;
   const std::vector<ScenarioParameter> parameters = ParametersOf(table);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    for (TaggedValue& v : LoadTagged(db, parameters[i])) entries.push_back({v.rowId, i, std::move(v)});
+    for (TaggedValue& v : LoadTagged(db, parameters[i]))
+      entries.push_back({v.rowId, i, std::move(v)});
   }
   std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return a.rowId != b.rowId ? a.rowId < b.rowId : a.order < b.order;
@@ -63,9 +64,8 @@ std::vector<ScenarioRow> Collect(Database& db, ScenarioTable table) {
   for (const Entry& e : entries) {
     const std::string tag = TrimST(e.value.tag);
     if (tag.empty() || tag == kNoScenarioTag) continue;
-    const bool known = std::any_of(rows.begin(), rows.end(), [&](const ScenarioRow& r) {
-      return SameTag(r.Scenario, tag);
-    });
+    const bool known = std::any_of(rows.begin(), rows.end(),
+                                   [&](const ScenarioRow& r) { return SameTag(r.Scenario, tag); });
     if (!known) rows.push_back({tag, e.value.current, e.value.defaultValue});
   }
   return rows;
@@ -136,8 +136,10 @@ bool Scenarios::SetCell(ScenarioTable table, std::size_t row, int column, const 
 void Scenarios::cmdDefault(int index) {
   for (ScenarioTable t : kScenarioTables) {
     for (ScenarioRow& r : Table(t)) {
-      if (index == 0) r.Current = r.Default;
-      else r.Default = r.Current;
+      if (index == 0)
+        r.Current = r.Default;
+      else
+        r.Default = r.Current;
     }
   }
 }

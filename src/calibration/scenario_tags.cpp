@@ -67,7 +67,8 @@ TagCleaning CleanScenarioTags(Database& db, UserInterface& ui) {
       StoreTag(db, p, row.rowId, RemoveTagBlanks(row.tag));
       ++changed;
     }
-    if (changed > 0) ui.MessageBox(kCheckTitle, {kInvalidText, kSpacesText}, Buttons::OK, Icon::Information);
+    if (changed > 0)
+      ui.MessageBox(kCheckTitle, {kInvalidText, kSpacesText}, Buttons::OK, Icon::Information);
     done.blanksRemoved += changed;
     // Length, on the tags as the first pass left them.
     changed = 0;
@@ -79,7 +80,8 @@ TagCleaning CleanScenarioTags(Database& db, UserInterface& ui) {
       StoreTag(db, p, row.rowId, candidate);
       ++changed;
     }
-    if (changed > 0) ui.MessageBox(kCheckTitle, {kInvalidText, kCroppedText}, Buttons::OK, Icon::Information);
+    if (changed > 0)
+      ui.MessageBox(kCheckTitle, {kInvalidText, kCroppedText}, Buttons::OK, Icon::Information);
     done.cropped += changed;
   }
   // The separators of the estimation files.

@@ -45,7 +45,8 @@ std::vector<TaggedValue> LoadTagged(Database& db, ScenarioParameter parameter) {
   return rows;
 }
 
-void StoreTag(Database& db, ScenarioParameter parameter, std::int64_t rowId, const std::string& tag) {
+void StoreTag(Database& db, ScenarioParameter parameter, std::int64_t rowId,
+              const std::string& tag) {
   const ScenarioFieldNames& f = FieldsOf(parameter);
   Statement st =
       db.PrepareRaw(std::string("update ") + f.table + " set " + f.tag + " = ?1 where rowid = ?2");
@@ -54,8 +55,8 @@ void StoreTag(Database& db, ScenarioParameter parameter, std::int64_t rowId, con
 
 bool TagInUse(Database& db, ScenarioParameter parameter, const std::string& tag) {
   const ScenarioFieldNames& f = FieldsOf(parameter);
-  Statement st = db.PrepareRaw(std::string("select 1 ") + FlaggedRows(f) + " and " + f.tag +
-                               " = ?1 limit 1");
+  Statement st =
+      db.PrepareRaw(std::string("select 1 ") + FlaggedRows(f) + " and " + f.tag + " = ?1 limit 1");
   st.Bind(1, tag);
   return st.Step();
 }
@@ -76,9 +77,9 @@ TaggedChange StoreTaggedValues(Database& db, ScenarioParameter parameter, const 
     change.currentChanged = static_cast<int>(count.GetInt64(1));
     change.defaultChanged = static_cast<int>(count.GetInt64(2));
   }
-  Statement st = db.PrepareRaw(std::string("update ") + f.table + " set " + f.current + " = ?2, " +
-                               f.defaultValue + " = ?3 where " + f.flag + " <> 0 and " + f.tag +
-                               " = ?1");
+  Statement st =
+      db.PrepareRaw(std::string("update ") + f.table + " set " + f.current + " = ?2, " +
+                    f.defaultValue + " = ?3 where " + f.flag + " <> 0 and " + f.tag + " = ?1");
   st.Bind(1, tag).Bind(2, current).Bind(3, defaultValue).Run();
   return change;
 }

@@ -22,9 +22,10 @@ namespace tarno {
 enum class ScenarioParameter {
   AquiferHydCond,      // Model: chkScenarioHydCond, ScenHydCond, AQHydCond, DefaultAQHydCond
   AquiferBase,         // Model: chkScenarioBaseElev, ScenBaseElev, AQBase, DefaultAQBase
-  LinesinkResistance,  // LinesinkStrings: chkScenario, ScenResistance, Resistance, DefaultResistance
+  LinesinkResistance,  // LinesinkStrings: chkScenario, ScenResistance, Resistance,
+                       // DefaultResistance
   InhoHydCond,         // Inhomogeneities: chkScenarioHydCond, ScenHydCond, HydCond, DefaultHydCond
-  InhoRecharge,        // Inhomogeneities: chkScenarioRecharge, ScenRecharge, Recharge, DefaultRecharge
+  InhoRecharge,  // Inhomogeneities: chkScenarioRecharge, ScenRecharge, Recharge, DefaultRecharge
 };
 inline constexpr std::array<ScenarioParameter, 5> kScenarioParameters = {
     ScenarioParameter::AquiferHydCond, ScenarioParameter::AquiferBase,
@@ -56,7 +57,8 @@ struct TaggedValue {
 std::vector<TaggedValue> LoadTagged(Database& db, ScenarioParameter parameter);
 
 // Writes the tag of one row (a row of LoadTagged).
-void StoreTag(Database& db, ScenarioParameter parameter, std::int64_t rowId, const std::string& tag);
+void StoreTag(Database& db, ScenarioParameter parameter, std::int64_t rowId,
+              const std::string& tag);
 
 // Whether a row with the switch set bears `tag` (compared as the project compares
 // text, without regard to case).

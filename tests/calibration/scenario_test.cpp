@@ -28,8 +28,8 @@ class ScenarioTest : public testing::ScratchProject {
   }
   // An inhomogeneity with conductivity and recharge under their tags ("" leaves a
   // switch cleared).
-  Element Inho(const std::string& label, const std::string& kTag, double k,
-               const std::string& nTag, double n) {
+  Element Inho(const std::string& label, const std::string& kTag, double k, const std::string& nTag,
+               double n) {
     return Add(ElementKind::Inhomogeneity, label, At({{0, 0}, {10, 0}, {10, 10}}), [&](Row& row) {
       row.Set("chkScenarioHydCond", !kTag.empty());
       row.Set("ScenHydCond", kTag.empty() ? std::string(kNoScenarioTag) : kTag);
@@ -65,8 +65,8 @@ class ScenarioTest : public testing::ScratchProject {
     return Number("select Resistance from LinesinkStrings where PID = " + std::to_string(e.key));
   }
   std::string Tag(const char* table, const char* field, const Element& e) {
-    return Text(std::string("select ") + field + " from " + table + " where PID = " +
-                std::to_string(e.key));
+    return Text(std::string("select ") + field + " from " + table +
+                " where PID = " + std::to_string(e.key));
   }
 };
 
@@ -193,9 +193,9 @@ TEST_F(ScenarioTest, UpdateBringsEveryTaggedElementToTheRowsValues) {
   EXPECT_TRUE(d.Invalidate);
   EXPECT_EQ(Resistance(s1), 4.5);
   EXPECT_EQ(Resistance(s2), 4.5);
-  EXPECT_EQ(Number("select DefaultResistance from LinesinkStrings where PID = " +
-                   std::to_string(s2.key)),
-            10.0);
+  EXPECT_EQ(
+      Number("select DefaultResistance from LinesinkStrings where PID = " + std::to_string(s2.key)),
+      10.0);
   EXPECT_EQ(Resistance(other), 0.5);
   EXPECT_EQ(Resistance(off), 9.0) << "an element not included in scenarios keeps its value";
   EXPECT_EQ(LoadWorkingTable(db_, ScenarioTable::Linesink)[0], (ScenarioRow{"riv", 4.5, 10.0}));
@@ -229,9 +229,9 @@ TEST_F(ScenarioTest, UpdateWithoutAChangedCurrentValueLeavesTheSolution) {
   ASSERT_TRUE(d.SetCell(ScenarioTable::Linesink, 0, kDefaultColumn, "8"));
   d.cmdUpdate_Click(db_);
   EXPECT_FALSE(d.Invalidate) << "a default alone is not read by the solver";
-  EXPECT_EQ(Number("select DefaultResistance from LinesinkStrings where PID = " +
-                   std::to_string(s.key)),
-            8.0);
+  EXPECT_EQ(
+      Number("select DefaultResistance from LinesinkStrings where PID = " + std::to_string(s.key)),
+      8.0);
 }
 
 TEST_F(ScenarioTest, NonNumericCellsAreRefused) {

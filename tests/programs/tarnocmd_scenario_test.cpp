@@ -18,11 +18,11 @@ class TarnocmdScenarioTest : public TarnocmdProject {
     MakeProject("scen");
     for (const char* label : {"S1", "S2"}) {
       const std::string y = label == std::string("S1") ? "0" : "5";
-      const RunResult r = Run({"add", project_, "linesink", "0", y, "10", y, "--set",
-                               std::string("Label=") + label, "--set", "chkScenario=true", "--set",
-                               "ScenResistance=riv", "--set",
-                               label == std::string("S1") ? "Resistance=3" : "Resistance=7",
-                               "--set", "StartingHead=10", "--set", "EndingHead=9"});
+      const RunResult r =
+          Run({"add", project_, "linesink", "0", y, "10", y, "--set", std::string("Label=") + label,
+               "--set", "chkScenario=true", "--set", "ScenResistance=riv", "--set",
+               label == std::string("S1") ? "Resistance=3" : "Resistance=7", "--set",
+               "StartingHead=10", "--set", "EndingHead=9"});
       ASSERT_EQ(r.status, 0) << r.err;
     }
   }
@@ -75,8 +75,9 @@ TEST_F(TarnocmdScenarioTest, AChangedValueRemovesTheSolutionAndAChangedDefaultDo
 TEST_F(TarnocmdScenarioTest, BadTagsValuesAndUsageAreRefusedWithoutChange) {
   RunResult r = Run({"scenario", "set", project_, "ri-v", "--current", "1"});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.err.find("Scenarios: Scenario tags may not include spaces or the characters - , or _."),
-            std::string::npos)
+  EXPECT_NE(
+      r.err.find("Scenarios: Scenario tags may not include spaces or the characters - , or _."),
+      std::string::npos)
       << r.err;
   r = Run({"scenario", "set", project_, "other", "--current", "1"});
   EXPECT_EQ(r.status, 1);
