@@ -10,6 +10,7 @@
 //   tarnocmd results <path> <table>
 //   tarnocmd stats <path>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
+//   tarnocmd scenario list|set|apply|clean ...   (tarnocmd_scenario.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -34,6 +35,7 @@
 #include "core/text.h"
 #include "tarnocmd_commands.h"
 #include "tarnocmd_elements.h"
+#include "tarnocmd_scenario.h"
 
 namespace {
 
@@ -228,6 +230,7 @@ int main(int argc, char** argv) {
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunScenarioCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

@@ -1,5 +1,6 @@
 #include "tarnocmd_commands.h"
 #include "tarnocmd_elements.h"
+#include "tarnocmd_scenario.h"
 
 #include <cctype>
 #include <cstdio>
@@ -51,7 +52,7 @@ std::string UsageText() {
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
          "  tarnocmd stats <path>\n"
          "      Prints the residual statistics of the piezometers, gages and lake stages.\n"
-         + ElementUsageText() +
+         + ElementUsageText() + ScenarioUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
          "Messages go to standard error. Exit status: 0 success, 1 failure, 2 bad usage.\n";

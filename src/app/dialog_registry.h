@@ -10,6 +10,7 @@
 
 #include "app/shell_models.h"
 #include "calibration/stats_model.h"
+#include "calibration/scenario_dialog.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -51,6 +52,7 @@ using ShownDialogs =
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
                LSConfirm,            // editing vertices
-               Calibration>;         // calibration statistics
+               Calibration,          // calibration statistics
+               Scenarios>;           // scenarios
 
 }  // namespace tarno

@@ -17,6 +17,7 @@
 #include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
+#include "app/views/scenario_view.h"
 #include "app/views/solve_views.h"
 #include "app/views/stats_view.h"
 #include "app/views/test_point_view.h"
@@ -137,6 +138,8 @@ auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(Calibration& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<StatsView>(m, *c.port, parent);
+auto MakeView(Scenarios& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ScenariosView>(m, *c.port, parent);
 }
 
 }  // namespace

@@ -65,6 +65,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
       {"LSConfirm", "", "map.md#editing-vertices"},
       {"Calibration", "", "observations.md#calibration-statistics"},
+      {"Scenarios", "", "solving.md#implementing-scenarios"},
   };
   return pages;
 }
@@ -85,7 +86,7 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
       {"solving.md",
        "Solving and Model Settings",
        {S("Solving"), S("Model settings"), S("Aquifer properties"), S("Interface flow"),
-        S("Contours"), S("Streamline tracing"), S("Solver"), S("Scenarios"), S("Solving again"),
+        S("Contours"), S("Streamline tracing"), S("Solver"), S("Scenarios"), S("Implementing scenarios"), S("Solving again"),
         S("Continuing a solve"), S("Surface water relaxation"), S("Solver convergence"),
         S("Solver integrity check"), S("Run files"), S("When a solve fails")}},
       {"map.md",

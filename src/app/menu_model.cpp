@@ -127,7 +127,7 @@ std::vector<MenuEntry> BuildEntries() {
     e.push_back(MenuEntry{f.key, "MODELRUNFILES", f.caption, K::Command, N::SolverFiles, true, "", false});
   }
   e.push_back(Cmd("SET_TIME", "MODELMENU", "Time...", N::Project, true, "", true));
-  e.push_back(Later("ImpScenario", "MODELMENU", "Implement Scenario"));
+  e.push_back(Cmd("ImpScenario", "MODELMENU", "Implement Scenario"));
   // Grid: the MODFLOW coupling.
   e.push_back(Top("GMMenu", "Grid", N::Project));
   e.push_back(Later("GM_Extract", "GMMenu", "MODFLOW Extract"));

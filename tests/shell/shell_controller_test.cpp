@@ -18,6 +18,7 @@
 #include "app/help_model.h"
 #include "app/shell_models.h"
 #include "calibration/stats_model.h"
+#include "calibration/scenario_dialog.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "display/map_fixture.h"
@@ -530,6 +531,47 @@ TEST_F(ShellControllerTest, TheWelcomeOpensTheExampleTheUserChose) {
   EXPECT_TRUE(shell_->Session().ProjectOpen());
   EXPECT_TRUE(fs::equivalent(shell_->Session().Settings().DBName, project_));
   ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, ImplementScenarioResetsTheMouseAndInvalidatesAChangedModel) {
+  {
+    // Two strings of the example under one tag.
+    Database db = Database::Open(project_);
+    db.ExecuteRaw(
+        "update LinesinkStrings set chkScenario = 1, ScenResistance = 'riv', Resistance = 0.5 "
+        "where PID in (select PID from LinesinkStrings order by PID limit 2)");
+  }
+  OpenExample();
+  SolveExample();
+  shell_->State().mouseState = 5;  // a mode left standing
+  shell_->State().mouseMode = 2;
+  ui_.ExpectModal<Scenarios>(Scenarios::kName, [](Scenarios& d) {
+    ASSERT_EQ(d.LSDataTable.size(), 1u);
+    EXPECT_EQ(d.LSDataTable[0].Scenario, "riv");
+    EXPECT_TRUE(d.SetCell(ScenarioTable::Linesink, 0, kCurrentColumn, "2"));
+    d.cmdUpdate_Click();
+    d.cmdDone();
+  });
+  ui_.ExpectMessageTitled("Model Changed!", Answer::Yes);
+  ASSERT_TRUE(shell_->Commands().Run("ImpScenario")) << Describe();
+  ui_.Verify();
+  EXPECT_EQ(shell_->State().mouseState, 0);
+  EXPECT_EQ(shell_->State().mouseMode, 0);
+  EXPECT_FALSE(shell_->Solution().SolutionPresent);
+  {
+    Database db = Database::Open(project_);
+    Statement st = db.PrepareRaw(
+        "select count(*) from LinesinkStrings where ScenResistance = 'riv' and Resistance = 2");
+    st.Step();
+    EXPECT_EQ(st.GetInt64(0), 2);
+  }
+
+  // Done without a change keeps the (new) solution and asks nothing.
+  SolveExample();
+  ui_.ExpectModal<Scenarios>(Scenarios::kName, [](Scenarios& d) { d.cmdDone(); });
+  ASSERT_TRUE(shell_->Commands().Run("ImpScenario"));
+  ui_.Verify();
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
 }
 
 }  // namespace

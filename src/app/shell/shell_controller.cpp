@@ -10,6 +10,7 @@
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
+#include "calibration/scenario_dialog.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -169,6 +170,17 @@ void ShellController::RegisterCommands() {
   }
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
+  // Model > Implement Scenario: like a solve, it starts from the select state; a
+  // model changed by it loses its solution.
+  c.Register(
+      "ImpScenario",
+      [this] {
+        state_.mouseState = 0;
+        state_.mouseMode = 0;
+        AfterMouseAction();
+        if (ImplementScenarios(port_, session_->Settings().DBName)) InvalidateSolution(true);
+      },
+      "Scenarios");
   c.RegisterPrefix(
       "RUN_FILES(", [this](const std::string& key) { ShowRunFile(key); }, "MODELRUNFILES");
   c.RegisterPrefix(
