@@ -138,6 +138,7 @@ auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(Calibration& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<StatsView>(m, *c.port, parent);
+}
 auto MakeView(Scenarios& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<ScenariosView>(m, *c.port, parent);
 }
