@@ -9,6 +9,7 @@
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
+//   tarnocmd map add|list|remove ...           (tarnocmd_maps.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -33,6 +34,7 @@
 #include "core/text.h"
 #include "tarnocmd_commands.h"
 #include "tarnocmd_elements.h"
+#include "tarnocmd_maps.h"
 
 namespace {
 
@@ -222,6 +224,7 @@ int main(int argc, char** argv) {
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunMapCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

@@ -6,42 +6,11 @@
 
 #include "basemaps/browser.h"
 #include "catalogue_fixture.h"
+#include "map_files.h"
 #include "store/database.h"
 
 namespace tarno::test {
 namespace {
-
-// A point shapefile with the attributes ZONE (text) and DEPTH (real), three records.
-std::string MakeShapefile(const std::filesystem::path& path) {
-  GDALAllRegister();
-  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("ESRI Shapefile");
-  GDALDataset* ds = driver->Create(path.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr);
-  OGRLayer* layer = ds->CreateLayer("wells", nullptr, wkbPoint, nullptr);
-  OGRFieldDefn zone("ZONE", OFTString);
-  OGRFieldDefn depth("DEPTH", OFTReal);
-  layer->CreateField(&zone);
-  layer->CreateField(&depth);
-  const char* zones[] = {"north", "south", ""};
-  for (int i = 0; i < 3; ++i) {
-    OGRFeature* f = OGRFeature::CreateFeature(layer->GetLayerDefn());
-    if (zones[i][0] != '\0') f->SetField("ZONE", zones[i]);
-    f->SetField("DEPTH", 1.5 * (i + 1));
-    OGRPoint p(i, 2.0 * i);
-    f->SetGeometry(&p);
-    layer->CreateFeature(f);
-    OGRFeature::DestroyFeature(f);
-  }
-  GDALClose(ds);
-  return path.string();
-}
-
-std::string MakeTiff(const std::filesystem::path& path, int bands) {
-  GDALAllRegister();
-  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
-  GDALDataset* ds = driver->Create(path.string().c_str(), 8, 4, bands, GDT_Byte, nullptr);
-  GDALClose(ds);
-  return path.string();
-}
 
 class BrowserTest : public CatalogueTest {
  protected:
@@ -171,7 +140,7 @@ TEST_F(BrowserTest, ViewShowsTheAttributeTableOfAShapefile) {
 }
 
 TEST_F(BrowserTest, ViewShowsTheBandsOfAnImageAndTheLayersOfACadFile) {
-  const std::string tif = MakeTiff(dir_ / "photo.tif", 3);
+  const std::string tif = MakeImage(dir_ / "photo.tif", "GTiff", 8, 4, 3);
   ViewGraphics g;
   g.Load(tif);
   EXPECT_EQ(g.Kind, BaseMapKind::Raster);
