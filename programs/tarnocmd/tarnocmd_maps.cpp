@@ -48,9 +48,11 @@ std::string FullPath(const std::string& file) {
   return p.lexically_normal().string();
 }
 
+// The stored colour is packed with red in the low byte; it is written as #RRGGBB.
 std::string HexColour(int colour) {
+  const unsigned c = static_cast<unsigned>(colour);
   char text[16];
-  std::snprintf(text, sizeof text, "#%06X", static_cast<unsigned>(colour) & 0xFFFFFFu);
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", c & 0xFFu, (c >> 8) & 0xFFu, (c >> 16) & 0xFFu);
   return text;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/shell_models.h"
+#include "basemaps/browser.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -47,6 +48,7 @@ using ShownDialogs =
                WellProperties, LinesinkString,                       // wells and streams
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
-               TextLabelProperties>;  // observation and tracing objects, text labels
+               TextLabelProperties,  // observation and tracing objects, text labels
+               MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics>;  // base maps
 
 }  // namespace tarno

@@ -25,6 +25,8 @@
 #include "app/qt_ui.h"
 #include "app/shell_models.h"
 #include "app/toolbar_icons.h"
+#include "basemaps/browser.h"
+#include "basemaps/catalogue.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -405,6 +407,8 @@ void MainWindow::Dispatch(const std::string& key) {
     InspectorSettingsCommand();
   } else if (key == "SolverIntegrityCheck") {
     SolverIntegrityCheckCommand();
+  } else if (key == "TOOLS_CMDS(5)") {
+    MapBrowserCommand();
   } else if (key.rfind("RUN_FILES(", 0) == 0) {
     ShowRunFile(key);
   } else if (key == "TOOLS_CMDS(0)") {
@@ -553,6 +557,7 @@ void MainWindow::ElemTurnOffSelection() { state_.selection = Selection{}; }
 void MainWindow::ClearProjectViews() {
   solution_ = SolutionState{};
   inspector_ = InspectorSettings{};  // the inspector's settings are a session's
+  baseMaps_.clear();
   runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
@@ -587,15 +592,31 @@ void MainWindow::SetUpLayers() {
     state_.options.LinesinkShadow = kept.LinesinkShadow;
   }
   SyncSolutionView();
+  // The pre-scan opens the project's base maps for the redraw; the background is
+  // drawn anew with them.
+  baseMaps_ = PrescanMaps(file, port_, DefaultOpeners());
+  view_->RedrawBasemap = true;
   view_->SetUpLayers();
   ApplyMenus();
+}
+
+void MainWindow::MapBrowserCommand() {
+  RunOperation(port_, "MapBrowser", [&] {
+    MapBrowser browser(session_->Settings().DBName, DefaultOpeners());
+    browser.Load();
+    port_.ShowModal(browser);
+    if (browser.Changed) {
+      SetUpLayers();
+      ZoomActions(false);
+    }
+  });
 }
 
 void MainWindow::ModelCheckExtents(ProjectSession& session, StoredWindow& window) {
   Database db = Database::Open(session.Settings().DBName);
   const MapWindow saved{std::min(window.x1, window.x2), std::max(window.x1, window.x2),
                         std::max(window.y1, window.y2), std::min(window.y1, window.y2)};
-  const ModelExtents e = tarno::ModelCheckExtents(db, saved, std::nullopt);
+  const ModelExtents e = tarno::ModelCheckExtents(db, saved, ModelCheckMapExtents(baseMaps_));
   state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   // A window of no extent, or one that lies wholly beside the model, gives way to
   // the model's extents widened by a tenth.
@@ -665,6 +686,7 @@ SolveContext MainWindow::SolveContextFor(ProcessWaiter* waiter) {
   ctx.waiter = waiter;
   ctx.programDirectory = ProgramDirectory();
   ctx.window = MapWindow{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
+  ctx.basemapExtents = ModelCheckMapExtents(baseMaps_);
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
   ctx.hooks.enableMenu = [this](const std::string& entry, bool enabled) {

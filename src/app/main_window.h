@@ -16,6 +16,7 @@
 
 #include "app/app_port.h"
 #include "app/menu_model.h"
+#include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/vgraph.h"
 #include "solver/command_file.h"
@@ -91,6 +92,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
   void InspectorSettingsCommand();
   void SolverIntegrityCheckCommand();
+  // Tools, "TARNO Base Map Browser": the browser of the project's maps; a changed
+  // list or look sets the layers up again and redraws.
+  void MapBrowserCommand();
   // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point,
   // for the map's mouse handling: the "Model Results" box, one streamline drawn
   // with the pathlines.
@@ -117,6 +121,9 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
   MapView& View() { return *view_; }
+  // The base maps of the open project, as the last pre-scan opened them (the maps
+  // shown, in the list's order).
+  const BaseMapLayers& BaseMaps() const { return baseMaps_; }
   ProjectSession& Session() { return *session_; }
   MapState& State() { return state_; }
   SolutionState& Solution() { return solution_; }
@@ -195,6 +202,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   SolutionState solution_;
   SolveReport lastSolve_;
   InspectorSettings inspector_;
+  BaseMapLayers baseMaps_;
 
   MapWidget* mapWidget_ = nullptr;
   QToolBar* toolbar_ = nullptr;
