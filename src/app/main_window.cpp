@@ -95,6 +95,7 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   map_ = std::make_unique<QtMapSurface>(ratio);
   map2_ = std::make_unique<QtMapSurface>(ratio);
   view_ = std::make_unique<MapView>(state_, layer_, port_, *map_, *map2_);
+  view_->SetBaseMaps(&baseMaps_);
   nav_ = std::make_unique<Navigator>(state_, *view_, port_);
 
   mapWidget_ = new MapWidget(state_, layer_, this);
@@ -137,8 +138,9 @@ MainWindow::MainWindow(Options options, QWidget* parent)
     if (file.empty()) return false;
     Database db = Database::Open(file);
     MapWindow saved{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
-    // Read only: a zoom leaves the model origin to the next solve.
-    const ModelExtents e = ElementExtents(db, saved);
+    // Read only: a zoom leaves the model origin to the next solve. The shown base
+    // maps widen the extents.
+    const ModelExtents e = ElementExtents(db, saved, ShownMapExtents(&baseMaps_));
     // Widened by a twentieth on every side, so that no element lies on the edge.
     const double dx = std::max(1.0, e.MaxX - e.MinX) / 20, dy = std::max(1.0, e.MaxY - e.MinY) / 20;
     extents = WorldWindow{e.MinX - dx, e.MaxX + dx, e.MaxY + dy, e.MinY - dy};
@@ -616,7 +618,7 @@ void MainWindow::ModelCheckExtents(ProjectSession& session, StoredWindow& window
   Database db = Database::Open(session.Settings().DBName);
   const MapWindow saved{std::min(window.x1, window.x2), std::max(window.x1, window.x2),
                         std::max(window.y1, window.y2), std::min(window.y1, window.y2)};
-  const ModelExtents e = tarno::ModelCheckExtents(db, saved, ModelCheckMapExtents(baseMaps_));
+  const ModelExtents e = tarno::ModelCheckExtents(db, saved, ShownMapExtents(&baseMaps_));
   state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   // A window of no extent, or one that lies wholly beside the model, gives way to
   // the model's extents widened by a tenth.
@@ -686,7 +688,7 @@ SolveContext MainWindow::SolveContextFor(ProcessWaiter* waiter) {
   ctx.waiter = waiter;
   ctx.programDirectory = ProgramDirectory();
   ctx.window = MapWindow{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
-  ctx.basemapExtents = ModelCheckMapExtents(baseMaps_);
+  ctx.basemapExtents = ShownMapExtents(&baseMaps_);
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
   ctx.hooks.enableMenu = [this](const std::string& entry, bool enabled) {
@@ -790,7 +792,7 @@ void MainWindow::ModelSettingsCommand() {
     }
     Database db = Database::Open(file);
     const MapWindow w{state_.Window.Left, state_.Window.Right, state_.Window.Top, state_.Window.Bottom};
-    tarno::ModelCheckExtents(db, w, std::nullopt);
+    tarno::ModelCheckExtents(db, w, ShownMapExtents(&baseMaps_));
     state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   });
 }

@@ -121,9 +121,10 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
   MapView& View() { return *view_; }
-  // The base maps of the open project, as the last pre-scan opened them (the maps
-  // shown, in the list's order).
-  const BaseMapLayers& BaseMaps() const { return baseMaps_; }
+  // The project's base maps as the map draws them, in the order of its list. The
+  // pre-scan of an opened project fills it; after changing it, call
+  // View().SetBaseMaps(&BaseMaps()) so that the background is drawn again.
+  BaseMapLayers& BaseMaps() { return baseMaps_; }
   ProjectSession& Session() { return *session_; }
   MapState& State() { return state_; }
   SolutionState& Solution() { return solution_; }
@@ -196,13 +197,14 @@ class MainWindow : public QMainWindow, public SessionHooks {
   MapState state_;
   VGraphGDI layer_;
   std::unique_ptr<QtMapSurface> map_, map2_;
+  // Declared before the view, which keeps a pointer to it.
+  BaseMapLayers baseMaps_;
   std::unique_ptr<MapView> view_;
   std::unique_ptr<Navigator> nav_;
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;
   InspectorSettings inspector_;
-  BaseMapLayers baseMaps_;
 
   MapWidget* mapWidget_ = nullptr;
   QToolBar* toolbar_ = nullptr;

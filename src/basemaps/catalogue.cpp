@@ -358,7 +358,8 @@ BaseMapLayers PrescanMaps(const std::vector<BaseMapRow>& rows, UserInterface& ui
                       {(raster ? ct::kErrorAddingRaster : ct::kErrorAddingVector) + row.MapName});
         continue;
       }
-      if (row.Show) layers.push_back(std::move(layer));
+      layer->Show = row.Show;
+      layers.push_back(std::move(layer));
     }
   } catch (...) {
     ui.PleaseWaitHide();
@@ -377,23 +378,7 @@ BaseMapLayers PrescanMaps(const std::string& projectFile, UserInterface& ui,
 // Extents.
 
 std::optional<ModelExtents> ModelCheckMapExtents(const BaseMapLayers& layers) {
-  std::optional<ModelExtents> box;
-  for (const auto& layer : layers) {
-    if (!layer) continue;
-    const std::optional<MapExtents> e = layer->Extents();
-    if (!e) continue;
-    const double minX = std::min(e->Left, e->Right), maxX = std::max(e->Left, e->Right);
-    const double minY = std::min(e->Bottom, e->Top), maxY = std::max(e->Bottom, e->Top);
-    if (!box) {
-      box = ModelExtents{minX, maxX, minY, maxY};
-    } else {
-      box->MinX = std::min(box->MinX, minX);
-      box->MaxX = std::max(box->MaxX, maxX);
-      box->MinY = std::min(box->MinY, minY);
-      box->MaxY = std::max(box->MaxY, maxY);
-    }
-  }
-  return box;
+  return ShownMapExtents(&layers);
 }
 
 std::optional<ModelExtents> ModelCheckMapExtents(const std::string& projectFile,

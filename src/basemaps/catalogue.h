@@ -150,9 +150,9 @@ bool SelectAndAddMaps(const std::string& projectFile, UserInterface& ui,
 
 // Opens every listed map under the wait window "Pre-scanning maps...". A map that
 // cannot be opened gives "Error Adding Image" ("Error adding vector image " or
-// "Error adding raster image " with its name) and is left out. The layers of the
-// maps shown (Show true) are returned in the list's order; the maps switched off are
-// opened only to be checked.
+// "Error adding raster image " with its name) and is left out. The layers are
+// returned in the list's order, each with the Show of its row: the redraw draws and
+// the extents count only the maps shown.
 BaseMapLayers PrescanMaps(const std::vector<BaseMapRow>& rows, UserInterface& ui,
                           const BaseMapOpeners& openers);
 BaseMapLayers PrescanMaps(const std::string& projectFile, UserInterface& ui,
@@ -161,8 +161,8 @@ BaseMapLayers PrescanMaps(const std::string& projectFile, UserInterface& ui,
 // ---------------------------------------------------------------------------
 // Extents.
 
-// The box of the layers' extents (a layer without geometry adds nothing); none when
-// no layer has extents. Widens the model's extents.
+// The box of the extents of the layers shown (a layer without geometry adds
+// nothing); none when no such layer has extents. Widens the model's extents.
 std::optional<ModelExtents> ModelCheckMapExtents(const BaseMapLayers& layers);
 // The same for the shown maps of a project, opened for the purpose; maps that
 // cannot be opened are passed over without a box (the pre-scan reports them).

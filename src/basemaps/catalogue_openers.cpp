@@ -2,6 +2,8 @@
 // catalogue so that a program or test that brings openers of its own does not pull
 // in every reader.
 #include "basemaps/catalogue.h"
+#include "basemaps/raster_layer.h"
+#include "basemaps/world_file.h"
 
 namespace tarno {
 
@@ -10,10 +12,10 @@ const BaseMapOpeners& DefaultOpeners() {
     BaseMapOpeners o;
     o.bbm = OpenBbmLayer;
     o.shape = OpenShapeLayer;
-    // Not yet: the CAD and raster readers, the world file search and the overview
-    // builder come with the raster layers (OpenCadLayer, OpenRasterLayer,
-    // WorldFileExists, BuildOverviews). Until they are merged a CAD file or an image
-    // is refused by the catalogue's boxes as a file it cannot read.
+    o.cad = OpenCadLayer;
+    o.raster = OpenRasterLayer;
+    o.worldFileExists = [](const std::string& image) { return WorldFileExists(image); };
+    o.buildOverviews = [](const std::string& image) { (void)BuildOverviews(image); };
     return o;
   }();
   return openers;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "display/vgraph.h"
+#include "elements/extents.h"
 
 namespace tarno {
 
@@ -31,8 +32,17 @@ class BaseMapLayer {
   // Draws the part of the map inside the layer's current window. A layer that is
   // switched off (the row's Show) is not asked to draw.
   virtual void Draw(VGraphGDI& layer) = 0;
+
+  // The row's Show: a map switched off is neither drawn nor counted in the extents.
+  bool Show = true;
 };
 
 using BaseMapLayers = std::vector<std::unique_ptr<BaseMapLayer>>;
+
+// The box of the extents of the shown maps of a list, for widening the model's
+// extents (Zoom Extents, the model origin). None without a list, without a shown
+// map, or when no shown map has extents. A map whose extents cannot be read is
+// left out.
+std::optional<ModelExtents> ShownMapExtents(const BaseMapLayers* maps);
 
 }  // namespace tarno

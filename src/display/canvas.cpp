@@ -90,6 +90,18 @@ void RecordingCanvas::Refresh() {
   ops_.push_back(std::move(op));
 }
 
+void RecordingCanvas::Image(int left, int top, int width, int height, const std::uint32_t* argb,
+                            int imageWidth, int imageHeight) {
+  Op op;
+  op.kind = Kind::Image;
+  op.points = {{left, top}, {left + width, top + height}};
+  op.imageWidth = imageWidth;
+  op.imageHeight = imageHeight;
+  if (argb != nullptr && imageWidth > 0 && imageHeight > 0)
+    op.pixels.assign(argb, argb + static_cast<std::size_t>(imageWidth) * imageHeight);
+  ops_.push_back(std::move(op));
+}
+
 int RecordingCanvas::Count(Kind kind) const {
   int n = 0;
   for (const auto& op : ops_) n += op.kind == kind;

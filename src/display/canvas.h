@@ -101,6 +101,16 @@ class Canvas {
   virtual void ResetClip() = 0;
   // Fills the whole surface with a colour and removes the clip.
   virtual void Clear(Colour background) = 0;
+  // An image of imageWidth x imageHeight pixels, rows from the top, each pixel
+  // 0xAARRGGBB (not premultiplied), drawn scaled into the device rectangle of
+  // `width` x `height` pixels whose top left pixel is (left, top). Pixels of alpha
+  // 0 leave the surface as it was (an image's no-data). A surface that shows no
+  // images (a plotter) draws nothing.
+  virtual void Image(int left, int top, int width, int height, const std::uint32_t* argb,
+                     int imageWidth, int imageHeight) {
+    (void)left, (void)top, (void)width, (void)height, (void)argb, (void)imageWidth,
+        (void)imageHeight;
+  }
   // Asks the surface to show what was drawn (a widget repaints; an image does
   // nothing).
   virtual void Refresh() {}
@@ -109,7 +119,7 @@ class Canvas {
 // A canvas that draws nothing and keeps every call, in order.
 class RecordingCanvas : public Canvas {
  public:
-  enum class Kind { Polyline, Polygon, Circle, Text, Clip, ResetClip, Clear, Refresh };
+  enum class Kind { Polyline, Polygon, Circle, Text, Clip, ResetClip, Clear, Refresh, Image };
   struct Op {
     Kind kind = Kind::Polyline;
     std::vector<DevicePoint> points;  // the figure; a circle's box as two corners; a text's point
@@ -122,6 +132,11 @@ class RecordingCanvas : public Canvas {
     int height = 0;    // Text: device pixels
     int escapement = 0;
     int alignment = 0;
+    // Image: the device rectangle is points[0] (top left) and points[1] (one past the
+    // bottom right); the image's size and its pixels.
+    int imageWidth = 0;
+    int imageHeight = 0;
+    std::vector<std::uint32_t> pixels;
   };
 
   RecordingCanvas(int width = 800, int height = 600, int dpiX = 96, int dpiY = 96)
@@ -143,6 +158,8 @@ class RecordingCanvas : public Canvas {
   void ResetClip() override;
   void Clear(Colour background) override;
   void Refresh() override;
+  void Image(int left, int top, int width, int height, const std::uint32_t* argb, int imageWidth,
+             int imageHeight) override;
 
   const std::vector<Op>& Ops() const { return ops_; }
   void ClearOps() { ops_.clear(); }

@@ -46,12 +46,13 @@ void WriteModelWindow(const std::filesystem::path& project, const WorldWindow& w
   st.Run();
 }
 
-// The model's extents from the elements of the project, widened by a margin. Only
-// read: the model origin is the solve's to set (ModelCheckExtents).
-bool ProjectExtents(const MapState& state, WorldWindow& out) {
+// The model's extents from the elements of the project and the shown base maps,
+// widened by a margin. Only read: the model origin is the solve's to set
+// (ModelCheckExtents).
+bool ProjectExtents(const MapState& state, const BaseMapLayers* maps, WorldWindow& out) {
   Database db = Database::Open(state.projectFile);
   MapWindow saved{state.Window.Left, state.Window.Right, state.Window.Top, state.Window.Bottom};
-  const ModelExtents e = ElementExtents(db, saved);
+  const ModelExtents e = ElementExtents(db, saved, ShownMapExtents(maps));
   const double mx = (e.MaxX - e.MinX) * kExtentsMargin;
   const double my = (e.MaxY - e.MinY) * kExtentsMargin;
   out.Left = e.MinX - mx;
@@ -296,7 +297,8 @@ void Navigator::ZoomActions(int action, double x1, double y1, double x2, double 
       case kZoomExtents: {
         WorldWindow extents;
         const bool found =
-            hooks.modelExtents ? hooks.modelExtents(extents) : ProjectExtents(state_, extents);
+            hooks.modelExtents ? hooks.modelExtents(extents)
+                                : ProjectExtents(state_, view_.BaseMaps(), extents);
         if (!found) return;
         w = extents;
         break;

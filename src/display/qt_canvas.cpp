@@ -221,6 +221,24 @@ void QtCanvas::Clear(Colour background) {
   p.restore();
 }
 
+void QtCanvas::Image(int left, int top, int width, int height, const std::uint32_t* argb,
+                     int imageWidth, int imageHeight) {
+  if (image_.isNull() || argb == nullptr || width <= 0 || height <= 0 || imageWidth <= 0 ||
+      imageHeight <= 0)
+    return;
+  // The pixels are wrapped, not copied: the image lives only for this call.
+  const QImage source(reinterpret_cast<const uchar*>(argb), imageWidth, imageHeight,
+                      static_cast<qsizetype>(imageWidth) * 4, QImage::Format_ARGB32);
+  QPainter& p = Painter();
+  p.save();
+  // A base map image is drawn at the window's pixel size already; when it is
+  // stretched (a deep zoom) its pixels stay sharp squares, as an image map shows them.
+  p.setRenderHint(QPainter::SmoothPixmapTransform, false);
+  p.setRenderHint(QPainter::Antialiasing, false);
+  p.drawImage(QRectF(left, top, width, height), source);
+  p.restore();
+}
+
 // ---------------------------------------------------------------------------
 // QtMapSurface
 

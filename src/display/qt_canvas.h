@@ -39,6 +39,8 @@ class QtCanvas : public Canvas {
   void SetClipRect(DevicePoint a, DevicePoint b) override;
   void ResetClip() override;
   void Clear(Colour background) override;
+  void Image(int left, int top, int width, int height, const std::uint32_t* argb, int imageWidth,
+             int imageHeight) override;
 
   // Ends the painter (before the image is copied or saved); drawing starts it again.
   void End();

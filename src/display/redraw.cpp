@@ -192,13 +192,38 @@ void MapView::Redraw_Basemap() {
   if (hooks.currentFeedback) feedback = hooks.currentFeedback();
   ui_.PleaseWaitShow(kDrawingBasemapsText, kWaitWidth);
 
-  // The vector and raster base maps (BBM groups, shape and CAD layers, images with
-  // their world files) are drawn here once the base map catalogue exists: the
-  // layers of the shown list entries are made visible, the raster layers rendered
-  // into Map2 and the BBM files drawn in the order of the project's list. Until
-  // then the background holds the editor grid and the haze only.
+  // The images and the vector maps of the project's list (raster first: an image
+  // lies under every vector map). The groups of a BBM map are drawn with the map
+  // browser's selection once the catalogue has it.
+  DrawBaseMaps();
 
   if (hooks.currentFeedback) ui_.Feedback(feedback);
+}
+
+void MapView::SetBaseMaps(const BaseMapLayers* maps) {
+  baseMaps_ = maps;
+  failedMaps_.clear();
+  MustRedraw = true;
+}
+
+void MapView::DrawBaseMaps() {
+  if (baseMaps_ == nullptr) return;
+  for (const bool raster : {true, false}) {
+    for (const auto& map : *baseMaps_) {
+      if (!map || !map->Show || map->IsRaster() != raster) continue;
+      try {
+        map->Draw(g_);
+      } catch (const UiPortFailure&) {
+        throw;
+      } catch (...) {
+        // Each map has its own trap: one that cannot be drawn is told once, not at
+        // every redraw, and does not stop the others.
+        const std::string description = CurrentExceptionDescription();
+        if (failedMaps_.insert(map->Name()).second)
+          ShowUnhandledError(ui_, "Redraw_Basemap", description);
+      }
+    }
+  }
 }
 
 void MapView::ApplyHaze() {

@@ -9,8 +9,10 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 
+#include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/vgraph.h"
 
@@ -91,6 +93,19 @@ class MapView {
   void Redraw_Basemap();
   // The dot screen over Map2.
   void ApplyHaze();
+
+  // The project's base maps, in the order of its list, filled by the owner of the
+  // view (the pre-scan of the project's maps); null draws none. The list must
+  // outlive the view or be replaced. Setting a list forgets which maps failed, so
+  // that a map of the new list that fails is reported again; it also rebuilds the
+  // background at the next redraw.
+  void SetBaseMaps(const BaseMapLayers* maps);
+  const BaseMapLayers* BaseMaps() const { return baseMaps_; }
+  // Draws the shown base maps on the bound surface: the images first, then the
+  // vector maps, each kind in the order of the list. A map that fails is reported
+  // with the general message of Redraw_Basemap the first time only, and the others
+  // still draw.
+  void DrawBaseMaps();
   // The View menu's switches from a project just opened.
   void SetUpLayers();
 
@@ -118,6 +133,8 @@ class MapView {
   MapSurface& map_;
   MapSurface& map2_;
   int backgroundBuilds_ = 0;
+  const BaseMapLayers* baseMaps_ = nullptr;
+  std::set<std::string> failedMaps_;
   bool obsolete_ = false;
   std::string keptActivity_;
   std::string keptFeedback_;

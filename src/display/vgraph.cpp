@@ -474,8 +474,21 @@ void VGraphGDI::vgGDIMarkerL(std::int32_t x, std::int32_t y, int symbol, Colour 
   vgGDIDeviceMarker(vgGDIHundredthsToDevice(x, y), symbol, colour, width, angle, size);
 }
 
+void VGraphGDI::vgGDIWorldImage(double left, double bottom, double right, double top,
+                                const std::uint32_t* argb, int imageWidth, int imageHeight) {
+  const DevicePoint a = vgGDIWorldToDevice(left, top);
+  const DevicePoint b = vgGDIWorldToDevice(right, bottom);
+  vgGDIDeviceImage(a.x, a.y, b.x - a.x, b.y - a.y, argb, imageWidth, imageHeight);
+}
+
 // ---------------------------------------------------------------------------
 // Device figures
+
+void VGraphGDI::vgGDIDeviceImage(int left, int top, int width, int height,
+                                 const std::uint32_t* argb, int imageWidth, int imageHeight) {
+  if (s_.Surface == nullptr || width <= 0 || height <= 0) return;
+  s_.Surface->Image(left, top, width, height, argb, imageWidth, imageHeight);
+}
 
 void VGraphGDI::vgGDIDevicePolyline(std::vector<DevicePoint>& points, int count, Colour colour,
                                     int width, int style) {

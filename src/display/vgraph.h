@@ -162,7 +162,15 @@ class VGraphGDI {
   void vgGDIMarkerL(std::int32_t x, std::int32_t y, int symbol, Colour colour, int width,
                     double angle, double size);
 
+  // An image (rows from the top, pixels 0xAARRGGBB) stretched over a rectangle of
+  // the world between (left, bottom) and (right, top); throws OverflowError where
+  // the corners leave the device's range.
+  void vgGDIWorldImage(double left, double bottom, double right, double top,
+                       const std::uint32_t* argb, int imageWidth, int imageHeight);
+
   // Drawing in device coordinates.
+  void vgGDIDeviceImage(int left, int top, int width, int height, const std::uint32_t* argb,
+                        int imageWidth, int imageHeight);
   void vgGDIDevicePolyline(std::vector<DevicePoint>& points, int count, Colour colour, int width,
                            int style);
   void vgGDIDevicePolygon(const std::vector<DevicePoint>& points, int count, Colour colour,

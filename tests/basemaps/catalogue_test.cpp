@@ -211,9 +211,13 @@ TEST_F(CatalogueTest, PrescanOpensEveryMapAndReportsTheOnesThatFail) {
   ui_.ExpectMessage("Error Adding Image", {"Error adding raster image " + photo});
   const BaseMapLayers layers = PrescanMaps(project_, ui_, openers_);
   ui_.Verify();
-  ASSERT_EQ(layers.size(), 2u);
+  ASSERT_EQ(layers.size(), 3u);
   EXPECT_EQ(layers[0]->Name(), roads);
-  EXPECT_EQ(layers[1]->Name(), parcels);
+  EXPECT_EQ(layers[1]->Name(), hidden);
+  EXPECT_EQ(layers[2]->Name(), parcels);
+  EXPECT_TRUE(layers[0]->Show);
+  EXPECT_FALSE(layers[1]->Show);
+  EXPECT_TRUE(layers[2]->Show);
   EXPECT_EQ(ui_.WaitTexts(), std::vector<std::string>{"Pre-scanning maps..."});
   EXPECT_FALSE(ui_.WaitWindowVisible());
 }
@@ -242,6 +246,9 @@ TEST_F(CatalogueTest, ExtentsAreTheBoxOfTheShownMaps) {
   EXPECT_FALSE(ModelCheckMapExtents(layers));
   layers.push_back(std::make_unique<FakeLayer>("b", false, MapExtents{10, 20, 40, 30}));
   layers.push_back(std::make_unique<FakeLayer>("c", true, MapExtents{-5, 12, 35, 25}));
+  // A map switched off counts for nothing.
+  layers.push_back(std::make_unique<FakeLayer>("d", true, MapExtents{-500, 500, 500, -500}));
+  layers.back()->Show = false;
   const auto box = ModelCheckMapExtents(layers);
   ASSERT_TRUE(box);
   EXPECT_DOUBLE_EQ(box->MinX, -5);

@@ -65,6 +65,11 @@ class RecordingSurface : public MapSurface {
       case K::ResetClip: canvas_.ResetClip(); break;
       case K::Clear: canvas_.Clear(op.colour); break;
       case K::Refresh: canvas_.Refresh(); break;
+      case K::Image:
+        canvas_.Image(op.points[0].x, op.points[0].y, op.points[1].x - op.points[0].x,
+                      op.points[1].y - op.points[0].y, op.pixels.data(), op.imageWidth,
+                      op.imageHeight);
+        break;
     }
   }
   RecordingCanvas canvas_;
@@ -74,7 +79,8 @@ inline bool SameOp(const RecordingCanvas::Op& a, const RecordingCanvas::Op& b) {
   return a.kind == b.kind && a.points == b.points && a.colour == b.colour &&
          a.width == b.width && a.style == b.style && a.fill == b.fill && a.text == b.text &&
          a.font == b.font && a.height == b.height && a.escapement == b.escapement &&
-         a.alignment == b.alignment;
+         a.alignment == b.alignment && a.imageWidth == b.imageWidth &&
+         a.imageHeight == b.imageHeight && a.pixels == b.pixels;
 }
 
 // True when `whole` begins with `prefix`.

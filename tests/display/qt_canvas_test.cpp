@@ -164,6 +164,29 @@ TEST(QtCanvas, ClipKeepsPixelsOutsideAndClearRemovesIt) {
   EXPECT_TRUE(IsRed(image, 50, 35));
 }
 
+TEST(QtCanvas, ImageIsStretchedIntoItsBoxAndNoDataLeavesTheSurface) {
+  QImage image = WhiteImage(60, 40);
+  {
+    QtCanvas canvas(image);
+    // Two pixels, red and no-data, over a box of 20 by 10 at (10, 10): each pixel
+    // becomes a sharp block of 10 by 10.
+    const std::uint32_t pixels[2] = {0xFFFF0000u, 0x00000000u};
+    canvas.Image(10, 10, 20, 10, pixels, 2, 1);
+    // Clipped like the other figures.
+    canvas.SetClipRect({0, 30}, {5, 40});
+    const std::uint32_t blue = 0xFF0000FFu;
+    canvas.Image(0, 30, 10, 10, &blue, 1, 1);
+  }
+  EXPECT_TRUE(IsRed(image, 10, 10));
+  EXPECT_TRUE(IsRed(image, 19, 19));
+  EXPECT_TRUE(IsWhite(image, 20, 15));  // the no-data pixel
+  EXPECT_TRUE(IsWhite(image, 29, 19));
+  EXPECT_TRUE(IsWhite(image, 9, 10));
+  EXPECT_TRUE(IsWhite(image, 10, 20));
+  EXPECT_EQ(image.pixel(2, 35), qRgb(0, 0, 255));
+  EXPECT_TRUE(IsWhite(image, 7, 35));
+}
+
 TEST(QtCanvas, HighDpiImageDrawsAtDoubleResolution) {
   QImage image = WhiteImage(100, 50, 2.0);
   ASSERT_EQ(image.width(), 200);
