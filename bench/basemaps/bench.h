@@ -1,10 +1,22 @@
-// The benchmarks of the base maps, one function each, run in turn by main.cpp.
-// Each prints its figures and returns 0, or not 0 when it could not run.
+// The base map benchmarks: one function per map kind, each in its own file of this
+// folder, called by main.cpp. Each prints its figures and returns 0, or 1 when a
+// figure misses its target or the run fails.
+//
+// A function declared weak here may be left out of the build: main.cpp calls only
+// those that are linked in. Add the declaration of a new one here and its call in
+// main.cpp.
 #pragma once
 
-// A 10,000 x 10,000 GeoTIFF with overviews drawn at full extent, at one image
-// pixel to a screen pixel, and zoomed in deeply (raster_bench.cpp).
-int BenchRaster();
+// The number of timed runs per figure (the first argument of the program; 15 by
+// default); each figure reports the median.
+int BenchRuns();
 
-// The BBM vector maps (bbm_bench.cpp, with the BBM reader) are added here as
-// int BenchBbm(); and called from main.cpp.
+// BBM vector maps (bbm_bench.cpp): a map of one million vertices drawn on an image
+// of 1600 x 1000 pixels.
+int BenchBbm();
+
+// Raster images (by the raster layer's developer).
+int BenchRaster() __attribute__((weak));
+
+// The catalogue (catalog_bench.cpp): the pre-scan of a project of 20 maps.
+int BenchCatalog() __attribute__((weak));

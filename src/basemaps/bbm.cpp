@@ -150,7 +150,8 @@ void BBMap::Connect(const std::string& path) {
       shown += (c >= 32 && c < 127) ? static_cast<char>(c) : '?';
     }
     const std::string text = bbm_text::kIllegalHeader + path + " --" + shown;
-    if (ui_ != nullptr) ui_->MessageBox(bbm_text::kFileErrorTitle, {text}, Buttons::OK, Icon::Critical);
+    if (ui_ != nullptr)
+      ui_->MessageBox(bbm_text::kFileErrorTitle, {text}, Buttons::OK, Icon::Critical);
     throw BbmError(text);
   }
 
@@ -159,7 +160,8 @@ void BBMap::Connect(const std::string& path) {
   header_.Patch = f.Int(bbm::kVersionOffset + 8, "the version");
   if (!bbm::VersionAccepted(header_.Major, header_.Minor, header_.Patch)) {
     const std::string text = bbm_text::kIllegalVersion + path + ": " + header_.VersionText();
-    if (ui_ != nullptr) ui_->MessageBox(bbm_text::kFileErrorTitle, {text}, Buttons::OK, Icon::Critical);
+    if (ui_ != nullptr)
+      ui_->MessageBox(bbm_text::kFileErrorTitle, {text}, Buttons::OK, Icon::Critical);
     throw BbmError(text);
   }
 
@@ -315,14 +317,10 @@ std::vector<std::string> BBMap::InfoLines() const {
   const BbmHeader& h = header_;
   auto n = [](std::int64_t v) { return std::to_string(v); };
   std::vector<std::string> lines = {
-      "Filename:         " + fileName_,
-      "Version:          " + h.VersionText(),
-      "Title:            " + h.Title,
-      "Source:           " + h.Source,
-      "Description:      " + h.Description,
-      "Data type:        " + n(h.DataType),
-      "Projection:       " + n(h.Projection),
-      "Multiplier:       " + n(h.Multiplier),
+      "Filename:         " + fileName_,       "Version:          " + h.VersionText(),
+      "Title:            " + h.Title,         "Source:           " + h.Source,
+      "Description:      " + h.Description,   "Data type:        " + n(h.DataType),
+      "Projection:       " + n(h.Projection), "Multiplier:       " + n(h.Multiplier),
   };
   if (h.IsCommandForm()) {
     lines.push_back("Logical Pixels X: " + n(h.LogicalPixelsX));
@@ -540,8 +538,10 @@ BbmLineLabel BBMap::DrawLine(VGraphGDI& g, int record) {
           hypsographyFound_ = true;
           if (!options_.hypsographyLabels) continue;
           std::int64_t value = p.minor;
-          if (feet && options_.metres) value = static_cast<std::int64_t>(std::trunc(p.minor * 0.3048));
-          if (metres && !options_.metres) value = static_cast<std::int64_t>(std::trunc(p.minor / 0.3048));
+          if (feet && options_.metres)
+            value = static_cast<std::int64_t>(std::trunc(p.minor * 0.3048));
+          if (metres && !options_.metres)
+            value = static_cast<std::int64_t>(std::trunc(p.minor / 0.3048));
           out.text = std::to_string(value);
           placeLabelHere(false);
         }
@@ -550,7 +550,8 @@ BbmLineLabel BBMap::DrawLine(VGraphGDI& g, int record) {
         for (const Pair& p : pairs_) {
           if (p.major != 50) continue;
           const int m = p.minor;
-          if (m == 419 || m == 601 || m == 611 || m == 612 || m == 617 || m / 100 == 2) draw = false;
+          if (m == 419 || m == 601 || m == 611 || m == 612 || m == 617 || m / 100 == 2)
+            draw = false;
           if (m == 610) {
             if (level < 2) {
               style = kPenDot;
@@ -624,8 +625,7 @@ BbmLineLabel BBMap::DrawLine(VGraphGDI& g, int record) {
           if (p.minor >= 201 && p.minor <= 300) style = kPenDot;
         }
         break;
-      default:
-        break;
+      default: break;
     }
   } else if (type == bbm::kSimpleCoded) {
     const std::int32_t major = pairs_[0].major;
@@ -707,7 +707,9 @@ void BBMap::DrawArea(VGraphGDI& g, int record) {
     const BBMRecordIndex& line = lines_[static_cast<std::size_t>(number - 1)];
     const std::size_t n = static_cast<std::size_t>(line.Vertices);
     std::vector<unsigned char> raw(8 * n);
-    if (n > 0) Open().Read(line.Position + 8LL * line.AttrPairs, raw.size(), raw.data(), "boundary vertices");
+    if (n > 0)
+      Open().Read(line.Position + 8LL * line.AttrPairs, raw.size(), raw.data(),
+                  "boundary vertices");
     const std::size_t base = xs_.size();
     xs_.resize(base + n);
     ys_.resize(base + n);
@@ -735,7 +737,8 @@ void BBMap::DrawArea(VGraphGDI& g, int record) {
   // An area has no box of its own in the file; the one of its polygon keeps areas
   // outside the window from being converted at all.
   if (!PolygonVisible(g, xs_, ys_)) return;
-  g.vgGDIPolygonL(xs_.data(), ys_.data(), static_cast<int>(xs_.size()), colour, 0, kPenSolid, colour);
+  g.vgGDIPolygonL(xs_.data(), ys_.data(), static_cast<int>(xs_.size()), colour, 0, kPenSolid,
+                  colour);
 }
 
 void BBMap::DrawPoint(VGraphGDI& g, int record) {
@@ -760,7 +763,8 @@ void BBMap::DrawCommands(VGraphGDI& g) {
     throw;
   } catch (const std::exception&) {
     if (ui_ != nullptr) {
-      ui_->MessageBox(vgraph_text::kAppTitle, {bbm_text::kCommandError}, Buttons::OK, Icon::Critical);
+      ui_->MessageBox(vgraph_text::kAppTitle, {bbm_text::kCommandError}, Buttons::OK,
+                      Icon::Critical);
     }
   }
 }
@@ -796,7 +800,8 @@ void BBMap::DrawCommandStream(VGraphGDI& g) {
         const std::int32_t x = operand();
         const std::int32_t y = operand();
         if (xs_.size() > 1 && g.vgGDIBoxVisible(minX, maxX, maxY, minY)) {
-          ThinPolyline(xs_.data(), ys_.data(), static_cast<int>(xs_.size()), unitsPerPixel, dxs_, dys_);
+          ThinPolyline(xs_.data(), ys_.data(), static_cast<int>(xs_.size()), unitsPerPixel, dxs_,
+                       dys_);
           g.vgGDIPolylineL(dxs_.data(), dys_.data(), static_cast<int>(dxs_.size()), lineColour,
                            lineWidth, kPenSolid);
           if (++linesDrawn % kRefreshEvery == 0) g.vgGDIRefresh();
@@ -854,8 +859,7 @@ void BBMap::DrawCommandStream(VGraphGDI& g) {
       case bbm::kCmdEnd:
         // What is in the buffer is not drawn: producers end their streams with a 0.
         return;
-      default:
-        break;  // unknown codes have no operand
+      default: break;  // unknown codes have no operand
     }
   }
 }
@@ -907,7 +911,8 @@ void BBMap::DrawGroup(VGraphGDI& g, std::int32_t major, std::int32_t minor, Colo
     // The outline of the area, from its boundary lines as DrawArea joins them.
     std::vector<std::int32_t> xs, ys;
     for (std::int32_t b = 0; b < r.Boundaries; ++b) {
-      const std::int32_t ref = Open().Int(r.Position + 8LL * r.AttrPairs + 4LL * b, "area boundaries");
+      const std::int32_t ref =
+          Open().Int(r.Position + 8LL * r.AttrPairs + 4LL * b, "area boundaries");
       if (ref == 0) break;
       const std::int64_t number = std::llabs(static_cast<std::int64_t>(ref));
       if (number > static_cast<std::int64_t>(lines_.size())) {

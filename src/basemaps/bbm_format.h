@@ -50,11 +50,11 @@ inline constexpr std::size_t kBodyOffset = 296;
 inline constexpr std::size_t kHeaderSize = kBodyOffset;
 
 // Data types.
-inline constexpr std::int32_t kAttributed = -100000;   // DLG major and minor codes
-inline constexpr std::int32_t kSimpleCoded = -100001;  // first major 100, 200 or 300
-inline constexpr std::int32_t kColoured = -100004;     // a line's colour in its first minor
-inline constexpr std::int32_t kUnattributed = -100005; // records without pairs drawn too
-inline constexpr std::int32_t kCommands = -100006;     // the drawing-command stream
+inline constexpr std::int32_t kAttributed = -100000;    // DLG major and minor codes
+inline constexpr std::int32_t kSimpleCoded = -100001;   // first major 100, 200 or 300
+inline constexpr std::int32_t kColoured = -100004;      // a line's colour in its first minor
+inline constexpr std::int32_t kUnattributed = -100005;  // records without pairs drawn too
+inline constexpr std::int32_t kCommands = -100006;      // the drawing-command stream
 
 // Record types.
 inline constexpr std::int32_t kPointRecord = 32512;
@@ -68,11 +68,11 @@ inline constexpr std::size_t kLineFixedSize = 4 * 9;
 inline constexpr std::size_t kAreaFixedSize = 4 * 5;
 
 // Drawing-command codes.
-inline constexpr std::int32_t kCmdMoveTo = 0;    // X, Y: start a new line
-inline constexpr std::int32_t kCmdLineTo = 1;    // X, Y: extend the line
-inline constexpr std::int32_t kCmdWidth = 2;     // W in stored units
-inline constexpr std::int32_t kCmdColour = 3;    // C: palette index, 15 read as 0
-inline constexpr std::int32_t kCmdPolygon = 4;   // N, then N pairs X, Y
+inline constexpr std::int32_t kCmdMoveTo = 0;   // X, Y: start a new line
+inline constexpr std::int32_t kCmdLineTo = 1;   // X, Y: extend the line
+inline constexpr std::int32_t kCmdWidth = 2;    // W in stored units
+inline constexpr std::int32_t kCmdColour = 3;   // C: palette index, 15 read as 0
+inline constexpr std::int32_t kCmdPolygon = 4;  // N, then N pairs X, Y
 inline constexpr std::int32_t kCmdEnd = 999;
 
 // The versions a reader accepts: major at most 1, minor at most 0, patch below 3.
@@ -86,9 +86,9 @@ inline constexpr std::int32_t kWritePatch = 2;
 
 // Little-endian 32-bit integers in a byte buffer.
 inline std::int32_t GetInt32(const unsigned char* p) {
-  const std::uint32_t v = static_cast<std::uint32_t>(p[0]) | (static_cast<std::uint32_t>(p[1]) << 8) |
-                          (static_cast<std::uint32_t>(p[2]) << 16) |
-                          (static_cast<std::uint32_t>(p[3]) << 24);
+  const std::uint32_t v =
+      static_cast<std::uint32_t>(p[0]) | (static_cast<std::uint32_t>(p[1]) << 8) |
+      (static_cast<std::uint32_t>(p[2]) << 16) | (static_cast<std::uint32_t>(p[3]) << 24);
   return static_cast<std::int32_t>(v);
 }
 inline void PutInt32(unsigned char* p, std::int32_t value) {
