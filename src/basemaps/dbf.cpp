@@ -118,7 +118,8 @@ std::string FormatValue(const DbfValue& v, char type, const std::string& mask) {
     case 'D':
       if (const DbfDate* dt = std::get_if<DbfDate>(&v)) {
         char buf[16];
-        std::snprintf(buf, sizeof buf, "%04d%02d%02d", dt->Year % 10000, dt->Month % 100, dt->Day % 100);
+        std::snprintf(buf, sizeof buf, "%04d%02d%02d", dt->Year % 10000, dt->Month % 100,
+                      dt->Day % 100);
         return buf;
       }
       if (const std::string* s = std::get_if<std::string>(&v)) return *s;
@@ -194,7 +195,8 @@ int DBFTypeWidth(char type) {
 }
 
 void WriteDBFTable(const std::filesystem::path& path, const std::vector<DbfField>& fields,
-                   const std::vector<std::vector<std::string>>& rows, std::optional<DbfDate> today) {
+                   const std::vector<std::vector<std::string>>& rows,
+                   std::optional<DbfDate> today) {
   WriteTable(path, fields, rows, today);
 }
 
@@ -231,7 +233,8 @@ DbfTable ReadDBFBytes(std::string_view bytes, const std::string& name) {
   auto bad = [&](const std::string& why) -> Error {
     return Error("The table " + name + " is not a valid dBASE file: " + why + ".");
   };
-  if (bytes.size() < 33) throw bad("it is shorter than a header (" + std::to_string(bytes.size()) + " bytes)");
+  if (bytes.size() < 33)
+    throw bad("it is shorter than a header (" + std::to_string(bytes.size()) + " bytes)");
   const std::uint32_t count = GetLE(bytes, 4, 4);
   const std::uint32_t headerLength = GetLE(bytes, 8, 2);
   const std::uint32_t recordLength = GetLE(bytes, 10, 2);
@@ -260,8 +263,8 @@ DbfTable ReadDBFBytes(std::string_view bytes, const std::string& name) {
   if (sum != recordLength)
     throw bad("its record length " + std::to_string(recordLength) + " is not the " +
               std::to_string(sum) + " bytes of its fields");
-  const std::uint64_t need = static_cast<std::uint64_t>(headerLength) +
-                             static_cast<std::uint64_t>(count) * recordLength;
+  const std::uint64_t need =
+      static_cast<std::uint64_t>(headerLength) + static_cast<std::uint64_t>(count) * recordLength;
   if (need > bytes.size())
     throw bad("it holds " + std::to_string(count) + " records of " + std::to_string(recordLength) +
               " bytes but only " + std::to_string(bytes.size()) + " bytes in all");
@@ -275,7 +278,8 @@ DbfTable ReadDBFBytes(std::string_view bytes, const std::string& name) {
     std::vector<std::string> values;
     values.reserve(table.Fields.size());
     for (std::size_t k = 0; k < table.Fields.size(); ++k)
-      values.push_back(Trimmed(rec.substr(offsets[k], static_cast<std::size_t>(table.Fields[k].Length))));
+      values.push_back(
+          Trimmed(rec.substr(offsets[k], static_cast<std::size_t>(table.Fields[k].Length))));
     table.Records.push_back(std::move(values));
   }
   return table;
@@ -283,7 +287,8 @@ DbfTable ReadDBFBytes(std::string_view bytes, const std::string& name) {
 
 DbfTable ReadDBF(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw Error("Cannot open the table " + path.string() + ".", error_number::kFileNotFound);
+  if (!file)
+    throw Error("Cannot open the table " + path.string() + ".", error_number::kFileNotFound);
   const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   return ReadDBFBytes(bytes, path.string());
 }

@@ -20,12 +20,18 @@ Colour HsvColour(double h, double s, double v) {
   const double hp = std::fmod(h, 1.0) * 6.0;
   const double x = c * (1.0 - std::fabs(std::fmod(hp, 2.0) - 1.0));
   double r = 0, g = 0, b = 0;
-  if (hp < 1) r = c, g = x;
-  else if (hp < 2) r = x, g = c;
-  else if (hp < 3) g = c, b = x;
-  else if (hp < 4) g = x, b = c;
-  else if (hp < 5) r = x, b = c;
-  else r = c, b = x;
+  if (hp < 1)
+    r = c, g = x;
+  else if (hp < 2)
+    r = x, g = c;
+  else if (hp < 3)
+    g = c, b = x;
+  else if (hp < 4)
+    g = x, b = c;
+  else if (hp < 5)
+    r = x, b = c;
+  else
+    r = c, b = x;
   const double m = v - c;
   auto byte = [&](double u) { return static_cast<int>(std::lround((u + m) * 255.0)); };
   return Rgb(byte(r), byte(g), byte(b));
@@ -40,8 +46,9 @@ void PlaceLabel(ShapeLayer::Record& r) {
     r.LabelY = 0.5 * (r.Box.Top() + r.Box.Bottom());
     return;
   }
-  const auto& longest = *std::max_element(
-      r.Parts.begin(), r.Parts.end(), [](const auto& a, const auto& b) { return a.size() < b.size(); });
+  const auto& longest =
+      *std::max_element(r.Parts.begin(), r.Parts.end(),
+                        [](const auto& a, const auto& b) { return a.size() < b.size(); });
   if (longest.empty()) return;
   const auto& p = r.Type == ShapeType::PolyLine ? longest[longest.size() / 2] : longest.front();
   r.LabelX = p.first;
@@ -57,7 +64,8 @@ std::vector<std::pair<double, double>> PartOf(const CPart& part) {
 
 // A line of any length through the layer, in runs of at most the layer's world
 // limit that share their end points.
-void DrawLine(VGraphGDI& g, const std::vector<std::pair<double, double>>& pts, bool closed, Colour c) {
+void DrawLine(VGraphGDI& g, const std::vector<std::pair<double, double>>& pts, bool closed,
+              Colour c) {
   std::vector<double> xs, ys;
   xs.reserve(pts.size() + 1);
   ys.reserve(pts.size() + 1);
@@ -73,7 +81,8 @@ void DrawLine(VGraphGDI& g, const std::vector<std::pair<double, double>>& pts, b
   if (n == 0) return;
   for (std::size_t start = 0;;) {
     const std::size_t count = std::min<std::size_t>(kMaxWorldPolylinePoints, n - start);
-    g.vgGDIPolyline(xs.data() + start, ys.data() + start, static_cast<int>(count), c, 0.0, kPenSolid);
+    g.vgGDIPolyline(xs.data() + start, ys.data() + start, static_cast<int>(count), c, 0.0,
+                    kPenSolid);
     if (start + count >= n) break;
     start += count - 1;
   }
@@ -180,7 +189,8 @@ void ShapeLayer::DrawRecord(VGraphGDI& g, const Record& r) {
     case ShapeType::Point:
     case ShapeType::MultiPoint:
       for (const auto& part : r.Parts)
-        for (const auto& [x, y] : part) g.vgGDIMarker(x, y, kShapePointSymbol, r.Color, 1, 0.0, 1.0);
+        for (const auto& [x, y] : part)
+          g.vgGDIMarker(x, y, kShapePointSymbol, r.Color, 1, 0.0, 1.0);
       break;
     case ShapeType::PolyLine:
       for (const auto& part : r.Parts) DrawLine(g, part, false, r.Color);
@@ -194,14 +204,14 @@ void ShapeLayer::DrawRecord(VGraphGDI& g, const Record& r) {
             xs.push_back(x);
             ys.push_back(y);
           }
-          g.vgGDIPolygon(xs.data(), ys.data(), static_cast<int>(xs.size()), r.Color, 1, kPenSolid, -1);
+          g.vgGDIPolygon(xs.data(), ys.data(), static_cast<int>(xs.size()), r.Color, 1, kPenSolid,
+                         -1);
         } else {
           DrawLine(g, part, true, r.Color);
         }
       }
       break;
-    default:
-      break;
+    default: break;
   }
   if (!r.Label.empty())
     g.vgGDIWorldText(r.LabelX, r.LabelY, r.Label, kShapeLabelFont, kShapeLabelPoints, r.Color, 0.0,

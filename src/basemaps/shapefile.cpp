@@ -20,9 +20,9 @@ constexpr int kHeaderBytes = 100;
 
 void CheckIndex(int index, std::size_t size) {
   if (index < 1 || static_cast<std::size_t>(index) > size)
-    throw Error("Subscript out of range: item " + std::to_string(index) + " of " +
-                    std::to_string(size),
-                kSubscriptOutOfRange);
+    throw Error(
+        "Subscript out of range: item " + std::to_string(index) + " of " + std::to_string(size),
+        kSubscriptOutOfRange);
 }
 
 // The byte swap of a 32-bit value; big-endian fields pass through it both ways.
@@ -295,7 +295,8 @@ void CShapeFile::SetFileSpec(const CFileName& spec, int status,
   const std::string stem = base.filename().string();
   auto locate = [&](const char* ext) {
     std::filesystem::path found = FindFileNoCase(dir, stem + ext);
-    return std::make_pair(!found.empty(), found.empty() ? base.parent_path() / (stem + ext) : found);
+    return std::make_pair(!found.empty(),
+                          found.empty() ? base.parent_path() / (stem + ext) : found);
   };
   const auto [shpExists, shpPath] = locate(".shp");
   const auto [shxExists, shxPath] = locate(".shx");
@@ -303,7 +304,8 @@ void CShapeFile::SetFileSpec(const CFileName& spec, int status,
   shxPath_ = shxPath;
 
   if (status == kOpenExisting) {
-    for (const auto& [exists, path] : {std::make_pair(shpExists, shpPath), std::make_pair(shxExists, shxPath)})
+    for (const auto& [exists, path] :
+         {std::make_pair(shpExists, shpPath), std::make_pair(shxExists, shxPath)})
       if (!exists)
         throw ShapeFileError("The specified file " + path.string() + " does not exist.",
                              shape_error::kFileMissing, kSource, path.string());
@@ -396,13 +398,9 @@ std::optional<CShapeFile::IndexEntry> CShapeFile::FindOffset(int index) {
                     2 * static_cast<std::int64_t>(GetBE32(e + 4))};
 }
 
-std::unique_ptr<IShape> CShapeFile::Item(int index) {
-  return ReadRecord(index, false, nullptr);
-}
+std::unique_ptr<IShape> CShapeFile::Item(int index) { return ReadRecord(index, false); }
 
-std::unique_ptr<IShape> CShapeFile::ItemOrNull(int index) {
-  return ReadRecord(index, true, nullptr);
-}
+std::unique_ptr<IShape> CShapeFile::ItemOrNull(int index) { return ReadRecord(index, true); }
 
 namespace {
 
@@ -428,7 +426,7 @@ const char* ReaderSource(ShapeType type) {
 
 }  // namespace
 
-std::unique_ptr<IShape> CShapeFile::ReadRecord(int index, bool nullAnyType, const char*) {
+std::unique_ptr<IShape> CShapeFile::ReadRecord(int index, bool nullAnyType) {
   const char* source = ReaderSource(type_);
   RequireOpen(source);
   const std::string rec = "record " + std::to_string(index) + " of " + shpPath_.string();
@@ -516,8 +514,7 @@ std::unique_ptr<IShape> CShapeFile::ReadRecord(int index, bool nullAnyType, cons
       }
       return shape;
     }
-    default:
-      Fail(shape_text::kTypeMismatch, shape_error::kTypeMismatch, source);
+    default: Fail(shape_text::kTypeMismatch, shape_error::kTypeMismatch, source);
   }
 }
 
@@ -592,7 +589,8 @@ void CShapeFile::Add(const IShape& shape) {
       PutDouble(body, p.Y());
     }
   } else {
-    writer = classType == ShapeType::PolyLine ? "CShapeFile::PutPolyLine" : "CShapeFile::PutPolygon";
+    writer =
+        classType == ShapeType::PolyLine ? "CShapeFile::PutPolyLine" : "CShapeFile::PutPolygon";
     const auto& ps = static_cast<const CPartShape&>(shape);
     PutLE32(body, static_cast<std::int32_t>(classType));
     PutDouble(body, ps.Left());
@@ -613,7 +611,8 @@ void CShapeFile::Add(const IShape& shape) {
         PutDouble(body, p.Y());
       }
   }
-  if (shpBytes_ + 8 + static_cast<std::int64_t>(body.size()) > 2LL * std::numeric_limits<std::int32_t>::max())
+  if (shpBytes_ + 8 + static_cast<std::int64_t>(body.size()) >
+      2LL * std::numeric_limits<std::int32_t>::max())
     Fail("The file " + shpPath_.string() + " would grow beyond the format's size limit.",
          shape_error::kIoFailure, writer);
 
@@ -632,7 +631,8 @@ void CShapeFile::Add(const IShape& shape) {
 
   // The extent: the first non-null shape of an empty extent sets it, later ones widen it.
   if (!shape.IsNull()) {
-    const bool empty = count_ == 0 || (xmin_ == 0.0 && xmax_ == 0.0 && ymin_ == 0.0 && ymax_ == 0.0);
+    const bool empty =
+        count_ == 0 || (xmin_ == 0.0 && xmax_ == 0.0 && ymin_ == 0.0 && ymax_ == 0.0);
     if (empty) {
       xmin_ = shape.Left();
       xmax_ = shape.Right();

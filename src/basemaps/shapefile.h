@@ -105,15 +105,24 @@ class CPoint : public IShape {
   CPoint(double x, double y) : x_(x), y_(y), null_(false) {}
   double X() const { return x_; }
   double Y() const { return y_; }
-  void X(double v) { x_ = v; null_ = false; }
-  void Y(double v) { y_ = v; null_ = false; }
+  void X(double v) {
+    x_ = v;
+    null_ = false;
+  }
+  void Y(double v) {
+    y_ = v;
+    null_ = false;
+  }
 
   double Top() const override { return y_; }
   double Bottom() const override { return y_; }
   double Left() const override { return x_; }
   double Right() const override { return x_; }
   bool IsNull() const override { return null_; }
-  void MakeNull() override { x_ = y_ = 0.0; null_ = true; }
+  void MakeNull() override {
+    x_ = y_ = 0.0;
+    null_ = true;
+  }
   double Distance(double x, double y) const override;
   ShapeType Type() const override { return null_ ? ShapeType::Null : ShapeType::Point; }
   const char* ClassName() const override { return "CPoint"; }
@@ -131,11 +140,26 @@ class CRect : public IShape {
   double Bottom() const override { return bottom_; }
   double Left() const override { return left_; }
   double Right() const override { return right_; }
-  void Top(double v) { top_ = v; empty_ = false; }
-  void Bottom(double v) { bottom_ = v; empty_ = false; }
-  void Left(double v) { left_ = v; empty_ = false; }
-  void Right(double v) { right_ = v; empty_ = false; }
-  void MakeEmpty() { left_ = right_ = top_ = bottom_ = 0.0; empty_ = true; }
+  void Top(double v) {
+    top_ = v;
+    empty_ = false;
+  }
+  void Bottom(double v) {
+    bottom_ = v;
+    empty_ = false;
+  }
+  void Left(double v) {
+    left_ = v;
+    empty_ = false;
+  }
+  void Right(double v) {
+    right_ = v;
+    empty_ = false;
+  }
+  void MakeEmpty() {
+    left_ = right_ = top_ = bottom_ = 0.0;
+    empty_ = true;
+  }
   void Make(double left, double top, double right, double bottom);
   // The rectangle spanned by two corners given in any order.
   void MakeXY(double x1, double y1, double x2, double y2);
@@ -193,7 +217,10 @@ class CPartShape : public IShape {
   double Left() const override { return box_.Left(); }
   double Right() const override { return box_.Right(); }
   bool IsNull() const override { return parts_.empty(); }
-  void MakeNull() override { parts_.clear(); box_.MakeEmpty(); }
+  void MakeNull() override {
+    parts_.clear();
+    box_.MakeEmpty();
+  }
 
  protected:
   // The distance to the nearest segment of any part; rings close when `closed`.
@@ -235,7 +262,10 @@ class CMultiPoint : public IShape {
   double Left() const override { return box_.Left(); }
   double Right() const override { return box_.Right(); }
   bool IsNull() const override { return points_.empty(); }
-  void MakeNull() override { points_.clear(); box_.MakeEmpty(); }
+  void MakeNull() override {
+    points_.clear();
+    box_.MakeEmpty();
+  }
   double Distance(double x, double y) const override;
   ShapeType Type() const override { return IsNull() ? ShapeType::Null : ShapeType::MultiPoint; }
   const char* ClassName() const override { return "CMultiPoint"; }
@@ -302,7 +332,7 @@ class CShapeFile {
     std::int64_t length = 0;  // content bytes
   };
   std::optional<IndexEntry> FindOffset(int index);
-  std::unique_ptr<IShape> ReadRecord(int index, bool nullAnyType, const char* source);
+  std::unique_ptr<IShape> ReadRecord(int index, bool nullAnyType);
   void WriteHeaders();
   void WriteRecord(std::int32_t contentBytes, const std::string& body);
   void RequireOpen(const char* source) const;
@@ -315,8 +345,8 @@ class CShapeFile {
   bool writable_ = false;
   ShapeType type_ = ShapeType::Null;
   int count_ = 0;
-  std::int64_t shpBytes_ = 0;      // the real length of the main file
-  std::int64_t shxBytes_ = 0;      // the real length of the index file
+  std::int64_t shpBytes_ = 0;        // the real length of the main file
+  std::int64_t shxBytes_ = 0;        // the real length of the index file
   std::int64_t shxHeaderWords_ = 0;  // the index header's length, in words
   double xmin_ = 0.0, ymin_ = 0.0, xmax_ = 0.0, ymax_ = 0.0;
 };

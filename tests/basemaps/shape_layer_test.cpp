@@ -38,10 +38,11 @@ class ShapeLayerTest : public ::testing::Test {
       line.Add(part);
       f.Add(line);
     }
-    WriteDBFColumns(dir_ / "lines.dbf",
-                    {{"KIND", "C", "", {std::string("river"), std::string("canal"), std::string("river")}},
-                     {"NAME", "C", "", {std::string("West"), std::string("Middle"), std::string("East")}}},
-                    3);
+    WriteDBFColumns(
+        dir_ / "lines.dbf",
+        {{"KIND", "C", "", {std::string("river"), std::string("canal"), std::string("river")}},
+         {"NAME", "C", "", {std::string("West"), std::string("Middle"), std::string("East")}}},
+        3);
     return spec;
   }
 
@@ -178,7 +179,8 @@ TEST_F(ShapeLayerTest, PointsAndPolygonsAndNullRecords) {
     CPart outer, hole;
     for (auto [x, y] : {std::pair{0.0, 0.0}, {0.0, 40.0}, {40.0, 40.0}, {40.0, 0.0}, {0.0, 0.0}})
       outer.Add(x, y);
-    for (auto [x, y] : {std::pair{10.0, 10.0}, {30.0, 10.0}, {30.0, 30.0}, {10.0, 10.0}}) hole.Add(x, y);
+    for (auto [x, y] : {std::pair{10.0, 10.0}, {30.0, 10.0}, {30.0, 30.0}, {10.0, 10.0}})
+      hole.Add(x, y);
     CPolygon p;
     p.Add(outer);
     p.Add(hole);
