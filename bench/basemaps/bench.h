@@ -18,5 +18,8 @@ int BenchBbm();
 // Raster images (by the raster layer's developer).
 int BenchRaster() __attribute__((weak));
 
+// Shapefiles (shape_bench.cpp): writing, opening and drawing a map of 20000 lines.
+int BenchShape() __attribute__((weak));
+
 // The catalogue (catalog_bench.cpp): the pre-scan of a project of 20 maps.
 int BenchCatalog() __attribute__((weak));

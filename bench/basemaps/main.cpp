@@ -1,6 +1,6 @@
 // The base map benchmarks (see bench.h).
 //
-//   tarno-bench-basemaps [runs] [bbm|raster|catalog]
+//   tarno-bench-basemaps [runs] [bbm|raster|shape|catalog]
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdlib>
@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
   int failures = 0;
   if (wanted("bbm")) failures += BenchBbm();
   if (wanted("raster") && &BenchRaster != nullptr) failures += BenchRaster();
+  if (wanted("shape") && &BenchShape != nullptr) failures += BenchShape();
   if (wanted("catalog") && &BenchCatalog != nullptr) failures += BenchCatalog();
   return failures == 0 ? 0 : 1;
 }

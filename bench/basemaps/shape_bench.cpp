@@ -3,7 +3,7 @@
 // colour per value of a field), and drawing it whole and zoomed in on a recording
 // surface.
 //
-// Usage: tarno-bench-basemaps [lines [points]]   (default 20000 lines of 50 points)
+// 20000 lines of 50 points; run by tarno-bench-basemaps (main.cpp) as "shape".
 
 #include <chrono>
 #include <cmath>
@@ -16,6 +16,7 @@
 #include "basemaps/dbf.h"
 #include "basemaps/shape_layer.h"
 #include "basemaps/shapefile.h"
+#include "bench.h"
 #include "display/canvas.h"
 #include "display/vgraph.h"
 
@@ -30,9 +31,9 @@ double Now() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  const int lines = argc > 1 ? std::atoi(argv[1]) : 20000;
-  const int points = argc > 2 ? std::atoi(argv[2]) : 50;
+int BenchShape() {
+  const int lines = 20000;
+  const int points = 50;
   const fs::path dir = fs::temp_directory_path() / "tarno-bench-basemaps";
   fs::create_directories(dir);
   const std::string spec = (dir / "streams.shp").string();
