@@ -4,6 +4,7 @@
 
 #include "basemaps/catalogue.h"
 #include "catalogue_fixture.h"
+#include "map_files.h"
 #include "store/database.h"
 #include "store/default_dirs.h"
 
@@ -294,6 +295,55 @@ TEST_F(CatalogueTest, SelectingABBMGroupNeedsABBMMap) {
   ui_.Verify();
   EXPECT_EQ(ui_.CurrentActivity(), "Select BBM Group");
   EXPECT_EQ(ui_.CurrentFeedback(), "Click mouse on map to select a group of ...");
+}
+
+}  // namespace
+}  // namespace tarno::test
+
+// With the readers of the library: images found georeferenced by their world files.
+namespace tarno::test {
+namespace {
+
+TEST_F(CatalogueTest, AJpegWithOnlyAJgwFileHasAWorldFileAndOneWithNeitherIsAskedAbout) {
+  const std::string placed = MakeImage(dir_ / "placed.jpg", "JPEG");
+  WriteWorld(dir_ / "placed.jgw");
+  const std::string bare = MakeImage(dir_ / "bare.jpg", "JPEG");
+  const std::string tiff = MakeImage(dir_ / "scan.TIF", "GTiff");
+  WriteWorld(dir_ / "scan.tfw");
+  ui_.ExpectMessage("Not Georeferenced",
+                    {"The file " + bare + " may not be georeferenced!",
+                     "Click OK to proceed or Cancel to remove map."},
+                    Answer::Cancel)
+      .WithButtons(Buttons::OKCancel);
+  const auto added = AddMaps(project_, ui_, {placed, bare, tiff}, DefaultOpeners());
+  ui_.Verify();
+  EXPECT_EQ(added[0].outcome, AddOutcome::Added);
+  EXPECT_EQ(added[1].outcome, AddOutcome::RemovedByUser);
+  EXPECT_EQ(added[2].outcome, AddOutcome::Added);
+
+  // The pre-scan opens both with the real reader; their extents come from the world
+  // files: 8 x 4 pixels of 10 map units, (1000, 2000) the centre of the upper left
+  // pixel.
+  const BaseMapLayers layers = PrescanMaps(project_, ui_, DefaultOpeners());
+  ASSERT_EQ(layers.size(), 2u);
+  EXPECT_TRUE(layers[0]->IsRaster());
+  const auto box = ModelCheckMapExtents(layers);
+  ASSERT_TRUE(box);
+  EXPECT_DOUBLE_EQ(box->MinX, 995);
+  EXPECT_DOUBLE_EQ(box->MaxX, 1075);
+  EXPECT_DOUBLE_EQ(box->MinY, 1965);
+  EXPECT_DOUBLE_EQ(box->MaxY, 2005);
+}
+
+TEST_F(CatalogueTest, TheLibraryReadersRefuseFilesThatAreNotTheirKind) {
+  const std::string fakeJpeg = Map("fake.jpg");  // a text file
+  const std::string fakeBbm = Map("fake.bbm");
+  ui_.ExpectMessage("Can't Add", {"The image is not a valid raster data set."});
+  ui_.ExpectMessageTitled("Invalid File");
+  const auto added = AddMaps(project_, ui_, {fakeJpeg, fakeBbm}, DefaultOpeners());
+  ui_.Verify();
+  EXPECT_EQ(added[0].outcome, AddOutcome::CantAdd);
+  EXPECT_EQ(added[1].outcome, AddOutcome::InvalidFile);
 }
 
 }  // namespace

@@ -70,6 +70,23 @@ TEST_F(TarnocmdMapTest, RemoveTakesTheMapOutOfTheListAndKeepsTheFile) {
   EXPECT_EQ(r.err, "tarnocmd: " + wells + " is not a base map of " + project_ + "\n");
 }
 
+TEST_F(TarnocmdMapTest, AnImageWithoutWorldFileIsAddedWithTheWarningUnlessAnsweredNo) {
+  const std::string bare = MakeImage(dir_ / "bare.jpg", "JPEG");
+  const std::string placed = MakeImage(dir_ / "placed.jpg", "JPEG");
+  WriteWorld(dir_ / "placed.jgw");
+  RunResult r = Run({"map", "add", project_, bare, placed});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, "Not Georeferenced: The file " + bare + " may not be georeferenced!\n"
+                   "Not Georeferenced: Click OK to proceed or Cancel to remove map.\n");
+  EXPECT_EQ(ListLines().size(), 2u);
+  EXPECT_EQ(Run({"map", "remove", project_, bare}).status, 0);
+  r = Run({"map", "add", project_, bare, "--no"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_TRUE(Contains(r.err, "may not be georeferenced!"));
+  EXPECT_EQ(r.out, "Not added " + bare + ": removed\n");
+  EXPECT_EQ(ListLines(), std::vector<std::string>{placed + "\traster\tshown\t#000000\t__NONE__\t__NONE__"});
+}
+
 TEST_F(TarnocmdMapTest, BadUsageAndBadProjects) {
   EXPECT_EQ(Run({"map"}).status, 2);
   EXPECT_EQ(Run({"map", "paint", project_}).status, 2);
