@@ -119,8 +119,11 @@ std::string WriteDxf(const fs::path& dir, int m) {
   out << "0\nSECTION\n2\nENTITIES\n";
   for (int l = 0; l < kLines / 2; ++l) {
     const double x = 500000.0 + 25.0 * l, y = 4150000.0 + 10.0 * m;
-    out << "0\nLINE\n8\nLAYER" << l % 5 << "\n10\n" << x << "\n20\n" << y << "\n30\n0.0\n11\n"
-        << x + 20 << "\n21\n" << y + 30 << "\n31\n0.0\n";
+    out << "0\nLINE\n8\nLAYER" << l % 5 << "\n10\n"
+        << x << "\n20\n"
+        << y << "\n30\n0.0\n11\n"
+        << x + 20 << "\n21\n"
+        << y + 30 << "\n31\n0.0\n";
   }
   out << "0\nENDSEC\n0\nEOF\n";
   return path;
@@ -173,8 +176,9 @@ int BenchCatalog() {
   const double median = times[times.size() / 2];
   std::printf("catalogue: pre-scan of 20 maps (8 BBM, 8 shapefiles, 2 images, 2 DXF), %zu opened\n",
               opened);
-  std::printf("catalogue:   median %.3f s, best %.3f s, worst %.3f s over %d runs (target < %.1f s)\n",
-              median, times.front(), times.back(), runs, kTargetSeconds);
+  std::printf(
+      "catalogue:   median %.3f s, best %.3f s, worst %.3f s over %d runs (target < %.1f s)\n",
+      median, times.front(), times.back(), runs, kTargetSeconds);
   if (box)
     std::printf("catalogue:   extents %.0f..%.0f x %.0f..%.0f\n", box->MinX, box->MaxX, box->MinY,
                 box->MaxY);

@@ -44,7 +44,8 @@ std::vector<std::string> ShapeAttributeNames(const std::string& shapefile) {
   DatasetPtr ds = OpenDataset(shapefile, GDAL_OF_VECTOR);
   if (!ds || ds->GetLayerCount() < 1) return names;
   OGRFeatureDefn* defn = ds->GetLayer(0)->GetLayerDefn();
-  for (int i = 0; i < defn->GetFieldCount(); ++i) names.emplace_back(defn->GetFieldDefn(i)->GetNameRef());
+  for (int i = 0; i < defn->GetFieldCount(); ++i)
+    names.emplace_back(defn->GetFieldDefn(i)->GetNameRef());
   return names;
 }
 
@@ -98,12 +99,12 @@ void ViewShape::Load(const std::string& shapefile) {
   RecordCount = 0;
   GeometryType.clear();
   DatasetPtr ds = OpenDataset(shapefile, GDAL_OF_VECTOR);
-  if (!ds || ds->GetLayerCount() < 1)
-    throw Error("The shapefile " + shapefile + " cannot be read");
+  if (!ds || ds->GetLayerCount() < 1) throw Error("The shapefile " + shapefile + " cannot be read");
   OGRLayer* layer = ds->GetLayer(0);
   OGRFeatureDefn* defn = layer->GetLayerDefn();
   GeometryType = OGRGeometryTypeToName(defn->GetGeomType());
-  for (int i = 0; i < defn->GetFieldCount(); ++i) Columns.emplace_back(defn->GetFieldDefn(i)->GetNameRef());
+  for (int i = 0; i < defn->GetFieldCount(); ++i)
+    Columns.emplace_back(defn->GetFieldDefn(i)->GetNameRef());
   RecordCount = layer->GetFeatureCount();
   layer->ResetReading();
   while (Rows.size() < kMaxRecords) {
@@ -152,9 +153,8 @@ void ViewGraphics::Load(const std::string& mapName) {
   for (int i = 0; i < ds->GetLayerCount(); ++i) {
     OGRLayer* layer = ds->GetLayer(i);
     const std::string geometry = OGRGeometryTypeToName(layer->GetGeomType());
-    Entries.push_back({layer->GetName(), geometry + ", " +
-                                             std::to_string(layer->GetFeatureCount()) +
-                                             " feature(s)"});
+    Entries.push_back({layer->GetName(),
+                       geometry + ", " + std::to_string(layer->GetFeatureCount()) + " feature(s)"});
   }
 }
 
@@ -251,8 +251,8 @@ void MapBrowser::View(UserInterface& ui) {
       GraphicsDialog.Load(name);
       ui.ShowModal(GraphicsDialog);
     } else {
-      ui.MessageBox(kNothingToViewTitle,
-                    {"The map " + GetNameFromFile(name) + " has no attribute table or layers to view."});
+      ui.MessageBox(kNothingToViewTitle, {"The map " + GetNameFromFile(name) +
+                                          " has no attribute table or layers to view."});
     }
   } catch (const UiPortFailure&) {
     throw;

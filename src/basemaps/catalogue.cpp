@@ -21,9 +21,9 @@ namespace {
 const std::vector<std::string> kBbmExtensions = {"bbm"};
 const std::vector<std::string> kShapeExtensions = {"shp"};
 const std::vector<std::string> kCadExtensions = {"dgn", "dwg", "dxf"};
-const std::vector<std::string> kRasterExtensions = {"bil", "bip", "bmp", "bsq", "gis",
+const std::vector<std::string> kRasterExtensions = {"bil", "bip",  "bmp", "bsq", "gis",
                                                     "jpg", "jpeg", "lan", "ras", "rlc",
-                                                    "rs",  "sid", "sun", "tif", "tiff"};
+                                                    "rs",  "sid",  "sun", "tif", "tiff"};
 const std::vector<std::string> kNoExtensions;
 
 std::string Lower(std::string s) {
@@ -85,7 +85,8 @@ std::string MapExtension(const std::string& path) {
 BaseMapKind KindOfMap(const std::string& path) {
   const std::string ext = MapExtension(path);
   if (ext.empty()) return BaseMapKind::Unknown;
-  for (BaseMapKind k : {BaseMapKind::Bbm, BaseMapKind::Shape, BaseMapKind::Cad, BaseMapKind::Raster}) {
+  for (BaseMapKind k :
+       {BaseMapKind::Bbm, BaseMapKind::Shape, BaseMapKind::Cad, BaseMapKind::Raster}) {
     const auto& list = ExtensionsOf(k);
     if (std::find(list.begin(), list.end(), ext) != list.end()) return k;
   }
@@ -118,9 +119,9 @@ const std::string& SelectMapFilter() {
   static const std::string filter = [] {
     // Every extension of the table, in the alphabet's order but for "jpg" before
     // "jpeg", as the list has always stood.
-    const std::vector<std::string> all = {"bbm", "bil", "bip", "bmp", "bsq", "dgn", "dwg",
+    const std::vector<std::string> all = {"bbm", "bil", "bip", "bmp",  "bsq", "dgn", "dwg",
                                           "dxf", "gis", "jpg", "jpeg", "lan", "ras", "rlc",
-                                          "rs",  "shp", "sid", "sun", "tif", "tiff"};
+                                          "rs",  "shp", "sid", "sun",  "tif", "tiff"};
     std::string f = "All Supported Types|" + Patterns(all);
     f += "|BBM Basemap Files (*.bbm)|" + Patterns(kBbmExtensions);
     f += "|Shapefiles (*.shp)|" + Patterns(kShapeExtensions);
@@ -274,9 +275,8 @@ AddOutcome AddOne(Database& db, UserInterface& ui, const std::string& name,
       return AddOutcome::CantAdd;
     }
     const bool georeferenced = openers.worldFileExists && openers.worldFileExists(name);
-    if (!georeferenced &&
-        ui.MessageBox(ct::kNotGeoreferencedTitle, NotGeoreferencedLines(name), Buttons::OKCancel) ==
-            Answer::Cancel) {
+    if (!georeferenced && ui.MessageBox(ct::kNotGeoreferencedTitle, NotGeoreferencedLines(name),
+                                        Buttons::OKCancel) == Answer::Cancel) {
       return AddOutcome::RemovedByUser;
     }
   } else {
@@ -298,7 +298,8 @@ AddOutcome AddOne(Database& db, UserInterface& ui, const std::string& name,
 
 }  // namespace
 
-std::vector<AddedMap> AddMaps(Database& db, UserInterface& ui, const std::vector<std::string>& files,
+std::vector<AddedMap> AddMaps(Database& db, UserInterface& ui,
+                              const std::vector<std::string>& files,
                               const BaseMapOpeners& openers) {
   std::vector<AddedMap> result;
   for (const auto& file : files) {
@@ -309,7 +310,8 @@ std::vector<AddedMap> AddMaps(Database& db, UserInterface& ui, const std::vector
 }
 
 std::vector<AddedMap> AddMaps(const std::string& projectFile, UserInterface& ui,
-                              const std::vector<std::string>& files, const BaseMapOpeners& openers) {
+                              const std::vector<std::string>& files,
+                              const BaseMapOpeners& openers) {
   Database db = Database::Open(projectFile);
   return AddMaps(db, ui, files, openers);
 }
@@ -330,8 +332,7 @@ bool SelectAndAddMaps(const std::string& projectFile, UserInterface& ui,
     const std::string defFile = DefaultDirectoriesFile();
     DefaultDirectoriesIn(defFile, kSelectBBMPathKey, DirectoryMode::Write,
                          fs::path(files.front()).parent_path().string());
-  } catch (const Error&) {
-  }
+  } catch (const Error&) {}
   const auto added = AddMaps(projectFile, ui, files, openers);
   return std::any_of(added.begin(), added.end(),
                      [](const AddedMap& a) { return a.outcome == AddOutcome::Added; });
@@ -390,8 +391,7 @@ std::optional<ModelExtents> ModelCheckMapExtents(const std::string& projectFile,
       layers.push_back(openers.Open(row));
     } catch (const UiPortFailure&) {
       throw;
-    } catch (const std::exception&) {
-    }
+    } catch (const std::exception&) {}
   }
   return ModelCheckMapExtents(layers);
 }

@@ -118,10 +118,10 @@ const BaseMapOpeners& DefaultOpeners();
 
 enum class AddOutcome {
   Added,
-  AlreadyAdded,     // "File Already Added"
-  InvalidFile,      // a vector map that cannot be opened, or a file of no known kind
-  CantAdd,          // a raster image that cannot be opened
-  RemovedByUser,    // an image without world file, answered Cancel
+  AlreadyAdded,   // "File Already Added"
+  InvalidFile,    // a vector map that cannot be opened, or a file of no known kind
+  CantAdd,        // a raster image that cannot be opened
+  RemovedByUser,  // an image without world file, answered Cancel
 };
 const char* ToString(AddOutcome outcome);
 
@@ -134,8 +134,8 @@ struct AddedMap {
 // the catalogue: a listed map says so, a vector map that cannot be opened and an
 // image that cannot be read are refused, an image without a world file is asked
 // about (OK keeps it, Cancel removes it). Each accepted file gets its row at once.
-std::vector<AddedMap> AddMaps(Database& db, UserInterface& ui, const std::vector<std::string>& files,
-                              const BaseMapOpeners& openers);
+std::vector<AddedMap> AddMaps(Database& db, UserInterface& ui,
+                              const std::vector<std::string>& files, const BaseMapOpeners& openers);
 std::vector<AddedMap> AddMaps(const std::string& projectFile, UserInterface& ui,
                               const std::vector<std::string>& files, const BaseMapOpeners& openers);
 

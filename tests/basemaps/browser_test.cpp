@@ -1,8 +1,8 @@
 // The map browser and its dialogs: options of one map, the attribute table of a
 // shapefile, the layers of a CAD file and the bands of an image.
 #include <gdal_priv.h>
-#include <ogrsf_frmts.h>
 #include <gtest/gtest.h>
+#include <ogrsf_frmts.h>
 
 #include "basemaps/browser.h"
 #include "catalogue_fixture.h"
@@ -104,9 +104,10 @@ TEST_F(BrowserTest, RemoveAsksFirstAndNeedsASelection) {
   ui_.ExpectMessageTitled("Remove Map", Answer::No);
   EXPECT_FALSE(browser.Remove(ui_));
   EXPECT_EQ(ReadBaseMaps(project_).size(), 2u);
-  ui_.ExpectMessage("Remove Map", {"Remove the map " + a + " from the project?",
-                                   "The file itself is not deleted."},
-                    Answer::Yes);
+  ui_.ExpectMessage(
+      "Remove Map",
+      {"Remove the map " + a + " from the project?", "The file itself is not deleted."},
+      Answer::Yes);
   EXPECT_TRUE(browser.Remove(ui_));
   ui_.Verify();
   EXPECT_TRUE(browser.Changed);
@@ -151,9 +152,10 @@ TEST_F(BrowserTest, ViewShowsTheBandsOfAnImageAndTheLayersOfACadFile) {
 
   // A minimal DXF with one line on the layer "ROADS".
   const std::string dxf = (dir_ / "plan.dxf").string();
-  WriteFile(dxf,
-            "0\nSECTION\n2\nENTITIES\n0\nLINE\n8\nROADS\n10\n0.0\n20\n0.0\n30\n0.0\n11\n5.0\n21\n5.0\n"
-            "31\n0.0\n0\nENDSEC\n0\nEOF\n");
+  WriteFile(
+      dxf,
+      "0\nSECTION\n2\nENTITIES\n0\nLINE\n8\nROADS\n10\n0.0\n20\n0.0\n30\n0.0\n11\n5.0\n21\n5.0\n"
+      "31\n0.0\n0\nENDSEC\n0\nEOF\n");
   g.Load(dxf);
   EXPECT_EQ(g.Kind, BaseMapKind::Cad);
   ASSERT_FALSE(g.Entries.empty());
@@ -167,7 +169,8 @@ TEST_F(BrowserTest, ViewOfAMapWithNothingToShowOrUnreadableSaysSo) {
   AddMaps(project_, ui_, {roads, bad}, openers_);
   MapBrowser browser = Browser();
   browser.Selected = 0;
-  ui_.ExpectMessage("Nothing to View", {"The map roads.bbm has no attribute table or layers to view."});
+  ui_.ExpectMessage("Nothing to View",
+                    {"The map roads.bbm has no attribute table or layers to view."});
   browser.View(ui_);
   browser.Selected = 1;
   ui_.ExpectMessage("Cannot View Map", {"The file " + bad + " cannot be read"});

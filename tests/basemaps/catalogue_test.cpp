@@ -39,10 +39,11 @@ TEST(BaseMapKinds, TheSelectDialogOffersEveryKind) {
   EXPECT_EQ(r.title, "Select Basemap File");
   EXPECT_EQ(r.defaultExtension, "BBM");
   EXPECT_EQ(r.initialDirectory, "/maps/");
-  EXPECT_EQ(r.filter.rfind("All Supported Types|*.bbm;*.bil;*.bip;*.bmp;*.bsq;*.dgn;*.dwg;*.dxf;"
-                           "*.gis;*.jpg;*.jpeg;*.lan;*.ras;*.rlc;*.rs;*.shp;*.sid;*.sun;*.tif;*.tiff|",
-                           0),
-            0u)
+  EXPECT_EQ(
+      r.filter.rfind("All Supported Types|*.bbm;*.bil;*.bip;*.bmp;*.bsq;*.dgn;*.dwg;*.dxf;"
+                     "*.gis;*.jpg;*.jpeg;*.lan;*.ras;*.rlc;*.rs;*.shp;*.sid;*.sun;*.tif;*.tiff|",
+                     0),
+      0u)
       << r.filter;
   // Description and pattern pairs.
   std::size_t bars = 0;

@@ -44,7 +44,8 @@ inline std::string MakeImage(const std::filesystem::path& path, const char* form
   GDALDataset* src = mem->Create("", width, height, bands, GDT_Byte, nullptr);
   GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(format);
   char** options = nullptr;
-  GDALDataset* out = driver->CreateCopy(path.string().c_str(), src, FALSE, options, nullptr, nullptr);
+  GDALDataset* out =
+      driver->CreateCopy(path.string().c_str(), src, FALSE, options, nullptr, nullptr);
   GDALClose(out);
   GDALClose(src);
   // No side files of GDAL's own (.aux.xml) that could carry a georeference.

@@ -36,7 +36,8 @@ TEST_F(TarnocmdMapTest, AddedMapsAreListedByFullPathAndASecondAddIsRefused) {
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "Added " + wells + " (shape)\n");
   EXPECT_EQ(r.err, "");
-  EXPECT_EQ(ListLines(), std::vector<std::string>{wells + "\tshape\tshown\t#000000\t__NONE__\t__NONE__"});
+  EXPECT_EQ(ListLines(),
+            std::vector<std::string>{wells + "\tshape\tshown\t#000000\t__NONE__\t__NONE__"});
 
   r = Run({"map", "add", project_, wells});
   EXPECT_EQ(r.status, 1);
@@ -51,8 +52,10 @@ TEST_F(TarnocmdMapTest, AFileThatIsNoVectorMapIsRefusedWithItsBox) {
   const std::string good = MakeShapefile(dir_ / "good.shp");
   const RunResult r = Run({"map", "add", project_, bad, good});
   EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "Invalid File: The image is not a valid vector data set!\n"
-                   "Invalid File: Could not add the file: " + bad + ".\n");
+  EXPECT_EQ(r.err,
+            "Invalid File: The image is not a valid vector data set!\n"
+            "Invalid File: Could not add the file: " +
+                bad + ".\n");
   EXPECT_TRUE(Contains(r.out, "Added " + good));
   EXPECT_EQ(ListLines().size(), 1u);
 }
@@ -76,15 +79,17 @@ TEST_F(TarnocmdMapTest, AnImageWithoutWorldFileIsAddedWithTheWarningUnlessAnswer
   WriteWorld(dir_ / "placed.jgw");
   RunResult r = Run({"map", "add", project_, bare, placed});
   ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.err, "Not Georeferenced: The file " + bare + " may not be georeferenced!\n"
-                   "Not Georeferenced: Click OK to proceed or Cancel to remove map.\n");
+  EXPECT_EQ(r.err, "Not Georeferenced: The file " + bare +
+                       " may not be georeferenced!\n"
+                       "Not Georeferenced: Click OK to proceed or Cancel to remove map.\n");
   EXPECT_EQ(ListLines().size(), 2u);
   EXPECT_EQ(Run({"map", "remove", project_, bare}).status, 0);
   r = Run({"map", "add", project_, bare, "--no"});
   EXPECT_EQ(r.status, 1);
   EXPECT_TRUE(Contains(r.err, "may not be georeferenced!"));
   EXPECT_EQ(r.out, "Not added " + bare + ": removed\n");
-  EXPECT_EQ(ListLines(), std::vector<std::string>{placed + "\traster\tshown\t#000000\t__NONE__\t__NONE__"});
+  EXPECT_EQ(ListLines(),
+            std::vector<std::string>{placed + "\traster\tshown\t#000000\t__NONE__\t__NONE__"});
 }
 
 TEST_F(TarnocmdMapTest, BadUsageAndBadProjects) {

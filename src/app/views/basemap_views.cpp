@@ -49,7 +49,8 @@ QPushButton* CloseButton(QDialog* dialog, QVBoxLayout* layout) {
   return close;
 }
 
-void FillFieldChoice(QComboBox* box, const std::vector<std::string>& fields, const std::string& now) {
+void FillFieldChoice(QComboBox* box, const std::vector<std::string>& fields,
+                     const std::string& now) {
   for (const auto& f : fields) box->addItem(Q(f));
   int at = box->findText(Q(now), Qt::MatchFixedString);
   if (at < 0) {
@@ -194,8 +195,8 @@ void BaseMapBrowserOptionsView::ShowColour() {
   // The stored colour is packed with red in the low byte.
   const QColor colour(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF),
                       static_cast<int>((c >> 16) & 0xFF));
-  swatch_->setStyleSheet(QStringLiteral("background-color: %1; border: 1px solid black;")
-                             .arg(colour.name()));
+  swatch_->setStyleSheet(
+      QStringLiteral("background-color: %1; border: 1px solid black;").arg(colour.name()));
 }
 
 // ---------------------------------------------------------------------------
@@ -203,7 +204,8 @@ void BaseMapBrowserOptionsView::ShowColour() {
 ViewShapeView::ViewShapeView(ViewShape& model, QWidget* parent) : QDialog(parent) {
   setWindowTitle(Q(model.Title()));
   auto* layout = new QVBoxLayout(this);
-  QString summary = QStringLiteral("%1 record(s), %2").arg(model.RecordCount).arg(Q(model.GeometryType));
+  QString summary =
+      QStringLiteral("%1 record(s), %2").arg(model.RecordCount).arg(Q(model.GeometryType));
   if (static_cast<std::int64_t>(model.Rows.size()) < model.RecordCount)
     summary += QStringLiteral("; the first %1 are shown").arg(model.Rows.size());
   layout->addWidget(new QLabel(summary));
