@@ -203,6 +203,8 @@ struct StreamVertex {
 
 class Reader {
  public:
+  explicit Reader(const ParameterValues* values) : values_(values) {}
+
   CommandFile run(std::string_view text) {
     try {
       readAll(text);
@@ -215,6 +217,7 @@ class Reader {
 
  private:
   CommandFile out_;
+  const ParameterValues* values_ = nullptr;
   std::vector<Menu> menus_;  // open menus, innermost last; empty at the top level
   int lineNo_ = 0;
   std::string_view text_;
@@ -324,12 +327,34 @@ class Reader {
     if (items_.size() < from + n) return false;
     for (size_t i = 0; i < n; ++i) {
       std::string_view t = items_[from + i];
-      if (isParameterField(t)) parameterField(from + i);
+      if (isParameterField(t)) {
+        out[i] = parameterValue(from + i);
+        continue;
+      }
       auto v = parseNumber(t);
       if (!v) return false;
       out[i] = *v;
     }
     return true;
+  }
+
+  // A parameter field where a number belongs: its value from the parameter value file.
+  double parameterValue(size_t index) {
+    const std::string_view field = items_[index];
+    const std::string_view name = trim(field.substr(1, field.size() - 2));
+    if (values_ == nullptr)
+      fatal("item " + std::to_string(index + 1) + " is the parameter field \"" + std::string(field) +
+            "\" where a number belongs, and there is no parameter value file beside the command file. "
+            "This file is an estimation template: its parameter fields must be replaced by values before it "
+            "can be solved, so it cannot be solved as it stands");
+    const std::optional<double> v = values_->find(name);
+    if (!v)
+      fatal("item " + std::to_string(index + 1) + " is the parameter field \"" + std::string(field) +
+            "\" where a number belongs, and the parameter value file " + values_->file + " has no value for \"" +
+            std::string(name) + "\". This file is an estimation template: its parameter fields must be replaced " +
+            "by values before it can be solved, so it cannot be solved as it stands");
+    out_.parameters.push_back({lineNo_, std::string(field), *v});
+    return *v;
   }
 
   [[noreturn]] void parameterField(size_t index) {
@@ -1126,6 +1151,50 @@ class Reader {
 
 }  // namespace
 
-CommandFile parseCommandFile(std::string_view text) { return Reader().run(text); }
+CommandFile parseCommandFile(std::string_view text, const ParameterValues* values) {
+  return Reader(values).run(text);
+}
+
+std::optional<double> ParameterValues::find(std::string_view name) const {
+  name = trim(name);
+  for (const auto& [n, v] : values) {
+    if (n.size() != name.size()) continue;
+    bool same = true;
+    for (size_t i = 0; i < n.size() && same; ++i)
+      same = std::tolower(static_cast<unsigned char>(n[i])) == std::tolower(static_cast<unsigned char>(name[i]));
+    if (same) return v;
+  }
+  return std::nullopt;
+}
+
+ParameterValues parseParameterValues(std::string_view text, std::string file, std::vector<std::string>* problems) {
+  ParameterValues out;
+  out.file = std::move(file);
+  int lineNo = 0;
+  size_t pos = 0;
+  while (pos <= text.size()) {
+    size_t nl = text.find('\n', pos);
+    if (nl == std::string_view::npos) nl = text.size();
+    std::string_view line = text.substr(pos, nl - pos);
+    pos = nl + 1;
+    ++lineNo;
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    const std::vector<std::string_view> items = splitItems(line);
+    if (items.empty() || items.front().front() == '*') {
+      if (nl == text.size()) break;
+      continue;
+    }
+    std::optional<double> v = items.size() == 2 ? parseNumber(items[1]) : std::nullopt;
+    if (!v) {
+      if (problems)
+        problems->push_back("line " + std::to_string(lineNo) + ": \"" + std::string(line) +
+                            "\" is not a parameter name and a number; line skipped");
+    } else {
+      out.values.emplace_back(std::string(items[0]), *v);
+    }
+    if (nl == text.size()) break;
+  }
+  return out;
+}
 
 }  // namespace tarno::engine

@@ -278,6 +278,28 @@ struct Step {
   StepData data;
 };
 
+// The values of an estimation template's parameter fields for a plain solve: the
+// parameter value file "<name>.TPV" beside the command file, one line per parameter, its
+// name, blanks, its value; lines that start with '*' are comments.
+struct ParameterValues {
+  std::string file;  // its name, for the messages
+  std::vector<std::pair<std::string, double>> values;
+  // The value of a field's name (the marks and padding blanks removed), compared
+  // without regard to case; none when the file lacks it.
+  std::optional<double> find(std::string_view name) const;
+};
+// Reads the text of a parameter value file; a line that is neither a comment, empty, nor
+// a name and a number is reported in `problems` ("line N: ...") and skipped.
+ParameterValues parseParameterValues(std::string_view text, std::string file,
+                                     std::vector<std::string>* problems = nullptr);
+
+// A parameter field that took its value from the parameter value file.
+struct ParameterUse {
+  int line = 0;
+  std::string field;  // as written, with its marks
+  double value = 0.0;
+};
+
 // The whole command file as read.
 struct CommandFile {
   std::vector<std::string> lines;    // every line read (up to " stop"), line ends removed
@@ -285,6 +307,7 @@ struct CommandFile {
   std::vector<Diagnostic> problems;  // reported in the error log, the run goes on
   std::optional<Diagnostic> fatal;   // set when reading had to stop (a parameter field)
   bool stopped = false;              // " stop" was read
+  std::vector<ParameterUse> parameters;  // fields read from the parameter value file
 };
 
 // Limits that keep the reader bounded whatever the input.
@@ -293,7 +316,9 @@ inline constexpr size_t kMaxDataItems = 20000000;  // data lines kept, all kinds
 inline constexpr size_t kMaxProblems = 10000;      // further problems are counted, not listed
 inline constexpr int kMaxWellParticles = 10000;   // particles of one " well" line of a trace
 
-CommandFile parseCommandFile(std::string_view text);
+// Reads a command file. A parameter field where a number belongs takes its value from
+// `values`; without them, or when they lack the field's name, the field is fatal.
+CommandFile parseCommandFile(std::string_view text, const ParameterValues* values = nullptr);
 
 // Reads one number as the command files write it: fixed or exponent form, an
 // optional sign, with or without a digit before the point. The whole token must

@@ -4,6 +4,7 @@
 #include "engine/lake.h"
 
 #include "engine/area.h"
+#include "engine/lake_edge.h"
 
 #include <algorithm>
 #include <cmath>
@@ -625,6 +626,7 @@ std::vector<LakeResult> lakeResults(const Solution& solution) {
   const std::set<std::string> kept = acceptedLabels(solution);
   for (const Lake& l : solution.model().lakes)
     if (usable(l) && kept.count(l.label)) out.push_back(balanceOf(l, stateOf(solution, l)));
+  for (LakeResult& r : lakeEdgeResults(solution)) out.push_back(std::move(r));
   return out;
 }
 
@@ -669,6 +671,9 @@ double nearestLakeStage(const Solution& solution, double x, double y) {
       }
     }
   }
+  // A lake drawn by its shore may lie nearer.
+  const auto [edgeStage, edgeDistance] = nearestLakeEdgeStage(solution, x, y);
+  if (edgeDistance < best) return edgeStage;
   if (!nearest) return std::numeric_limits<double>::quiet_NaN();
   const LakeState st = stateOf(solution, *nearest);
   return st.dry ? kDryHead : st.stage;

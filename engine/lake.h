@@ -27,9 +27,8 @@
 //
 // and the inflows, which depend on the solution, are taken from the last solve.
 //
-// Not done in this version: lake edges drawn as routed strings (` Lake <table>` with
-// ` Levels <Q> <h>`, a line-sink lake); the runner reports them as not computed and
-// routes them as plain streams.
+// Lakes drawn by their shores (routed strings with ` Lake` and ` Levels`) are solved by
+// engine/lake_edge.h around this iteration; their balances are part of lakeResults.
 
 #include "engine/extract.h"
 #include "engine/model.h"

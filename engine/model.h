@@ -83,6 +83,22 @@ struct LineSinkString {
     bool inlet = false;
     std::string outletTable;
     std::vector<std::pair<double, double>> outletRating;  // (stage, discharge), stages rising
+    // A lake edge (` Lake <name>` with ` Levels <bottom> <estimate>`): the string is the
+    // shore of a lake whose stage follows from its water balance (engine/lake_edge.h).
+    // As given it is a routed string whose end inflow is the lake's evaporation less its
+    // precipitation (L/T); the engine solves it as a head-specified string at the stage.
+    struct LakeEdge {
+        bool on = false;
+        double bottom = -1e30;        // the lake bottom: below it the lake is dry
+        double estimate = 0.0;        // the second estimate of the stage (the first: the segments' heads)
+        double netEvaporation = 0.0;  // E - P on the lake's surface (L/T)
+        // Set by the solve, kept with the solution: the stage the segments hold (the
+        // bottom when dry) and the routed strings that flow into and out of the lake.
+        double stage = 0.0;
+        bool dry = false;
+        bool solved = false;
+        std::vector<std::string> inlets, outlets;
+    } lake;
     std::vector<Segment> segments;
 };
 

@@ -4,6 +4,7 @@
 #include "engine/files.h"
 #include "engine/grid.h"
 #include "engine/lake.h"
+#include "engine/lake_edge.h"
 #include "engine/leakage.h"
 #include "engine/logs.h"
 #include "engine/report.h"
@@ -162,6 +163,21 @@ void addElements(Model& model, const ElementsInput& e) {
     ls.overlandFlow = s.overlandFlow;
     ls.inlet = s.inlet;
     if (s.outletTable) ls.outletTable = *s.outletTable;
+    if (s.kind == StringKind::Stream && (s.lakeTable || s.levels)) {
+      // A lake edge: the end inflow of a routed string is here the lake's evaporation
+      // less its precipitation; the name after " Lake" is not used (it groups nothing).
+      ls.lake.on = true;
+      ls.lake.netEvaporation = s.endInflow;
+      ls.endInflow = 0.0;
+      ls.outletTable.clear();
+      ls.inlet = false;
+      if (s.levels) {
+        ls.lake.bottom = (*s.levels)[0];
+        ls.lake.estimate = (*s.levels)[1];
+      } else {
+        ls.lake.estimate = s.segments.front().value;
+      }
+    }
     ls.label = stringLabelOf(s.segments.front().label);
     for (const SegmentInput& g : s.segments) ls.segments.push_back(Segment{g.x1, g.y1, g.x2, g.y2, g.value, g.label});
     model.lineSinks.push_back(std::move(ls));
@@ -244,12 +260,7 @@ std::vector<UnsupportedKind> findUnsupported(const CommandFile& file) {
     kinds.push_back(UnsupportedKind{key, words, result.empty() ? leftOut : result, line, count});
   };
   for (const Step& step : file.steps) {
-    if (auto* e = std::get_if<ElementsInput>(&step.data)) {
-      for (const auto& s : e->strings)
-        if (s.lakeTable || s.levels)
-          note("streamlakes", "lake edges drawn as routed streams (Lake, Levels)", s.lakeLinkLine, 1,
-               "they are routed as plain streams");
-    } else if (auto* s = std::get_if<SolveCommand>(&step.data)) {
+    if (auto* s = std::get_if<SolveCommand>(&step.data)) {
       if (s->conjunctive)
         note("conjunctive", "conjunctive solutions with a lower model (solve conjunctive)", step.line, 1,
              "solved as plain solves");
@@ -347,6 +358,9 @@ class Runner {
       logs_.message("Estimated number of equations (from the caller): " + sizeArg_);
     }
     for (const Diagnostic& d : file_.problems) logs_.problem(d);
+    for (const ParameterUse& u : file_.parameters)
+      logs_.message("Line " + std::to_string(u.line) + ": the parameter field " + u.field + " takes the value " +
+                    number(u.value) + " from the parameter value file");
     if (file_.fatal) {
       const Diagnostic& d = *file_.fatal;
       logs_.problem(Diagnostic{d.line, d.text, "fatal: " + d.message});
@@ -687,7 +701,7 @@ class Runner {
   }
 
   void apply(int line, const SolveCommand& c) {
-    if (!model_.lakes.empty()) {
+    if (!model_.lakes.empty() || hasLakeEdges(model_)) {
       solveLakes(line, c);
       return;
     }
@@ -723,6 +737,12 @@ class Runner {
 
   // A model with lakes is solved afresh by each solve: the lakes' outer iteration
   // rebuilds the solution with each new exchange through the lake bottoms.
+  size_t lakeCount() const {
+    size_t n = model_.lakes.size();
+    for (const LineSinkString& ls : model_.lineSinks) n += ls.lake.on ? 1 : 0;
+    return n;
+  }
+
   void solveLakes(int line, const SolveCommand& c) {
     SolveOptions opt;
     opt.innerIterations = c.inner;
@@ -730,16 +750,24 @@ class Runner {
     opt.storeOnDisk = c.store != 0;
     opt.fullFactorisation = c.full != 0;
     logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
-                  " outer iterations at most, with " + std::to_string(model_.lakes.size()) + " lakes");
+                  " outer iterations at most, with " + std::to_string(lakeCount()) + " lakes");
     // The lakes start from the exchange of the present solution, when there is one.
     Model start = model_;
     if (solution_ && solution_->solved())
       for (Lake& l : start.lakes)
         for (const Lake& k : solution_->model().lakes)
           if (k.label == l.label) l.extraction = k.extraction;
+    for (LineSinkString& ls : start.lineSinks)
+      if (ls.lake.on && solution_ && solution_->solved())
+        for (const LineSinkString& k : solution_->model().lineSinks)
+          if (k.lake.on && k.lake.solved && k.label == ls.label) {
+            ls.lake.stage = k.lake.stage;
+            ls.lake.dry = k.lake.dry;
+            ls.lake.solved = true;
+          }
     LakeSolveReport r;
     try {
-      r = solveWithLakes(start, solution_, opt, [this](const std::string& l) { logs_.message(l); },
+      r = solveWithLakeEdges(start, solution_, opt, [this](const std::string& l) { logs_.message(l); },
                          [this](Solution&) { attachWarnings(); });
     } catch (const FatalError& e) {
       solution_.reset();
@@ -1224,7 +1252,19 @@ int runSolverProgram(const std::vector<std::string>& args, const fs::path& workD
       reporter.writeFatalReport({"The command file " + path->filename().string() + " cannot be read."});
       return kExitFatal;
     }
-    CommandFile file = parseCommandFile(text);
+    // The parameter value file beside the command file gives the values of the fields
+    // of an estimation template that a plain solve carries (the aquifer's scenario tags).
+    std::optional<ParameterValues> values;
+    std::vector<std::string> valueProblems;
+    const std::string valuesName = path->stem().string() + ".TPV";
+    if (auto vp = findFileNoCase(path->parent_path(), valuesName)) {
+      std::ifstream vin(*vp, std::ios::binary);
+      std::string vtext((std::istreambuf_iterator<char>(vin)), std::istreambuf_iterator<char>());
+      values = parseParameterValues(vtext, vp->filename().string(), &valueProblems);
+    }
+    CommandFile file = parseCommandFile(text, values ? &*values : nullptr);
+    for (const std::string& p : valueProblems)
+      file.problems.insert(file.problems.begin(), Diagnostic{0, "", values->file + ", " + p});
     text.clear();
     text.shrink_to_fit();
     return runCommands(file, *path, workDir, args[0]);

@@ -20,8 +20,8 @@ namespace tarno::engine {
 namespace {
 
 constexpr const char* kMagic = "TARNO-SOL";
-constexpr int kVersion = 5;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells; 4: lakes;
-                             // 5: leakage cells
+constexpr int kVersion = 6;  // 2: inhomogeneities, walls and ponds; 3: partially penetrating and transient wells; 4: lakes;
+                             // 5: leakage cells; 6: lake edges
 
 class Writer {
 public:
@@ -103,6 +103,15 @@ void writeModel(Writer& w, const Model& m) {
         w.i((int)ls.kind); w.i(ls.farField); w.num(ls.resistance); w.num(ls.width); w.i(ls.locationCode);
         w.num(ls.depth); w.num(ls.pumping); w.num(ls.endInflow); w.i(ls.end); w.num(ls.overlandFlow);
         w.str(ls.label); w.i(ls.inlet); w.str(ls.outletTable);
+        w.i(ls.lake.on);
+        if (ls.lake.on) {
+            w.num(ls.lake.bottom); w.num(ls.lake.estimate); w.num(ls.lake.netEvaporation); w.num(ls.lake.stage);
+            w.i(ls.lake.dry); w.i(ls.lake.solved);
+            w.i((long)ls.lake.inlets.size());
+            for (const auto& n : ls.lake.inlets) w.str(n);
+            w.i((long)ls.lake.outlets.size());
+            for (const auto& n : ls.lake.outlets) w.str(n);
+        }
         w.i((long)ls.segments.size());
         for (const auto& s : ls.segments) {
             w.num(s.x1); w.num(s.y1); w.num(s.x2); w.num(s.y2); w.num(s.value); w.str(s.label);
@@ -182,6 +191,15 @@ Model readModel(Reader& r) {
         ls.farField = r.i() != 0; ls.resistance = r.num(); ls.width = r.num(); ls.locationCode = (int)r.i();
         ls.depth = r.num(); ls.pumping = r.num(); ls.endInflow = r.num(); ls.end = r.i() != 0; ls.overlandFlow = r.num();
         ls.label = r.str(); ls.inlet = r.i() != 0; ls.outletTable = r.str();
+        ls.lake.on = r.i() != 0;
+        if (ls.lake.on) {
+            ls.lake.bottom = r.num(); ls.lake.estimate = r.num(); ls.lake.netEvaporation = r.num();
+            ls.lake.stage = r.num(); ls.lake.dry = r.i() != 0; ls.lake.solved = r.i() != 0;
+            ls.lake.inlets.resize(r.count(kMaxItems));
+            for (auto& n : ls.lake.inlets) n = r.str();
+            ls.lake.outlets.resize(r.count(kMaxItems));
+            for (auto& n : ls.lake.outlets) n = r.str();
+        }
         ls.segments.resize(r.count(kMaxItems));
         for (auto& s : ls.segments) {
             s.x1 = r.num(); s.y1 = r.num(); s.x2 = r.num(); s.y2 = r.num(); s.value = r.num(); s.label = r.str();

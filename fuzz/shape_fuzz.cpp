@@ -26,13 +26,20 @@ using namespace tarno;
 
 namespace {
 
+// The folder of this process's files, removed at exit. The path lives on the heap
+// and is never destroyed, so that the exit handler can still use it.
 const std::filesystem::path& Dir() {
-  static const std::filesystem::path dir = [] {
-    auto d = std::filesystem::temp_directory_path() / ("shape_fuzz_" + std::to_string(getpid()));
-    std::filesystem::create_directories(d);
+  static const std::filesystem::path* dir = [] {
+    auto* d = new std::filesystem::path(std::filesystem::temp_directory_path() /
+                                        ("shape_fuzz_" + std::to_string(getpid())));
+    std::filesystem::create_directories(*d);
+    std::atexit([] {
+      std::error_code ec;
+      std::filesystem::remove_all(Dir(), ec);
+    });
     return d;
   }();
-  return dir;
+  return *dir;
 }
 
 void Put(const std::filesystem::path& p, std::string_view bytes) {

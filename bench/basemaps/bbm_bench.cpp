@@ -24,6 +24,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "basemaps/bbm.h"
@@ -39,6 +40,41 @@ namespace {
 constexpr int kLines = 10000;
 constexpr int kVertices = 100;
 constexpr double kTargetSeconds = 0.3;
+
+// Forwards to the image's canvas and counts the points of the lines and polygons.
+class CountingCanvas : public Canvas {
+ public:
+  explicit CountingCanvas(QtCanvas& to) : to_(to) {}
+  int Width() const override { return to_.Width(); }
+  int Height() const override { return to_.Height(); }
+  int PixelsPerInchX() const override { return to_.PixelsPerInchX(); }
+  int PixelsPerInchY() const override { return to_.PixelsPerInchY(); }
+  void Polyline(const DevicePoint* p, int n, Colour c, int w, int s) override {
+    points += n;
+    to_.Polyline(p, n, c, w, s);
+  }
+  void Polygon(const DevicePoint* p, int n, Colour c, int w, int s, Colour f) override {
+    points += n;
+    to_.Polygon(p, n, c, w, s, f);
+  }
+  void Circle(int l, int t, int r, int b, Colour c, int w, int s, Colour f) override {
+    to_.Circle(l, t, r, b, c, w, s, f);
+  }
+  void Text(DevicePoint at, std::string_view text, int h, int e, int a, Colour c,
+            std::string_view font) override {
+    to_.Text(at, text, h, e, a, c, font);
+  }
+  int TextWidth(std::string_view text, int h, std::string_view font) const override {
+    return to_.TextWidth(text, h, font);
+  }
+  void SetClipRect(DevicePoint a, DevicePoint b) override { to_.SetClipRect(a, b); }
+  void ResetClip() override { to_.ResetClip(); }
+  void Clear(Colour background) override { to_.Clear(background); }
+  long long points = 0;
+
+ private:
+  QtCanvas& to_;
+};
 
 struct Timing {
   double wall = 0;  // seconds
@@ -66,9 +102,9 @@ Timing Median(int runs, const std::function<void()>& work) {
   return {walls[walls.size() / 2], cpus[cpus.size() / 2]};
 }
 
-void Print(const char* name, Timing t, double ink, const char* note) {
-  std::printf("  %-9s %8.1f ms wall %8.1f ms cpu  %5.1f %% ink  %s\n", name, t.wall * 1000,
-              t.cpu * 1000, ink, note);
+void Print(const char* name, Timing t, double ink, long long points, const char* note) {
+  std::printf("  %-9s %8.1f ms wall %8.1f ms cpu  %5.1f %% ink %8lld points drawn  %s\n", name,
+              t.wall * 1000, t.cpu * 1000, ink, points, note);
 }
 
 // The walks of the map, in hundredths, over `width` x `height` metres, steps of 25 m.
@@ -153,7 +189,8 @@ int BenchBbm() {
     const std::string roads = WriteRoads(dir, 20000, 12500);
 
     QImage image(1600, 1000, QImage::Format_ARGB32_Premultiplied);
-    QtCanvas canvas(image, 96, 96);
+    QtCanvas qt(image, 96, 96);
+    CountingCanvas canvas(qt);
     VGraphGDI g;
     // The share of the image that was drawn on, to see that a figure drew the map.
     auto ink = [&] {
@@ -165,6 +202,7 @@ int BenchBbm() {
       return 100.0 * static_cast<double>(n) / (image.width() * image.height());
     };
     std::vector<double> inks;
+    std::vector<long long> points;
     auto drawIn = [&](const std::string& path, WorldWindow w) {
       BBMap map;
       map.Connect(path);
@@ -173,9 +211,11 @@ int BenchBbm() {
         canvas.Clear(Rgb(255, 255, 255));
         g.vgGDIInitObject(canvas, window, false, 10.0);
         map.Draw(g, true, true, true);
-        canvas.End();
+        qt.End();
       });
       inks.push_back(ink());
+      points.push_back(canvas.points / runs);
+      canvas.points = 0;
       return t;
     };
     const Timing connect = Median(runs, [&] {
@@ -192,12 +232,12 @@ int BenchBbm() {
                 kLines, kVertices, static_cast<long long>(std::filesystem::file_size(full)), runs);
     std::printf("  connect   %8.1f ms wall %8.1f ms cpu\n", connect.wall * 1000,
                 connect.cpu * 1000);
-    Print("full", fullTime, inks[0],
+    Print("full", fullTime, inks[0], points[0],
           fullTime.wall < kTargetSeconds ? "(target 300 ms)" : "(target 300 ms) MISSED");
-    Print("dense", denseTime, inks[1], "(every vertex drawn, 2 pixels apart)");
-    Print("dlg", dlgTime, inks[2], "(DLG roads, closest level, labels)");
-    Print("zoom", zoomTime, inks[3], "(a sixteenth of the full map)");
-    Print("commands", commandTime, inks[4], "(the full map as a command stream)");
+    Print("dense", denseTime, inks[1], points[1], "(every vertex drawn, 2 pixels apart)");
+    Print("dlg", dlgTime, inks[2], points[2], "(DLG roads, closest level, labels)");
+    Print("zoom", zoomTime, inks[3], points[3], "(a sixteenth of the full map)");
+    Print("commands", commandTime, inks[4], points[4], "(the full map as a command stream)");
     if (fullTime.wall >= kTargetSeconds) ++failures;
   } catch (const std::exception& e) {
     std::fprintf(stderr, "BBM benchmark failed: %s\n", e.what());

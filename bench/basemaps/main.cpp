@@ -1,6 +1,6 @@
 // The base map benchmarks (see bench.h).
 //
-//   tarno-bench-basemaps [runs] [bbm|raster|shape|catalog]
+//   tarno-bench-basemaps [runs] [bbm|shape|raster|catalog]
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdlib>
@@ -24,8 +24,8 @@ int main(int argc, char** argv) {
   auto wanted = [&](const char* name) { return only == nullptr || std::strcmp(only, name) == 0; };
   int failures = 0;
   if (wanted("bbm")) failures += BenchBbm();
+  if (wanted("shape")) failures += BenchShape();
   if (wanted("raster") && &BenchRaster != nullptr) failures += BenchRaster();
-  if (wanted("shape") && &BenchShape != nullptr) failures += BenchShape();
   if (wanted("catalog") && &BenchCatalog != nullptr) failures += BenchCatalog();
   return failures == 0 ? 0 : 1;
 }

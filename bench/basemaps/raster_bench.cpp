@@ -69,8 +69,8 @@ bool WriteImage(const fs::path& path) {
         p[3 * x + 2] = static_cast<std::uint8_t>((x + 2 * y) >> 5);
       }
     }
-    ok = ds->RasterIO(GF_Write, 0, y0, kSize, rows, strip.data(), kSize, rows, GDT_Byte, 3,
-                      nullptr, 3, static_cast<GSpacing>(kSize) * 3, 1, nullptr) == CE_None;
+    ok = ds->RasterIO(GF_Write, 0, y0, kSize, rows, strip.data(), kSize, rows, GDT_Byte, 3, nullptr,
+                      3, static_cast<GSpacing>(kSize) * 3, 1, nullptr) == CE_None;
   }
   GDALClose(ds);
   return ok;
@@ -132,15 +132,15 @@ int BenchRaster() {
     for (const Zoom& z : zooms) {
       RasterLayer layer(row);  // a fresh block cache for the first draw
       int level = 0;
-      const double first = DrawOnce(layer, image, x0 + kSize / 2.0, y1 - kSize / 2.0,
-                                    z.unitsPerPixel, level);
+      const double first =
+          DrawOnce(layer, image, x0 + kSize / 2.0, y1 - kSize / 2.0, z.unitsPerPixel, level);
       double sum = 0, worst = 0;
       const int pans = 8;
       for (int i = 0; i < pans; ++i) {
         // Windows spread along the diagonal, each over blocks not read before.
         const double f = (i + 0.5) / pans;
-        const double s = DrawOnce(layer, image, x0 + kSize * f, y1 - kSize * (1.0 - f),
-                                  z.unitsPerPixel, level);
+        const double s =
+            DrawOnce(layer, image, x0 + kSize * f, y1 - kSize * (1.0 - f), z.unitsPerPixel, level);
         sum += s;
         worst = std::max(worst, s);
       }

@@ -19,6 +19,7 @@
 #include "bench.h"
 #include "display/canvas.h"
 #include "display/vgraph.h"
+#include "bench.h"
 
 using namespace tarno;
 namespace fs = std::filesystem;

@@ -16,6 +16,7 @@
 #include "elements/inhomogeneity_dialog.h"
 #include "elements/lake_dialog.h"
 #include "elements/linesink_dialog.h"
+#include "elements/ls_confirm_dialog.h"
 #include "elements/particle_dialog.h"
 #include "elements/test_point_dialog.h"
 #include "elements/text_label_dialog.h"
@@ -49,6 +50,7 @@ using ShownDialogs =
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
+               LSConfirm,            // editing vertices
                MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics>;  // base maps
 
 }  // namespace tarno

@@ -12,6 +12,7 @@
 #include "app/views/inspector_view.h"
 #include "app/views/lake_view.h"
 #include "app/views/linesink_view.h"
+#include "app/views/ls_confirm_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/particle_view.h"
@@ -130,6 +131,9 @@ auto MakeView(FluxInspectDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<TextLabelView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<LSConfirmView>(m, parent);
 }
 
 auto MakeView(MapBrowser& m, const ViewContext& c, QWidget* parent) {

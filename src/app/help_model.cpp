@@ -67,6 +67,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"ParticleProperties", "", "observations.md#particle-properties"},
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
+      {"LSConfirm", "", "map.md#editing-vertices"},
   };
   return pages;
 }
@@ -92,8 +93,8 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
         S("Solver integrity check"), S("Run files"), S("When a solve fails")}},
       {"map.md",
        "The Map and the Window",
-       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
-        S("GUI options"), S("Pictures of the map")}},
+       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Editing vertices"),
+        S("Saved windows"), S("GUI options"), S("Pictures of the map")}},
       {"base-maps.md",
        "Base Maps",
        {S("Adding maps"), S("The base map browser"), S("Base map options"),

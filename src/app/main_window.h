@@ -1,11 +1,12 @@
 // The main window of the desktop program: the menus, the toolbar, the status bar
-// and the map, and the session of the open project.
+// and the map. It only shows: the session of the open project, the map state, the
+// redraw and navigation, the solution and the commands are the ShellController's
+// (app/shell/shell_controller.h), which the window serves as its ShellHost. A
+// triggered QAction runs its key in the controller's CommandRegistry.
 //
-// The window owns the session (ProjectSession, with this window as its hooks), the
-// map state, the two map surfaces, the redraw pipeline (MapView) and the navigation
-// (Navigator). Every question and message goes through one port: the Qt port with
-// the dialog views in the program, any other port (a quiet or scripted one) in the
-// tests and for screenshots. Which entries are available is decided by MenuModel.
+// Every question and message goes through one port: the Qt port with the dialog
+// views in the program, any other port (a quiet or scripted one) in the tests and
+// for screenshots. Which entries are available is decided by MenuModel.
 #pragma once
 
 #include <QMainWindow>
@@ -16,7 +17,7 @@
 
 #include "app/app_port.h"
 #include "app/menu_model.h"
-#include "display/basemap_layer.h"
+#include "app/shell/shell_controller.h"
 #include "display/map_state.h"
 #include "display/vgraph.h"
 #include "solver/command_file.h"
@@ -36,10 +37,8 @@ namespace tarno {
 class HelpWindow;
 class MapView;
 class MapWidget;
-class Navigator;
 class QtMapSurface;
 class QtUserInterface;
-class ProcessWaiter;
 
 // The per-user settings of the program: organisation "TARNO2K", group "Startup".
 inline constexpr const char* kSettingsOrganisation = "TARNO2K";
@@ -62,7 +61,7 @@ struct MainWindowOptions {
 };
 
 
-class MainWindow : public QMainWindow, public SessionHooks {
+class MainWindow : public QMainWindow, public ShellHost {
   Q_OBJECT
 
  public:
@@ -75,35 +74,28 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // quotes removed), or the Welcome dialog when the settings ask for it.
   void StartUp(const std::string& commandLine);
 
-  // The operations of the menus, each in the general error trap.
-  bool OpenProject(const std::string& path);
-  bool CloseProject();
-  // Sol&ve (and "Run!"); `prompt`: ask when a valid solution is present.
-  SolveOutcome Solve(bool prompt = true);
-  SolveOutcome ContinueSolve();
-  // Removes the present solution after a change of the model (asking first with
-  // `ask`): its files, flags, result rows and its picture. True when removed.
-  bool InvalidateSolution(bool ask);
-  void ModelSettingsCommand();
-  void GuiOptionsCommand();
-  void ModelSizeCommand();
-  // Model menu "Time...": the time of evaluation, then a regrid.
-  void SetTimeCommand();
-  // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
-  void InspectorSettingsCommand();
-  void SolverIntegrityCheckCommand();
-  // Tools, "TARNO Base Map Browser": the browser of the project's maps; a changed
-  // list or look sets the layers up again and redraws.
-  void MapBrowserCommand();
-  // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point,
-  // for the map's mouse handling: the "Model Results" box, one streamline drawn
-  // with the pathlines.
-  InspectReport InspectAt(double x, double y);
-  void TraceStreamlineAt(double x, double y);
-  InspectorSettings& Inspector() { return inspector_; }
-  void ShowRunFile(const std::string& key);
-  // ZoomActions through the error trap, followed by a repaint of the map.
-  void Zoom(int action, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0);
+  // The controller behind the window: the session, the state and the commands.
+  ShellController& Shell() { return *shell_; }
+
+  // The operations of the menus, the controller's (see shell_controller.h).
+  bool OpenProject(const std::string& path) { return shell_->OpenProject(path); }
+  bool CloseProject() { return shell_->CloseProject(); }
+  SolveOutcome Solve(bool prompt = true) { return shell_->Solve(prompt); }
+  SolveOutcome ContinueSolve() { return shell_->ContinueSolve(); }
+  bool InvalidateSolution(bool ask) { return shell_->InvalidateSolution(ask); }
+  void ModelSettingsCommand() { shell_->ModelSettingsCommand(); }
+  void GuiOptionsCommand() { shell_->GuiOptionsCommand(); }
+  void ModelSizeCommand() { shell_->ModelSizeCommand(); }
+  void SetTimeCommand() { shell_->SetTimeCommand(); }
+  void InspectorSettingsCommand() { shell_->InspectorSettingsCommand(); }
+  void SolverIntegrityCheckCommand() { shell_->SolverIntegrityCheckCommand(); }
+  InspectReport InspectAt(double x, double y) { return shell_->InspectAt(x, y); }
+  void TraceStreamlineAt(double x, double y) { shell_->TraceStreamlineAt(x, y); }
+  InspectorSettings& Inspector() { return shell_->Inspector(); }
+  void ShowRunFile(const std::string& key) { shell_->ShowRunFile(key); }
+  void Zoom(int action, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0) {
+    shell_->Zoom(action, x1, y1, x2, y2);
+  }
 
   // Lays the map out at a fixed size in pixels and redraws it (the screenshot);
   // the picture is then MapImage().
@@ -112,7 +104,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QImage MapImage();
 
   // The status bar: Activity, Feedback, the note (units), X and Y.
-  void Note(const std::string& text1, const std::string& text2);
+  void Note(const std::string& text1, const std::string& text2) { shell_->Note(text1, text2); }
   QString PanelText(int panel) const;
 
   // Access for the program and the tests.
@@ -120,22 +112,18 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QAction* ToolbarAction(const std::string& key) const;
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
-  MapView& View() { return *view_; }
-  // The project's base maps as the map draws them, in the order of its list. The
-  // pre-scan of an opened project fills it; after changing it, call
-  // View().SetBaseMaps(&BaseMaps()) so that the background is drawn again.
-  BaseMapLayers& BaseMaps() { return baseMaps_; }
-  ProjectSession& Session() { return *session_; }
-  MapState& State() { return state_; }
-  SolutionState& Solution() { return solution_; }
-  ModelSettings& Settings() { return settings_; }
-  ForwardingUserInterface& Port() { return port_; }
-  MenuState CurrentMenuState() const;
-  const SolveReport& LastSolve() const { return lastSolve_; }
+  MapView& View() { return shell_->View(); }
+  ProjectSession& Session() { return shell_->Session(); }
+  MapState& State() { return shell_->State(); }
+  SolutionState& Solution() { return shell_->Solution(); }
+  ModelSettings& Settings() { return shell_->Settings(); }
+  ForwardingUserInterface& Port() { return shell_->Port(); }
+  MenuState CurrentMenuState() const { return shell_->CurrentMenuState(); }
+  const SolveReport& LastSolve() const { return shell_->LastSolve(); }
 
   // The file of an example project ("example.trn"): beside the program, else in
   // examples/ of the source tree; empty when neither exists.
-  std::string ExampleFile(const std::string& name) const;
+  std::string ExampleFile(const std::string& name) const { return shell_->ExampleFile(name); }
   // The folder of the help pages: "help" beside the program, else docs/help of the
   // source tree; empty when neither holds them.
   std::string HelpFolder() const;
@@ -145,23 +133,23 @@ class MainWindow : public QMainWindow, public SessionHooks {
   // The help window once it has been opened (null before).
   HelpWindow* Help() const { return help_; }
 
-  // SessionHooks.
-  void TurnOffMenus() override;
-  void TurnOnMenus() override;
-  void SetUpToolbar() override;
-  void EnableLayerMenu(bool enabled) override;
-  void EnableProjectCommands(bool enabled) override;
-  void SetHydrologicUnitEntries(bool farField, bool nearField) override;
-  void SetEditGridChecks(bool show, bool snap) override;
+  // ShellHost.
+  void CloseWindow() override { close(); }
+  void CopyMapToClipboard() override;
+  void RepaintMap() override;
+  void ReportPointer() override;
+  void ApplyMenus(const MenuState& state, bool layerMenu) override;
+  void ShowToolbar(bool visible) override;
+  void OpenHelp(const std::string& target) override { ShowHelpTopic(target); }
+  void SetMapCursor(MapCursor cursor) override;
+  void SetMouseEnabled(bool enabled) override;
   void SetCaption(const std::string& caption) override;
-  void SetUpLayers() override;
-  void ElemTurnOffSelection() override;
-  void ZoomActions(bool first) override;
-  void EnableMouse() override;
-  void DisableMouse() override;
-  void ClearProjectViews() override;
-  void ModelCheckExtents(ProjectSession& session, StoredWindow& window) override;
-  void UnitsChanged() override;
+  void SetStatusText(int panel, const std::string& text) override;
+  std::string StatusText(int panel) const override;
+  void LayoutSurfaces() override;
+  std::pair<int, int> MapSize() const override;
+  void ProcessEvents() override;
+  void StoreGuiOptions(const DisplayOptions& options) override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -171,40 +159,13 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void BuildMenus();
   void BuildToolbar();
   void BuildStatusBar();
-  void Dispatch(const std::string& key);
-  void ToolbarClick(const std::string& key);
-  void ToggleSwitch(const std::string& key);
-  void ApplyMenus();
-  void SyncSolutionView();
-  void ShowSolutionNote();
-  void LayoutSurfaces();
   void LoadGuiOptions();
   void SaveStartupSettings();
-  void OpenHelp(const std::string& key);
-  void About();
-  void AfterMouseAction();
-  void ShowWelcome();
-  SolveOutcome RunSolve(SolveOptions options);
-  // The solve controller's view of this window (its state, settings, port, menus
-  // and redraw), waiting for programs with `waiter`.
-  SolveContext SolveContextFor(ProcessWaiter* waiter);
-  std::string ProgramDirectory() const;
   std::unique_ptr<QSettings> OpenSettings() const;
 
   Options options_;
   std::unique_ptr<QtUserInterface> qtUi_;
-  ForwardingUserInterface port_;
-  MapState state_;
-  VGraphGDI layer_;
   std::unique_ptr<QtMapSurface> map_, map2_;
-  // Declared before the view, which keeps a pointer to it.
-  BaseMapLayers baseMaps_;
-  std::unique_ptr<MapView> view_;
-  std::unique_ptr<Navigator> nav_;
-  ModelSettings settings_;
-  SolutionState solution_;
-  SolveReport lastSolve_;
-  InspectorSettings inspector_;
 
   MapWidget* mapWidget_ = nullptr;
   QToolBar* toolbar_ = nullptr;
@@ -214,17 +175,11 @@ class MainWindow : public QMainWindow, public SessionHooks {
   std::map<std::string, QMenu*> menus_;
   std::map<std::string, QAction*> buttons_;
 
-  bool mouseOperation_ = false;
-  bool solving_ = false;
-  bool closing_ = false;
-  bool layerMenuEnabled_ = true;
-  bool runFiles_ = true;
   bool screenWatched_ = false;
   std::optional<std::pair<int, int>> fixedMapSize_;
-  std::string unitsText_;
 
-  // Last: the session closes a project still open while the rest stands.
-  std::unique_ptr<ProjectSession> session_;
+  // Last: the controller closes a project still open while the rest stands.
+  std::unique_ptr<ShellController> shell_;
 };
 
 }  // namespace tarno

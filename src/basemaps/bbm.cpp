@@ -256,18 +256,23 @@ void BBMap::ScanRecords(File& f) {
     if (r.AttrValues < 0 || r.AttrPairs < 0 || r.Vertices < 0 || r.Boundaries < 0) {
       Fail("negative count in " + where);
     }
-    const std::int64_t pairs = 8LL * r.AttrPairs;
-    if (type == bbm::kPointRecord) {
-      variable = pairs + 4LL * r.AttrValues;
-    } else if (type == bbm::kLineRecord) {
-      variable = pairs + static_cast<std::int64_t>(r.Vertices) * (8LL + 4LL * r.AttrValues);
-    } else {
-      variable = pairs + 4LL * r.Boundaries + 4LL * r.AttrValues;
-    }
+    // The variable part must fit in what is left of the file. The counts are checked
+    // one by one, so that their product cannot overflow.
     r.Position = pos + static_cast<std::int64_t>(fixed);
-    if (variable > size - r.Position) {
-      Fail(where + " needs " + std::to_string(variable) + " more bytes than the file's " +
-           std::to_string(size) + " hold (the file is truncated or its counts are wrong)");
+    const std::int64_t room = size - r.Position;
+    const std::int64_t pairs = 8LL * r.AttrPairs;
+    bool fits = pairs <= room;
+    if (fits && type == bbm::kLineRecord) {
+      const std::int64_t stride = 8LL + 4LL * r.AttrValues;
+      fits = r.Vertices == 0 || stride <= (room - pairs) / r.Vertices;
+      if (fits) variable = pairs + static_cast<std::int64_t>(r.Vertices) * stride;
+    } else if (fits) {
+      variable = pairs + 4LL * r.AttrValues + 4LL * r.Boundaries;
+      fits = variable <= room;
+    }
+    if (!fits) {
+      Fail(where + " needs more bytes than the file's " + std::to_string(size) +
+           " hold (the file is truncated or its counts are wrong)");
     }
     if (static_cast<std::int64_t>(index->size()) >= counted) {
       Fail("more " + std::string(kind) + " records than the " + std::to_string(counted) +

@@ -48,12 +48,13 @@ StyleValue LabelParameter(const std::string& style, const std::string& key) {
   const auto label = style.find("LABEL(");
   if (label == std::string::npos) return v;
   const auto end = style.find(')', label);
-  const std::string body = style.substr(label + 6, end == std::string::npos ? std::string::npos
-                                                                            : end - label - 6);
+  const std::string body =
+      style.substr(label + 6, end == std::string::npos ? std::string::npos : end - label - 6);
   std::size_t at = 0;
   while (at < body.size()) {
     const auto comma = body.find(',', at);
-    const std::string part = body.substr(at, comma == std::string::npos ? std::string::npos : comma - at);
+    const std::string part =
+        body.substr(at, comma == std::string::npos ? std::string::npos : comma - at);
     if (part.rfind(key + ":", 0) == 0) {
       const std::string text = part.substr(key.size() + 1);
       char* stop = nullptr;
@@ -108,7 +109,8 @@ Colour CADColorConvert(int color) {
   return static_cast<Colour>(color);
 }
 
-CadLayer::CadLayer(const BaseMapRow& row) : name_(row.MapName), colour_(CADColorConvert(row.Color)) {
+CadLayer::CadLayer(const BaseMapRow& row)
+    : name_(row.MapName), colour_(CADColorConvert(row.Color)) {
   const std::string ext = LowerExtension(name_);
   if (ext == ".dwg")
     throw Error("The drawing " + Quoted(name_) +
@@ -123,74 +125,76 @@ CadLayer::CadLayer(const BaseMapRow& row) : name_(row.MapName), colour_(CADColor
   GdalDatasetPtr ds(GDALDataset::FromHandle(
       GDALOpenEx(name_.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, kDrivers, nullptr, nullptr)));
   if (!ds)
-    throw Error("The drawing " + Quoted(name_) + " is not a valid vector data set" + capture.Detail());
+    throw Error("The drawing " + Quoted(name_) + " is not a valid vector data set" +
+                capture.Detail());
 
   // One geometry into the figures of its kind; collections are taken apart.
-  std::function<void(const OGRGeometry&, const OGRFeature&)> take =
-      [&](const OGRGeometry& geometry, const OGRFeature& feature) {
-        const OGRwkbGeometryType type = wkbFlatten(geometry.getGeometryType());
-        if (type == wkbPoint) {
-          const auto& p = *geometry.toPoint();
-          const int textField = feature.GetFieldIndex("Text");
-          const std::string text =
-              textField >= 0 && feature.IsFieldSetAndNotNull(textField) ? feature.GetFieldAsString(textField) : "";
-          const char* styleText = feature.GetStyleString();
-          const std::string style = styleText != nullptr ? styleText : "";
-          if (!text.empty()) {
-            CadText t;
-            t.x = p.getX();
-            t.y = p.getY();
-            t.text = text;
-            const StyleValue size = LabelParameter(style, "s");
-            // Only a height in ground units scales with the map.
-            if (size.found && size.value > 0 && size.unit == "g") t.height = size.value;
-            const StyleValue angle = LabelParameter(style, "a");
-            if (angle.found) t.angle = angle.value;
-            texts_.push_back(std::move(t));
-          } else {
-            CadFigure f;
-            f.xs = {p.getX()};
-            f.ys = {p.getY()};
-            f.left = f.right = p.getX();
-            f.bottom = f.top = p.getY();
-            points_.push_back(std::move(f));
-          }
-          Widen(extents_, p.getX(), p.getY());
-          return;
-        }
-        if (OGR_GT_IsSubClassOf(type, wkbGeometryCollection)) {
-          for (const OGRGeometry* part : *geometry.toGeometryCollection()) take(*part, feature);
-          return;
-        }
-        if (OGR_GT_IsSurface(type)) {
-          std::unique_ptr<OGRGeometry> linear(geometry.getLinearGeometry());
-          if (!linear) return;
-          const auto* polygon = dynamic_cast<const OGRPolygon*>(linear.get());
-          if (polygon == nullptr) {
-            take(*linear, feature);
-            return;
-          }
-          // Each ring an area of its own: a hole is filled like its outer ring.
-          for (const OGRLinearRing* ring : *polygon) {
-            CadFigure f = FigureOf(*ring);
-            if (f.xs.size() < 3) continue;
-            Widen(extents_, f.left, f.bottom);
-            Widen(extents_, f.right, f.top);
-            areas_.push_back(std::move(f));
-          }
-          return;
-        }
-        if (OGR_GT_IsCurve(type)) {
-          std::unique_ptr<OGRGeometry> linear(geometry.getLinearGeometry());
-          const auto* line = linear ? dynamic_cast<const OGRSimpleCurve*>(linear.get()) : nullptr;
-          if (line == nullptr) return;
-          CadFigure f = FigureOf(*line);
-          if (f.xs.empty()) return;
-          Widen(extents_, f.left, f.bottom);
-          Widen(extents_, f.right, f.top);
-          lines_.push_back(std::move(f));
-        }
-      };
+  std::function<void(const OGRGeometry&, const OGRFeature&)> take = [&](const OGRGeometry& geometry,
+                                                                        const OGRFeature& feature) {
+    const OGRwkbGeometryType type = wkbFlatten(geometry.getGeometryType());
+    if (type == wkbPoint) {
+      const auto& p = *geometry.toPoint();
+      const int textField = feature.GetFieldIndex("Text");
+      const std::string text = textField >= 0 && feature.IsFieldSetAndNotNull(textField)
+                                   ? feature.GetFieldAsString(textField)
+                                   : "";
+      const char* styleText = feature.GetStyleString();
+      const std::string style = styleText != nullptr ? styleText : "";
+      if (!text.empty()) {
+        CadText t;
+        t.x = p.getX();
+        t.y = p.getY();
+        t.text = text;
+        const StyleValue size = LabelParameter(style, "s");
+        // Only a height in ground units scales with the map.
+        if (size.found && size.value > 0 && size.unit == "g") t.height = size.value;
+        const StyleValue angle = LabelParameter(style, "a");
+        if (angle.found) t.angle = angle.value;
+        texts_.push_back(std::move(t));
+      } else {
+        CadFigure f;
+        f.xs = {p.getX()};
+        f.ys = {p.getY()};
+        f.left = f.right = p.getX();
+        f.bottom = f.top = p.getY();
+        points_.push_back(std::move(f));
+      }
+      Widen(extents_, p.getX(), p.getY());
+      return;
+    }
+    if (OGR_GT_IsSubClassOf(type, wkbGeometryCollection)) {
+      for (const OGRGeometry* part : *geometry.toGeometryCollection()) take(*part, feature);
+      return;
+    }
+    if (OGR_GT_IsSurface(type)) {
+      std::unique_ptr<OGRGeometry> linear(geometry.getLinearGeometry());
+      if (!linear) return;
+      const auto* polygon = dynamic_cast<const OGRPolygon*>(linear.get());
+      if (polygon == nullptr) {
+        take(*linear, feature);
+        return;
+      }
+      // Each ring an area of its own: a hole is filled like its outer ring.
+      for (const OGRLinearRing* ring : *polygon) {
+        CadFigure f = FigureOf(*ring);
+        if (f.xs.size() < 3) continue;
+        Widen(extents_, f.left, f.bottom);
+        Widen(extents_, f.right, f.top);
+        areas_.push_back(std::move(f));
+      }
+      return;
+    }
+    if (OGR_GT_IsCurve(type)) {
+      std::unique_ptr<OGRGeometry> linear(geometry.getLinearGeometry());
+      const auto* line = linear ? dynamic_cast<const OGRSimpleCurve*>(linear.get()) : nullptr;
+      if (line == nullptr) return;
+      CadFigure f = FigureOf(*line);
+      if (f.xs.empty()) return;
+      Widen(extents_, f.left, f.bottom);
+      Widen(extents_, f.right, f.top);
+      lines_.push_back(std::move(f));
+    }
+  };
 
   for (OGRLayer* ogrLayer : ds->GetLayers()) {
     ogrLayer->ResetReading();
@@ -221,7 +225,8 @@ void CadLayer::Draw(VGraphGDI& layer) {
   // the rest of the drawing still draws.
   auto toDevice = [&](const CadFigure& f) {
     points.resize(f.xs.size());
-    for (std::size_t i = 0; i < f.xs.size(); ++i) points[i] = layer.vgGDIWorldToDevice(f.xs[i], f.ys[i]);
+    for (std::size_t i = 0; i < f.xs.size(); ++i)
+      points[i] = layer.vgGDIWorldToDevice(f.xs[i], f.ys[i]);
   };
 
   for (const CadFigure& f : areas_) {
@@ -231,7 +236,8 @@ void CadLayer::Draw(VGraphGDI& layer) {
     } catch (const OverflowError&) {
       continue;
     }
-    layer.vgGDIDevicePolygon(points, static_cast<int>(points.size()), colour_, 0, kPenSolid, colour_);
+    layer.vgGDIDevicePolygon(points, static_cast<int>(points.size()), colour_, 0, kPenSolid,
+                             colour_);
   }
   for (const CadFigure& f : lines_) {
     if (!visible(f)) continue;
@@ -247,8 +253,7 @@ void CadLayer::Draw(VGraphGDI& layer) {
     try {
       layer.vgGDIDeviceCircle(layer.vgGDIWorldToDevice(f.xs[0], f.ys[0]), kPointRadius, colour_, 0,
                               kPenSolid, colour_);
-    } catch (const OverflowError&) {
-    }
+    } catch (const OverflowError&) {}
   }
   // A text given in map units keeps its size on the map: its height in points
   // follows the zoom.
@@ -263,8 +268,7 @@ void CadLayer::Draw(VGraphGDI& layer) {
       layer.vgGDIWorldText(t.x, t.y, t.text, kCadTextFont,
                            static_cast<int>(std::lround(std::min(pointsHigh, 2000.0))), colour_,
                            t.angle, kAlignLeft, false);
-    } catch (const OverflowError&) {
-    }
+    } catch (const OverflowError&) {}
   }
 }
 

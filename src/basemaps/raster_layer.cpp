@@ -27,7 +27,8 @@ std::string Quoted(const std::string& s) { return "\"" + s + "\""; }
 constexpr double kMaxBufferPixels = 16.0e6;
 
 constexpr std::uint32_t Argb(int a, int r, int g, int b) {
-  return (static_cast<std::uint32_t>(a & 0xFF) << 24) | (static_cast<std::uint32_t>(r & 0xFF) << 16) |
+  return (static_cast<std::uint32_t>(a & 0xFF) << 24) |
+         (static_cast<std::uint32_t>(r & 0xFF) << 16) |
          (static_cast<std::uint32_t>(g & 0xFF) << 8) | static_cast<std::uint32_t>(b & 0xFF);
 }
 
@@ -54,7 +55,8 @@ struct RasterLayer::Impl {
   }
 };
 
-RasterLayer::RasterLayer(const BaseMapRow& row) : name_(row.MapName), impl_(std::make_unique<Impl>()) {
+RasterLayer::RasterLayer(const BaseMapRow& row)
+    : name_(row.MapName), impl_(std::make_unique<Impl>()) {
   EnsureGdalRegistered();
   std::error_code ec;
   if (!fs::is_regular_file(fs::path(name_), ec))
@@ -65,7 +67,8 @@ RasterLayer::RasterLayer(const BaseMapRow& row) : name_(row.MapName), impl_(std:
       GDALOpenEx(name_.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr)));
   GDALDataset* ds = impl_->dataset.get();
   if (ds == nullptr)
-    throw Error("The image " + Quoted(name_) + " is not a valid raster data set" + capture.Detail());
+    throw Error("The image " + Quoted(name_) + " is not a valid raster data set" +
+                capture.Detail());
   const int count = ds->GetRasterCount();
   if (count < 1)
     throw Error("The image " + Quoted(name_) + " is not a valid raster data set: it has no band");
@@ -124,9 +127,9 @@ RasterLayer::RasterLayer(const BaseMapRow& row) : name_(row.MapName), impl_(std:
     worldFile_ = world->string();
   } else {
     double gt[6] = {0, 1, 0, 0, 0, 1};
-    const bool own = ds->GetGeoTransform(gt) == CE_None &&
-                     !(gt[0] == 0 && gt[1] == 1 && gt[2] == 0 && gt[3] == 0 && gt[4] == 0 &&
-                       gt[5] == 1);
+    const bool own =
+        ds->GetGeoTransform(gt) == CE_None &&
+        !(gt[0] == 0 && gt[1] == 1 && gt[2] == 0 && gt[3] == 0 && gt[4] == 0 && gt[5] == 1);
     if (own) {
       std::copy(gt, gt + 6, gt_.begin());
       georeference_ = RasterGeoreference::Embedded;
@@ -376,9 +379,9 @@ bool BuildOverviews(const std::string& path, const std::function<bool(double)>& 
   ProgressState state{&progress, false};
   // Opened read only, GDAL writes the overviews into the ".ovr" file beside the
   // image and leaves the image alone.
-  const CPLErr result =
-      GDALBuildOverviews(GDALDataset::ToHandle(ds.get()), "AVERAGE", static_cast<int>(factors.size()),
-                         factors.data(), 0, nullptr, ReportProgress, &state);
+  const CPLErr result = GDALBuildOverviews(GDALDataset::ToHandle(ds.get()), "AVERAGE",
+                                           static_cast<int>(factors.size()), factors.data(), 0,
+                                           nullptr, ReportProgress, &state);
   ds.reset();
   if (state.stopped) {
     // A half-built file would be taken for complete overviews.

@@ -32,9 +32,10 @@ enum class ShapeType : std::int32_t {
   MultiPoint = 8,
 };
 
-// The numbers of the shape classes' errors. Only the first three carry a number of
-// their own in the published behaviour of the classes; the others are ours, taken
-// from the same range so that a caller can tell them apart.
+// The numbers of the shape classes' errors. The missing file (0x8004020C), the
+// missing shape type (0x8004020D) and the wrong type for Add (0x80040210) are the
+// classes' established numbers; the others were given numbers of their own from the
+// same range so that a caller can tell them apart.
 namespace shape_error {
 inline constexpr int kFileMissing = static_cast<int>(0x8004020Cu);
 inline constexpr int kShapeTypeRequired = static_cast<int>(0x8004020Du);

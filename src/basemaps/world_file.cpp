@@ -113,8 +113,7 @@ WorldFile ReadWorldFile(const fs::path& file) {
   for (int i = 0; i < 6; ++i) {
     if (!std::getline(in, line)) {
       throw Error("The world file " + Quoted(file) + " has " + std::to_string(i) +
-                  (i == 1 ? " line" : " lines") +
-                  "; a world file has six numbers, one to a line");
+                  (i == 1 ? " line" : " lines") + "; a world file has six numbers, one to a line");
     }
     const std::string text = Trim(line);
     const std::optional<double> value = ParseNumber(text);
@@ -128,10 +127,8 @@ WorldFile ReadWorldFile(const fs::path& file) {
   }
   WorldFile w{values[0], values[1], values[2], values[3], values[4], values[5]};
   // A pixel of no width or height places every pixel on one line.
-  if (w.A == 0.0)
-    throw Error("The world file " + Quoted(file) + ", line 1: the pixel width is 0");
-  if (w.E == 0.0)
-    throw Error("The world file " + Quoted(file) + ", line 4: the pixel height is 0");
+  if (w.A == 0.0) throw Error("The world file " + Quoted(file) + ", line 1: the pixel width is 0");
+  if (w.E == 0.0) throw Error("The world file " + Quoted(file) + ", line 4: the pixel height is 0");
   return w;
 }
 

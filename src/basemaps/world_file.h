@@ -19,12 +19,12 @@
 namespace tarno {
 
 struct WorldFile {
-  double A = 1.0;  // pixel width
-  double D = 0.0;  // rotation about y
-  double B = 0.0;  // rotation about x
-  double E = -1.0; // pixel height (negative: rows downward)
-  double C = 0.0;  // x of the centre of the upper left pixel
-  double F = 0.0;  // y of the centre of the upper left pixel
+  double A = 1.0;   // pixel width
+  double D = 0.0;   // rotation about y
+  double B = 0.0;   // rotation about x
+  double E = -1.0;  // pixel height (negative: rows downward)
+  double C = 0.0;   // x of the centre of the upper left pixel
+  double F = 0.0;   // y of the centre of the upper left pixel
 
   // The affine transform of the image's pixel corners, in the order of a GDAL
   // geotransform: x of the upper left corner, A, B, y of the upper left corner, D, E.

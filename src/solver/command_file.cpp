@@ -325,6 +325,41 @@ void TraceBlock(std::ostream& out, Database& db, const ModelFrame& frame, const 
 
 }  // namespace
 
+std::vector<std::pair<std::string, std::string>> AquiferParameterValues(Database& db,
+                                                                        const ModelSettings& s) {
+  std::vector<std::pair<std::string, std::string>> values;
+  Statement m = db.Prepare("select AQBase, AQHydCond from Model");
+  if (!m.Step()) throw Error("The Model table has no row");
+  // The values as the untagged file writes them, so a tagged model solves exactly as
+  // the untagged one.
+  if (s.chkScenarioBaseElev && s.tbScenario[2] != "__NONE__")
+    values.emplace_back(s.tbScenario[2], F(m.GetDouble("AQBase"), "#.00000E+00"));
+  if (s.chkScenarioHydCond && s.tbScenario[1] != "__NONE__")
+    values.emplace_back(s.tbScenario[1], F(m.GetDouble("AQHydCond"), "#.0000000E+00"));
+  return values;
+}
+
+void WriteParameterValues(const std::filesystem::path& commandFile, Database& db,
+                          const ModelSettings& s) {
+  std::filesystem::path path = commandFile;
+  path.replace_extension(".TPV");
+  const auto values = AquiferParameterValues(db, s);
+  std::error_code ec;
+  if (values.empty()) {
+    // Nothing tagged: no file, so that an old one cannot give values to a template.
+    std::filesystem::remove(path, ec);
+    return;
+  }
+  std::ostringstream out;
+  Put(out, "* Parameter values of " + commandFile.filename().string() + ", written by TARNO");
+  for (const auto& [tag, value] : values) Put(out, tag + " " + value);
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) throw Error("Cannot write the parameter value file \"" + path.string() + "\"");
+  file << out.str();
+  file.close();
+  if (!file) throw Error("Cannot write the parameter value file \"" + path.string() + "\"");
+}
+
 std::filesystem::path ModelWriteInputFile(int writeType, bool solveOnly, bool silent,
                                           CommandFileContext& ctx) {
   if (ctx.settings == nullptr || ctx.state == nullptr || ctx.ui == nullptr)
@@ -450,6 +485,7 @@ std::filesystem::path ModelWriteInputFile(int writeType, bool solveOnly, bool si
   file << out.str();
   file.close();
   if (!file) throw Error("Cannot write the command file \"" + path.string() + "\"");
+  if (writeType == kWriteNewSolve) WriteParameterValues(path, db, s);
   return path;
 }
 

@@ -18,6 +18,8 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "core/coords.h"
 #include "core/ui_port.h"
@@ -128,6 +130,16 @@ std::string CommandFileName(int writeType, const std::string& baseName);
 // "Illegal Parameter" message and writes nothing (the result is then empty).
 // Errors of the file system or the database are thrown (tarno::Error,
 // tarno::StoreError); the caller's error trap reports them.
+// The values of the aquifer's scenario tags that a plain solve's command file carries
+// as parameter fields (tag, value as the untagged file writes it), and the parameter
+// value file "<command file's base name>.TPV" beside the command file that gives them
+// to the solver (removed when nothing is tagged). ModelWriteInputFile writes it with
+// every new solve.
+std::vector<std::pair<std::string, std::string>> AquiferParameterValues(Database& db,
+                                                                        const ModelSettings& s);
+void WriteParameterValues(const std::filesystem::path& commandFile, Database& db,
+                          const ModelSettings& s);
+
 std::filesystem::path ModelWriteInputFile(int writeType, bool solveOnly, bool silent,
                                           CommandFileContext& ctx);
 

@@ -14,6 +14,7 @@
 #include "../basemaps/map_files.h"
 #include "app/app_screenshot.h"
 #include "app/main_window.h"
+#include "app/shell/shell_controller.h"
 #include "app/shell_models.h"
 #include "app/views/basemap_views.h"
 #include "app/views/project_settings_view.h"
@@ -159,11 +160,11 @@ TEST_F(BaseMapViews, OpeningAProjectPrescansItsMapsAndReportsTheBrokenOnes) {
   EXPECT_NE(messages.str().find("Error Adding Image: Error adding vector image " + broken),
             std::string::npos)
       << messages.str();
-  ASSERT_EQ(w.BaseMaps().size(), 1u);
-  EXPECT_EQ(w.BaseMaps()[0]->Name(), wells);
+  ASSERT_EQ(w.Shell().BaseMaps().size(), 1u);
+  EXPECT_EQ(w.Shell().BaseMaps()[0]->Name(), wells);
   EXPECT_TRUE(w.Action("TOOLS_CMDS(5)")->isEnabled());
   w.Session().FileCloseProject();
-  EXPECT_TRUE(w.BaseMaps().empty());
+  EXPECT_TRUE(w.Shell().BaseMaps().empty());
 }
 
 // A red image of 40 x 20 pixels of 10 map units, its upper left pixel centred at

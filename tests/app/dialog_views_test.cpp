@@ -24,6 +24,7 @@
 #include "app/dialog_views.h"
 #include "app/shell_models.h"
 #include "app/views/gui_options_view.h"
+#include "app/views/ls_confirm_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/project_settings_view.h"
@@ -536,6 +537,31 @@ TEST(SolveViewsTest, SolvePromptAnswers) {
   EXPECT_EQ(prompt.Result, 6);
   view.cancelButton()->click();
   EXPECT_EQ(prompt.Result, 2);
+}
+
+TEST(VertexViewsTest, LSConfirmShowsTheMessageAndStoresTheButton) {
+  EnsureApplication();
+  LSConfirm confirm;
+  {
+    LSConfirmView view(confirm);
+    EXPECT_EQ(view.windowTitle().toStdString(), "Confirm...");
+    EXPECT_EQ(view.message()->text().toStdString(),
+              "Delete the selected vertex or the entire string?");
+    EXPECT_EQ(view.button(0)->text().toStdString(), "Cancel");
+    EXPECT_EQ(view.button(1)->toolTip().toStdString(), "Delete only the selected vertex");
+    EXPECT_EQ(view.button(2)->text().toStdString(), "Entire String");
+    EXPECT_EQ(view.button(2)->toolTip().toStdString(),
+              "Delete the entire selected string of elements");
+    view.button(2)->click();
+    EXPECT_EQ(confirm.Result, 2);
+    view.button(1)->click();
+    EXPECT_EQ(confirm.Result, 1);
+    view.reject();
+    EXPECT_EQ(confirm.Result, 0);
+  }
+  confirm.Message = "Delete this vertex or the entire Domain?";
+  LSConfirmView view(confirm);
+  EXPECT_EQ(view.message()->text().toStdString(), "Delete this vertex or the entire Domain?");
 }
 
 TEST_F(ProjectTest, ContinueSolveRefusesABadCountAndWritesAGoodOne) {

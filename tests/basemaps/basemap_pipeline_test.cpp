@@ -110,7 +110,8 @@ TEST(ShownMaps, TheirExtentsTogetherLeavingOutHiddenAndEmptyMaps) {
   BaseMapLayers maps;
   maps.push_back(std::make_unique<FakeMap>("a", true, 0, nullptr, MapExtents{0, 100, 50, -20}));
   maps.push_back(std::make_unique<FakeMap>("b", false, 0, nullptr, MapExtents{-5, 10, 300, 0}));
-  maps.push_back(std::make_unique<FakeMap>("c", false, 0, nullptr, MapExtents{-900, 900, 900, -900}));
+  maps.push_back(
+      std::make_unique<FakeMap>("c", false, 0, nullptr, MapExtents{-900, 900, 900, -900}));
   maps.back()->Show = false;
   maps.push_back(std::make_unique<FakeMap>("d", false, 0, nullptr, std::nullopt));
   const std::optional<ModelExtents> e = ShownMapExtents(&maps);

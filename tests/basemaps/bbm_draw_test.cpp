@@ -427,3 +427,18 @@ TEST_F(BbmDrawTest, DenseLinesAreThinnedToThePixel) {
 
 }  // namespace
 }  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+TEST_F(BbmDrawTest, LongMapsAskTheSurfaceToShowProgressEvery500Lines) {
+  BbmRecordWriter w(Fields(bbm::kColoured));
+  for (int i = 0; i < 1200; ++i) w.AddLine(i + 1, {100, 200}, {100, 200}, {{1, 5}});
+  w.AddPoint(1, 200000, 200000, {{1, 5}});  // outside the window: no cross
+  Open(w).Draw(g_, true, true, true);
+  EXPECT_EQ(canvas_.Count(Kind::Refresh), 2);
+  EXPECT_EQ(canvas_.Count(Kind::Polyline), 1200);
+}
+
+}  // namespace
+}  // namespace tarno::testing

@@ -229,6 +229,9 @@ TEST_F(BbmTest, TruncatedAndOverrunFilesFailNamingTheFile) {
   // A vertex count far beyond the file.
   expectFailure(Patched(good, 296 + 16, 0x10000000), "overrun.bbm", "line record 1");
   expectFailure(Patched(good, 296 + 16, -5), "negative.bbm", "negative count");
+  // Counts whose product leaves 64 bits: vertices times the bytes of a vertex.
+  expectFailure(Patched(Patched(good, 296 + 16, 0x7FFFFFFF), 296 + 8, 0x7FFFFFFF), "product.bbm",
+                "line record 1");
   // More line records than the header counts.
   expectFailure(Patched(good, bbm::kCountsOffset + 4, 1), "counts.bbm", "more line records");
   expectFailure(Patched(good, bbm::kCountsOffset, -1), "header-counts.bbm",

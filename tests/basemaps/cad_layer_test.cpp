@@ -88,8 +88,9 @@ TEST(CadLayerRead, ADxfGivesItsFourKindsOfFigure) {
   EXPECT_DOUBLE_EQ(e.Bottom, 0);
   EXPECT_DOUBLE_EQ(e.Top, 90);
   const std::string name = (dir / "site.dxf").string();
-  EXPECT_EQ(layer.LayerNames(), (std::vector<std::string>{"[CADArea]" + name, "[CADLine]" + name,
-                                                          "[CADPoint]" + name, "[CADText]" + name}));
+  EXPECT_EQ(layer.LayerNames(),
+            (std::vector<std::string>{"[CADArea]" + name, "[CADLine]" + name, "[CADPoint]" + name,
+                                      "[CADText]" + name}));
 }
 
 TEST(CadLayerDraw, AreasLinesPointsTextsInTheMapsColourAtTheirPlaces) {
@@ -131,6 +132,31 @@ TEST(CadLayerDraw, AreasLinesPointsTextsInTheMapsColourAtTheirPlaces) {
   g.vgGDIInitObject(beside, away, false, 10.0);
   layer.Draw(g);
   EXPECT_TRUE(beside.Ops().empty());
+}
+
+TEST(CadLayerRead, ADgnGivesItsLines) {
+  TempDir dir;
+  GDALAllRegister();
+  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("DGN");
+  ASSERT_NE(driver, nullptr);
+  const fs::path path = dir / "plan.dgn";
+  GDALDataset* ds = driver->Create(path.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr);
+  ASSERT_NE(ds, nullptr);
+  OGRLayer* layer = ds->CreateLayer("elements", nullptr, wkbUnknown, nullptr);
+  ASSERT_NE(layer, nullptr);
+  OGRFeature feature(layer->GetLayerDefn());
+  OGRLineString line;
+  line.addPoint(100, 200);
+  line.addPoint(300, 250);
+  feature.SetGeometry(&line);
+  ASSERT_EQ(layer->CreateFeature(&feature), OGRERR_NONE);
+  GDALClose(ds);
+
+  CadLayer cad(Row(path, 0));
+  ASSERT_EQ(cad.Lines().size(), 1u);
+  EXPECT_NEAR(cad.Lines()[0].xs[1], 300, 1e-6);
+  EXPECT_NEAR(cad.Lines()[0].ys[1], 250, 1e-6);
+  EXPECT_TRUE(cad.Areas().empty());
 }
 
 TEST(CadLayerRead, DwgIsRefusedAndBadDrawingsAreNamed) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <utility>
 
 #include "basemaps/raster_layer.h"
 #include "basemaps/world_file.h"
@@ -180,14 +181,50 @@ TEST_F(RasterLayerTest, AnImageWithoutPlaceLiesAtTheOriginOneUnitAPixel) {
   EXPECT_EQ(PixelAt(OnlyImage(canvas), 150, 10), 0xFF0B0B0Bu);  // 10 x 1 + 1 = 11
 }
 
+// The image kinds the catalogue lists that GDAL reads, each placed by a world file
+// of its kind.
+TEST_F(RasterLayerTest, BmpJpegAndErdasImagesArePlacedByTheirWorldFiles) {
+  WriteTiff(dir / "source.tif", 4, 2, 3, Pattern, nullptr);
+  GDALAllRegister();
+  GDALDataset* source =
+      GDALDataset::FromHandle(GDALOpen((dir / "source.tif").string().c_str(), GA_ReadOnly));
+  ASSERT_NE(source, nullptr);
+  const std::pair<const char*, const char*> kinds[] = {
+      {"BMP", "scan.bmp"}, {"JPEG", "photo.jpg"}, {"LAN", "scene.lan"}, {"EHdr", "grid.bil"}};
+  for (const auto& [driverName, file] : kinds) {
+    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
+    ASSERT_NE(driver, nullptr) << driverName;
+    GDALDataset* copy =
+        driver->CreateCopy((dir / file).string().c_str(), source, FALSE, nullptr, nullptr, nullptr);
+    ASSERT_NE(copy, nullptr) << driverName;
+    GDALClose(copy);
+    fs::path world = dir / file;
+    world.replace_extension(WorldFileExtensions(fs::path(file).extension().string()).back());
+    WriteWorldFile(world, WorldFile{2, 0, 0, -2, 101, 199});
+    RasterLayer layer(Row(dir / file));
+    EXPECT_EQ(layer.Georeference(), RasterGeoreference::WorldFile) << file;
+    const MapExtents e = *layer.Extents();
+    EXPECT_DOUBLE_EQ(e.Left, 100) << file;
+    EXPECT_DOUBLE_EQ(e.Right, 108) << file;
+    EXPECT_DOUBLE_EQ(e.Top, 200) << file;
+    EXPECT_DOUBLE_EQ(e.Bottom, 196) << file;
+    RecordingCanvas canvas(400, 200);
+    Draw(layer, canvas, WorldWindow{100, 108, 200, 196});
+    EXPECT_EQ(OnlyImage(canvas).pixels.size(), 8u) << file;
+  }
+  GDALClose(source);
+}
+
 TEST_F(RasterLayerTest, BadFilesAreReportedWithTheirNames) {
   ASSERT_TRUE(WriteFile(dir / "junk.tif", "this is not an image"));
   try {
     RasterLayer layer(Row(dir / "junk.tif"));
     FAIL() << "a text file opened as an image";
   } catch (const Error& e) {
-    EXPECT_NE(std::string(e.what()).find((dir / "junk.tif").string()), std::string::npos) << e.what();
-    EXPECT_NE(std::string(e.what()).find("not a valid raster data set"), std::string::npos) << e.what();
+    EXPECT_NE(std::string(e.what()).find((dir / "junk.tif").string()), std::string::npos)
+        << e.what();
+    EXPECT_NE(std::string(e.what()).find("not a valid raster data set"), std::string::npos)
+        << e.what();
   }
   try {
     OpenRasterLayer(Row(dir / "gone.jpg"));
@@ -228,7 +265,8 @@ TEST(OverviewLevel, TheCoarsestOverviewThatStillFillsEveryPixel) {
 
 TEST_F(RasterLayerTest, PyramidsAreBuiltBesideTheImageAndReadAtTheWindowsScale) {
   // 1024 x 1024, grey by column: the overviews average neighbouring columns.
-  WriteTiff(dir / "big.tif", 1024, 1024, 1, [](int, int x, int) { return x / 4; }, nullptr);
+  WriteTiff(
+      dir / "big.tif", 1024, 1024, 1, [](int, int x, int) { return x / 4; }, nullptr);
   std::vector<double> told;
   ASSERT_TRUE(BuildOverviews((dir / "big.tif").string(), [&](double done) {
     told.push_back(done);
@@ -259,7 +297,8 @@ TEST_F(RasterLayerTest, PyramidsAreBuiltBesideTheImageAndReadAtTheWindowsScale) 
 }
 
 TEST_F(RasterLayerTest, StoppedPyramidsLeaveNoHalfFile) {
-  WriteTiff(dir / "big.tif", 600, 600, 1, [](int, int x, int y) { return (x + y) % 256; }, nullptr);
+  WriteTiff(
+      dir / "big.tif", 600, 600, 1, [](int, int x, int y) { return (x + y) % 256; }, nullptr);
   EXPECT_FALSE(BuildOverviews((dir / "big.tif").string(), [](double) { return false; }));
   EXPECT_FALSE(fs::exists(dir / "big.tif.ovr"));
   // A small image needs none.

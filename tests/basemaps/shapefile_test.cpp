@@ -284,6 +284,13 @@ TEST_F(ShapeFileTest, SetFileSpecErrors) {
     EXPECT_EQ(e.number(), static_cast<int>(0x8004020Du));
     EXPECT_STREQ(e.what(), shape_text::kShapeTypeRequired);
   }
+  // A folder that is not there.
+  try {
+    f.SetFileSpec(CFileName(Spec("no-folder/new.shp")), CShapeFile::kCreate, ShapeType::Point);
+    FAIL();
+  } catch (const ShapeFileError& e) {
+    EXPECT_NE(std::string(e.what()).find("no-folder"), std::string::npos) << e.what();
+  }
   // Nothing is bound after a failure.
   EXPECT_THROW(f.Add(CPoint(1, 1)), ShapeFileError);
   EXPECT_THROW(f.Item(1), ShapeFileError);

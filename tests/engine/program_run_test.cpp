@@ -232,9 +232,9 @@ TEST(ProgramRun, UnsupportedKindsReportedOncePerKindAndTheRestSolves) {
   EXPECT_EQ(count("(Inhomogeneity Lake)"), 0);
   EXPECT_EQ(count("lake LK_000001_0000: the stage table stage.tab cannot be used"), 1);
   EXPECT_EQ(count("lake LK_000002_0000 has 1 vertices, fewer than three; the lake is skipped"), 1);
-  // Lake edges drawn as routed streams are not computed: reported once.
-  EXPECT_EQ(count("(Lake, Levels)"), 1);
-  EXPECT_EQ(count("not supported by this version"), 1);
+  // Lake edges drawn as routed streams are solved: nothing is reported as not supported.
+  EXPECT_EQ(count("(Lake, Levels)"), 0);
+  EXPECT_EQ(count("not supported by this version"), 0);
   // Partially penetrating and transient wells are solved: not reported as unsupported.
   EXPECT_EQ(count("ppwell"), 0);
   EXPECT_EQ(count("twell"), 0);
@@ -612,4 +612,58 @@ TEST(ProgramRun, LakesAreSolvedWithTheirTablesAndStreams) {
   auto again = readLines(dir.Path() / "again.XTR");
   ASSERT_GE(again.size(), 2u);
   EXPECT_EQ(again[1], xtr[1]);
+}
+
+// A plain solve whose aquifer fields are parameter fields (scenario tags) takes their
+// values from the parameter value file and solves exactly as the file with the numbers.
+TEST(ProgramRun, ParameterValueFileGivesTheFieldsTheirValuesAndSolvesAsTheNumbers) {
+  auto model = [](const std::string& base, const std::string& permeability) {
+    std::vector<std::string> m = wellAndRiver();
+    for (std::string& l : m) {
+      if (l == " base .0000E+00") l = " base " + base;
+      if (l == " permeability .1000000E+02") l = " permeability " + permeability;
+    }
+    return with(with(kHeader, m), kSolveAndExtract);
+  };
+  TempDir plain, tagged;
+  writeLines(plain.Path() / "DEMO.DAT", model(".0000E+00", ".1000000E+02"));
+  writeLines(tagged.Path() / "DEMO.DAT", model("!bot!", "! Kaq !"));
+  // The names compared without their padding blanks and without regard to case; a line
+  // that is no name and number is reported and skipped.
+  writeLines(tagged.Path() / "demo.tpv", {"* parameter values", "kaq 1.0000000E+01", "BOT .00000E+00", "rch"});
+  ASSERT_EQ(runTarno1(plain.Path(), "61 demo"), 0);
+  ASSERT_EQ(runTarno1(tagged.Path(), "61 demo"), 0);
+  const std::string extract = readAll(plain.Path() / "demo.XTR");
+  EXPECT_NE(extract.find("TP_000003"), std::string::npos);
+  EXPECT_EQ(readAll(tagged.Path() / "demo.XTR"), extract);
+  const std::string messages = readAll(tagged.Path() / "message.log");
+  EXPECT_NE(messages.find("the parameter field ! Kaq ! takes the value 10"), std::string::npos) << messages;
+  EXPECT_NE(messages.find("the parameter field !bot! takes the value 0"), std::string::npos);
+  const std::string errors = readAll(tagged.Path() / "error.log");
+  EXPECT_NE(errors.find("demo.tpv, line 4: \"rch\" is not a parameter name and a number"), std::string::npos)
+      << errors;
+}
+
+TEST(ProgramRun, ParameterFieldWithoutItsValueIsFatalAndNamesTheField) {
+  std::vector<std::string> m = wellAndRiver();
+  for (std::string& l : m)
+    if (l == " permeability .1000000E+02") l = " permeability !kaq!";
+  const auto file = with(with(kHeader, m), kSolveAndExtract);
+  {
+    TempDir dir;  // no parameter value file
+    writeLines(dir.Path() / "DEMO.DAT", file);
+    EXPECT_NE(runTarno1(dir.Path(), "61 demo"), 0);
+    const std::string ops = readAll(dir.Path() / "TARNO.OPS");
+    EXPECT_NE(ops.find("\"!kaq!\""), std::string::npos) << ops;
+    EXPECT_NE(ops.find("no parameter value file"), std::string::npos) << ops;
+    EXPECT_NE(ops.find("cannot be solved as it stands"), std::string::npos);
+  }
+  {
+    TempDir dir;  // a file without the field's name
+    writeLines(dir.Path() / "DEMO.DAT", file);
+    writeLines(dir.Path() / "DEMO.TPV", {"rch 1e-3"});
+    EXPECT_NE(runTarno1(dir.Path(), "61 demo"), 0);
+    const std::string ops = readAll(dir.Path() / "TARNO.OPS");
+    EXPECT_NE(ops.find("DEMO.TPV has no value for \"kaq\""), std::string::npos) << ops;
+  }
 }

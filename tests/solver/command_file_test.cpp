@@ -7,6 +7,7 @@
 
 #include "core/error.h"
 #include "solver_fixture.h"
+#include "support/program_runner.h"
 
 namespace tarno::testing {
 namespace {
@@ -969,6 +970,61 @@ TEST_F(ElementWriterTest, ResultTablesAreEmptiedUnlessTemplate) {
   // Every line ends with CR LF and the block opens with the origin line: the
   // extents' lower left corner, code 2 for equal units.
   EXPECT_EQ(text.rfind(" modelorigin  0   0   2 \r\n title golden\r\n aquifer\r\n", 0), 0u);
+}
+
+}  // namespace
+}  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+// A scenario tag on the aquifer puts parameter fields into a plain solve's file; the
+// parameter value file beside it gives their values as the untagged file writes them,
+// and the solver solves the tagged file exactly as the untagged one.
+TEST_F(CommandFileTest, TaggedAquiferSolvesAsTheUntaggedOneThroughTheParameterValueFile) {
+  BuildGoldenProject();
+  auto write = [&](bool tagged) {
+    ModelSettings s = LoadSettings();
+    s.SetIterations("3");
+    s.chkContour = false;
+    s.chkComputePaths = false;
+    s.chkScenarioHydCond = tagged;
+    s.tbScenario[1] = "kaq";
+    s.chkScenarioBaseElev = tagged;
+    s.tbScenario[2] = "Bot";
+    SolutionState state;
+    ScriptedUserInterface ui;
+    CommandFileContext ctx = Context(s, state, ui);
+    return ModelWriteInputFile(kWriteNewSolve, false, true, ctx);
+  };
+  const auto path = write(true);
+  const auto lines = Lines(ReadFile(path));
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), " permeability !kaq!"), 1);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), " base !Bot!"), 1);
+  const auto tpv = Dir() / "golden.TPV";
+  EXPECT_EQ(ReadFile(tpv),
+            "* Parameter values of golden.dat, written by TARNO\r\nBot .00000E+00\r\nkaq "
+            "1.0000000E+01\r\n");
+
+  // The solver on the tagged file and on the untagged one, each in a folder of its own.
+  auto solve = [&](const std::filesystem::path& folder) {
+    tarno::test::RunOptions o;
+    o.cwd = folder;
+    const auto r = tarno::test::RunProgram("tarno1", {"61", "golden"}, o);
+    EXPECT_EQ(r.status, 0) << r.err;
+    return ReadFile(folder / "golden.XTR");
+  };
+  const auto taggedDir = Dir() / "tagged", plainDir = Dir() / "plain";
+  std::filesystem::create_directories(taggedDir);
+  std::filesystem::create_directories(plainDir);
+  std::filesystem::copy_file(path, taggedDir / "golden.dat");
+  std::filesystem::copy_file(tpv, taggedDir / "golden.TPV");
+  // Without tags the file is removed, so an old one cannot give values to a template.
+  std::filesystem::copy_file(write(false), plainDir / "golden.dat");
+  EXPECT_FALSE(std::filesystem::exists(tpv));
+  const std::string a = solve(taggedDir), b = solve(plainDir);
+  EXPECT_FALSE(a.empty());
+  EXPECT_EQ(a, b);
 }
 
 }  // namespace

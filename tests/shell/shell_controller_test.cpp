@@ -1,0 +1,497 @@
+// The session behind the main window, driven without widgets: a host that records
+// what the window would show, two recording map surfaces, a scripted port. The
+// example of Vincennes is built with tarnocmd in a temporary folder, opened, solved
+// with the real solver and contourer, and its commands run through the registry.
+#include "app/shell/shell_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/help_model.h"
+#include "app/shell_models.h"
+#include "core/error_trap.h"
+#include "core/file_find.h"
+#include "display/map_fixture.h"
+#include "display/navigation.h"
+#include "solver/inspect.h"
+#include "solver/solve_dialogs.h"
+#include "store/database.h"
+#include "support/program_runner.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace tarno {
+namespace {
+
+namespace fs = std::filesystem;
+using test::RecordingSurface;
+
+// What the window would show, kept for the tests.
+class RecordingHost : public ShellHost {
+ public:
+  RecordingHost(RecordingSurface& map, RecordingSurface& map2) : map_(map), map2_(map2) {}
+
+  void CloseWindow() override { ++closes; }
+  void CopyMapToClipboard() override { ++clipboardCopies; }
+  void RepaintMap() override { ++repaints; }
+  void ApplyMenus(const MenuState& state, bool layerMenu) override {
+    menus = state;
+    layerMenuOn = layerMenu;
+    ++menuUpdates;
+  }
+  void ShowToolbar(bool visible) override { toolbar = visible; }
+  void OpenHelp(const std::string& target) override { helpTargets.push_back(target); }
+  void SetMapCursor(MapCursor c) override { cursor = c; }
+  void SetMouseEnabled(bool enabled) override { mouse = enabled; }
+  void SetCaption(const std::string& c) override { caption = c; }
+  void SetStatusText(int panel, const std::string& text) override { panels[panel] = text; }
+  std::string StatusText(int panel) const override {
+    const auto it = panels.find(panel);
+    return it == panels.end() ? std::string() : it->second;
+  }
+  void LayoutSurfaces() override {
+    map_.Resize(kWidth, kHeight);
+    map2_.Resize(kWidth, kHeight);
+  }
+  std::pair<int, int> MapSize() const override { return {kWidth, kHeight}; }
+  void ProcessEvents() override { ++pumps; }
+  void StoreGuiOptions(const DisplayOptions& options) override { stored = options; }
+
+  static constexpr int kWidth = 400;
+  static constexpr int kHeight = 300;
+
+  int closes = 0, clipboardCopies = 0, repaints = 0, menuUpdates = 0, pumps = 0;
+  MenuState menus;
+  bool layerMenuOn = true;
+  bool toolbar = true;
+  bool mouse = false;
+  MapCursor cursor = MapCursor::Arrow;
+  std::string caption;
+  std::map<int, std::string> panels;
+  std::vector<std::string> helpTargets;
+  std::optional<DisplayOptions> stored;
+
+ private:
+  RecordingSurface& map_;
+  RecordingSurface& map2_;
+};
+
+int CountPolylinesOf(const std::vector<RecordingCanvas::Op>& ops, Colour colour) {
+  return static_cast<int>(std::count_if(ops.begin(), ops.end(), [&](const RecordingCanvas::Op& op) {
+    return op.kind == RecordingCanvas::Kind::Polyline && op.colour == colour;
+  }));
+}
+
+class ShellControllerTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    temp_ = new test::TempDir("tarno-shell");
+    ::setenv("TARNO_CONFIG_DIR", (temp_->Path() / "config").c_str(), 1);
+  }
+  static void TearDownTestSuite() {
+    delete temp_;
+    temp_ = nullptr;
+  }
+
+  // A fresh copy of the example for each test, made as scripts/make-examples does.
+  void SetUp() override {
+    const std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    work_ = temp_->Path() / name;
+    fs::create_directories(work_);
+    project_ = (work_ / "example.trn").string();
+    test::RunOptions made;
+    made.cwd = work_;
+    made.env = {"TARNO_CONFIG_DIR=" + (temp_->Path() / "config").string()};
+    const test::RunResult created = test::RunProgram(
+        "tarnocmd",
+        {"new", project_, "--yes", "--description", "Vincennes, Indiana Example", "--map-units",
+         "meters", "--model-units", "meters", "--base-name", "example"},
+        made);
+    ASSERT_EQ(created.status, 0) << created.err;
+    test::RunOptions script;
+    script.input = fs::path(TARNO_SOURCE_DIR) / "examples" / "vincennes.sql";
+    const test::RunResult filled = test::RunExecutable("sqlite3", {"-bail", project_}, script);
+    ASSERT_EQ(filled.status, 0) << filled.err;
+
+    shell_ = std::make_unique<ShellController>(host_, map_, map2_,
+                                               ShellOptions{work_.string(), TARNO_BIN_DIR});
+    shell_->Port().SetInner(ui_);
+  }
+  void TearDown() override {
+    // Whatever the test left open closes (and is compacted) before the folder goes.
+    shell_.reset();
+  }
+
+  void OpenExample() {
+    ASSERT_TRUE(shell_->OpenProject(project_)) << Describe();
+    ASSERT_TRUE(shell_->Session().ProjectOpen());
+  }
+  void SolveExample() {
+    ASSERT_TRUE(shell_->Commands().Run("MODEL_CMDS(1)"));
+    ASSERT_EQ(shell_->LastSolve().outcome, SolveOutcome::Completed)
+        << shell_->LastSolve().failure << Describe();
+  }
+  // The calls of the port so far, for failure messages.
+  std::string Describe() const {
+    std::string s;
+    for (const UiCall& c : ui_.Calls()) s += "\n  " + c.Describe();
+    return s;
+  }
+  bool Exists(const std::string& file) const { return !FindFileNoCase(work_, file).empty(); }
+  std::string ModelValue(const std::string& column) {
+    Database db = Database::Open(project_);
+    Statement st = db.PrepareRaw("select " + column + " from Model");
+    st.Step();
+    return st.GetText(0);
+  }
+  void ExpectUnhandledIn(const std::string& operation) {
+    ui_.ExpectMessageTitled(kUnhandledErrorTitle).WithIcon(kUnhandledErrorIcon);
+    expectedOperation_ = operation;
+  }
+  void CheckUnhandledIn() {
+    const auto messages = ui_.Messages();
+    ASSERT_FALSE(messages.empty());
+    ASSERT_FALSE(messages.back().lines.empty());
+    EXPECT_EQ(messages.back().lines[0], "Unhandled error in " + expectedOperation_);
+  }
+
+  static test::TempDir* temp_;
+  fs::path work_;
+  std::string project_;
+  ScriptedUserInterface ui_;
+  RecordingSurface map_{RecordingHost::kWidth, RecordingHost::kHeight};
+  RecordingSurface map2_{RecordingHost::kWidth, RecordingHost::kHeight};
+  RecordingHost host_{map_, map2_};
+  std::unique_ptr<ShellController> shell_;
+  std::string expectedOperation_;
+};
+
+test::TempDir* ShellControllerTest::temp_ = nullptr;
+
+TEST_F(ShellControllerTest, EveryBuiltCommandOfTheMenusHasAHandler) {
+  // The editing entries are left to the map editor; every other built command and
+  // switch runs something.
+  for (const MenuEntry& e : MenuModel::Entries()) {
+    if (e.kind == MenuKind::Submenu || !e.built) continue;
+    EXPECT_TRUE(shell_->Commands().Has(e.key)) << e.key;
+  }
+  for (const ToolbarButton& b : MenuModel::Toolbar()) {
+    if (!MenuModel::Entry(b.menuKey).built) continue;
+    EXPECT_TRUE(shell_->Commands().HasButton(b.key) || shell_->Commands().Has(b.menuKey)) << b.key;
+  }
+}
+
+TEST_F(ShellControllerTest, WithoutAProjectOnlyProjectAndHelpCommandsAreOffered) {
+  shell_->StartUp("", false);
+  EXPECT_FALSE(host_.menus.projectOpen);
+  EXPECT_FALSE(host_.mouse);
+  EXPECT_FALSE(MenuModel::Enabled("MODEL_CMDS(1)", host_.menus));
+  EXPECT_TRUE(MenuModel::Enabled("FILE_CMDS(1)", host_.menus));
+  EXPECT_TRUE(MenuModel::Enabled("HELP_CMDS(0)", host_.menus));
+  // A solve without a project does nothing and asks nothing.
+  EXPECT_EQ(shell_->Solve(true), SolveOutcome::Cancelled);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, OpeningAndClosingSetTheMenusCaptionPanelsAndTheMap) {
+  OpenExample();
+  EXPECT_EQ(host_.caption, "example.trn - TARNO");
+  EXPECT_TRUE(host_.menus.projectOpen);
+  EXPECT_FALSE(host_.menus.solutionValid);
+  EXPECT_TRUE(host_.mouse);
+  EXPECT_EQ(host_.panels[kPanelNote], " m");
+  EXPECT_EQ(host_.panels[kPanelActivity], "Select");
+  const WorldWindow& w = shell_->State().Window;
+  EXPECT_LT(w.Left, w.Right);
+  EXPECT_LT(w.Bottom, w.Top);
+  // The elements are drawn on the visible surface.
+  EXPECT_GT(map_.Ops().size(), 10u);
+
+  ASSERT_TRUE(shell_->Commands().Run("FILE_CMDS(3)"));
+  EXPECT_FALSE(shell_->Session().ProjectOpen());
+  EXPECT_EQ(host_.caption, "TARNO");
+  EXPECT_FALSE(host_.menus.projectOpen);
+  for (int panel : {kPanelActivity, kPanelFeedback, kPanelNote, kPanelX, kPanelY})
+    EXPECT_EQ(host_.panels[panel], "") << "panel " << panel;
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, SolveRunsTheSolverAndDrawsContoursAndPathlines) {
+  OpenExample();
+  const Colour contour = shell_->State().options.ContourColor;
+  const Colour path = shell_->State().options.PathlineColor;
+  EXPECT_EQ(CountPolylinesOf(map_.Ops(), contour), 0);
+  SolveExample();
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
+  EXPECT_TRUE(shell_->Solution().ContourLinesPresent);
+  EXPECT_TRUE(Exists("example.SOL"));
+  EXPECT_TRUE(host_.menus.solutionValid);
+  EXPECT_FALSE(host_.menus.solving);
+  EXPECT_TRUE(host_.mouse);
+  EXPECT_TRUE(MenuModel::Enabled("MODEL_CMDS(2)", host_.menus));  // Continue Solve
+  EXPECT_GT(host_.pumps, 0);  // the window was served while the solver ran
+  // The note tells what the contours show.
+  EXPECT_EQ(host_.panels[kPanelNote], shell_->Solution().Note);
+  EXPECT_FALSE(shell_->Solution().Note.empty());
+  EXPECT_GT(CountPolylinesOf(map_.Ops(), contour), 0);
+  EXPECT_GT(CountPolylinesOf(map_.Ops(), path), 0);
+
+  // The run files are shown; one the solver did not write is reported.
+  const std::size_t shown = ui_.TextFilesShown().size();  // the logs of the run
+  ASSERT_TRUE(shell_->Commands().Run("RUN_FILES(0)"));
+  ASSERT_EQ(ui_.TextFilesShown().size(), shown + 1);
+  // Found whatever the case the solver wrote its name in.
+  EXPECT_EQ(fs::path(ui_.TextFilesShown().back()), FindFileNoCase(work_, "example.DAT"));
+
+  // Solving again asks whether to resolve; Cancel leaves everything as it was.
+  ui_.ExpectModal<SolvePrompt>(SolvePrompt::kName, [](SolvePrompt& p) { p.Result = 2; });
+  ASSERT_TRUE(shell_->Commands().RunButton("MODELCALC"));
+  EXPECT_EQ(shell_->LastSolve().outcome, SolveOutcome::Cancelled);
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
+  EXPECT_TRUE(Exists("example.SOL"));
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, InvalidateSolutionAsksAndRemovesOnlyOnYes) {
+  OpenExample();
+  EXPECT_FALSE(shell_->InvalidateSolution(true));  // no solution: no question
+  SolveExample();
+  const std::vector<std::string> question = {
+      "This change may make the current solution inconsistent with your",
+      "current element layout.  Do you want to remove the current solution",
+      "results from view and invalidate the solution?  "};
+  ui_.ExpectMessage("Model Changed!", question, Answer::No);
+  EXPECT_FALSE(shell_->InvalidateSolution(true));
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
+  EXPECT_TRUE(Exists("example.SOL"));
+
+  ui_.ExpectMessage("Model Changed!", question, Answer::Yes);
+  EXPECT_TRUE(shell_->InvalidateSolution(true));
+  EXPECT_FALSE(shell_->Solution().SolutionPresent);
+  EXPECT_FALSE(shell_->Solution().ContourLinesPresent);
+  EXPECT_FALSE(Exists("example.SOL"));
+  EXPECT_FALSE(Exists("example.CTR"));
+  EXPECT_FALSE(host_.menus.solutionValid);
+  EXPECT_EQ(host_.panels[kPanelNote], " m");  // the units again
+  // The contours left the map.
+  EXPECT_EQ(CountPolylinesOf(map_.Ops(), shell_->State().options.ContourColor), 0);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, ModelSettingsCancelWritesNothingAndOkWritesAndInvalidates) {
+  OpenExample();
+  SolveExample();
+  const std::string thickness = ModelValue("AQThickness");
+  ui_.ExpectModal<ModelSettingsDialog>(ModelSettingsDialog::kName, [](ModelSettingsDialog& d) {
+    d.settings.tbThickness = "123";
+    d.Cancel();
+  });
+  ASSERT_TRUE(shell_->Commands().Run("MODEL_CMDS(0)"));
+  EXPECT_EQ(ModelValue("AQThickness"), thickness);
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
+
+  // A bad entry keeps the dialog: the user corrects it and presses OK again. The new
+  // aquifer makes the solution another model's; the user lets it go.
+  ui_.ExpectModal<ModelSettingsDialog>(ModelSettingsDialog::kName, [this](ModelSettingsDialog& d) {
+    d.settings.tbThickness = "0";
+    EXPECT_FALSE(d.OK(ui_));
+    d.settings.tbThickness = "123";
+    EXPECT_TRUE(d.OK(ui_));
+  });
+  ui_.ExpectMessage("Bad Entry",
+                    {"Thickness must be greater than 0.", "Please enter a new value."});
+  ui_.ExpectMessageTitled("Model Changed!", Answer::Yes);
+  ASSERT_TRUE(shell_->Commands().Run("MODEL_CMDS(0)"));
+  EXPECT_EQ(std::stod(ModelValue("AQThickness")), 123.0);
+  EXPECT_FALSE(shell_->Solution().SolutionPresent);
+  EXPECT_FALSE(Exists("example.SOL"));
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, AFailingCommandShowsTheGeneralMessageAndTheSessionStands) {
+  OpenExample();
+  SolveExample();
+  const WorldWindow window = shell_->State().Window;
+  // The project file goes behind the program's back: the size command cannot read it.
+  const fs::path moved = work_ / "moved.trn";
+  fs::rename(project_, moved);
+  ExpectUnhandledIn("ModelGetSize");
+  shell_->Commands().Run("ModelSize");
+  CheckUnhandledIn();
+  EXPECT_TRUE(shell_->Session().ProjectOpen());
+  EXPECT_TRUE(shell_->Solution().SolutionPresent);
+  EXPECT_TRUE(host_.menus.projectOpen);
+  EXPECT_EQ(shell_->State().Window.Left, window.Left);
+  // Back in place, the commands work again.
+  fs::rename(moved, project_);
+  ui_.ExpectMessageTitled("Model Size");
+  EXPECT_TRUE(shell_->Commands().Run("ModelSize"));
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, AnUnknownKeyIsReportedAndChangesNothing) {
+  OpenExample();
+  const int updates = host_.menuUpdates;
+  ui_.ExpectMessage(kUnhandledErrorTitle,
+                    UnhandledErrorLines(kUnknownCommandOperation,
+                                        "No command for the menu key \"MODEL_CMDS(99)\""));
+  EXPECT_FALSE(shell_->Commands().Run("MODEL_CMDS(99)"));
+  EXPECT_EQ(host_.menuUpdates, updates);
+  EXPECT_TRUE(shell_->Session().ProjectOpen());
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, SwitchesFlipTheirLayerAndRedrawWhatTheyChange) {
+  OpenExample();
+  CommandRegistry& c = shell_->Commands();
+  // The toolbar: shown and hidden, no redraw.
+  const int copies = map_.copies;
+  ASSERT_TRUE(c.Run("Layermenu(9)"));
+  EXPECT_FALSE(host_.toolbar);
+  EXPECT_FALSE(host_.menus.layers.toolbar);
+  EXPECT_EQ(map_.copies, copies);
+  ASSERT_TRUE(c.Run("Layermenu(9)"));
+  EXPECT_TRUE(host_.toolbar);
+
+  // The elements off: the map is drawn again with less on it.
+  const std::size_t withElements = map_.Ops().size();
+  ASSERT_TRUE(c.Run("Layermenu(1)"));
+  EXPECT_FALSE(shell_->State().layers.elements);
+  const std::size_t withoutElements = map_.Ops().size();
+  EXPECT_LT(withoutElements + 10, withElements);
+  ASSERT_TRUE(c.Run("Layermenu(1)"));
+  EXPECT_GT(map_.Ops().size(), withoutElements + 10);
+
+  // Manual Redraw on keeps the picture; an element switch then leaves it obsolete.
+  ASSERT_TRUE(c.Run("Layermenu(13)"));
+  EXPECT_TRUE(shell_->State().layers.manualRedraw);
+  const int beforeCopies = map_.copies;
+  ASSERT_TRUE(c.Run("Layermenu(1)"));
+  EXPECT_EQ(map_.copies, beforeCopies);
+  EXPECT_TRUE(shell_->View().PictureObsolete());
+  // Refresh (Ctrl+L) draws it all the same.
+  ASSERT_TRUE(c.Run("Layermenu(10)"));
+  EXPECT_GT(map_.copies, beforeCopies);
+  EXPECT_FALSE(shell_->View().PictureObsolete());
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, NavigationButtonsAndTheirModes) {
+  OpenExample();
+  CommandRegistry& c = shell_->Commands();
+  const WorldWindow start = shell_->State().Window;
+  ASSERT_TRUE(c.RunButton("WINDOWZOOMIN"));
+  const WorldWindow in = shell_->State().Window;
+  EXPECT_LT(in.Right - in.Left, start.Right - start.Left);
+  ASSERT_TRUE(c.Run("ZOOM_CMDS(2)"));  // the menu's Zoom Out
+  EXPECT_GT(shell_->State().Window.Right - shell_->State().Window.Left, in.Right - in.Left);
+  const WorldWindow before = shell_->State().Window;
+  ASSERT_TRUE(c.RunButton("WINDOWSCROLLLEFT"));
+  EXPECT_LT(shell_->State().Window.Left, before.Left);
+
+  // Zoom to window waits for a rectangle: a cross, the menus off; the rectangle
+  // ends the mode.
+  ASSERT_TRUE(c.RunButton("WINDOWZOOMWIN"));
+  EXPECT_EQ(shell_->State().mouseState, kZoomWindowMouseState);
+  EXPECT_EQ(host_.cursor, MapCursor::Cross);
+  EXPECT_TRUE(host_.menus.mouseOperation);
+  const WorldWindow w = shell_->State().Window;
+  const double cx = (w.Left + w.Right) / 2, cy = (w.Top + w.Bottom) / 2;
+  const double dx = (w.Right - w.Left) / 8, dy = (w.Top - w.Bottom) / 8;
+  shell_->MouseZoom(kZoomWindowEnd, cx - dx, cy + dy, cx + dx, cy - dy);
+  EXPECT_EQ(shell_->State().mouseState, 0);
+  EXPECT_EQ(host_.cursor, MapCursor::Arrow);
+  EXPECT_FALSE(host_.menus.mouseOperation);
+  EXPECT_LT(shell_->State().Window.Right - shell_->State().Window.Left, w.Right - w.Left);
+
+  // Recenter: a second click on the button leaves the mode.
+  ASSERT_TRUE(c.RunButton("WINDOWRECENTER"));
+  EXPECT_EQ(shell_->State().mouseState, kRecenterMouseState);
+  EXPECT_EQ(shell_->State().mouseMode, kRecenterMouseMode);
+  ASSERT_TRUE(c.RunButton("WINDOWRECENTER"));
+  EXPECT_EQ(shell_->State().mouseState, 0);
+  EXPECT_EQ(host_.cursor, MapCursor::Arrow);
+  EXPECT_FALSE(host_.menus.mouseOperation);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, WindowCommandsGoToTheHost) {
+  OpenExample();
+  CommandRegistry& c = shell_->Commands();
+  ASSERT_TRUE(c.Run("EDIT_CMDS(7)"));
+  EXPECT_EQ(host_.clipboardCopies, 1);
+  ASSERT_TRUE(c.Run("HELP_CMDS(2)"));
+  ASSERT_TRUE(c.Run("ReleaseNotes"));
+  EXPECT_EQ(host_.helpTargets, (std::vector<std::string>{HelpIndex::PageForKey("HELP_CMDS(2)"),
+                                                         HelpIndex::PageForKey("ReleaseNotes")}));
+  ui_.ExpectMessageTitled("About TARNO");
+  ASSERT_TRUE(c.Run("About"));
+  ASSERT_TRUE(c.Run("FILE_CMDS(7)"));
+  EXPECT_EQ(host_.closes, 1);
+  // The closing window draws nothing more.
+  shell_->SetClosing();
+  const int repaints = host_.repaints;
+  shell_->Zoom(kZoomIn);
+  EXPECT_EQ(host_.repaints, repaints);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, OptionsDialogsKeepWhatOkAcceptedAndNothingOnCancel) {
+  OpenExample();
+  host_.stored.reset();
+  // The GUI options show the user's own values and hand the accepted ones to the
+  // host to keep.
+  shell_->State().options.VertexTolerance = 0.25;
+  ui_.ExpectModal<GUIOptions>(GUIOptions::kName, [this](GUIOptions& g) {
+    EXPECT_EQ(g.DataVertexTolerance, "0.25");
+    EXPECT_EQ(g.DataHazeLevel, std::to_string(shell_->State().options.HazeLevel));
+    g.DataHazeLevel = "2";
+    EXPECT_TRUE(g.OK(ui_));
+  });
+  ASSERT_TRUE(shell_->Commands().Run("TOOLS_CMDS(0)"));
+  EXPECT_EQ(shell_->State().options.HazeLevel, 2);
+  ASSERT_TRUE(host_.stored.has_value());
+  EXPECT_EQ(host_.stored->HazeLevel, 2);
+
+  host_.stored.reset();
+  ui_.ExpectModal<GUIOptions>(GUIOptions::kName, [](GUIOptions& g) {
+    g.DataHazeLevel = "4";
+    g.Cancel();
+  });
+  ASSERT_TRUE(shell_->Commands().Run("TOOLS_CMDS(0)"));
+  EXPECT_EQ(shell_->State().options.HazeLevel, 2);
+  EXPECT_FALSE(host_.stored.has_value());
+
+  // The inspector's settings: kept on OK only.
+  ui_.ExpectModal<InspectorDialog>(InspectorDialog::kName, [](InspectorDialog& d) {
+    d.Settings.TraceBackwards = true;
+    d.Cancel();
+  });
+  ASSERT_TRUE(shell_->Commands().Run("InspectorSettings"));
+  EXPECT_FALSE(shell_->Inspector().TraceBackwards);
+  ui_.Verify();
+}
+
+TEST_F(ShellControllerTest, TheWelcomeOpensTheExampleTheUserChose) {
+  // The example beside the program: the test's folder stands for it.
+  ui_.ExpectModal<Welcome>(Welcome::kName, [](Welcome& w) {
+    w.Result = 2;
+    w.chkShowBox = true;
+  });
+  ui_.ExpectMessageTitled("Vincennes, Indiana Example", Answer::Yes);
+  EXPECT_TRUE(shell_->StartUp("", true));
+  EXPECT_TRUE(shell_->Session().ProjectOpen());
+  EXPECT_TRUE(fs::equivalent(shell_->Session().Settings().DBName, project_));
+  ui_.Verify();
+}
+
+}  // namespace
+}  // namespace tarno
