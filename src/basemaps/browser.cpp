@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "basemaps/bbm.h"
 #include "core/error.h"
 #include "core/text.h"
 #include "store/database.h"
@@ -250,9 +251,17 @@ void MapBrowser::View(UserInterface& ui) {
     } else if (kind == BaseMapKind::Cad || kind == BaseMapKind::Raster) {
       GraphicsDialog.Load(name);
       ui.ShowModal(GraphicsDialog);
+    } else if (kind == BaseMapKind::Bbm) {
+      // A BBM map shows its header, in the box of the BBM reader; a file it refuses
+      // gets the browser's one box.
+      BBMap bbm;
+      bbm.Connect(name);
+      if (!bbm.Connected()) throw Error("The BBM map " + name + " cannot be read");
+      bbm.SetUserInterface(&ui);
+      bbm.ShowInfo();
     } else {
-      ui.MessageBox(kNothingToViewTitle, {"The map " + GetNameFromFile(name) +
-                                          " has no attribute table or layers to view."});
+      ui.MessageBox(kNothingToViewTitle,
+                    {"The map " + GetNameFromFile(name) + " is of no kind this program reads."});
     }
   } catch (const UiPortFailure&) {
     throw;

@@ -133,7 +133,8 @@ class MapBrowser : public DialogModel {
   // pyramids when asked).
   bool Options(UserInterface& ui);
   // "View...": the attribute table of a shapefile, the layers of a CAD file or an
-  // image; a BBM map has neither, which a box says.
+  // image, the header of a BBM map ("BBM File Header"); a file that cannot be read
+  // gives "Cannot View Map".
   void View(UserInterface& ui);
   void Close() { Result = 1; }
 

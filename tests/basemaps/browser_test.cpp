@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <ogrsf_frmts.h>
 
+#include "basemaps/bbm_writer.h"
 #include "basemaps/browser.h"
 #include "catalogue_fixture.h"
 #include "map_files.h"
@@ -163,19 +164,40 @@ TEST_F(BrowserTest, ViewShowsTheBandsOfAnImageAndTheLayersOfACadFile) {
   EXPECT_EQ(g.Title(), "Graphics Layers - plan.dxf");
 }
 
-TEST_F(BrowserTest, ViewOfAMapWithNothingToShowOrUnreadableSaysSo) {
-  const std::string roads = Map("roads.bbm");
+TEST_F(BrowserTest, ViewOfABbmMapShowsItsHeaderAndAnUnreadableMapSaysSo) {
+  const std::string roads = (dir_ / "roads.bbm").string();
+  {
+    BbmHeaderFields fields;
+    fields.title = "Roads";
+    fields.dataType = bbm::kUnattributed;
+    BbmRecordWriter w(fields);
+    w.AddLine(1, {0, 1000}, {0, 500}, {});
+    w.Save(roads);
+  }
   const std::string bad = Map("broken.dxf");  // opens for the fake opener, not for the reader
-  AddMaps(project_, ui_, {roads, bad}, openers_);
+  const std::string fakeBbm = Map("fake.bbm");
+  {
+    Database db = Database::Open(project_);
+    for (const auto& m : {roads, bad, fakeBbm}) InsertBaseMap(db, m);
+  }
   MapBrowser browser = Browser();
   browser.Selected = 0;
-  ui_.ExpectMessage("Nothing to View",
-                    {"The map roads.bbm has no attribute table or layers to view."});
+  ui_.ExpectMessageTitled("BBM File Header");
   browser.View(ui_);
+  ui_.Verify();
+  const auto header = ui_.Messages().back().lines;
+  ASSERT_FALSE(header.empty());
+  EXPECT_EQ(header[0], "Filename:         " + roads);
   browser.Selected = 1;
   ui_.ExpectMessage("Cannot View Map", {"The file " + bad + " cannot be read"});
   browser.View(ui_);
+  browser.Selected = 2;
+  // The reader's own description names the file.
+  ui_.ExpectMessageTitled("Cannot View Map");
+  browser.View(ui_);
   ui_.Verify();
+  ASSERT_EQ(ui_.Messages().back().lines.size(), 1u);
+  EXPECT_NE(ui_.Messages().back().lines[0].find(fakeBbm), std::string::npos);
 }
 
 TEST_F(BrowserTest, AddMapsThroughTheBrowserSelectsTheNewMap) {

@@ -155,7 +155,8 @@ void ShellController::RegisterCommands() {
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
-  c.Register("TOOLS_CMDS(5)", [this] { MapBrowserCommand(); }, "MapBrowser");
+  c.Register(
+      "TOOLS_CMDS(5)", [this] { MapBrowserCommand(); }, "MapBrowser");
   c.Register("About", [this] { About(); });
   c.RegisterPrefix(
       "RUN_FILES(", [this](const std::string& key) { ShowRunFile(key); }, "MODELRUNFILES");
