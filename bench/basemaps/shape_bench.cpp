@@ -3,7 +3,7 @@
 // colour per value of a field), and drawing it whole and zoomed in on a recording
 // surface.
 //
-// 20000 lines of 50 points; run by tarno-bench-basemaps (main.cpp) as "shape".
+// Usage: tarno-bench-basemaps [lines [points]]   (default 20000 lines of 50 points)
 
 #include <chrono>
 #include <cmath>
@@ -16,7 +16,6 @@
 #include "basemaps/dbf.h"
 #include "basemaps/shape_layer.h"
 #include "basemaps/shapefile.h"
-#include "bench.h"
 #include "display/canvas.h"
 #include "display/vgraph.h"
 #include "bench.h"
