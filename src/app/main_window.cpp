@@ -213,6 +213,7 @@ void MainWindow::ApplyMenus(const MenuState& s, bool layerMenu) {
     bool enabled = MenuModel::Enabled(key, s);
     if (key == "VIEWMENU" && !layerMenu) enabled = false;
     action->setEnabled(enabled);
+    if (key == "EDIT_UNDO" || key == "EDIT_REDO") action->setText(Q(MenuModel::Caption(key, s)));
     if (action->isCheckable()) action->setChecked(MenuModel::Checked(key, s.layers));
   }
   for (auto& [key, action] : buttons_) action->setEnabled(MenuModel::ButtonEnabled(key, s));

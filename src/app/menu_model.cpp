@@ -48,6 +48,8 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Cmd("FILE_CMDS(7)", "FILEMENU", "E&xit", N::Always, true, "", true));
   // Edit: the editing of elements by mouse is the next piece of work.
   e.push_back(Top("EDITMENU", "&Edit", N::Project));
+  e.push_back(Cmd("EDIT_UNDO", "EDITMENU", "&Undo", N::Undo, true, "Ctrl+Z"));
+  e.push_back(Cmd("EDIT_REDO", "EDITMENU", "&Redo", N::Redo, true, "Ctrl+Y"));
   e.push_back(Later("mnuEditSelect", "EDITMENU", "Select With Window"));
   e.push_back(Later("EDIT_CMDS(0)", "EDITMENU", "&Properties", true));
   e.push_back(Later("EDIT_CMDS(1)", "EDITMENU", "&Move"));
@@ -217,6 +219,8 @@ bool NeedMet(MenuNeed need, const MenuState& s) {
     case N::HydrographyLabelsLayer: return project && s.layers.hydrographyLabelsEnabled;
     case N::FarFieldLayer: return project && s.layers.viewFarFieldEnabled;
     case N::NearFieldLayer: return project && s.layers.viewNearFieldEnabled;
+    case N::Undo: return project && s.canUndo;
+    case N::Redo: return project && s.canRedo;
   }
   return false;
 }
@@ -257,6 +261,18 @@ bool MenuModel::Enabled(const std::string& key, const MenuState& state) {
   const MenuEntry& e = Entry(key);
   if (!e.built || !NeedMet(e.need, state)) return false;
   return e.parent.empty() || Enabled(e.parent, state);
+}
+
+std::string MenuModel::Caption(const std::string& key, const MenuState& state) {
+  const MenuEntry& e = Entry(key);
+  const std::string* name = key == "EDIT_UNDO"   ? &state.undoName
+                            : key == "EDIT_REDO" ? &state.redoName
+                                                 : nullptr;
+  if (name == nullptr || name->empty()) return e.caption;
+  // An ampersand of the name is shown as itself, not taken as a mnemonic.
+  std::string shown;
+  for (char c : *name) shown += c == '&' ? std::string("&&") : std::string(1, c);
+  return e.caption + " " + shown;
 }
 
 bool MenuModel::ButtonEnabled(const std::string& key, const MenuState& state) {

@@ -27,6 +27,8 @@ enum class MenuNeed {
   HydrographyLabelsLayer,
   FarFieldLayer,
   NearFieldLayer,
+  Undo,           // an open project whose edit history has an operation to undo
+  Redo,           // ... one to redo
 };
 
 // What a click does with the check mark.
@@ -67,6 +69,12 @@ struct MenuState {
   // out of reach until the next solve).
   bool runFiles = true;
   LayerSwitches layers;
+  // The edit history: whether an operation can be undone or redone, and its name
+  // for the Edit menu's caption ("&Undo Delete Well").
+  bool canUndo = false;
+  bool canRedo = false;
+  std::string undoName;
+  std::string redoName;
 };
 
 class MenuModel {
@@ -83,6 +91,10 @@ class MenuModel {
   // Whether an entry (or a top menu) is available in `state`. A top menu is
   // available when one of its entries could be; an entry only when its menu is.
   static bool Enabled(const std::string& key, const MenuState& state);
+  // The caption of an entry in `state`: Undo and Redo name the operation they
+  // would apply ("&Undo Delete Well"), plain "&Undo" and "&Redo" when there is
+  // none; every other entry has its fixed caption.
+  static std::string Caption(const std::string& key, const MenuState& state);
   // A toolbar button is available as its menu entry; the keys that end a mouse
   // mode of their own (zoom to window, recenter) stay available during it so that
   // a second click leaves the mode.

@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "core/rounding.h"
 #include "store/database.h"
+#include "store/undo_history.h"
 
 namespace tarno {
 
@@ -255,6 +256,8 @@ ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   result.failedField = Validate(ui);
   if (result.failedField != Field::None) return result;
 
+  // One entry of the edit history of the project, when it has one.
+  UndoScope undo(db, "Model Settings");
   const bool stream = contourProperty_ == kContourStreamFunction;
   std::string sql =
       "update Model set AQBase=?, AQThickness=?, AQHydCond=?, AQRecharge=?, AQPorosity=?, "
@@ -302,6 +305,7 @@ ModelSettings::OkResult ModelSettings::Ok(Database& db, UserInterface& ui) {
   st.Bind(i++, StoredTag(tbScenario[1]));
   st.Bind(i++, StoredTag(tbScenario[2]));
   st.Run();
+  undo.Commit();
 
   const std::string grid = GridSnapshot();
   const std::string trace = TraceSnapshot();

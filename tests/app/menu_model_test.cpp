@@ -1,6 +1,7 @@
 // The availability rules of the menus and the toolbar, without a window.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
 
@@ -102,6 +103,43 @@ TEST(MenuAvailability, WithAProjectTheModelCommandsButNoSolutionEntries) {
   MenuState allowed = s;
   allowed.layers.contoursEnabled = true;
   EXPECT_FALSE(MenuModel::Enabled("Layermenu(2)", allowed));
+}
+
+TEST(MenuAvailability, UndoAndRedoFollowTheHistoryAndNameTheOperation) {
+  const auto& entries = MenuModel::Entries();
+  const auto first = std::find_if(entries.begin(), entries.end(),
+                                  [](const MenuEntry& e) { return e.parent == "EDITMENU"; });
+  ASSERT_NE(first, entries.end());
+  EXPECT_EQ(first->key, "EDIT_UNDO") << "Undo heads the Edit menu";
+  EXPECT_EQ((first + 1)->key, "EDIT_REDO");
+  EXPECT_EQ(MenuModel::Entry("EDIT_UNDO").shortcut, "Ctrl+Z");
+  EXPECT_EQ(MenuModel::Entry("EDIT_REDO").shortcut, "Ctrl+Y");
+
+  MenuState s = WithProject();
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_UNDO", s));
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_REDO", s));
+  EXPECT_EQ(MenuModel::Caption("EDIT_UNDO", s), "&Undo");
+  EXPECT_EQ(MenuModel::Caption("EDIT_REDO", s), "&Redo");
+  s.canUndo = true;
+  s.undoName = "Delete Well";
+  EXPECT_TRUE(MenuModel::Enabled("EDIT_UNDO", s));
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_REDO", s));
+  EXPECT_EQ(MenuModel::Caption("EDIT_UNDO", s), "&Undo Delete Well");
+  s.canRedo = true;
+  s.redoName = "Add Text & Label";
+  EXPECT_EQ(MenuModel::Caption("EDIT_REDO", s), "&Redo Add Text && Label");
+  EXPECT_EQ(MenuModel::Caption("FILE_CMDS(0)", s), "&New Database...");
+
+  // Neither without a project, while solving or during a mouse operation.
+  MenuState closed = s;
+  closed.projectOpen = false;
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_UNDO", closed));
+  MenuState solving = s;
+  solving.solving = true;
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_REDO", solving));
+  MenuState mouse = s;
+  mouse.mouseOperation = true;
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_UNDO", mouse));
 }
 
 TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {

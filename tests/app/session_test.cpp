@@ -289,6 +289,55 @@ TEST_F(ExampleSession, ANewAquiferInTheModelSettingsInvalidatesTheSolution) {
   EXPECT_TRUE(w.Solution().SolutionPresent);
 }
 
+// Edit > Undo takes the settings back, as an edit removes the solution, and Redo
+// brings them again; the entries name the operation.
+TEST_F(ExampleSession, UndoAndRedoOfTheModelSettings) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  EXPECT_FALSE(w.Action("EDIT_UNDO")->isEnabled());
+  EXPECT_FALSE(w.Action("EDIT_REDO")->isEnabled());
+  EXPECT_EQ(w.Action("EDIT_UNDO")->shortcut(), QKeySequence("Ctrl+Z"));
+  auto hydCond = [this] {
+    Database db = Database::Open(project_);
+    Statement st = db.PrepareRaw("select AQHydCond from Model");
+    st.Step();
+    return st.GetDouble(0);
+  };
+  const double before = hydCond();
+  ASSERT_NE(before, 40.0);
+
+  ui_.SetModalHandler(ModelSettingsDialog::kName, [this](DialogModel& m) {
+    auto& d = dynamic_cast<ModelSettingsDialog&>(m);
+    d.settings.tbHydCond = "40";
+    d.OK(ui_);
+  });
+  w.Action("MODEL_CMDS(0)")->trigger();
+  EXPECT_EQ(hydCond(), 40.0);
+  ASSERT_TRUE(w.Action("EDIT_UNDO")->isEnabled());
+  EXPECT_EQ(w.Action("EDIT_UNDO")->text().toStdString(), "&Undo Model Settings");
+  EXPECT_EQ(w.Action("EDIT_REDO")->text().toStdString(), "&Redo");
+
+  ASSERT_EQ(w.Solve(false), SolveOutcome::Completed) << messages_.str();
+  ASSERT_TRUE(w.Solution().SolutionPresent);
+  w.Action("EDIT_UNDO")->trigger();
+  EXPECT_EQ(hydCond(), before);
+  EXPECT_FALSE(w.Solution().SolutionPresent) << "the aquifer of the solution is gone";
+  EXPECT_FALSE(w.Action("EDIT_UNDO")->isEnabled());
+  ASSERT_TRUE(w.Action("EDIT_REDO")->isEnabled());
+  EXPECT_EQ(w.Action("EDIT_REDO")->text().toStdString(), "&Redo Model Settings");
+  EXPECT_EQ(w.Action("EDIT_UNDO")->text().toStdString(), "&Undo");
+
+  w.Action("EDIT_REDO")->trigger();
+  EXPECT_EQ(hydCond(), 40.0);
+  EXPECT_TRUE(w.Action("EDIT_UNDO")->isEnabled());
+
+  // Closing the project ends its history.
+  ASSERT_TRUE(w.CloseProject());
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  EXPECT_FALSE(w.Action("EDIT_UNDO")->isEnabled());
+}
+
 // The user may keep the solution: No leaves it, and the next regrid answers the new
 // contour settings on it as before.
 TEST_F(ExampleSession, KeepingTheSolutionAfterANewAquiferLeavesItStanding) {

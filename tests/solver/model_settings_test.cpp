@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "solver_fixture.h"
+#include "store/undo_history.h"
 
 namespace tarno::testing {
 namespace {
@@ -267,6 +268,30 @@ TEST_F(ModelSettingsTest, OkWritesTheRowAndReportsRegridAndRetrace) {
   EXPECT_EQ(n.GetInt64(0), 17);
   EXPECT_DOUBLE_EQ(n.GetDouble(1), 1);
   ui.Verify();
+}
+
+TEST_F(ModelSettingsTest, OkIsOneEntryOfTheEditHistory) {
+  UndoHistory history;
+  history.Attach(ProjectPath().string());
+  ModelSettings s = LoadSettings();
+  const std::string before = LoadSettings().tbHydCond;
+  s.tbHydCond = "42";
+  s.tbIterations = "9";
+  ScriptedUserInterface ui;
+  ASSERT_TRUE(s.Ok(db_, ui).accepted);
+  EXPECT_EQ(history.UndoName(), "Model Settings");
+  EXPECT_EQ(LoadSettings().tbHydCond, "42");
+  ASSERT_TRUE(history.Undo(db_));
+  EXPECT_EQ(LoadSettings().tbHydCond, before);
+  ASSERT_TRUE(history.Redo(db_));
+  EXPECT_EQ(LoadSettings().tbIterations, "9");
+
+  // A refused entry writes nothing and records nothing.
+  s.tbHydCond = "-1";
+  ui.ExpectMessageTitled("Bad Entry");
+  EXPECT_FALSE(s.Ok(db_, ui).accepted);
+  ui.Verify();
+  EXPECT_EQ(history.UndoCount(), 1u);
 }
 
 TEST_F(ModelSettingsTest, OkReportsAChangeOfTheAquiferOrTheSolverAsInvalidating) {

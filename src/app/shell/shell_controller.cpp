@@ -8,6 +8,7 @@
 
 #include "app/help_model.h"
 #include "app/shell_models.h"
+#include "app/undo_model.h"
 #include "basemaps/browser.h"
 #include "basemaps/catalogue.h"
 #include "core/error.h"
@@ -143,6 +144,7 @@ void ShellController::RegisterCommands() {
       "FILE_CMDS(7)", [this] { host_.CloseWindow(); }, "Form_Unload");
   c.Register(
       "EDIT_CMDS(7)", [this] { host_.CopyMapToClipboard(); }, "EDIT_CMDS_Click");
+  c.Register({"EDIT_UNDO", "EDIT_REDO"}, [this](const std::string& key) { UndoCommand(key == "EDIT_REDO"); });
   c.Register(
       "Layermenu(10)", [this] { Zoom(kZoomRefresh); }, "ZoomActions");
   c.Register("MODEL_CMDS(0)", [this] { ModelSettingsCommand(); });
@@ -337,6 +339,14 @@ SolveOutcome ShellController::ContinueSolve() {
   return RunSolve(o);
 }
 
+void ShellController::UndoCommand(bool redo) {
+  RunOperation(port_, redo ? "Redo" : "Undo", [&] {
+    if (UndoLastOperation(*session_, redo).touchesFlow) InvalidateSolution(false);
+    Zoom(kZoomRedraw);
+  });
+  ApplyMenus();
+}
+
 void ShellController::ModelSettingsCommand() {
   RunOperation(port_, "ModelSettings", [&] {
     const std::string file = session_->Settings().DBName;
@@ -376,6 +386,7 @@ void ShellController::ModelSettingsCommand() {
     tarno::ModelCheckExtents(db, ToMapWindow(state_.Window), ShownMapExtents(&baseMaps_));
     state_.frame = ModelRestoreModelOrigin(db, settings_.BasemapConvert);
   });
+  ApplyMenus();  // Undo names the settings now
 }
 
 void ShellController::ModelSizeCommand() {
@@ -528,6 +539,7 @@ MenuState ShellController::CurrentMenuState() const {
   s.mouseOperation = mouseOperation_;
   s.runFiles = runFiles_;
   s.layers = state_.layers;
+  if (session_ != nullptr) SetUndoState(s, session_->History());
   return s;
 }
 

@@ -106,6 +106,9 @@ class ShellController : public SessionHooks {
   // `ask`): its files, flags, result rows and its picture. True when removed.
   bool InvalidateSolution(bool ask);
   void ModelSettingsCommand();
+  // Edit > Undo and Redo: the last recorded operation of the open project, undone or
+  // done again; a change that touches the flow removes the solution.
+  void UndoCommand(bool redo);
   void GuiOptionsCommand();
   // Tools, "TARNO Base Map Browser": the browser of the project's maps; a changed
   // list or look sets the layers up again (a new pre-scan) and redraws.
