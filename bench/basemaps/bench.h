@@ -21,3 +21,6 @@ int BenchRaster() __attribute__((weak));
 // Shapefiles (shape_bench.cpp): 20,000 lines of 50 points written, opened as a layer
 // and drawn whole and in a small window.
 int BenchShape();
+
+// The catalogue (catalog_bench.cpp): the pre-scan of a project of 20 maps.
+int BenchCatalog() __attribute__((weak));

@@ -1,6 +1,6 @@
 // The base map benchmarks (see bench.h).
 //
-//   tarno-bench-basemaps [runs] [bbm|shape|raster]
+//   tarno-bench-basemaps [runs] [bbm|shape|raster|catalog]
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdlib>
@@ -26,5 +26,6 @@ int main(int argc, char** argv) {
   if (wanted("bbm")) failures += BenchBbm();
   if (wanted("shape")) failures += BenchShape();
   if (wanted("raster") && &BenchRaster != nullptr) failures += BenchRaster();
+  if (wanted("catalog") && &BenchCatalog != nullptr) failures += BenchCatalog();
   return failures == 0 ? 0 : 1;
 }

@@ -11,6 +11,7 @@
 //   tarnocmd stats <path>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd scenario list|set|apply|clean ...   (tarnocmd_scenario.h)
+//   tarnocmd map add|list|remove ...           (tarnocmd_maps.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -36,6 +37,7 @@
 #include "tarnocmd_commands.h"
 #include "tarnocmd_elements.h"
 #include "tarnocmd_scenario.h"
+#include "tarnocmd_maps.h"
 
 namespace {
 
@@ -231,6 +233,7 @@ int main(int argc, char** argv) {
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
   if (auto status = tarno::cmd::RunScenarioCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunMapCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

@@ -11,6 +11,7 @@
 #include "app/shell_models.h"
 #include "calibration/stats_model.h"
 #include "calibration/scenario_dialog.h"
+#include "basemaps/browser.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -53,6 +54,7 @@ using ShownDialogs =
                TextLabelProperties,  // observation and tracing objects, text labels
                LSConfirm,            // editing vertices
                Calibration,          // calibration statistics
-               Scenarios>;           // scenarios
+               Scenarios,            // scenarios
+               MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics>;  // base maps
 
 }  // namespace tarno

@@ -5,6 +5,7 @@
 #include "app/dialog_registry.h"
 #include "app/shell_models.h"
 #include "app/views/barrier_view.h"
+#include "app/views/basemap_views.h"
 #include "app/views/flux_inspect_view.h"
 #include "app/views/gui_options_view.h"
 #include "app/views/inhomogeneity_view.h"
@@ -141,6 +142,19 @@ auto MakeView(Calibration& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(Scenarios& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<ScenariosView>(m, *c.port, parent);
+}
+
+auto MakeView(MapBrowser& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<MapBrowserView>(m, *c.port, parent);
+}
+auto MakeView(BaseMapBrowserOptions& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<BaseMapBrowserOptionsView>(m, *c.port, parent);
+}
+auto MakeView(ViewShape& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ViewShapeView>(m, parent);
+}
+auto MakeView(ViewGraphics& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ViewGraphicsView>(m, parent);
 }
 
 }  // namespace

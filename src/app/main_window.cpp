@@ -14,6 +14,7 @@
 #include <QToolBar>
 #include <QWindow>
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include "app/dialog_views.h"
@@ -26,6 +27,7 @@
 #include "core/error_trap.h"
 #include "display/navigation.h"
 #include "display/qt_canvas.h"
+#include "display/redraw.h"
 
 namespace tarno {
 
@@ -264,8 +266,22 @@ void MainWindow::LayoutSurfaces() {
     map_->SetDevicePixelRatio(mapWidget_->devicePixelRatioF());
     map2_->SetDevicePixelRatio(mapWidget_->devicePixelRatioF());
   }
-  map_->Resize(std::max(1, w), std::max(1, h));
-  map2_->Resize(std::max(1, w), std::max(1, h));
+  w = std::max(1, w);
+  h = std::max(1, h);
+  map_->Resize(w, h);
+  // Map2 keeps the background (base maps, haze) while its size stays: a redraw
+  // rebuilds it only when the window or the map list changed, so a new, blank Map2
+  // must be drawn again.
+  const QImage& background = map2_->Image();
+  const double ratio = background.isNull() ? 0.0 : background.devicePixelRatio();
+  const bool sameSize = !background.isNull() && ratio > 0 &&
+                        background.width() == static_cast<int>(std::lround(w * ratio)) &&
+                        background.height() == static_cast<int>(std::lround(h * ratio)) &&
+                        (fixedMapSize_ || ratio == mapWidget_->devicePixelRatioF());
+  if (!sameSize) {
+    map2_->Resize(w, h);
+    if (shell_) shell_->View().RedrawBasemap = true;
+  }
 }
 
 std::pair<int, int> MainWindow::MapSize() const {

@@ -139,7 +139,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("TOOLS_CMDS(2)", "TOOLSMENU", "&Import"));
   e.push_back(Later("TOOLS_CMDS(3)", "TOOLSMENU", "&Export"));
   e.push_back(Later("TOOLS_CMDS(4)", "TOOLSMENU", "TARNO Database &Viewer"));
-  e.push_back(Later("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));
+  e.push_back(Cmd("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));
   e.push_back(Cmd("InspectorSettings", "TOOLSMENU", "Instant Inspector Settings...", N::Project, true, "", true));
   e.push_back(Later("ReprojectMaps", "TOOLSMENU", "Reproject Maps..."));
   e.push_back(Later("ToolsSearch", "TOOLSMENU", "Search"));

@@ -3,6 +3,7 @@
 // project file.
 #include "app/shell_models.h"
 
+#include "basemaps/catalogue.h"
 #include "core/error.h"
 #include "core/format.h"
 #include "core/rounding.h"
@@ -103,6 +104,38 @@ bool ModelSettingsDialog::OK(UserInterface& ui) {
   last = settings.Ok(db, ui);
   if (!last.accepted) return false;
   Result = 1;
+  return true;
+}
+
+namespace {
+
+void ReadMapList(ProjectSettings& settings) {
+  settings.BaseMaps.clear();
+  for (const auto& row : ReadBaseMaps(settings.DBName)) settings.BaseMaps.push_back(row.MapName);
+  settings.Reload = true;
+  settings.MustRedraw = true;
+}
+
+}  // namespace
+
+bool ProjectSettingsAddMap(ProjectSettings& settings, UserInterface& ui,
+                           const BaseMapOpeners& openers) {
+  if (!SelectAndAddMaps(settings.DBName, ui, openers)) return false;
+  ReadMapList(settings);
+  return true;
+}
+
+bool ProjectSettingsRemoveMap(ProjectSettings& settings, UserInterface& ui, int index) {
+  if (index < 0 || index >= static_cast<int>(settings.BaseMaps.size())) return false;
+  const std::string name = settings.BaseMaps[static_cast<std::size_t>(index)];
+  if (!ui.Question(kRemoveMapTitle, {"Remove the map " + name + " from the project?",
+                                     "The file itself is not deleted."}))
+    return false;
+  {
+    Database db = Database::Open(settings.DBName);
+    RemoveBaseMap(db, name);
+  }
+  ReadMapList(settings);
   return true;
 }
 

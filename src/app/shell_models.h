@@ -8,10 +8,22 @@
 #include "core/ui_port.h"
 #include "display/map_state.h"
 #include "solver/model_settings.h"
+#include "store/dialogs.h"
 
 namespace tarno {
 
 class Database;
+struct BaseMapOpeners;
+
+// The base maps of the project settings dialog. "Add Map...": the catalogue's
+// select dialog and checks on the dialog's project; "Remove Map": a question, then
+// the map's row goes. Either writes at once (Cancel of the dialog does not undo
+// it); when the list changed, the dialog's list is read again and Reload and
+// MustRedraw are raised so that the map is set up anew. True when it changed.
+bool ProjectSettingsAddMap(ProjectSettings& settings, UserInterface& ui,
+                           const BaseMapOpeners& openers);
+bool ProjectSettingsRemoveMap(ProjectSettings& settings, UserInterface& ui, int index);
+inline constexpr const char* kRemoveMapTitle = "Remove Map";
 
 class GUIOptions : public DialogModel {
  public:

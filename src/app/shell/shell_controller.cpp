@@ -11,6 +11,8 @@
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
 #include "calibration/scenario_dialog.h"
+#include "basemaps/browser.h"
+#include "basemaps/catalogue.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -169,6 +171,8 @@ void ShellController::RegisterCommands() {
     });
   }
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
+  c.Register(
+      "TOOLS_CMDS(5)", [this] { MapBrowserCommand(); }, "MapBrowser");
   c.Register("About", [this] { About(); });
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
@@ -293,6 +297,7 @@ SolveContext ShellController::SolveContextFor(ProcessWaiter* waiter) {
   ctx.waiter = waiter;
   ctx.programDirectory = ProgramDirectory();
   ctx.window = ToMapWindow(state_.Window);
+  ctx.basemapExtents = ShownMapExtents(&baseMaps_);
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
   ctx.hooks.enableMenu = [this](const std::string& entry, bool enabled) {
@@ -707,6 +712,7 @@ void ShellController::ElemTurnOffSelection() { state_.selection = Selection{}; }
 void ShellController::ClearProjectViews() {
   solution_ = SolutionState{};
   inspector_ = InspectorSettings{};  // the inspector's settings are a session's
+  baseMaps_.clear();
   runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
@@ -742,8 +748,22 @@ void ShellController::SetUpLayers() {
     state_.options.LinesinkShadow = kept.LinesinkShadow;
   }
   SyncSolutionView();
+  // The pre-scan opens the project's base maps for the redraw (the view keeps a
+  // pointer to this list); the background is drawn anew with them.
+  baseMaps_ = PrescanMaps(file, port_, DefaultOpeners());
+  view_->RedrawBasemap = true;
   view_->SetUpLayers();
   ApplyMenus();
+}
+
+void ShellController::MapBrowserCommand() {
+  MapBrowser browser(session_->Settings().DBName, DefaultOpeners());
+  browser.Load();
+  port_.ShowModal(browser);
+  if (browser.Changed) {
+    SetUpLayers();
+    ZoomActions(false);
+  }
 }
 
 void ShellController::ModelCheckExtents(ProjectSession& session, StoredWindow& window) {

@@ -110,6 +110,9 @@ class ShellController : public SessionHooks {
   // done again; a change that touches the flow removes the solution.
   void UndoCommand(bool redo);
   void GuiOptionsCommand();
+  // Tools, "TARNO Base Map Browser": the browser of the project's maps; a changed
+  // list or look sets the layers up again (a new pre-scan) and redraws.
+  void MapBrowserCommand();
   void ModelSizeCommand();
   // Model menu "Time...": the time of evaluation, then a regrid.
   void SetTimeCommand();

@@ -9,7 +9,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/shell_models.h"
 #include "app/views/view_support.h"
+#include "basemaps/catalogue.h"
 #include "core/error_trap.h"
 
 namespace tarno {
@@ -41,13 +43,21 @@ ProjectSettingsView::ProjectSettingsView(ProjectSettings& model, UserInterface& 
   layout->addLayout(grid);
   ShowUnits();
 
-  // The base maps are listed only; adding and removing them comes with the base map
-  // feature.
+  // The base maps: added and removed at once, whatever button ends the dialog.
   layout->addWidget(new QLabel(QStringLiteral("Currently used base maps")));
+  auto* mapRow = new QHBoxLayout;
   baseMaps_ = new QListWidget;
-  for (const auto& map : model.BaseMaps) baseMaps_->addItem(Q(map));
-  baseMaps_->setSelectionMode(QAbstractItemView::NoSelection);
-  layout->addWidget(baseMaps_);
+  baseMaps_->setSelectionMode(QAbstractItemView::SingleSelection);
+  mapRow->addWidget(baseMaps_);
+  auto* mapButtons = new QVBoxLayout;
+  addMap_ = new QPushButton(QStringLiteral("Add Map..."));
+  removeMap_ = new QPushButton(QStringLiteral("Remove Map"));
+  mapButtons->addWidget(addMap_);
+  mapButtons->addWidget(removeMap_);
+  mapButtons->addStretch();
+  mapRow->addLayout(mapButtons);
+  layout->addLayout(mapRow);
+  ShowMaps();
 
   auto* buttons = new QHBoxLayout;
   ok_ = new QPushButton(QStringLiteral("OK"));
@@ -74,6 +84,19 @@ ProjectSettingsView::ProjectSettingsView(ProjectSettings& model, UserInterface& 
     }
   });
   connect(cancel_, &QPushButton::clicked, this, [this] { reject(); });
+  connect(addMap_, &QPushButton::clicked, this, [this] {
+    RunOperation(ui_, "ProjectSettings.AddBBM_Click",
+                 [&] { ProjectSettingsAddMap(model_, ui_, DefaultOpeners()); });
+    ShowMaps();
+  });
+  connect(removeMap_, &QPushButton::clicked, this, [this] {
+    const int row = baseMaps_->currentRow();
+    RunOperation(ui_, "ProjectSettings.RemoveBBM_Click",
+                 [&] { ProjectSettingsRemoveMap(model_, ui_, row); });
+    ShowMaps();
+  });
+  connect(baseMaps_, &QListWidget::currentRowChanged, this,
+          [this](int row) { removeMap_->setEnabled(row >= 0); });
   connect(changeUnits_, &QPushButton::clicked, this, [this] {
     RunOperation(ui_, "ProjectSettings.ChangeUnits_Click", [&] { model_.ChangeUnits(ui_); });
     ShowUnits();
@@ -84,6 +107,12 @@ void ProjectSettingsView::ToModel() {
   model_.Description = S(description_->toPlainText());
   model_.BaseName = S(baseName_->text());
   model_.BasePath = S(basePath_->text());
+}
+
+void ProjectSettingsView::ShowMaps() {
+  baseMaps_->clear();
+  for (const auto& map : model_.BaseMaps) baseMaps_->addItem(Q(map));
+  removeMap_->setEnabled(baseMaps_->currentRow() >= 0);
 }
 
 void ProjectSettingsView::ShowUnits() {

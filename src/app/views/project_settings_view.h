@@ -1,6 +1,6 @@
 // The view of the project settings: description, base file name and path, the two
 // unit designations (read only, changed through "Change Units..."), and the list of
-// base maps.
+// base maps with "Add Map..." and "Remove Map".
 #pragma once
 
 #include <QDialog>
@@ -28,6 +28,8 @@ class ProjectSettingsView : public QDialog {
   QPushButton* okButton() const { return ok_; }
   QPushButton* cancelButton() const { return cancel_; }
   QPushButton* changeUnitsButton() const { return changeUnits_; }
+  QPushButton* addMapButton() const { return addMap_; }
+  QPushButton* removeMapButton() const { return removeMap_; }
 
   // The window's close button and Escape count as Cancel, and do nothing while
   // Cancel is disabled (a brand-new project must be confirmed).
@@ -36,6 +38,7 @@ class ProjectSettingsView : public QDialog {
  private:
   void ToModel();
   void ShowUnits();
+  void ShowMaps();
   ProjectSettings& model_;
   UserInterface& ui_;
   QPlainTextEdit* description_;
@@ -47,6 +50,8 @@ class ProjectSettingsView : public QDialog {
   QPushButton* ok_;
   QPushButton* cancel_;
   QPushButton* changeUnits_;
+  QPushButton* addMap_;
+  QPushButton* removeMap_;
 };
 
 }  // namespace tarno
