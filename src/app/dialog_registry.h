@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/shell/select_area.h"
 #include "app/shell_models.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
@@ -47,6 +48,7 @@ using ShownDialogs =
                WellProperties, LinesinkString,                       // wells and streams
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
-               TextLabelProperties>;  // observation and tracing objects, text labels
+               TextLabelProperties,  // observation and tracing objects, text labels
+               SelectArea, SelectAreaOptions>;  // the area selection of the map
 
 }  // namespace tarno

@@ -17,6 +17,7 @@
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
+#include "app/views/select_area_view.h"
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
 #include "app/views/uniform_flow_view.h"
@@ -129,6 +130,12 @@ auto MakeView(FluxInspectDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<TextLabelView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(SelectArea& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaView>(m, parent);
+}
+auto MakeView(SelectAreaOptions& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaOptionsView>(m, parent);
 }
 
 }  // namespace

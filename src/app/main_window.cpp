@@ -23,6 +23,7 @@
 #include "app/help_window.h"
 #include "app/map_widget.h"
 #include "app/qt_ui.h"
+#include "app/shell/map_editor.h"
 #include "app/shell_models.h"
 #include "app/toolbar_icons.h"
 #include "core/error.h"
@@ -72,6 +73,31 @@ int ZoomNumber(const std::string& key) { return std::stoi(key.substr(10, key.siz
 
 }  // namespace
 
+// The window's side of the map editor: redraws, navigation, the solution, the
+// inspection clicks and the menus.
+class WindowEditorHost : public EditorHost {
+ public:
+  explicit WindowEditorHost(MainWindow& w) : w_(w) {}
+  void Redraw() override { w_.Zoom(kZoomRedraw); }
+  void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
+    w_.Zoom(action, x1, y1, x2, y2);
+    // The rectangle or the click ends the mode: back to the select state.
+    if (action == kZoomWindowEnd || action == kRecenterEnd) {
+      w_.state_.mouseState = 0;
+      w_.state_.mouseMode = 0;
+    }
+    w_.AfterMouseAction();
+  }
+  void InvalidateSolution() override { w_.InvalidateSolution(false); }
+  void InspectAt(double x, double y) override { w_.InspectAt(x, y); }
+  void TraceStreamlineAt(double x, double y) override { w_.TraceStreamlineAt(x, y); }
+  void MenusChanged() override { w_.ApplyMenus(); }
+  bool Solving() const override { return w_.solving_; }
+
+ private:
+  MainWindow& w_;
+};
+
 MainWindow::MainWindow(Options options, QWidget* parent)
     : QMainWindow(parent), options_(std::move(options)) {
   if (options_.ui == nullptr) {
@@ -95,8 +121,12 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   view_ = std::make_unique<MapView>(state_, layer_, port_, *map_, *map2_);
   nav_ = std::make_unique<Navigator>(state_, *view_, port_);
 
+  editorHost_ = std::make_unique<WindowEditorHost>(*this);
+  editor_ = std::make_unique<MapEditor>(state_, layer_, port_, *editorHost_);
   mapWidget_ = new MapWidget(state_, layer_, this);
   mapWidget_->SetSurface(map_.get());
+  mapWidget_->SetEditor(editor_.get());
+  mapWidget_->onBeforeMouse = [this] { SyncSolutionView(); };
   setCentralWidget(mapWidget_);
   BuildMenus();
   BuildToolbar();
@@ -143,15 +173,6 @@ MainWindow::MainWindow(Options options, QWidget* parent)
     return true;
   };
 
-  mapWidget_->onZoomAction = [this](int action, double x1, double y1, double x2, double y2) {
-    Zoom(action, x1, y1, x2, y2);
-    // The rectangle or the click ends the mode: back to the select state.
-    if (action == kZoomWindowEnd || action == kRecenterEnd) {
-      state_.mouseState = 0;
-      state_.mouseMode = 0;
-    }
-    AfterMouseAction();
-  };
   mapWidget_->onWheelZoom = [this](const WorldWindow& w) {
     if (closing_) return;
     // Checked against the layer's limits as every zoom is.
@@ -301,8 +322,11 @@ MenuState MainWindow::CurrentMenuState() const {
   s.projectOpen = session_ != nullptr && session_->ProjectOpen();
   s.solutionValid = solution_.SolutionPresent;
   s.solving = solving_;
-  s.mouseOperation = mouseOperation_;
+  s.mouseOperation = mouseOperation_ || (editor_ != nullptr && editor_->MenusOff());
   s.runFiles = runFiles_;
+  if (editor_ != nullptr)
+    for (std::size_t i = 0; i < s.editEntries.size(); ++i)
+      s.editEntries[i] = editor_->EditMenu()[i].enabled;
   s.layers = state_.layers;
   return s;
 }
@@ -314,6 +338,10 @@ void MainWindow::ApplyMenus() {
     bool enabled = MenuModel::Enabled(key, s);
     if (key == "VIEWMENU" && !layerMenuEnabled_) enabled = false;
     action->setEnabled(enabled);
+    // The selection's entries take their captions from the editor.
+    if (editor_ != nullptr && key.rfind("EDIT_CMDS(", 0) == 0 && key.size() == 12 &&
+        key[10] >= '0' && key[10] <= '3')
+      action->setText(Q(editor_->EditMenu()[key[10] - '0'].caption));
     if (action->isCheckable()) action->setChecked(MenuModel::Checked(key, state_.layers));
   }
   for (auto& [key, action] : buttons_) action->setEnabled(MenuModel::ButtonEnabled(key, s));
@@ -373,6 +401,14 @@ void MainWindow::Dispatch(const std::string& key) {
   const MenuEntry& e = MenuModel::Entry(key);
   if (e.kind == MenuKind::Switch) {
     ToggleSwitch(key);
+    return;
+  }
+  // The adding and editing of elements: the map editor's modes and operations.
+  if (MapEditor::Handles(key)) {
+    SyncSolutionView();
+    editor_->Command(key);
+    ApplyMenus();
+    mapWidget_->update();
     return;
   }
   if (key == "FILE_CMDS(0)") {
@@ -439,9 +475,8 @@ void MainWindow::ToolbarClick(const std::string& key) {
     if (key == "WINDOWZOOMWIN") AfterMouseAction();
     return;
   }
-  // The other keys run their menu entry. The edit keys, which will act on the
-  // selected kind ("Move Well", "Move Vertex", ...), stay disabled until the
-  // editing by mouse exists.
+  // The other keys run their menu entry; the edit keys act on the selected kind
+  // ("Move Well", "Move Vertex", ...) through the editor.
   Dispatch(MenuModel::Button(key).menuKey);
 }
 
@@ -542,13 +577,18 @@ void MainWindow::ZoomActions(bool first) {
 }
 
 void MainWindow::EnableMouse() {
-  mapWidget_->SetMouseEnabled(true);
+  mapWidget_->SetMouseEnabled(true);  // the editor's too
   mapWidget_->update();
 }
 
 void MainWindow::DisableMouse() { mapWidget_->SetMouseEnabled(false); }
 
-void MainWindow::ElemTurnOffSelection() { state_.selection = Selection{}; }
+void MainWindow::ElemTurnOffSelection() {
+  if (editor_ != nullptr)
+    editor_->ElemTurnOffSelection();
+  else
+    state_.selection = Selection{};
+}
 
 void MainWindow::ClearProjectViews() {
   solution_ = SolutionState{};
@@ -556,6 +596,7 @@ void MainWindow::ClearProjectViews() {
   runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
+  if (editor_ != nullptr) editor_->Reset();
   mouseOperation_ = false;
   unitsText_.clear();
   Note("", "");

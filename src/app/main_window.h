@@ -33,6 +33,8 @@ class QToolBar;
 namespace tarno {
 
 class HelpWindow;
+class EditorHost;
+class MapEditor;
 class MapView;
 class MapWidget;
 class Navigator;
@@ -116,6 +118,8 @@ class MainWindow : public QMainWindow, public SessionHooks {
   QAction* ToolbarAction(const std::string& key) const;
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
+  // The map editor: the mouse state machine the map widget forwards to.
+  MapEditor& Editor() { return *editor_; }
   MapView& View() { return *view_; }
   ProjectSession& Session() { return *session_; }
   MapState& State() { return state_; }
@@ -160,6 +164,7 @@ class MainWindow : public QMainWindow, public SessionHooks {
   void showEvent(QShowEvent* event) override;
 
  private:
+  friend class WindowEditorHost;
   void BuildMenus();
   void BuildToolbar();
   void BuildStatusBar();
@@ -191,6 +196,8 @@ class MainWindow : public QMainWindow, public SessionHooks {
   std::unique_ptr<QtMapSurface> map_, map2_;
   std::unique_ptr<MapView> view_;
   std::unique_ptr<Navigator> nav_;
+  std::unique_ptr<EditorHost> editorHost_;
+  std::unique_ptr<MapEditor> editor_;
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;

@@ -5,6 +5,7 @@
 // the rules can be tested without a display.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -67,6 +68,9 @@ struct MenuState {
   // out of reach until the next solve).
   bool runFiles = true;
   LayerSwitches layers;
+  // EDIT_CMDS(0) to (3), Properties, Move, Delete and Refine: available only as the
+  // selection on the map allows (the map editor's EditMenu).
+  std::array<bool, 4> editEntries{};
 };
 
 class MenuModel {

@@ -356,6 +356,18 @@ void MapEditor::ClearMouseMode() {
   TurnOnMenus();
 }
 
+void MapEditor::Reset() {
+  state_.mouseState = kStateSelect;
+  state_.mouseMode = 0;
+  state_.selection = Selection{};
+  state_.drawingPid = 0;
+  vertexDrag_ = dragPressed_ = stringStarted_ = dragging_ = menusOff_ = false;
+  pending_.clear();
+  search_.Reset();
+  SetEditMenuNone();
+  edit_[4].enabled = false;
+}
+
 void MapEditor::ElemSelectElement() {
   // The selection goes, but not the search's cycle: a click near the last one
   // steps on to the next vertex there.

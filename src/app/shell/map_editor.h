@@ -193,6 +193,9 @@ class MapEditor {
   // Enters a mode of the table (with its Activity and Feedback); the selection is
   // turned off first. Used by Command and the tests.
   void EnterMode(int state, int mode);
+  // Forgets everything of the project that was open: the mode, the selection, a
+  // string half drawn, the search's cycle. Nothing is shown.
+  void Reset();
 
   // --- for the tools ---------------------------------------------------------
   MapState& State() { return state_; }
