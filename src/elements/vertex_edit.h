@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "elements/kind.h"
 #include "elements/element.h"
+#include "elements/kind.h"
 #include "store/database.h"
 
 namespace tarno {
@@ -28,9 +28,15 @@ struct VertexSearch {
   // The square of the search radius in map units: 0.0005 times the sum of the
   // squares of the window's width and height (about 2.24 % of its diagonal).
   double radius2 = 0.0;
-  double lastX = 0.0, lastY = 0.0;  // the first point of a cycle; (0, 0): none
-  std::vector<std::int64_t> visited;  // the VIDs returned in this cycle
+  double lastX = 0.0, lastY = 0.0;          // the first point of a cycle; (0, 0): none
+  std::vector<std::int64_t> visited;        // the VIDs returned in this cycle
+  std::vector<std::int64_t> visitedLabels;  // the text labels' keys returned in this cycle
+  std::int64_t lastEntryLabel = 0;          // the label's key when a label was returned last
   std::int64_t lastReturned = -1;
+  // Narrow the search by the connection's R*Tree of the vertices (a TEMP table,
+  // never part of the project file). Off: every search reads the whole table; the
+  // results are the same.
+  bool useIndex = true;
   // Sets the radius for a window of this size and forgets the cycle.
   void SetWindow(double width, double height);
   // Forgets the cycle (a new window, the selection turned off).
@@ -39,8 +45,8 @@ struct VertexSearch {
 
 // Text labels take part in the search when the map shows them.
 struct LabelSearch {
-  bool enabled = false;         // the View menu's text labels switch
-  bool showHydrography = false; // labels of LabelType 1 count only with this switch
+  bool enabled = false;          // the View menu's text labels switch
+  bool showHydrography = false;  // labels of LabelType 1 count only with this switch
 };
 
 // What a search found: a vertex, a text label (vid -2, label's key in `label`), or
@@ -58,6 +64,9 @@ struct FoundVertex {
 // the connection may narrow it to the radius first.
 FoundVertex FindVertex(Database& db, VertexSearch& search, double x, double y, bool cycle,
                        const LabelSearch& labels = {});
+// Builds (or checks) the connection's vertex index; false when this SQLite has no
+// R*Tree module, and the search then reads the table.
+bool VertexIndexAvailable(Database& db);
 
 // Renumbers the string `pid` in steps of 100 from its first vertex; the result is
 // the new Seq of `vid`.
@@ -65,12 +74,12 @@ std::int64_t Resequence(Database& db, std::int64_t pid, std::int64_t vid);
 
 // What an edit changed, for the caller's redraw and solution bookkeeping.
 struct EditResult {
-  bool done = false;                 // false: cancelled or refused (nothing changed)
-  std::vector<std::int64_t> strings; // PIDs whose drawing changed (erase and redraw)
-  std::vector<std::int64_t> points;  // VIDs of point elements moved or deleted
-  bool removedElement = false;       // a whole element went (selection is gone)
-  bool invalidatesSolution = false;  // the element takes part in the solution
-  bool redrawAll = false;            // shared edges or domains: a full redraw is simplest
+  bool done = false;                  // false: cancelled or refused (nothing changed)
+  std::vector<std::int64_t> strings;  // PIDs whose drawing changed (erase and redraw)
+  std::vector<std::int64_t> points;   // VIDs of point elements moved or deleted
+  bool removedElement = false;        // a whole element went (selection is gone)
+  bool invalidatesSolution = false;   // the element takes part in the solution
+  bool redrawAll = false;             // shared edges or domains: a full redraw is simplest
 };
 
 // ElemRefine on the selected vertex `vid` of an element of `kind`: inserts a vertex
