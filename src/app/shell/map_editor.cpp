@@ -139,7 +139,6 @@ MapEditor::MapEditor(MapState& state, VGraphGDI& layer, UserInterface& ui, Edito
   // belong to features not built yet: they have no tool, and their events do
   // nothing.
   SetEditMenuNone();
-  edit_[4].enabled = false;
 }
 
 MapEditor::~MapEditor() = default;
@@ -168,9 +167,26 @@ bool MapEditor::Operation(const char* name, const std::function<void(Database&)>
   // One user operation on the project. An undo step around the whole operation
   // (the history's scope) belongs here, once the history exists.
   return RunOperation(ui_, name, [&] {
-    Database db = Database::Open(state_.projectFile);
-    body(db);
+    SyncSearch();
+    body(Store());
   });
+}
+
+void MapEditor::SyncSearch() {
+  // The search radius follows the window shown.
+  const double w = state_.Window.Right - state_.Window.Left;
+  const double h = state_.Window.Top - state_.Window.Bottom;
+  const double r2 = 0.0005 * (w * w + h * h);
+  if (r2 != search_.radius2) search_.SetWindow(w, h);
+}
+
+Database& MapEditor::Store() {
+  if (!store_.IsOpen() || storePath_ != state_.projectFile) {
+    if (store_.IsOpen()) store_.Close();
+    store_ = Database::Open(state_.projectFile);
+    storePath_ = state_.projectFile;
+  }
+  return store_;
 }
 
 void MapEditor::SetStatus(const std::string& activity, const std::string& feedback) {
@@ -336,7 +352,6 @@ void MapEditor::SetEditCaptions(const char* props, const char* move, const char*
 void MapEditor::ElemTurnOffSelection() {
   state_.selection = Selection{};
   SetEditMenuNone();
-  edit_[4].enabled = false;
   search_.Reset();
   host_.MenusChanged();
 }
@@ -365,7 +380,8 @@ void MapEditor::Reset() {
   pending_.clear();
   search_.Reset();
   SetEditMenuNone();
-  edit_[4].enabled = false;
+  if (store_.IsOpen()) store_.Close();
+  storePath_.clear();
 }
 
 void MapEditor::ElemSelectElement() {

@@ -20,6 +20,7 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -205,6 +206,10 @@ class MapEditor {
   // trap under `name`. Every edit of the project passes through here (the one place
   // for an undo step around a user operation).
   bool Operation(const char* name, const std::function<void(Database&)>& body);
+  // The editor's connection to the open project, opened on first use and kept
+  // until the project changes or Reset: the vertex search keeps its spatial index
+  // with the connection, so that a click does not rebuild it.
+  Database& Store();
   void SetStatus(const std::string& activity, const std::string& feedback);
   void TurnOffMenus();
   void TurnOnMenus();
@@ -218,6 +223,7 @@ class MapEditor {
 
  private:
   MapTool* ToolFor(int state, int mode);
+  void SyncSearch();
   bool ToMap(double px, double py, double& x, double& y, bool clip) const;
   void ShiftClick(int shift, double px, double py);
   void SelectFound(Database& db, const FoundVertex& found);
@@ -250,6 +256,8 @@ class MapEditor {
   LabelSearch labels_;
   Selector area_;
   std::vector<std::unique_ptr<MapTool>> tools_;
+  Database store_;
+  std::filesystem::path storePath_;
 };
 
 }  // namespace tarno
