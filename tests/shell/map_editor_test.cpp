@@ -513,7 +513,7 @@ TEST_F(MapEditorTest, ShiftClickInspectsWithASolutionAndOtherwiseSaysThereIsNone
   Add(ElementKind::Well, "PW1", Point(300, 300));
   Click(300, 300);
   ASSERT_EQ(editor.SelectedKind(), 1);
-  ui.ExpectMessage(kNoSolutionTitle, {kNoSolutionLine});
+  ui.ExpectMessage(kNoSolutionTitle, {kNoSolutionText});
   Click(100, 100, kLeftButton, kShiftMask);
   EXPECT_EQ(editor.SelectedKind(), 1);  // the selection stays
   EXPECT_TRUE(host.inspected.empty());

@@ -19,6 +19,9 @@
 
 namespace tarno {
 
+using lifecycle_text::kSelectActivity;
+using lifecycle_text::kSelectFeedback;
+
 namespace {
 
 // The captions of the Edit menu without a selection.
@@ -222,7 +225,7 @@ void MapEditor::AfterEdit(ElementKind kind, bool changed) {
 void MapEditor::ShiftClick(int shift, double px, double py) {
   if (shift != kShiftMask && shift != (kShiftMask | kCtrlMask)) return;
   if (!state_.solution.valid) {
-    ui_.MessageBox(kNoSolutionTitle, {kNoSolutionLine}, Buttons::OK, Icon::Exclamation);
+    ui_.MessageBox(kNoSolutionTitle, {kNoSolutionText}, Buttons::OK, Icon::Exclamation);
     return;
   }
   double x = 0, y = 0;
@@ -367,7 +370,7 @@ void MapEditor::ClearMouseMode() {
   stringStarted_ = false;
   dragging_ = false;
   pending_.clear();
-  SetStatus(kSelectActivity, kSelectFeedbackText);
+  SetStatus(kSelectActivity, kSelectFeedback);
   TurnOnMenus();
 }
 
@@ -402,7 +405,7 @@ void MapEditor::SelectFound(Database& db, const FoundVertex& found) {
   auto none = [&] {
     state_.selection = Selection{};
     SetEditMenuNone();
-    ui_.Feedback(kSelectFeedbackText);
+    ui_.Feedback(kSelectFeedback);
   };
   if (!found.Found()) return none();
   Selection sel;
@@ -560,7 +563,7 @@ void MapEditor::FinishMove(double px, double py) {
   }
   state_.selection = Selection{};
   SetEditMenuNone();
-  SetStatus(kSelectActivity, kSelectFeedbackText);
+  SetStatus(kSelectActivity, kSelectFeedback);
   TurnOnMenus();
   if (result.done && result.invalidatesSolution) host_.InvalidateSolution();
   host_.Redraw();
@@ -577,7 +580,7 @@ void MapEditor::ElemDeleteElements() {
   state_.selection = Selection{};
   SetEditMenuNone();
   search_.Reset();
-  SetStatus(kSelectActivity, kSelectFeedbackText);
+  SetStatus(kSelectActivity, kSelectFeedback);
   host_.MenusChanged();
   if (result.invalidatesSolution) host_.InvalidateSolution();
   host_.Redraw();

@@ -32,7 +32,9 @@
 #include "display/vgraph.h"
 #include "elements/kind.h"
 #include "elements/vertex_edit.h"
+#include "solver/inspect.h"
 #include "store/database.h"
+#include "store/lifecycle.h"
 
 namespace tarno {
 
@@ -58,13 +60,10 @@ inline constexpr int kModeDeleteParticle = 33;
 inline constexpr int kModeSelectArea = 34;
 inline constexpr int kModeParticleRepeat = 37;
 
-// The status bar texts of the select state.
-inline constexpr const char* kSelectActivity = "Select";
-inline constexpr const char* kSelectFeedbackText = "Click mouse button to select element";
+// The Feedback of the string modes. The select state's texts (kSelectActivity,
+// kSelectFeedback) and the message of a Shift-click without a solution
+// (kNoSolutionTitle, kNoSolutionText) are the session's and the inspection's.
 inline constexpr const char* kStringFeedback = "Click mouse at vertices -- right-click to end";
-inline constexpr const char* kNoSolutionTitle = "Error";
-inline constexpr const char* kNoSolutionLine =
-    "No solution is present.  Solve the model and try again.";
 
 // What the window does for the editor. Every hook has a default that does nothing,
 // so that a test overrides only what it watches.

@@ -11,6 +11,9 @@
 
 namespace tarno {
 
+using lifecycle_text::kSelectActivity;
+using lifecycle_text::kSelectFeedback;
+
 namespace {
 
 constexpr const char* kNotEnoughTitle = "Not Enough Vertices";
@@ -77,7 +80,7 @@ void StringTool::Press(const MapPointer& at) {
 }
 
 void StringTool::RightClick() {
-  ed_.SetStatus(kSelectActivity, kSelectFeedbackText);
+  ed_.SetStatus(kSelectActivity, kSelectFeedback);
   const auto& points = ed_.Pending();
   bool written = false;
   if (static_cast<int>(points.size()) < MinVertices()) {
