@@ -391,6 +391,9 @@ void MapEditor::ElemSelectElement() {
   // The selection goes, but not the search's cycle: a click near the last one
   // steps on to the next vertex there.
   state_.selection = Selection{};
+  // Text labels count as vertices while the map shows them.
+  labels_.enabled = state_.layers.hydrographyLabels;
+  labels_.showHydrography = state_.layers.hydrographyLabels;
   Operation("ElemSelectElement", [&](Database& db) {
     const FoundVertex found = FindVertex(db, search_, lastClickX_, lastClickY_, true, labels_);
     SelectFound(db, found);
