@@ -18,10 +18,16 @@
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
 #include "store/schema.h"
+#include "store/undo_history.h"
 
 namespace tarno {
 
 namespace {
+
+// The name of an operation in the edit history and the Edit menu: "Delete Well".
+std::string OperationName(std::string_view verb, ElementKind kind) {
+  return std::string(verb) + " " + std::string(Info(kind).name);
+}
 
 using namespace ops_text;
 
@@ -281,6 +287,8 @@ std::optional<std::int64_t> AddElement(Database& db, ElementKind kind,
                                        const std::vector<MapPoint>& points,
                                        const std::vector<std::string>& fieldTexts,
                                        UserInterface& ui, const InvalidateFn& invalidate) {
+  // One entry of the edit history (none after a refusal: nothing was written).
+  UndoScope undo(db, OperationName("Add", kind));
   Element e = NewElementAt(db, kind, points);
   if (!ApplyFieldTexts(e, fieldTexts, ui)) return std::nullopt;
   if (!CheckPointCount(e, points.size(), ui)) return std::nullopt;
@@ -299,6 +307,7 @@ std::optional<std::int64_t> AddElement(Database& db, ElementKind kind,
     ApplyDefaultWeights(e);
   if (!RunChecks(db, e, "", ui)) return std::nullopt;
   const std::int64_t key = Write(db, e);
+  undo.Commit();
   if (invalidate && ActsOnFlow(kind)) invalidate();
   return key;
 }
@@ -380,6 +389,7 @@ std::optional<Element> EditElement(Database& db, std::string_view address,
                                    const InvalidateFn& invalidate) {
   std::optional<Element> before = FindElement(db, address, ui);
   if (!before) return std::nullopt;
+  UndoScope undo(db, OperationName("Edit", before->kind));
   Element e = *before;
   if (!ApplyFieldTexts(e, fieldTexts, ui)) return std::nullopt;
   if (e.kind == ElementKind::Barrier &&
@@ -390,6 +400,7 @@ std::optional<Element> EditElement(Database& db, std::string_view address,
   // routing off and says what to do.
   if (e.kind == ElementKind::Linesink) DisableRoutingOfShortString(e, e.row.Flag("Routing"), ui);
   Update(db, e);
+  undo.Commit();
   if (invalidate && ActsOnFlow(e.kind) && !SameExceptLabel(*before, e)) invalidate();
   return e;
 }
@@ -398,7 +409,9 @@ std::optional<Element> DeleteElement(Database& db, std::string_view address, Use
                                      const InvalidateFn& invalidate) {
   std::optional<Element> e = FindElement(db, address, ui);
   if (!e) return std::nullopt;
+  UndoScope undo(db, OperationName("Delete", e->kind));
   Remove(db, e->kind, e->key);
+  undo.Commit();
   if (invalidate && ActsOnFlow(e->kind)) invalidate();
   return e;
 }
@@ -412,10 +425,12 @@ bool OpenProperties(Database& db, ElementKind kind, std::int64_t key, UserInterf
   dialog->LoadElement(db, *e);
   ui.ShowModal(*dialog);
   if (dialog->Result != 1) return false;
+  UndoScope undo(db, OperationName("Edit", kind));
   dialog->StoreElement(*e);
   if (kind == ElementKind::Linesink)
     DisableRoutingOfShortString(*e, dynamic_cast<LinesinkString&>(*dialog).CheckRouting(), ui);
   Update(db, *e);
+  undo.Commit();
   if (invalidate && dialog->FormChanged()) invalidate();
   return true;
 }

@@ -19,6 +19,10 @@
 // "<kind>:<label>" ("well:PW1"). Particles have no label: "particle:<VID>". The
 // uniform flow is "uniflow". A text label is addressed by its text.
 //
+// Each operation that writes is one entry of the edit history of the project file
+// (UndoScope; "Add Well", "Edit Line-sink string", "Delete Text label"), when the
+// open project has one; inside an operation of the caller's it joins that one.
+//
 // Changing the model makes a present solution another model's. The operations do
 // not hold the solution's state (the window does, or the solver files do for the
 // command line): they call `invalidate` once the change is written, and only when

@@ -432,6 +432,7 @@ bool ProjectSession::OpenProjectBody(std::string path, bool fromDialog, bool isN
     }
   }
   projectOpen_ = true;
+  history_.Attach(path);
 
   // 13. Layers and selection.
   hooks_.SetUpLayers();
@@ -631,6 +632,7 @@ bool ProjectSession::FileCloseProject() {
 bool ProjectSession::CloseAllBody() {
   if (!projectOpen_) return true;
   projectOpen_ = false;
+  history_.Detach();
   hooks_.ZoomActions(true);
   const std::string path = settings_.DBName;
   settings_.DBName.clear();

@@ -17,6 +17,7 @@
 
 #include "core/ui_port.h"
 #include "store/dialogs.h"
+#include "store/undo_history.h"
 
 namespace tarno {
 
@@ -190,6 +191,11 @@ class ProjectSession {
   bool FarFieldBoundaryPresent() const { return farField_; }
   bool NearFieldUnitPresent() const { return nearField_; }
 
+  // The edit history of the open project: attached to its file at open, cleared
+  // when it closes (Undo and Redo last while the project stays open).
+  UndoHistory& History() { return history_; }
+  const UndoHistory& History() const { return history_; }
+
   ProjectSettings& Settings() { return settings_; }
   NewDatabaseWizard& Wizard() { return wizard_; }
   UserInterface& UI() { return ui_; }
@@ -217,6 +223,7 @@ class ProjectSession {
   NewDatabaseWizard wizard_;
   Upgrader upgrader_;
   std::function<std::string()> baseNameSource_;
+  UndoHistory history_;
 
   bool projectOpen_ = false;
   std::string applicationDirectory_;
