@@ -20,6 +20,7 @@
 #include "elements/text_label_dialog.h"
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
+#include "store/undo_history.h"
 #include "support/project_fixture.h"
 #include "support/scripted_ui.h"
 
@@ -683,6 +684,39 @@ TEST_F(MapEditorTest, RefineInsertsAVertexIntoTheSelectedString) {
   ASSERT_TRUE(s.has_value());
   ASSERT_EQ(s->vertices.size(), 3u);
   EXPECT_EQ(s->vertices[1].X, 200.0);
+}
+
+// --- the edit history --------------------------------------------------------------------
+
+TEST_F(MapEditorTest, EachEditByMouseIsOneStepOfTheHistoryAndASelectionNone) {
+  UndoHistory history;
+  history.Attach(ProjectPath().string());
+  editor.Command("ELEM_NEW(0)");
+  OkDialog<WellProperties>("WellProperties", [](WellProperties& d) { d.TypeLabel("PW1"); });
+  Click(100, 200);
+  ASSERT_EQ(history.UndoCount(), 1u);
+  EXPECT_EQ(history.UndoName(), "Add Well");
+  Click(100, 200);  // selects: writes nothing
+  EXPECT_EQ(editor.SelectedKind(), 1);
+  EXPECT_EQ(history.UndoCount(), 1u);
+
+  OkDialog<LinesinkString>("LinesinkString", [](LinesinkString& d) {
+    d.TypeLabel("Creek");
+    d.TypeField(LinesinkString::kResistance, "1");
+  });
+  editor.Command("ELEM_NEW(1)");
+  Click(300, 100);
+  Click(400, 100);
+  OkDialog<LinesinkString>("LinesinkString");
+  RightClick();
+  ASSERT_EQ(history.UndoCount(), 2u);
+  EXPECT_EQ(history.UndoName(), "Add Linesinks");
+  // Undo takes the whole string away: row, polygon and vertices.
+  editor.Reset();
+  EXPECT_TRUE(history.Undo());
+  EXPECT_EQ(CountElements(db_, ElementKind::Linesink), 0);
+  EXPECT_EQ(CountElements(db_, ElementKind::Well), 1);
+  history.Detach();
 }
 
 // --- the record of a choice -------------------------------------------------------------

@@ -16,6 +16,7 @@
 #include "elements/element_store.h"
 #include "elements/geometry.h"
 #include "elements/uniform_flow_dialog.h"
+#include "store/undo_history.h"
 
 namespace tarno {
 
@@ -166,9 +167,20 @@ bool MapEditor::ToMap(double px, double py, double& x, double& y, bool clip) con
   return true;
 }
 
-bool MapEditor::Operation(const char* name, const std::function<void(Database&)>& body) {
-  // One user operation on the project. An undo step around the whole operation
-  // (the history's scope) belongs here, once the history exists.
+bool MapEditor::Operation(const char* name, const std::string& undoName,
+                          const std::function<void(Database&)>& body) {
+  return RunOperation(ui_, name, [&] {
+    SyncSearch();
+    Database& db = Store();
+    // The whole operation, dialogs and checks included, is one step of the history;
+    // a failure leaves nothing recorded.
+    UndoScope undo(db, undoName);
+    body(db);
+    undo.Commit();
+  });
+}
+
+bool MapEditor::Query(const char* name, const std::function<void(Database&)>& body) {
   return RunOperation(ui_, name, [&] {
     SyncSearch();
     body(Store());
@@ -394,7 +406,7 @@ void MapEditor::ElemSelectElement() {
   // Text labels count as vertices while the map shows them.
   labels_.enabled = state_.layers.hydrographyLabels;
   labels_.showHydrography = state_.layers.hydrographyLabels;
-  Operation("ElemSelectElement", [&](Database& db) {
+  Query("ElemSelectElement", [&](Database& db) {
     const FoundVertex found = FindVertex(db, search_, lastClickX_, lastClickY_, true, labels_);
     SelectFound(db, found);
     if (state_.selection.type == static_cast<int>(ElementKind::Inhomogeneity))
@@ -481,7 +493,7 @@ void MapEditor::SelectFound(Database& db, const FoundVertex& found) {
 
 void MapEditor::CheckInhomogeneity() {
   if (state_.selection.type != static_cast<int>(ElementKind::Inhomogeneity)) return;
-  Operation("CheckInhomogeneity", [&](Database& db) {
+  Query("CheckInhomogeneity", [&](Database& db) {
     const double x = lastClickX_, y = lastClickY_;
     const std::vector<Vertex> found = LoadVertices(db, state_.selection.pid);
     if (!PointInPolygon(found, x, y)) return;
@@ -523,7 +535,7 @@ void MapEditor::ElemSetProperties() {
   if (sel.type == 0) return;
   const auto kind = static_cast<ElementKind>(sel.type);
   bool written = false;
-  Operation("ElemSetProperties", [&](Database& db) {
+  Operation("ElemSetProperties", "Properties", [&](Database& db) {
     written = OpenProperties(db, kind, sel.id, ui_, [&] { host_.InvalidateSolution(); });
   });
   if (written) host_.Redraw();
@@ -542,6 +554,7 @@ void MapEditor::BeginMove() {
     default: activity = "Move Vertex"; break;
   }
   TurnOffMenus();
+  moveName_ = activity;
   vertexDrag_ = true;
   dragPressed_ = false;
   dragFromX_ = selX_;
@@ -560,7 +573,7 @@ void MapEditor::FinishMove(double px, double py) {
     lastClickX_ = x;
     lastClickY_ = y;
     const auto kind = static_cast<ElementKind>(sel.type);
-    Operation("ElemMoveVertex", [&](Database& db) {
+    Operation("ElemMoveVertex", moveName_, [&](Database& db) {
       result = MoveVertex(db, search_, kind, sel.vid, x, y, ui_);
     });
   }
@@ -576,7 +589,7 @@ void MapEditor::ElemDeleteElements() {
   const Selection sel = state_.selection;
   if (sel.type == 0) return;
   EditResult result;
-  Operation("ElemDeleteElements", [&](Database& db) {
+  Operation("ElemDeleteElements", "Delete", [&](Database& db) {
     result = DeleteElements(db, static_cast<ElementKind>(sel.type), sel.vid, ui_);
   });
   if (!result.done) return;
@@ -593,7 +606,7 @@ void MapEditor::ElemRefine() {
   const Selection sel = state_.selection;
   if (sel.type == 0 || !IsString(static_cast<ElementKind>(sel.type))) return;
   EditResult result;
-  Operation("ElemRefine", [&](Database& db) {
+  Operation("ElemRefine", "Refine", [&](Database& db) {
     result = Refine(db, static_cast<ElementKind>(sel.type), sel.vid, ui_);
   });
   if (!result.done) return;
@@ -646,7 +659,7 @@ bool MapEditor::Command(const std::string& key) {
     if (a == Answer::Yes) {
       EnterMode(kStateClick, 4);
     } else {
-      Operation("ElemUniformFlow", [&](Database& db) {
+      Operation("ElemUniformFlow", "Remove Uniform Flow", [&](Database& db) {
         if (!LoadUniformFlow(db)) return;
         if (ui_.MessageBox("Remove function", {"Remove the current uniform flow field?"},
                            Buttons::YesNo, Icon::Question) == Answer::Yes) {

@@ -201,10 +201,14 @@ class MapEditor {
   MapState& State() { return state_; }
   UserInterface& Ui() { return ui_; }
   EditorHost& Host() { return host_; }
-  // Runs one user operation: opens the project, runs `body` in the general error
-  // trap under `name`. Every edit of the project passes through here (the one place
-  // for an undo step around a user operation).
-  bool Operation(const char* name, const std::function<void(Database&)>& body);
+  // Runs one user operation that may change the project: `body` on the editor's
+  // connection, in the general error trap under `name`, and as one entry of the
+  // edit history named `undoName` (the user's words: "Add Well", "Move Vertex").
+  // Every edit of the project by mouse passes through here.
+  bool Operation(const char* name, const std::string& undoName,
+                 const std::function<void(Database&)>& body);
+  // The same for an operation that only reads (a selection, a snap): no history.
+  bool Query(const char* name, const std::function<void(Database&)>& body);
   // The editor's connection to the open project, opened on first use and kept
   // until the project changes or Reset: the vertex search keeps its spatial index
   // with the connection, so that a click does not rebuild it.
@@ -240,6 +244,7 @@ class MapEditor {
   // The selected vertex (map units), where a move's rubber line starts.
   double selX_ = 0.0, selY_ = 0.0;
   double dragFromX_ = 0.0, dragFromY_ = 0.0;
+  std::string moveName_;  // "Move Well", "Move Vertex", ...: the move's Activity
   bool stringStarted_ = false;
   bool menusOff_ = false;
   double lastClickX_ = 0.0, lastClickY_ = 0.0;

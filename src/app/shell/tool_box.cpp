@@ -40,7 +40,7 @@ void ZoomBoxTool::RightClick() {
 
 void ParticleGridTool::Done(double x1, double y1, double x2, double y2) {
   bool stored = false;
-  ed_.Operation("ModelAddParticleGrid", [&](Database& db) {
+  ed_.Operation("ModelAddParticleGrid", "Add Particle Grid", [&](Database& db) {
     ParticleProperties d;
     d.LoadLastUse(db);
     d.Multiple = true;
@@ -70,7 +70,7 @@ void SelectAreaTool::RightClick() {
 void SelectAreaTool::Done(double x1, double y1, double x2, double y2) {
   bool changed = false;
   ElementKind kind = ElementKind::Particle;
-  ed_.Operation("ModelSelectArea", [&](Database& db) {
+  ed_.Operation("ModelSelectArea", "Select Area", [&](Database& db) {
     SelectArea which;
     ed_.Ui().ShowModal(which);
     if (which.Result != 1) return;

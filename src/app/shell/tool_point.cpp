@@ -24,10 +24,11 @@ bool AskNewElement(MapEditor& editor, Database& db, Element& e) {
 namespace {
 
 // Adds a point element of `kind` at the click through its dialog; true when stored.
-bool AddPoint(MapEditor& ed, const char* operation, ElementKind kind, const MapPointer& at,
+bool AddPoint(MapEditor& ed, const char* operation, const char* undoName, ElementKind kind,
+              const MapPointer& at,
               const std::function<void(Database&, Element&)>& prepare = {}) {
   bool stored = false;
-  ed.Operation(operation, [&](Database& db) {
+  ed.Operation(operation, undoName, [&](Database& db) {
     Element e = NewElementAt(db, kind, {{at.x, at.y}});
     if (prepare) prepare(db, e);
     if (!AskNewElement(ed, db, e)) return;
@@ -43,13 +44,13 @@ bool AddPoint(MapEditor& ed, const char* operation, ElementKind kind, const MapP
 
 void WellTool::Press(const MapPointer& at) {
   ed_.ElemTurnOffSelection();
-  AddPoint(ed_, "ElemAddWell", ElementKind::Well, at);
+  AddPoint(ed_, "ElemAddWell", "Add Well", ElementKind::Well, at);
   ed_.ClearMouseMode();
 }
 
 void UniformFlowTool::Press(const MapPointer& at) {
   bool stored = false;
-  ed_.Operation("ElemAddUniformFlow", [&](Database& db) {
+  ed_.Operation("ElemAddUniformFlow", "Uniform Flow", [&](Database& db) {
     const std::optional<Element> before = LoadUniformFlow(db);
     Element e = NewElementAt(db, ElementKind::UniformFlow, {{at.x, at.y}});
     if (!AskNewElement(ed_, db, e)) return;
@@ -67,7 +68,7 @@ void UniformFlowTool::Press(const MapPointer& at) {
 
 void TestPointTool::Press(const MapPointer& at) {
   ed_.ElemTurnOffSelection();
-  AddPoint(ed_, "ModelAddTestPoint", ElementKind::TestPoint, at,
+  AddPoint(ed_, "ModelAddTestPoint", "Add Test Point", ElementKind::TestPoint, at,
            [](Database& db, Element& e) { e.row.Set("Label", DefaultTestPointLabel(db)); });
   ed_.ClearMouseMode();
 }
@@ -80,7 +81,7 @@ std::string ParticleTool::Feedback() const {
 
 bool ParticleTool::Enter() {
   bool ok = false;
-  ed_.Operation("ModelAddParticle", [&](Database& db) {
+  ed_.Query("ModelAddParticle", [&](Database& db) {
     ParticleProperties d;
     d.LoadLastUse(db);
     d.Multiple = false;
@@ -94,7 +95,7 @@ bool ParticleTool::Enter() {
 
 void ParticleTool::Press(const MapPointer& at) {
   bool stored = false;
-  ed_.Operation("ModelAddParticle", [&](Database& db) {
+  ed_.Operation("ModelAddParticle", "Add Particle", [&](Database& db) {
     Element e = NewElementAt(db, ElementKind::Particle, {{at.x, at.y}});
     e.vertices.front().PID = -1;
     e.row.Set("Forward", settings_.forward);
@@ -113,7 +114,7 @@ void ParticleTool::RightClick() {
 
 void TextTool::Press(const MapPointer& at) {
   bool stored = false;
-  ed_.Operation("ModelAddText", [&](Database& db) {
+  ed_.Operation("ModelAddText", "Add Text", [&](Database& db) {
     Element e = NewTextLabel("", at.x, at.y);
     if (!AskNewElement(ed_, db, e)) return;
     Insert(db, e);
@@ -126,7 +127,7 @@ void TextTool::RightClick() { ed_.ClearMouseMode(); }
 
 void DeleteParticleTool::Press(const MapPointer& at) {
   EditResult result;
-  ed_.Operation("ModelDeleteParticle", [&](Database& db) {
+  ed_.Operation("ModelDeleteParticle", "Delete Particle", [&](Database& db) {
     const FoundVertex f = FindVertex(db, ed_.Search(), at.x, at.y, false);
     if (!f.Found() || f.vid < 0 || f.vertex.PID != -1) return;
     if (OwnerOfPoint(db, f.vid) != ElementKind::Particle) return;

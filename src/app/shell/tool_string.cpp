@@ -58,7 +58,7 @@ bool StringTool::AfterWrite(Database&, Element&) { return true; }
 
 bool StringTool::Enter() {
   bool ok = false;
-  ed_.Operation("ElemAddString", [&](Database& db) {
+  ed_.Query("ElemAddString", [&](Database& db) {
     element_ = NewOne(db);
     element_.vertices.clear();
     dialog_ = MakeElementDialog(kind_);
@@ -73,7 +73,7 @@ bool StringTool::Enter() {
 }
 
 void StringTool::Press(const MapPointer& at) {
-  ed_.Operation("ElemAddVertex", [&](Database& db) {
+  ed_.Query("ElemAddVertex", [&](Database& db) {
     ed_.Pending().push_back(Snap(db, at.x, at.y));
     ed_.SetStringStarted(true);
   });
@@ -86,7 +86,7 @@ void StringTool::RightClick() {
   if (static_cast<int>(points.size()) < MinVertices()) {
     TooFew();
   } else {
-    ed_.Operation("ElemAddString", [&](Database& db) {
+    ed_.Operation("ElemAddString", Activity(), [&](Database& db) {
       Element e = element_;
       e.vertices.clear();
       for (const auto& [x, y] : points) e.vertices.push_back({0, 0, 0, x, y});
