@@ -1,5 +1,6 @@
 #include "elements/element_store.h"
 
+#include <algorithm>
 #include <map>
 #include <unordered_map>
 
@@ -234,6 +235,13 @@ std::optional<ElementKind> OwnerOfPoint(Database& db, std::int64_t vid) {
 }
 
 std::int64_t AddVertex(Database& db, double x, double y, std::int64_t pid, std::int64_t seq) {
+  if (seq < 0) {
+    // "Next": 100 past the highest number the string has, so that the vertices
+    // added click by click rise by 100 and a refine can halve between them.
+    Statement last = db.PrepareRaw("select max(Seq) from Vertices where PID = ?");
+    last.Bind(1, pid);
+    seq = (last.Step() && !last.IsNull(0) ? std::max<std::int64_t>(last.GetInt64(0), 0) : 0) + 100;
+  }
   Statement st = db.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (?, ?, ?, ?)");
   st.Bind(1, pid).Bind(2, seq).Bind(3, x).Bind(4, y);
   st.Run();

@@ -71,7 +71,8 @@ void Update(Database& db, const Element& e);
 void Remove(Database& db, ElementKind kind, std::int64_t key);
 
 // The vertex operations that the elements share.
-// Adds a vertex; the result is its VID.
+// Adds a vertex; the result is its VID. A `seq` below 0 means "next": the string's
+// highest Seq plus 100 (100 for its first vertex).
 std::int64_t AddVertex(Database& db, double x, double y, std::int64_t pid, std::int64_t seq);
 // Adds a Polygons row; the result is its PID.
 std::int64_t AddPolygon(Database& db, int closed);

@@ -76,16 +76,21 @@ std::int64_t Resequence(Database& db, std::int64_t pid, std::int64_t vid);
 struct EditResult {
   bool done = false;                  // false: cancelled or refused (nothing changed)
   std::vector<std::int64_t> strings;  // PIDs whose drawing changed (erase and redraw)
-  std::vector<std::int64_t> points;   // VIDs of point elements moved or deleted
+  std::vector<std::int64_t> points;   // VIDs of points moved or deleted (a label's key)
   bool removedElement = false;        // a whole element went (selection is gone)
   bool invalidatesSolution = false;   // the element takes part in the solution
   bool redrawAll = false;             // shared edges or domains: a full redraw is simplest
+  bool selectionGone = false;         // the selected vertex or element is no more
 };
 
 // ElemRefine on the selected vertex `vid` of an element of `kind`: inserts a vertex
-// between it and the next (before it on the last vertex of an open string), and for
-// an inhomogeneity or a domain does the same on the coincident vertices of other
-// elements of that kind, so shared edges stay shared. "Internal error -- vertex not
+// at the middle of the edge from it to the next (from the previous one on the last
+// vertex of an open string; on the closing edge, after the last, for the last vertex
+// of a closed one), with the mean of the two Seq, renumbering the string first when
+// they are less than 2 apart. For an inhomogeneity or a domain, an edge that another
+// element of that kind shares (a vertex coincident with each end) is split there
+// too, at the same point, so shared edges stay shared; a vertex that only touches
+// another element's vertex leaves that element alone. "Internal error -- vertex not
 // found!" ("Internal Error") when the vertex is gone; a flux line shows its note.
 EditResult Refine(Database& db, ElementKind kind, std::int64_t vid, UserInterface& ui);
 
@@ -111,6 +116,56 @@ int CheckPolyVertices(Database& db, std::int64_t pid, UserInterface& ui);
 // the string was deleted.
 bool CheckPhantomLinesinkVertices(Database& db, std::int64_t pid, UserInterface& ui);
 bool CheckPhantomNoFlowVertices(Database& db, std::int64_t pid, UserInterface& ui);
+
+// The messages of the operations, as they are shown.
+namespace vertex_text {
+inline constexpr const char* kInternalErrorTitle = "Internal Error";
+inline constexpr const char* kVertexNotFound = "Internal error -- vertex not found!";
+inline constexpr const char* kPleaseNoteTitle = "Please Note";
+inline constexpr const char* kFluxRefineNote =
+    "To view the changes to the flux inspector, you must re-solve the model";
+inline constexpr const char* kFluxDeleteNote =
+    "To view the change in this flux inspection line, you must re-solve the model";
+inline constexpr const char* kReEnterTitle = "Re-enter Point";
+inline constexpr const char* kInsideFarField =
+    "Selected point is inside of the Far Field Boundary!";
+inline constexpr const char* kInsideUnit = "Selected point is inside of Hydrologic Unit Boundary!";
+inline constexpr const char* kChooseOutside = "Please choose a point outside of this boundary.";
+inline constexpr const char* kOutsideModel = "Selected point is outside of Model Boundary!";
+inline constexpr const char* kChooseInside = "Please choose a point inside this boundary.";
+inline constexpr const char* kConfirmTitle = "Confirm";
+inline constexpr const char* kRemoveUniformFlow = "Remove the current uniform flow field?";
+inline constexpr const char* kCanceledTitle = "Operation canceled";
+inline constexpr const char* kUniformFlowInUse = "Uniform flow is still in use";
+inline constexpr const char* kDeleteElement = "Delete this element?";
+inline constexpr const char* kDeleteTestPoint = "Delete this test point?";
+inline constexpr const char* kDeleteParticle = "Delete this particle?";
+inline constexpr const char* kDeleteLabel = "Delete this label?";
+inline constexpr const char* kDeleteString = "Delete this vertex or the entire string?";
+inline constexpr const char* kDeleteDomain = "Delete this vertex or the entire Domain?";
+inline constexpr const char* kDeleteCapzone = "Delete this vertex or the entire protection area?";
+inline constexpr const char* kDeleteFluxLine = "Delete this vertex or the flux inspection line?";
+inline constexpr const char* kSelectActivity = "Select";
+inline constexpr const char* kSelectFeedback = "Click mouse button to select element";
+inline constexpr const char* kTooCloseTitle = "Vertex Too Close";
+inline constexpr const char* kTooClose =
+    "Found a vertex which is too close to another vertex. Removing...";
+inline constexpr const char* kWarningTitle = "Warning";
+inline constexpr const char* kPhantomLinesink =
+    "The currently selected linesink string has only one point.  The string will be deleted.";
+inline constexpr const char* kPhantomNoFlow =
+    "The currently selected no-flow boundary has only one point.  The string will be deleted.";
+inline constexpr const char* kNotEnoughPointsTitle = "Not Enough Points";
+inline constexpr const char* kNotEnoughPoints = "Not enough points to calculate area.";
+}  // namespace vertex_text
+
+// Whether (x, y) lies inside the polygon `pid` (closed by its last edge). A point on
+// one of its vertices is outside; a polygon of fewer than three vertices has no inside.
+bool PointInPolygon(Database& db, std::int64_t pid, double x, double y);
+// The area of the polygon `pid`: half the sum over its edges (the closing one too) of
+// (x2 - x1) * (y1 + y2), positive for a polygon drawn clockwise. With fewer than three
+// vertices, "Not enough points to calculate area." ("Not Enough Points") and none.
+std::optional<double> PolygonArea(Database& db, std::int64_t pid, UserInterface& ui);
 
 // ElemCheckVertices: moves X right by `tolerance` until no vertex lies within the
 // tolerance box; a changed X is logged to `logFile` when one is given. The result is
