@@ -333,6 +333,21 @@ TEST_F(MapEditorTest, RightClickBeforeTheFirstVertexEndsTheModeWithNothingWritte
   ExpectSelectState();
 }
 
+TEST_F(MapEditorTest, ALineSinkStringOfOneVertexIsDeletedWithItsWarning) {
+  OkDialog<LinesinkString>("LinesinkString", [](LinesinkString& d) {
+    d.TypeLabel("Creek");
+    d.TypeField(LinesinkString::kResistance, "1");
+  });
+  editor.Command("ELEM_NEW(1)");
+  Click(100, 100);
+  ui.ExpectMessage("Warning", {"The currently selected linesink string has only one point.  "
+                               "The string will be deleted."});
+  RightClick();
+  EXPECT_EQ(CountElements(db_, ElementKind::Linesink), 0);
+  EXPECT_TRUE(LoadVertices(db_, 1).empty());
+  ExpectSelectState();
+}
+
 TEST_F(MapEditorTest, ACancelledStringDialogStartsNoMode) {
   ui.ExpectModal<LinesinkString>("LinesinkString", [](LinesinkString& d) { d.Cancel(); });
   editor.Command("ELEM_NEW(1)");
