@@ -79,6 +79,7 @@ class WindowEditorHost : public EditorHost {
  public:
   explicit WindowEditorHost(MainWindow& w) : w_(w) {}
   void Redraw() override { w_.Zoom(kZoomRedraw); }
+  void Repaint() override { w_.mapWidget_->update(); }
   void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
     w_.Zoom(action, x1, y1, x2, y2);
     // The rectangle or the click ends the mode: back to the select state.

@@ -174,6 +174,14 @@ void MapWidget::keyPressEvent(QKeyEvent* event) {
     Forward(kDown, kRightButton, 0, pointer_);
     return;
   }
+  // The Delete key deletes the selected element as the Edit menu's Delete does.
+  if (event->key() == Qt::Key_Delete && Active() && editor_ != nullptr &&
+      editor_->SelectedKind() != 0 && editor_->MouseState() == kStateSelect) {
+    if (onBeforeMouse) onBeforeMouse();
+    editor_->Command("EDIT_CMDS(2)");
+    update();
+    return;
+  }
   QWidget::keyPressEvent(event);
 }
 

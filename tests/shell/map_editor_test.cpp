@@ -30,6 +30,7 @@ namespace {
 class RecordingHost : public EditorHost {
  public:
   void Redraw() override { ++redraws; }
+  void Repaint() override { ++repaints; }
   void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
     zooms.emplace_back(action, x1, y1, x2, y2);
   }
@@ -40,6 +41,7 @@ class RecordingHost : public EditorHost {
   bool Solving() const override { return solving; }
 
   int redraws = 0;
+  int repaints = 0;
   int invalidations = 0;
   int gradientChecks = 0;
   bool solving = false;
@@ -467,7 +469,7 @@ TEST_F(MapEditorTest, SelectingAWellSetsItsCaptionsAndFeedback) {
                                                   "&Delete Well", "&Refine"}));
   EXPECT_EQ(Enabled(), (std::vector<bool>{true, true, true, false, true}));
   EXPECT_EQ(ui.CurrentFeedback(), "Well: PW1 Head: 100 Radius: 0.5");
-  EXPECT_GE(host.redraws, 1);  // drawn as selected
+  EXPECT_GE(host.repaints, 1);  // drawn as selected over the picture
 
   // A click on empty map clears the selection and leaves Delete All on.
   Click(800, 50);
@@ -495,6 +497,36 @@ TEST_F(MapEditorTest, SelectingAStringEnablesRefineAndDescribesTheString) {
   Click(500, 200);
   EXPECT_EQ(editor.SelectedKind(), 3);
   EXPECT_EQ(ui.CurrentFeedback(), "Horizontal barrier: Wall");
+}
+
+TEST_F(MapEditorTest, TheSelectionIsDrawnHighlightedAndPutBackWithoutARedraw) {
+  Add(ElementKind::Linesink, "Creek", At({{100, 100}, {200, 100}}));
+  auto polylines = [this](bool highlighted) {
+    int n = 0;
+    for (const auto& op : canvas.Ops())
+      if (op.kind == RecordingCanvas::Kind::Polyline &&
+          (op.colour == PaletteColour(12)) == highlighted)
+        ++n;
+    return n;
+  };
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  EXPECT_GE(polylines(true), 1);
+  EXPECT_EQ(host.redraws, 0);
+  EXPECT_EQ(host.repaints, 1);
+  // Away from it: the string is drawn in its own colour again.
+  canvas.ClearOps();
+  Click(800, 400);
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  EXPECT_GE(polylines(false), 1);
+  EXPECT_EQ(polylines(true), 0);
+  EXPECT_EQ(host.redraws, 0);
+
+  // A test point's symbol follows the results: the map is redrawn instead.
+  Add(ElementKind::TestPoint, "TP1", Point(600, 300));
+  Click(600, 300);
+  EXPECT_EQ(editor.SelectedKind(), 21);
+  EXPECT_EQ(host.redraws, 1);
 }
 
 TEST_F(MapEditorTest, RepeatedClicksOnCoincidentVerticesSelectThemInTurn) {
@@ -678,6 +710,22 @@ TEST_F(MapEditorTest, MoveIsADragThatEndsWhereTheButtonComesUp) {
   EXPECT_NEAR(w->X(), 400, 1);
   EXPECT_NEAR(w->Y(), 100, 1);
   ExpectSelectState();
+}
+
+TEST_F(MapEditorTest, AMoveThatEndsOutsideTheWindowStopsAtItsEdge) {
+  const Element s = Add(ElementKind::Barrier, "Wall", At({{100, 100}, {200, 100}}));
+  Click(200, 100);
+  ASSERT_EQ(editor.SelectedKind(), 3);
+  editor.Command("EDIT_CMDS(1)");
+  EXPECT_EQ(ui.CurrentActivity(), "Move Vertex");
+  Down(200, 100);
+  editor.MouseUp(kLeftButton, 0, 5000, 480 - 300);
+  const auto wall = Load(db_, ElementKind::Barrier, s.key);
+  ASSERT_TRUE(wall.has_value());
+  EXPECT_NEAR(wall->vertices[1].X, 959, 1);
+  EXPECT_NEAR(wall->vertices[1].Y, 300, 1);
+  EXPECT_EQ(wall->vertices[0].X, 100.0);
+  EXPECT_EQ(host.invalidations, 1);
 }
 
 TEST_F(MapEditorTest, DeleteAsksAndRemovesTheSelectedWell) {

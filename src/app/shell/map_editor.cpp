@@ -11,6 +11,7 @@
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/format.h"
+#include "display/elem_draw.h"
 #include "display/navigation.h"
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
@@ -400,20 +401,69 @@ void MapEditor::Reset() {
 }
 
 void MapEditor::ElemSelectElement() {
-  // The selection goes, but not the search's cycle: a click near the last one
-  // steps on to the next vertex there.
-  state_.selection = Selection{};
+  // The selection goes (below), but not the search's cycle: a click near the last
+  // one steps on to the next vertex there.
   // Text labels count as vertices while the map shows them.
   labels_.enabled = state_.layers.hydrographyLabels;
   labels_.showHydrography = state_.layers.hydrographyLabels;
+  bool drawn = true;
   Query("ElemSelectElement", [&](Database& db) {
+    // The element selected before is drawn normally again, on the picture as it is.
+    drawn = DrawSelection(db, kDrawNormal);
+    state_.selection = Selection{};
     const FoundVertex found = FindVertex(db, search_, lastClickX_, lastClickY_, true, labels_);
     SelectFound(db, found);
     if (state_.selection.type == static_cast<int>(ElementKind::Inhomogeneity))
       CheckInhomogeneity();
+    drawn = DrawSelection(db, kDrawSelected) && drawn;
   });
   host_.MenusChanged();
-  host_.Redraw();
+  // Only the kinds that cannot be drawn alone take a redraw of the map.
+  if (drawn)
+    host_.Repaint();
+  else
+    host_.Redraw();
+}
+
+bool MapEditor::DrawSelection(Database& db, int mode) {
+  const Selection sel = state_.selection;
+  if (sel.type == 0 || g_.Surface() == nullptr || !state_.layers.elements) return true;
+  DrawContext ctx{g_, state_, db, ui_};
+  const auto kind = static_cast<ElementKind>(sel.type);
+  switch (kind) {
+    case ElementKind::Well: {
+      auto w = LoadRow(db, kind, sel.id);
+      if (!w || w->vertices.empty()) return true;
+      ElemDrawWell(ctx, w->X(), w->Y(), w->row.Number("Setback"), w->row.Number("Radius"),
+                   static_cast<int>(w->row.Integer("PPWell")),
+                   static_cast<int>(w->row.Integer("Transient")), mode);
+      break;
+    }
+    case ElementKind::Particle: ModelDrawParticle(ctx, selX_, selY_, mode); break;
+    case ElementKind::Linesink: ElemDrawLinesinkString(ctx, sel.pid, mode); break;
+    case ElementKind::Lake: ElemDrawLakes(ctx, sel.pid, mode); break;
+    case ElementKind::FluxLine: ModelDrawFluxInspect(ctx, sel.pid, mode); break;
+    case ElementKind::Capzone: ModelDrawCapzone(ctx, sel.pid, mode); break;
+    case ElementKind::Domain: ModelDrawDomain(ctx, sel.pid, mode); break;
+    case ElementKind::Barrier: {
+      auto b = LoadRow(db, kind, sel.pid);
+      if (!b) return true;
+      ElemDrawNoFlowString(ctx, sel.pid, mode, b->row.Integer("Closed") != 0);
+      break;
+    }
+    case ElementKind::Inhomogeneity: {
+      auto in = LoadRow(db, kind, sel.pid);
+      if (!in) return true;
+      ElemDrawInho(ctx, sel.pid, mode, false, static_cast<Colour>(in->row.Integer("color")));
+      break;
+    }
+    default:
+      // Test points (their symbols follow the results), text labels and the
+      // uniform flow: the redraw shows them.
+      return false;
+  }
+  if (mode == kDrawSelected) ElemDrawVertex(ctx, selX_, selY_, kDrawSelected);
+  return true;
 }
 
 void MapEditor::SelectFound(Database& db, const FoundVertex& found) {

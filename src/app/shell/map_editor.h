@@ -84,6 +84,9 @@ class EditorHost {
   // Shift-click and Shift+Ctrl-click with a solution present.
   virtual void InspectAt(double /*x*/, double /*y*/) {}
   virtual void TraceStreamlineAt(double /*x*/, double /*y*/) {}
+  // The map surface changed by a partial drawing (the selection highlighted or put
+  // back): show it again, without a redraw.
+  virtual void Repaint() {}
   // The editor's menu state changed (TurnOffMenus, TurnOnMenus, the Edit captions,
   // SetUpToolbar): the window applies MenusOff() and EditMenu().
   virtual void MenusChanged() {}
@@ -230,6 +233,9 @@ class MapEditor {
   bool ToMap(double px, double py, double& x, double& y, bool clip) const;
   void ShiftClick(int shift, double px, double py);
   void SelectFound(Database& db, const FoundVertex& found);
+  // Draws the selected element over the map as it stands: highlighted (mode 2) or
+  // normal again (mode 1). False for a kind that a full redraw shows instead.
+  bool DrawSelection(Database& db, int mode);
   void SetEditMenuNone();
   void SetEditCaptions(const char* props, const char* move, const char* del, bool refine);
   void FinishMove(double px, double py);
