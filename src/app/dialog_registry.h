@@ -15,6 +15,7 @@
 #include "elements/flux_inspect_dialog.h"
 #include "elements/inhomogeneity_dialog.h"
 #include "elements/lake_dialog.h"
+#include "elements/ls_confirm_dialog.h"
 #include "elements/linesink_dialog.h"
 #include "elements/particle_dialog.h"
 #include "elements/test_point_dialog.h"
@@ -49,6 +50,6 @@ using ShownDialogs =
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
-               SelectArea, SelectAreaOptions>;  // the area selection of the map
+               SelectArea, SelectAreaOptions, LSConfirm>;  // editing on the map
 
 }  // namespace tarno

@@ -17,6 +17,7 @@
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
+#include "app/views/ls_confirm_view.h"
 #include "app/views/select_area_view.h"
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
@@ -136,6 +137,9 @@ auto MakeView(SelectArea& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(SelectAreaOptions& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SelectAreaOptionsView>(m, parent);
+}
+auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<LSConfirmView>(m, parent);
 }
 
 }  // namespace

@@ -63,6 +63,9 @@ const std::vector<DialogPage>& DialogPages() {
       {"ParticleProperties", "", "observations.md#particle-properties"},
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
+      {"SelectArea", "", "map.md#select-with-window"},
+      {"SelectAreaOptions", "", "map.md#the-selected-elements"},
+      {"LSConfirm", "", "map.md#deleting-a-vertex-or-a-string"},
   };
   return pages;
 }

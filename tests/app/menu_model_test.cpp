@@ -215,7 +215,8 @@ TEST(Toolbar, ButtonsShareTheAvailabilityOfTheirEntries) {
   EXPECT_TRUE(MenuModel::ButtonEnabled("MODELCALC", s));
   EXPECT_TRUE(MenuModel::ButtonEnabled("WINDOWSCROLLUP", s));
   EXPECT_FALSE(MenuModel::ButtonEnabled("FILEPRINT", s));
-  EXPECT_FALSE(MenuModel::ButtonEnabled("ELEMWELL", s));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("ELEMWELL", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("SEARCH", s));
 }
 
 TEST(Switches, KeysMapToTheLayerSwitches) {
