@@ -14,6 +14,8 @@
 #include "elements/element_store.h"
 #include "elements/flux_inspect_dialog.h"
 #include "elements/inhomogeneity_dialog.h"
+#include "elements/linesink.h"
+#include "elements/well.h"
 #include "elements/linesink_dialog.h"
 #include "elements/particle_dialog.h"
 #include "elements/test_point_dialog.h"
@@ -478,6 +480,38 @@ TEST_F(MapEditorTest, SelectingAWellSetsItsCaptionsAndFeedback) {
             (std::vector<std::string>{"&Properties", "&Move", "&Delete", "&Refine"}));
   EXPECT_EQ(Enabled(), (std::vector<bool>{false, false, false, false, true}));
   EXPECT_EQ(ui.CurrentFeedback(), "Click mouse button to select element");
+}
+
+TEST_F(MapEditorTest, WithASolutionTheFeedbackAddsTheComputedValues) {
+  const Element w = Add(ElementKind::Well, "PW1", Point(300, 300), [](Row& r) {
+    r.Set("HeadSpecified", false);
+    r.Set("Head", 500.0);
+    r.Set("Radius", 1.0);
+  });
+  const Element s = Add(ElementKind::Linesink, "Creek", At({{100, 100}, {200, 100}}), [](Row& r) {
+    r.Set("HeadSpecified", 1);
+    r.Set("StartingHead", 10.0);
+    r.Set("EndingHead", 9.0);
+  });
+  db_.Execute(
+      "insert into WLResults (Label, TARNOLabel, X, Y, Radius, SpecifiedHead, Discharge, Head) "
+      "values ('PW1', '" + WellSolverLabel(w.key) + "', 300, 300, 1, 0, 500, -1500)");
+  Statement ls = db_.Prepare(
+      "insert into LSResults (Label, TARNOLabel, X1, Y1, X2, Y2, SpecifiedHead, Discharge, "
+      "CalculatedHead, Resistance) values ('Creek', ?, 100, 100, 200, 100, 10, 2.5, 10, 1)");
+  ls.Bind(1, LinesinkSegmentLabel(s.key, s.vertices[0].Seq));
+  ls.Step();
+  Click(300, 300);
+  EXPECT_EQ(ui.CurrentFeedback(), "Well: PW1 Pumping Rate: 500 Radius: 1");  // no solution
+  state.solution.valid = true;
+  Click(800, 50);
+  Click(300, 300);
+  EXPECT_EQ(ui.CurrentFeedback(),
+            "Well: PW1 Pumping Rate: 500 Radius: 1 Computed Head: -1500 Aquifer is DRY ");
+  Click(800, 50);
+  Click(100, 100);
+  EXPECT_EQ(ui.CurrentFeedback(),
+            "Label: Creek  Starting Head: 10. Ending Head: 9.00  Specified Head: 10  Discharge: 2.5");
 }
 
 TEST_F(MapEditorTest, SelectingAStringEnablesRefineAndDescribesTheString) {

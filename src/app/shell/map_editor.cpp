@@ -16,6 +16,8 @@
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
 #include "elements/geometry.h"
+#include "elements/linesink.h"
+#include "elements/well.h"
 #include "elements/uniform_flow_dialog.h"
 #include "store/undo_history.h"
 
@@ -101,6 +103,28 @@ std::string LakeFeedback(const Element& l) {
          Num(l.row.Number("Evapotranspiration")) + "  Interrior Conductivity: " +
          Num(l.row.Number("InterriorConductivity")) + " Lambda Parameter: " +
          Num(l.row.Number("Resistance"));
+}
+
+// The computed head of a well from the solution's results, for the status bar.
+std::string WellResults(Database& db, std::int64_t vid) {
+  Statement st = db.Prepare("select * from WLResults where TARNOLabel like '" +
+                            WellSolverLabel(vid) + "*'");
+  if (!st.Step()) return {};
+  const double head = st.GetDouble("Head");
+  std::string text = " Computed Head: " + Num(head);
+  if (head < -1000.0) text += " Aquifer is DRY ";
+  return text;
+}
+
+// The results of the line-sink that starts at the selected vertex.
+std::string LinesinkResults(Database& db, const Element& s, const Vertex& v) {
+  Statement st = db.Prepare("select * from LSResults where TARNOLabel = ?");
+  st.Bind(1, LinesinkSegmentLabel(s.key, v.Seq));
+  if (!st.Step()) return {};
+  std::string text = "  Specified Head: " + Num(st.GetDouble("SpecifiedHead")) +
+                     "  Discharge: " + Num(st.GetDouble("Discharge"));
+  if (s.row.Flag("Routing")) text += "  Streamflow: " + Num(st.GetDouble("BaseFlow"));
+  return text;
 }
 
 }  // namespace
@@ -512,10 +536,13 @@ void MapEditor::SelectFound(Database& db, const FoundVertex& found) {
   sel.id = key;
   state_.selection = sel;
   switch (*kind) {
-    case ElementKind::Well:
+    case ElementKind::Well: {
       SetEditCaptions("Well &Properties", "&Move Well", "&Delete Well", false);
-      ui_.Feedback(WellFeedback(*e));
+      std::string text = WellFeedback(*e);
+      if (state_.solution.valid) text += WellResults(db, key);
+      ui_.Feedback(text);
       break;
+    }
     case ElementKind::TestPoint:
       SetEditCaptions("Test Point &Properties", "&Move Test Point", "&Delete Test Point", false);
       ui_.Feedback("Test Point: " + e->Label() + " Observed: " + Num(e->row.Number("ObsHead")));
@@ -530,7 +557,12 @@ void MapEditor::SelectFound(Database& db, const FoundVertex& found) {
       break;
   }
   switch (*kind) {
-    case ElementKind::Linesink: ui_.Feedback(LinesinkFeedback(*e)); break;
+    case ElementKind::Linesink: {
+      std::string text = LinesinkFeedback(*e);
+      if (state_.solution.valid) text += LinesinkResults(db, *e, found.vertex);
+      ui_.Feedback(text);
+      break;
+    }
     case ElementKind::Inhomogeneity: ui_.Feedback(InhomogeneityFeedback(*e)); break;
     case ElementKind::Lake: ui_.Feedback(LakeFeedback(*e)); break;
     case ElementKind::Barrier: ui_.Feedback("Horizontal barrier: " + e->Label()); break;
