@@ -109,7 +109,8 @@ int main(int argc, char** argv) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
   QGuiApplication app(argc, argv);
 
-  const fs::path dir = fs::temp_directory_path() / ("tarno-bench-edit-map-" + std::to_string(::getpid()));
+  const fs::path dir =
+      fs::temp_directory_path() / ("tarno-bench-edit-map-" + std::to_string(::getpid()));
   fs::create_directories(dir);
   const fs::path project = dir / "large.trn";
   DBNewDatabase(project, "Edit bench", true, true);
@@ -117,7 +118,8 @@ int main(int argc, char** argv) {
     Database db = Database::Open(project);
     for (int i = 0; i < kStrings; ++i) {
       std::vector<Vertex> vs;
-      for (int k = 0; k < kVerticesPerString; ++k) vs.push_back({0, 0, 0, VertexX(i, k), VertexY(i, k)});
+      for (int k = 0; k < kVerticesPerString; ++k)
+        vs.push_back({0, 0, 0, VertexX(i, k), VertexY(i, k)});
       Element e = NewElement(ElementKind::Linesink, std::move(vs));
       e.row.Set("Label", "S" + std::to_string(i + 1));
       e.row.Set("Resistance", 1.0);
@@ -139,9 +141,8 @@ int main(int argc, char** argv) {
   BenchHost host(view);
   MapEditor editor(state, layer, ui, host);
 
-  std::printf("model: %d line-sink strings, %d segments, %d vertices; surface %d x %d\n",
-              kStrings, kStrings * (kVerticesPerString - 1), kStrings * kVerticesPerString, kWidth,
-              kHeight);
+  std::printf("model: %d line-sink strings, %d segments, %d vertices; surface %d x %d\n", kStrings,
+              kStrings * (kVerticesPerString - 1), kStrings * kVerticesPerString, kWidth, kHeight);
 
   // The device pixel of a map point, for the synthetic clicks.
   auto pixel = [&](double x, double y) { return layer.vgGDIWorldToDevice(x, y); };

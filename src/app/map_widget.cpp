@@ -157,8 +157,7 @@ void MapWidget::ReportPosition() {
 
 void MapWidget::mouseReleaseEvent(QMouseEvent* event) {
   if (!Active()) return;
-  Forward(kUp, ButtonOf(event->button()), ShiftOf(event->modifiers()),
-          event->position().toPoint());
+  Forward(kUp, ButtonOf(event->button()), ShiftOf(event->modifiers()), event->position().toPoint());
 }
 
 void MapWidget::wheelEvent(QWheelEvent* event) {

@@ -15,12 +15,12 @@
 #include "elements/flux_inspect_dialog.h"
 #include "elements/inhomogeneity_dialog.h"
 #include "elements/linesink.h"
-#include "elements/well.h"
 #include "elements/linesink_dialog.h"
 #include "elements/particle_dialog.h"
 #include "elements/test_point_dialog.h"
 #include "elements/text_label_dialog.h"
 #include "elements/uniform_flow_dialog.h"
+#include "elements/well.h"
 #include "elements/well_dialog.h"
 #include "store/undo_history.h"
 #include "support/project_fixture.h"
@@ -370,10 +370,9 @@ TEST_F(MapEditorTest, ClosedBarrierOfTwoVerticesIsRefusedAndAnOpenOneStands) {
   EXPECT_EQ(ui.CurrentActivity(), "Add No-flow");
   Click(10, 10);
   Click(50, 10);
-  ui.ExpectMessage("Not Enough Vertices",
-                   {"Not enough vertices to complete the current barrier!",
-                    "You must have at least 2 vertices for an open barrier",
-                    "and at least 3 vertices to create a closed barrier."});
+  ui.ExpectMessage("Not Enough Vertices", {"Not enough vertices to complete the current barrier!",
+                                           "You must have at least 2 vertices for an open barrier",
+                                           "and at least 3 vertices to create a closed barrier."});
   RightClick();
   EXPECT_EQ(CountElements(db_, ElementKind::Barrier), 0);
   ExpectSelectState();
@@ -442,16 +441,17 @@ TEST_F(MapEditorTest, FluxLineAndBoundaryModesOfferTheirLabelsAndWriteTheString)
   EXPECT_EQ(ui.CurrentActivity(), "Add FarField Boundary");
   Click(10, 10);
   Click(900, 10);
-  ui.ExpectMessage("Not Enough Vertices",
-                   {"Not enough vertices to complete the current " +
-                        [] {
-                          std::string n(Info(ElementKind::Domain).name);
-                          for (char& c : n) c = static_cast<char>(std::tolower(c));
-                          return n;
-                        }() + "!",
-                    "You must have at least " +
-                        std::to_string(Info(ElementKind::Domain).minVertices) +
-                        " vertices to create this element."});
+  ui.ExpectMessage(
+      "Not Enough Vertices",
+      {"Not enough vertices to complete the current " +
+           [] {
+             std::string n(Info(ElementKind::Domain).name);
+             for (char& c : n) c = static_cast<char>(std::tolower(c));
+             return n;
+           }() +
+           "!",
+       "You must have at least " + std::to_string(Info(ElementKind::Domain).minVertices) +
+           " vertices to create this element."});
   RightClick();
   EXPECT_EQ(CountElements(db_, ElementKind::Domain), 0);
 }
@@ -467,8 +467,8 @@ TEST_F(MapEditorTest, SelectingAWellSetsItsCaptionsAndFeedback) {
   Click(303, 302);
   EXPECT_EQ(editor.SelectedKind(), 1);
   EXPECT_EQ(editor.Selected().vid, w.key);
-  EXPECT_EQ(Captions(), (std::vector<std::string>{"Well &Properties", "&Move Well",
-                                                  "&Delete Well", "&Refine"}));
+  EXPECT_EQ(Captions(), (std::vector<std::string>{"Well &Properties", "&Move Well", "&Delete Well",
+                                                  "&Refine"}));
   EXPECT_EQ(Enabled(), (std::vector<bool>{true, true, true, false, true}));
   EXPECT_EQ(ui.CurrentFeedback(), "Well: PW1 Head: 100 Radius: 0.5");
   EXPECT_GE(host.repaints, 1);  // drawn as selected over the picture
@@ -476,8 +476,7 @@ TEST_F(MapEditorTest, SelectingAWellSetsItsCaptionsAndFeedback) {
   // A click on empty map clears the selection and leaves Delete All on.
   Click(800, 50);
   EXPECT_EQ(editor.SelectedKind(), 0);
-  EXPECT_EQ(Captions(),
-            (std::vector<std::string>{"&Properties", "&Move", "&Delete", "&Refine"}));
+  EXPECT_EQ(Captions(), (std::vector<std::string>{"&Properties", "&Move", "&Delete", "&Refine"}));
   EXPECT_EQ(Enabled(), (std::vector<bool>{false, false, false, false, true}));
   EXPECT_EQ(ui.CurrentFeedback(), "Click mouse button to select element");
 }
@@ -495,7 +494,8 @@ TEST_F(MapEditorTest, WithASolutionTheFeedbackAddsTheComputedValues) {
   });
   db_.Execute(
       "insert into WLResults (Label, TARNOLabel, X, Y, Radius, SpecifiedHead, Discharge, Head) "
-      "values ('PW1', '" + WellSolverLabel(w.key) + "', 300, 300, 1, 0, 500, -1500)");
+      "values ('PW1', '" +
+      WellSolverLabel(w.key) + "', 300, 300, 1, 0, 500, -1500)");
   Statement ls = db_.Prepare(
       "insert into LSResults (Label, TARNOLabel, X1, Y1, X2, Y2, SpecifiedHead, Discharge, "
       "CalculatedHead, Resistance) values ('Creek', ?, 100, 100, 200, 100, 10, 2.5, 10, 1)");
@@ -510,8 +510,9 @@ TEST_F(MapEditorTest, WithASolutionTheFeedbackAddsTheComputedValues) {
             "Well: PW1 Pumping Rate: 500 Radius: 1 Computed Head: -1500 Aquifer is DRY ");
   Click(800, 50);
   Click(100, 100);
-  EXPECT_EQ(ui.CurrentFeedback(),
-            "Label: Creek  Starting Head: 10. Ending Head: 9.00  Specified Head: 10  Discharge: 2.5");
+  EXPECT_EQ(
+      ui.CurrentFeedback(),
+      "Label: Creek  Starting Head: 10. Ending Head: 9.00  Specified Head: 10  Discharge: 2.5");
 }
 
 TEST_F(MapEditorTest, SelectingAStringEnablesRefineAndDescribesTheString) {
@@ -522,8 +523,8 @@ TEST_F(MapEditorTest, SelectingAStringEnablesRefineAndDescribesTheString) {
   });
   Click(200, 100);
   EXPECT_EQ(editor.SelectedKind(), 2);
-  EXPECT_EQ(Captions(), (std::vector<std::string>{"&Properties...", "&Move Vertex", "&Delete...",
-                                                  "&Refine"}));
+  EXPECT_EQ(Captions(),
+            (std::vector<std::string>{"&Properties...", "&Move Vertex", "&Delete...", "&Refine"}));
   EXPECT_EQ(Enabled(), (std::vector<bool>{true, true, true, true, true}));
   EXPECT_EQ(ui.CurrentFeedback(), "Label: Creek  Starting Head: 10.5 Ending Head: 9.00");
 
@@ -575,8 +576,8 @@ TEST_F(MapEditorTest, RepeatedClicksOnCoincidentVerticesSelectThemInTurn) {
 }
 
 TEST_F(MapEditorTest, AClickInsideNestedInhomogeneitiesSelectsTheInnerOne) {
-  const Element outer =
-      Add(ElementKind::Inhomogeneity, "Outer", At({{100, 100}, {400, 100}, {400, 400}, {100, 400}}));
+  const Element outer = Add(ElementKind::Inhomogeneity, "Outer",
+                            At({{100, 100}, {400, 100}, {400, 400}, {100, 400}}));
   // A thin triangle whose corners lie beyond the search radius of the click.
   const Element inner =
       Add(ElementKind::Inhomogeneity, "Inner", At({{80, 120}, {120, 80}, {300, 300}}));
@@ -838,12 +839,12 @@ TEST(SelectorTest, CarriesItsFieldsAndRefusesAFileBeyondFive) {
 }
 
 TEST(EditorKeysTest, TheEditorTakesItsMenuKeysAndNoOthers) {
-  for (const char* key : {"ELEM_NEW(0)", "ELEM_NEW(4)", "ElemUniformFlow", "EDIT_CMDS(0)",
-                          "EDIT_CMDS(3)", "EDIT_CMDS(6)", "mnuEditSelect", "MODEL_CMDS(3)",
-                          "MODEL_CMDS(10)"})
+  for (const char* key :
+       {"ELEM_NEW(0)", "ELEM_NEW(4)", "ElemUniformFlow", "EDIT_CMDS(0)", "EDIT_CMDS(3)",
+        "EDIT_CMDS(6)", "mnuEditSelect", "MODEL_CMDS(3)", "MODEL_CMDS(10)"})
     EXPECT_TRUE(MapEditor::Handles(key)) << key;
-  for (const char* key : {"EDIT_CMDS(4)", "EDIT_CMDS(7)", "MODEL_CMDS(1)", "ZOOM_CMDS(4)",
-                          "FILE_CMDS(0)"})
+  for (const char* key :
+       {"EDIT_CMDS(4)", "EDIT_CMDS(7)", "MODEL_CMDS(1)", "ZOOM_CMDS(4)", "FILE_CMDS(0)"})
     EXPECT_FALSE(MapEditor::Handles(key)) << key;
 }
 

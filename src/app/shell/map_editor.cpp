@@ -17,8 +17,8 @@
 #include "elements/element_store.h"
 #include "elements/geometry.h"
 #include "elements/linesink.h"
-#include "elements/well.h"
 #include "elements/uniform_flow_dialog.h"
+#include "elements/well.h"
 #include "store/undo_history.h"
 
 namespace tarno {
@@ -88,9 +88,9 @@ std::string LinesinkFeedback(const Element& s) {
 }
 
 std::string InhomogeneityFeedback(const Element& in) {
-  std::string text = "Label: " + in.Label() + " Recharge: " +
-                     FormatNumber(in.row.Number("Recharge"), "#0.000e+00") + " Porosity: " +
-                     FormatNumber(in.row.Number("Porosity"), "0.00");
+  std::string text = "Label: " + in.Label() +
+                     " Recharge: " + FormatNumber(in.row.Number("Recharge"), "#0.000e+00") +
+                     " Porosity: " + FormatNumber(in.row.Number("Porosity"), "0.00");
   if (in.row.Flag("ChangeK"))
     text += "  Conductivity: " + FormatNumber(in.row.Number("HydCond"), "####0.00");
   if (in.row.Flag("ChangeB"))
@@ -99,16 +99,16 @@ std::string InhomogeneityFeedback(const Element& in) {
 }
 
 std::string LakeFeedback(const Element& l) {
-  return "Label: " + l.Label() + "   Evapotranspiration: " +
-         Num(l.row.Number("Evapotranspiration")) + "  Interrior Conductivity: " +
-         Num(l.row.Number("InterriorConductivity")) + " Lambda Parameter: " +
-         Num(l.row.Number("Resistance"));
+  return "Label: " + l.Label() +
+         "   Evapotranspiration: " + Num(l.row.Number("Evapotranspiration")) +
+         "  Interrior Conductivity: " + Num(l.row.Number("InterriorConductivity")) +
+         " Lambda Parameter: " + Num(l.row.Number("Resistance"));
 }
 
 // The computed head of a well from the solution's results, for the status bar.
 std::string WellResults(Database& db, std::int64_t vid) {
-  Statement st = db.Prepare("select * from WLResults where TARNOLabel like '" +
-                            WellSolverLabel(vid) + "*'");
+  Statement st =
+      db.Prepare("select * from WLResults where TARNOLabel like '" + WellSolverLabel(vid) + "*'");
   if (!st.Step()) return {};
   const double head = st.GetDouble("Head");
   std::string text = " Computed Head: " + Num(head);
@@ -132,12 +132,14 @@ std::string LinesinkResults(Database& db, const Element& s, const Vertex& v) {
 // --- Selector -----------------------------------------------------------------
 
 const std::string& Selector::File(int index) const {
-  if (index < 1 || index > 5) throw InvalidArgumentError("Selector has no File" + std::to_string(index));
+  if (index < 1 || index > 5)
+    throw InvalidArgumentError("Selector has no File" + std::to_string(index));
   return files_[index - 1];
 }
 
 void Selector::File(int index, std::string v) {
-  if (index < 1 || index > 5) throw InvalidArgumentError("Selector has no File" + std::to_string(index));
+  if (index < 1 || index > 5)
+    throw InvalidArgumentError("Selector has no File" + std::to_string(index));
   files_[index - 1] = std::move(v);
 }
 
@@ -321,8 +323,7 @@ void MapEditor::MouseMove(int /*button*/, int /*shift*/, double px, double py) {
     const Canvas* s = g_.Surface();
     const int cx = std::clamp(static_cast<int>(px), 0, s ? s->Width() - 1 : 0);
     const int cy = std::clamp(static_cast<int>(py), 0, s ? s->Height() - 1 : 0);
-    if (MapTool* tool = ToolFor(state_.mouseState, state_.mouseMode))
-      tool->Move({x, y, cx, cy});
+    if (MapTool* tool = ToolFor(state_.mouseState, state_.mouseMode)) tool->Move({x, y, cx, cy});
   }
 }
 
@@ -381,8 +382,7 @@ void MapEditor::SetEditMenuNone() {
   edit_[4] = {kDeleteAllCaption, true};
 }
 
-void MapEditor::SetEditCaptions(const char* props, const char* move, const char* del,
-                                bool refine) {
+void MapEditor::SetEditCaptions(const char* props, const char* move, const char* del, bool refine) {
   edit_[0] = {props, true};
   edit_[1] = {move, true};
   edit_[2] = {del, true};
@@ -437,8 +437,7 @@ void MapEditor::ElemSelectElement() {
     state_.selection = Selection{};
     const FoundVertex found = FindVertex(db, search_, lastClickX_, lastClickY_, true, labels_);
     SelectFound(db, found);
-    if (state_.selection.type == static_cast<int>(ElementKind::Inhomogeneity))
-      CheckInhomogeneity();
+    if (state_.selection.type == static_cast<int>(ElementKind::Inhomogeneity)) CheckInhomogeneity();
     drawn = DrawSelection(db, kDrawSelected) && drawn;
   });
   host_.MenusChanged();
@@ -549,12 +548,10 @@ void MapEditor::SelectFound(Database& db, const FoundVertex& found) {
       break;
     case ElementKind::Particle:
       SetEditCaptions("Particle &Properties", "&Move Particle", "&Delete Particle", false);
-      ui_.Feedback(std::string("Particle: ") +
-                   (e->row.Flag("Forward") ? "forward" : "backward") + " in time");
+      ui_.Feedback(std::string("Particle: ") + (e->row.Flag("Forward") ? "forward" : "backward") +
+                   " in time");
       break;
-    default:
-      SetEditCaptions("&Properties...", "&Move Vertex", "&Delete...", true);
-      break;
+    default: SetEditCaptions("&Properties...", "&Move Vertex", "&Delete...", true); break;
   }
   switch (*kind) {
     case ElementKind::Linesink: {
@@ -641,8 +638,8 @@ void MapEditor::BeginMove() {
   dragPressed_ = false;
   dragFromX_ = selX_;
   dragFromY_ = selY_;
-  SetStatus(activity, kind == static_cast<int>(ElementKind::Text) ? kMoveTextFeedback
-                                                                  : kMoveVertexFeedback);
+  SetStatus(activity,
+            kind == static_cast<int>(ElementKind::Text) ? kMoveTextFeedback : kMoveVertexFeedback);
 }
 
 void MapEditor::FinishMove(double px, double py) {
@@ -655,9 +652,8 @@ void MapEditor::FinishMove(double px, double py) {
     lastClickX_ = x;
     lastClickY_ = y;
     const auto kind = static_cast<ElementKind>(sel.type);
-    Operation("ElemMoveVertex", moveName_, [&](Database& db) {
-      result = MoveVertex(db, search_, kind, sel.vid, x, y, ui_);
-    });
+    Operation("ElemMoveVertex", moveName_,
+              [&](Database& db) { result = MoveVertex(db, search_, kind, sel.vid, x, y, ui_); });
   }
   state_.selection = Selection{};
   SetEditMenuNone();
@@ -714,11 +710,10 @@ void MapEditor::EnterMode(int state, int mode) {
 
 bool MapEditor::Handles(const std::string& key) {
   static const std::vector<std::string> keys = {
-      "ELEM_NEW(0)",     "ELEM_NEW(1)",     "ELEM_NEW(2)",     "ELEM_NEW(3)",
-      "ELEM_NEW(4)",     "ElemUniformFlow", "EDIT_CMDS(0)",    "EDIT_CMDS(1)",
-      "EDIT_CMDS(2)",    "EDIT_CMDS(3)",    "EDIT_CMDS(5)",    "EDIT_CMDS(6)",
-      "mnuEditSelect",   "MODEL_CMDS(3)",   "MODEL_CMDS(4)",   "MODEL_CMDS(5)",
-      "MODEL_CMDS(6)",   "MODEL_CMDS(7)",   "MODEL_CMDS(8)",   "MODEL_CMDS(9)",
+      "ELEM_NEW(0)",     "ELEM_NEW(1)",   "ELEM_NEW(2)",   "ELEM_NEW(3)",   "ELEM_NEW(4)",
+      "ElemUniformFlow", "EDIT_CMDS(0)",  "EDIT_CMDS(1)",  "EDIT_CMDS(2)",  "EDIT_CMDS(3)",
+      "EDIT_CMDS(5)",    "EDIT_CMDS(6)",  "mnuEditSelect", "MODEL_CMDS(3)", "MODEL_CMDS(4)",
+      "MODEL_CMDS(5)",   "MODEL_CMDS(6)", "MODEL_CMDS(7)", "MODEL_CMDS(8)", "MODEL_CMDS(9)",
       "MODEL_CMDS(10)"};
   return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
@@ -730,14 +725,19 @@ bool MapEditor::Command(const std::string& key) {
     if (auto* t = dynamic_cast<BoundaryTool*>(ToolFor(kStateString, 35))) t->SetBoundary(kind);
     EnterMode(kStateString, 35);
   };
-  if (key == "ELEM_NEW(0)") EnterMode(kStateClick, 1);
-  else if (key == "ELEM_NEW(1)") EnterMode(kStateString, 2);
-  else if (key == "ELEM_NEW(2)") EnterMode(kStateString, 3);
-  else if (key == "ELEM_NEW(3)") EnterMode(kStateString, 5);
-  else if (key == "ELEM_NEW(4)") EnterMode(kStateString, 6);
+  if (key == "ELEM_NEW(0)")
+    EnterMode(kStateClick, 1);
+  else if (key == "ELEM_NEW(1)")
+    EnterMode(kStateString, 2);
+  else if (key == "ELEM_NEW(2)")
+    EnterMode(kStateString, 3);
+  else if (key == "ELEM_NEW(3)")
+    EnterMode(kStateString, 5);
+  else if (key == "ELEM_NEW(4)")
+    EnterMode(kStateString, 6);
   else if (key == "ElemUniformFlow") {
-    const Answer a = ui_.MessageBox("Warning - Uniform Flow", UniformFlowWarning(),
-                                    Buttons::YesNo, Icon::Exclamation);
+    const Answer a = ui_.MessageBox("Warning - Uniform Flow", UniformFlowWarning(), Buttons::YesNo,
+                                    Icon::Exclamation);
     if (a == Answer::Yes) {
       EnterMode(kStateClick, 4);
     } else {
@@ -754,21 +754,36 @@ bool MapEditor::Command(const std::string& key) {
         }
       });
     }
-  } else if (key == "EDIT_CMDS(0)") ElemSetProperties();
-  else if (key == "EDIT_CMDS(1)") BeginMove();
-  else if (key == "EDIT_CMDS(2)") ElemDeleteElements();
-  else if (key == "EDIT_CMDS(3)") ElemRefine();
-  else if (key == "EDIT_CMDS(5)") EnterMode(kStateClick, 30);
-  else if (key == "EDIT_CMDS(6)") EnterMode(kStateString, 24);
-  else if (key == "mnuEditSelect") EnterMode(kStateDrag, kModeSelectArea);
-  else if (key == "MODEL_CMDS(3)") EnterMode(kStateClick, 22);
-  else if (key == "MODEL_CMDS(4)") EnterMode(kStateClick, kModeParticleRepeat);
-  else if (key == "MODEL_CMDS(5)") EnterMode(kStateDrag, kModeParticleGrid);
-  else if (key == "MODEL_CMDS(6)") EnterMode(kStateClick, 21);
-  else if (key == "MODEL_CMDS(7)") EnterMode(kStateString, 23);
-  else if (key == "MODEL_CMDS(8)") boundary(BoundaryKind::HydrologicUnit);
-  else if (key == "MODEL_CMDS(9)") boundary(BoundaryKind::FarField);
-  else if (key == "MODEL_CMDS(10)") boundary(BoundaryKind::Model);
+  } else if (key == "EDIT_CMDS(0)")
+    ElemSetProperties();
+  else if (key == "EDIT_CMDS(1)")
+    BeginMove();
+  else if (key == "EDIT_CMDS(2)")
+    ElemDeleteElements();
+  else if (key == "EDIT_CMDS(3)")
+    ElemRefine();
+  else if (key == "EDIT_CMDS(5)")
+    EnterMode(kStateClick, 30);
+  else if (key == "EDIT_CMDS(6)")
+    EnterMode(kStateString, 24);
+  else if (key == "mnuEditSelect")
+    EnterMode(kStateDrag, kModeSelectArea);
+  else if (key == "MODEL_CMDS(3)")
+    EnterMode(kStateClick, 22);
+  else if (key == "MODEL_CMDS(4)")
+    EnterMode(kStateClick, kModeParticleRepeat);
+  else if (key == "MODEL_CMDS(5)")
+    EnterMode(kStateDrag, kModeParticleGrid);
+  else if (key == "MODEL_CMDS(6)")
+    EnterMode(kStateClick, 21);
+  else if (key == "MODEL_CMDS(7)")
+    EnterMode(kStateString, 23);
+  else if (key == "MODEL_CMDS(8)")
+    boundary(BoundaryKind::HydrologicUnit);
+  else if (key == "MODEL_CMDS(9)")
+    boundary(BoundaryKind::FarField);
+  else if (key == "MODEL_CMDS(10)")
+    boundary(BoundaryKind::Model);
   return true;
 }
 

@@ -16,8 +16,7 @@ class SelectArea : public DialogModel {
  public:
   static constexpr const char* kName = "SelectArea";
   static constexpr const char* kTitle = "Select which element type?";
-  static constexpr std::array<const char*, 3> kElementTypes = {"Test points", "Wells",
-                                                               "Particles"};
+  static constexpr std::array<const char*, 3> kElementTypes = {"Test points", "Wells", "Particles"};
   std::string DialogName() const override { return kName; }
 
   // The chosen entry of kElementTypes, -1 for none.

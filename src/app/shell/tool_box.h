@@ -42,9 +42,7 @@ class ParticleGridTool : public BoxTool {
  public:
   explicit ParticleGridTool(MapEditor& editor) : BoxTool(editor, 32) {}
   std::string Activity() const override { return "Add Particle Grid"; }
-  std::string Feedback() const override {
-    return "Click mouse at location to enter grid boundary";
-  }
+  std::string Feedback() const override { return "Click mouse at location to enter grid boundary"; }
   bool MenusOffWhileOn() const override { return true; }
 
  protected:

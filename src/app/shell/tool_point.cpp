@@ -25,8 +25,7 @@ namespace {
 
 // Adds a point element of `kind` at the click through its dialog; true when stored.
 bool AddPoint(MapEditor& ed, const char* operation, const char* undoName, ElementKind kind,
-              const MapPointer& at,
-              const std::function<void(Database&, Element&)>& prepare = {}) {
+              const MapPointer& at, const std::function<void(Database&, Element&)>& prepare = {}) {
   bool stored = false;
   ed.Operation(operation, undoName, [&](Database& db) {
     Element e = NewElementAt(db, kind, {{at.x, at.y}});

@@ -7,8 +7,7 @@
 
 namespace tarno {
 
-LSConfirmView::LSConfirmView(LSConfirm& model, QWidget* parent)
-    : QDialog(parent), model_(model) {
+LSConfirmView::LSConfirmView(LSConfirm& model, QWidget* parent) : QDialog(parent), model_(model) {
   setWindowTitle(QString::fromUtf8(LSConfirm::kTitle));
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(new QLabel(QString::fromStdString(model.Message)));
