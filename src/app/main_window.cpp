@@ -579,6 +579,12 @@ void MainWindow::ZoomActions(bool first) {
 
 void MainWindow::EnableMouse() {
   mapWidget_->SetMouseEnabled(true);  // the editor's too
+  // The mouse comes back after an open or a redraw: the vertex search's index is
+  // made ready on the editor's connection while nobody waits for a click.
+  if (editor_ != nullptr) {
+    SyncSolutionView();
+    editor_->Prepare();
+  }
   mapWidget_->update();
 }
 

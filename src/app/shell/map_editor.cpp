@@ -411,6 +411,11 @@ void MapEditor::ClearMouseMode() {
   TurnOnMenus();
 }
 
+void MapEditor::Prepare() {
+  if (!state_.ProjectOpen || state_.projectFile.empty()) return;
+  Query("ElemFindVertex", [](Database& db) { VertexIndexAvailable(db); });
+}
+
 void MapEditor::Reset() {
   state_.mouseState = kStateSelect;
   state_.mouseMode = 0;

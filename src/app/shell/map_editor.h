@@ -196,6 +196,10 @@ class MapEditor {
   // Enters a mode of the table (with its Activity and Feedback); the selection is
   // turned off first. Used by Command and the tests.
   void EnterMode(int state, int mode);
+  // Opens the editor's connection to the project and builds the vertex search's
+  // index on it, so that the first click after opening a project is as quick as
+  // the others (a model of 20,000 segments takes a third of a second here).
+  void Prepare();
   // Forgets everything of the project that was open: the mode, the selection, a
   // string half drawn, the search's cycle. Nothing is shown.
   void Reset();
