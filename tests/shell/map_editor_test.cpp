@@ -14,6 +14,7 @@
 #include "elements/element_store.h"
 #include "elements/flux_inspect_dialog.h"
 #include "elements/inhomogeneity_dialog.h"
+#include "elements/lake_dialog.h"
 #include "elements/linesink.h"
 #include "elements/linesink_dialog.h"
 #include "elements/particle_dialog.h"
@@ -235,6 +236,38 @@ TEST_F(MapEditorTest, TextModeAddsALabelPerClickUntilTheRightClick) {
   EXPECT_EQ(labels[0].Label(), "Wabash");
 }
 
+TEST_F(MapEditorTest, DeleteParticleModeDeletesTheParticleClickedUntilTheRightClick) {
+  const Element p = Stored(NewElement(ElementKind::Particle, Point(300, 300)));
+  Add(ElementKind::Well, "PW1", Point(500, 300));
+  editor.EnterMode(kStateClick, kModeDeleteParticle);
+  EXPECT_EQ(ui.CurrentActivity(), "Delete Particle Mode");
+  EXPECT_EQ(ui.CurrentFeedback(),
+            "Click on a particle to delete it. Right click to abort delete mode.");
+  Click(500, 300);  // a well: not a particle, nothing asked
+  ui.ExpectMessage("Confirm", {"Delete this particle?"}, Answer::Yes);
+  Click(302, 301);
+  EXPECT_FALSE(Load(db_, ElementKind::Particle, p.key).has_value());
+  EXPECT_EQ(CountElements(db_, ElementKind::Well), 1);
+  EXPECT_EQ(editor.MouseMode(), kModeDeleteParticle);
+  RightClick();
+  ExpectSelectState();
+}
+
+TEST_F(MapEditorTest, AShownTextLabelIsSelectedWithItsOwnCaptions) {
+  Stored(NewTextLabel("Wabash", 400, 200));
+  Click(400, 200);  // labels hidden: nothing there
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  state.layers.hydrographyLabels = true;
+  Click(800, 50);
+  Click(401, 201);
+  EXPECT_EQ(editor.SelectedKind(), 30);
+  EXPECT_EQ(Captions(), (std::vector<std::string>{"Text &Properties", "&Move Label",
+                                                  "&Delete Label", "&Refine"}));
+  EXPECT_EQ(ui.CurrentFeedback(), "Text: Wabash");
+  editor.Command("EDIT_CMDS(1)");
+  EXPECT_EQ(ui.CurrentActivity(), "Move Text");
+}
+
 TEST_F(MapEditorTest, UniformFlowAsksFirstAndTakesTheClickAsItsReferencePoint) {
   ui.ExpectMessageTitled("Warning - Uniform Flow", Answer::No);
   editor.Command("ElemUniformFlow");  // no uniform flow to remove: nothing more
@@ -454,6 +487,33 @@ TEST_F(MapEditorTest, FluxLineAndBoundaryModesOfferTheirLabelsAndWriteTheString)
            " vertices to create this element."});
   RightClick();
   EXPECT_EQ(CountElements(db_, ElementKind::Domain), 0);
+}
+
+TEST_F(MapEditorTest, LakesAndProtectionAreasAreWrittenClosedWithTheirVertices) {
+  OkDialog<Lake>("Lake", [](Lake& d) { d.tbLabel = "Pond"; });
+  editor.Command("ELEM_NEW(4)");
+  EXPECT_EQ(ui.CurrentActivity(), "Add Lake");
+  Click(100, 100);
+  Click(200, 100);
+  Click(150, 200);
+  RightClick();
+  const auto lake = FindByLabel(db_, ElementKind::Lake, "Pond");
+  ASSERT_TRUE(lake.has_value());
+  EXPECT_EQ(lake->vertices.size(), 3u);
+  EXPECT_EQ(host.invalidations, 1);
+
+  OkDialog<FluxInspectDialog>("FluxInspectDialog", [](FluxInspectDialog& d) {
+    EXPECT_EQ(d.Prompt, FluxInspectDialog::kCapzonePrompt);
+  });
+  editor.Command("EDIT_CMDS(6)");
+  EXPECT_EQ(editor.MouseMode(), 24);
+  Click(300, 300);
+  Click(400, 300);
+  Click(350, 400);
+  RightClick();
+  EXPECT_EQ(CountElements(db_, ElementKind::Capzone), 1);
+  EXPECT_EQ(host.invalidations, 1);  // a protection area asks the solution only
+  ExpectSelectState();
 }
 
 // --- selection -----------------------------------------------------------------------
