@@ -43,13 +43,13 @@ struct DialogList {
 using ShownDialogs =
     DialogList<NewDatabaseWizard, ProjectSettings, UnitChange,  // the project life cycle
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
-               RestoreWindow,                                   // saved windows
+               RestoreWindow, SelectArea, SelectAreaOptions,    // windows, area selection
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
                SolverIntegrity, InspectorDialog,                     // around a solve
                WellProperties, LinesinkString,                       // wells and streams
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
-               SelectArea, SelectAreaOptions, LSConfirm>;  // editing on the map
+               LSConfirm>;           // editing vertices
 
 }  // namespace tarno

@@ -11,13 +11,13 @@
 #include "app/views/inspector_view.h"
 #include "app/views/lake_view.h"
 #include "app/views/linesink_view.h"
+#include "app/views/ls_confirm_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
-#include "app/views/ls_confirm_view.h"
 #include "app/views/select_area_view.h"
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
@@ -81,6 +81,12 @@ auto MakeView(Welcome& m, const ViewContext&, QWidget* parent) {
 auto MakeView(RestoreWindow& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<RestoreWindowView>(m, *c.port, c.projectFile, parent);
 }
+auto MakeView(SelectArea& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaView>(m, parent);
+}
+auto MakeView(SelectAreaOptions& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaOptionsView>(m, parent);
+}
 auto MakeView(SolvePrompt& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SolvePromptView>(m, parent);
 }
@@ -131,12 +137,6 @@ auto MakeView(FluxInspectDialog& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<TextLabelView>(m, *c.port, c.projectFile, parent);
-}
-auto MakeView(SelectArea& m, const ViewContext&, QWidget* parent) {
-  return std::make_unique<SelectAreaView>(m, parent);
-}
-auto MakeView(SelectAreaOptions& m, const ViewContext&, QWidget* parent) {
-  return std::make_unique<SelectAreaOptionsView>(m, parent);
 }
 auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<LSConfirmView>(m, parent);

@@ -45,6 +45,8 @@ const std::vector<DialogPage>& DialogPages() {
       {"Inspector", "", "solving.md#instant-inspector-settings"},
       {"GUIOptions", "", "map.md#gui-options"},
       {"RestoreWindow", "", "map.md#saved-windows"},
+      {"SelectArea", "", "map.md#select-with-window"},
+      {"SelectAreaOptions", "", "map.md#the-selected-elements"},
       {"WellProperties", "", "wells.md#well-properties"},
       {"WellProperties", "General", "wells.md#general"},
       {"WellProperties", "3-D Geometry", "wells.md#3-d-geometry"},
@@ -63,9 +65,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"ParticleProperties", "", "observations.md#particle-properties"},
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
-      {"SelectArea", "", "map.md#select-with-window"},
-      {"SelectAreaOptions", "", "map.md#the-selected-elements"},
-      {"LSConfirm", "", "map.md#deleting-a-vertex-or-a-string"},
+      {"LSConfirm", "", "map.md#editing-vertices"},
   };
   return pages;
 }
@@ -91,8 +91,8 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
         S("Solver integrity check"), S("Run files"), S("When a solve fails")}},
       {"map.md",
        "The Map and the Window",
-       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Saved windows"),
-        S("GUI options"), S("Pictures of the map")}},
+       {S("The window"), S("Zooming and scrolling"), S("The View menu"), S("Editing vertices"),
+        S("Saved windows"), S("GUI options"), S("Pictures of the map")}},
       {"wells.md",
        "Wells",
        {S("Well properties"), S("General"), S("3-D geometry"), S("Transient well"), S("Other")}},

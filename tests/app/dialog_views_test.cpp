@@ -24,8 +24,6 @@
 #include "app/dialog_views.h"
 #include "app/shell_models.h"
 #include "app/views/gui_options_view.h"
-#include "app/views/ls_confirm_view.h"
-#include "app/views/select_area_view.h"
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/project_settings_view.h"
@@ -738,62 +736,6 @@ TEST_F(ProjectTest, ShowModalRunsTheViewAndLeavesTheResultInTheModel) {
   ui.ShowModal(relax);
   EXPECT_EQ(relax.Result, 1);
   EXPECT_EQ(relax.tbOuterIterations, "3");
-}
-
-}  // namespace
-}  // namespace tarno::testing
-
-namespace tarno::testing {
-namespace {
-
-// The views of the editing on the map: each button leaves its answer in the model.
-TEST(MapEditingViews, AreaSelectionViewsLeaveTheChoiceInTheirModels) {
-  EnsureApplication();
-  SelectArea which;
-  which.ElementType = 1;
-  SelectAreaView v(which);
-  EXPECT_EQ(v.elementType()->count(), 3);
-  EXPECT_EQ(v.elementType()->currentText(), "Wells");
-  v.elementType()->setCurrentIndex(0);
-  EXPECT_EQ(which.Result, 2);  // nothing chosen yet: Cancel
-  auto buttons = v.findChildren<QPushButton*>();
-  auto ok = std::find_if(buttons.begin(), buttons.end(),
-                         [](QPushButton* b) { return b->text() == "OK"; });
-  ASSERT_NE(ok, buttons.end());
-  (*ok)->click();
-  EXPECT_EQ(which.Result, 1);
-  EXPECT_EQ(which.Selection(), "TestPoints");
-
-  SelectAreaOptions wells;
-  wells.Load(ElementKind::Well, 3);
-  SelectAreaOptionsView w(wells);
-  EXPECT_TRUE(w.editButton()->isHidden());  // only particles are edited together
-  w.deleteButton()->click();
-  EXPECT_EQ(wells.Command, SelectAreaOptions::kDelete);
-
-  SelectAreaOptions particles;
-  particles.Load(ElementKind::Particle, 2);
-  SelectAreaOptionsView p(particles);
-  EXPECT_FALSE(p.editButton()->isHidden());
-  p.editButton()->click();
-  EXPECT_EQ(particles.Command, SelectAreaOptions::kEdit);
-}
-
-TEST(MapEditingViews, StringDeleteQuestionReturnsTheButtonPressed) {
-  EnsureApplication();
-  LSConfirm m;
-  m.Message = "Delete this vertex or the entire Domain?";
-  LSConfirmView v(m);
-  auto labels = v.findChildren<QLabel*>();
-  ASSERT_FALSE(labels.empty());
-  EXPECT_EQ(labels.front()->text(), "Delete this vertex or the entire Domain?");
-  EXPECT_EQ(v.button(1)->text(), "Vertex");
-  EXPECT_EQ(v.button(2)->toolTip(), "Delete the entire selected string of elements");
-  v.button(2)->click();
-  EXPECT_EQ(m.Result, LSConfirm::kEntireString);
-  LSConfirmView again(m);
-  again.reject();
-  EXPECT_EQ(m.Result, LSConfirm::kCancel);  // closed without a button
 }
 
 }  // namespace

@@ -8,23 +8,31 @@
 namespace tarno {
 
 LSConfirmView::LSConfirmView(LSConfirm& model, QWidget* parent) : QDialog(parent), model_(model) {
-  setWindowTitle(QString::fromUtf8(LSConfirm::kTitle));
+  setWindowTitle(LSConfirm::kTitle);
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(new QLabel(QString::fromStdString(model.Message)));
+  message_ = new QLabel(QString::fromStdString(model.Message));
+  message_->setWordWrap(true);
+  layout->addWidget(message_);
   auto* row = new QHBoxLayout;
-  row->addStretch();
-  // Closing the window without a button leaves Cancel.
-  model_.Click(LSConfirm::kCancel);
-  for (int i = 0; i < 3; ++i) {
-    buttons_[i] = new QPushButton(QString::fromUtf8(LSConfirm::kButtons[i].caption));
-    buttons_[i]->setToolTip(QString::fromUtf8(LSConfirm::kButtons[i].tip));
-    row->addWidget(buttons_[i]);
-    connect(buttons_[i], &QPushButton::clicked, this, [this, i] {
-      model_.Click(i);
-      accept();
+  for (std::size_t i = 0; i < buttons_.size(); ++i) {
+    const LSConfirm::Button& b = LSConfirm::kButtons[i];
+    auto* button = new QPushButton(QString::fromUtf8(b.caption));
+    button->setToolTip(QString::fromUtf8(b.tip));
+    buttons_[i] = button;
+    row->addWidget(button);
+    const int index = static_cast<int>(i);
+    connect(button, &QPushButton::clicked, this, [this, index] {
+      model_.Click(index);
+      done(index == LSConfirm::kCancel ? QDialog::Rejected : QDialog::Accepted);
     });
   }
+  buttons_[LSConfirm::kCancel]->setDefault(true);
   layout->addLayout(row);
+}
+
+void LSConfirmView::reject() {
+  model_.Click(LSConfirm::kCancel);
+  QDialog::reject();
 }
 
 }  // namespace tarno
