@@ -63,14 +63,14 @@ struct MenuState {
   bool solutionValid = false;
   bool solving = false;         // a solve runs: every entry is off
   bool mouseOperation = false;  // TurnOffMenus: a mouse operation (zoom, recenter) runs
+  // EDIT_CMDS(0) to (3), Properties, Move, Delete and Refine: available only as the
+  // selection on the map allows (the map editor's EditMenu).
+  std::array<bool, 4> editEntries{};
   // The solve controller's MODELRUNFILES: off from the start of a solve until its
   // results are processed (so after a fatal run the files of the failed run stay
   // out of reach until the next solve).
   bool runFiles = true;
   LayerSwitches layers;
-  // EDIT_CMDS(0) to (3), Properties, Move, Delete and Refine: available only as the
-  // selection on the map allows (the map editor's EditMenu).
-  std::array<bool, 4> editEntries{};
 };
 
 class MenuModel {
