@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/shell/select_area.h"
 #include "app/shell_models.h"
 #include "calibration/stats_model.h"
 #include "calibration/scenario_dialog.h"
@@ -17,6 +18,7 @@
 #include "elements/flux_inspect_dialog.h"
 #include "elements/inhomogeneity_dialog.h"
 #include "elements/lake_dialog.h"
+#include "elements/ls_confirm_dialog.h"
 #include "elements/linesink_dialog.h"
 #include "elements/ls_confirm_dialog.h"
 #include "elements/particle_dialog.h"
@@ -45,7 +47,7 @@ struct DialogList {
 using ShownDialogs =
     DialogList<NewDatabaseWizard, ProjectSettings, UnitChange,  // the project life cycle
                ModelSettingsDialog, GUIOptions, Welcome,        // the shell
-               RestoreWindow,                                   // saved windows
+               RestoreWindow, SelectArea, SelectAreaOptions,    // windows, area selection
                SolvePrompt, FormContinueSolve, IterationsDialog, RelaxDialog, ConvergeDialog,
                SolverIntegrity, InspectorDialog,                     // around a solve
                WellProperties, LinesinkString,                       // wells and streams

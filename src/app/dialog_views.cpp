@@ -21,6 +21,7 @@
 #include "app/views/scenario_view.h"
 #include "app/views/solve_views.h"
 #include "app/views/stats_view.h"
+#include "app/views/select_area_view.h"
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
 #include "app/views/uniform_flow_view.h"
@@ -82,6 +83,12 @@ auto MakeView(Welcome& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(RestoreWindow& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<RestoreWindowView>(m, *c.port, c.projectFile, parent);
+}
+auto MakeView(SelectArea& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaView>(m, parent);
+}
+auto MakeView(SelectAreaOptions& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<SelectAreaOptionsView>(m, parent);
 }
 auto MakeView(SolvePrompt& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<SolvePromptView>(m, parent);

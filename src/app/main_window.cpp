@@ -72,9 +72,8 @@ MainWindow::MainWindow(Options options, QWidget* parent)
   BuildStatusBar();
 
   // The map's mouse goes to the controller.
-  mapWidget_->onZoomAction = [this](int action, double x1, double y1, double x2, double y2) {
-    shell_->MouseZoom(action, x1, y1, x2, y2);
-  };
+  mapWidget_->SetEditor(&shell_->Editor());
+  mapWidget_->onBeforeMouse = [this] { shell_->SyncSolutionView(); };
   mapWidget_->onWheelZoom = [this](const WorldWindow& w) { shell_->WheelZoom(w); };
   mapWidget_->onPosition = [this](double x, double y) {
     panels_[kPanelX]->setText(QString::number(x, 'f', 2));
@@ -214,6 +213,10 @@ void MainWindow::ApplyMenus(const MenuState& s, bool layerMenu) {
     if (key == "VIEWMENU" && !layerMenu) enabled = false;
     action->setEnabled(enabled);
     if (key == "EDIT_UNDO" || key == "EDIT_REDO") action->setText(Q(MenuModel::Caption(key, s)));
+    // The selection's entries take their captions from the map editor.
+    for (std::size_t i = 0; i < s.editCaptions.size(); ++i)
+      if (key == "EDIT_CMDS(" + std::to_string(i) + ")" && !s.editCaptions[i].empty())
+        action->setText(Q(s.editCaptions[i]));
     if (action->isCheckable()) action->setChecked(MenuModel::Checked(key, s.layers));
   }
   for (auto& [key, action] : buttons_) action->setEnabled(MenuModel::ButtonEnabled(key, s));

@@ -113,6 +113,8 @@ class MainWindow : public QMainWindow, public ShellHost {
   QToolBar* Toolbar() const { return toolbar_; }
   MapWidget* Map() const { return mapWidget_; }
   MapView& View() { return shell_->View(); }
+  // The map editor: the mouse state machine the map widget forwards to.
+  MapEditor& Editor() { return shell_->Editor(); }
   ProjectSession& Session() { return shell_->Session(); }
   MapState& State() { return shell_->State(); }
   SolutionState& Solution() { return shell_->Solution(); }

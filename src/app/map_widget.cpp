@@ -3,11 +3,11 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QRubberBand>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
 
+#include "app/shell/map_editor.h"
 #include "display/navigation.h"
 #include "display/qt_canvas.h"
 
@@ -24,14 +24,6 @@ MapWidget::MapWidget(MapState& state, VGraphGDI& layer, QWidget* parent)
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_OpaquePaintEvent);
   setMinimumSize(64, 64);
-}
-
-bool MapWidget::InZoomWindowMode() const {
-  return state_.mouseState == kZoomWindowMouseState && state_.mouseMode == kZoomWindowMouseMode;
-}
-
-bool MapWidget::InRecenterMode() const {
-  return state_.mouseState == kRecenterMouseState && state_.mouseMode == kRecenterMouseMode;
 }
 
 bool MapWidget::Active() const {
@@ -55,6 +47,29 @@ void MapWidget::paintEvent(QPaintEvent*) {
   const QImage& image = surface_->Image();
   p.fillRect(rect(), Qt::white);
   p.drawImage(QPoint(0, 0), image);
+  if (editor_ == nullptr || g_.Surface() == nullptr) return;
+  // The editor's rubber shape over the picture: the string drawn so far, the line
+  // from its last vertex (or the moved vertex) to the pointer, the dragged box.
+  QPen pen(Qt::black, 1, Qt::DashLine);
+  p.setPen(pen);
+  const auto& pending = editor_->PendingVertices();
+  if (pending.size() > 1) {
+    QPolygon line;
+    for (const auto& [x, y] : pending) {
+      try {
+        const DevicePoint d = g_.vgGDIWorldToDevice(x, y);
+        line << QPoint(d.x, d.y);
+      } catch (const std::exception&) {
+        // A vertex beyond the device range is left out of the sketch.
+      }
+    }
+    p.setPen(QPen(Qt::red, 1));
+    p.drawPolyline(line);
+    p.setPen(pen);
+  }
+  const RubberShape r = editor_->Rubber();
+  if (r.kind == RubberShape::Kind::Line) p.drawLine(r.x1, r.y1, r.x2, r.y2);
+  if (r.kind == RubberShape::Kind::Box) p.drawRect(QRect(QPoint(r.x1, r.y1), QPoint(r.x2, r.y2)));
 }
 
 void MapWidget::resizeEvent(QResizeEvent* event) {
@@ -62,33 +77,45 @@ void MapWidget::resizeEvent(QResizeEvent* event) {
   if (onResized) onResized();
 }
 
-void MapWidget::BeginRubberBand(QPoint at) {
-  if (!Active() || !InZoomWindowMode()) return;
-  if (band_ == nullptr) band_ = new QRubberBand(QRubberBand::Rectangle, this);
-  bandOrigin_ = at;
-  banding_ = true;
-  band_->setGeometry(QRect(at, QSize()));
-  band_->show();
+void MapWidget::SetMouseEnabled(bool enabled) {
+  mouseEnabled_ = enabled;
+  if (editor_ != nullptr) editor_->SetMouseEnabled(enabled);
 }
 
+namespace {
+enum MouseEvent { kDown, kMove, kUp };
+
+int ButtonOf(Qt::MouseButton b) {
+  if (b == Qt::LeftButton) return kLeftButton;
+  if (b == Qt::RightButton) return kRightButton;
+  return 0;
+}
+
+int ShiftOf(Qt::KeyboardModifiers m) {
+  return (m.testFlag(Qt::ShiftModifier) ? kShiftMask : 0) |
+         (m.testFlag(Qt::ControlModifier) ? kCtrlMask : 0);
+}
+}  // namespace
+
+void MapWidget::Forward(int event, int button, int shift, QPoint at) {
+  if (editor_ == nullptr || g_.Surface() == nullptr) return;
+  if (onBeforeMouse) onBeforeMouse();
+  if (event == kDown) editor_->MouseDown(button, shift, at.x(), at.y());
+  if (event == kMove) editor_->MouseMove(button, shift, at.x(), at.y());
+  if (event == kUp) editor_->MouseUp(button, shift, at.x(), at.y());
+  update();
+}
+
+void MapWidget::BeginRubberBand(QPoint at) { Forward(kDown, kLeftButton, 0, at); }
+
 void MapWidget::EndRubberBand(QPoint at) {
-  if (!banding_) return;
-  banding_ = false;
-  if (band_ != nullptr) band_->hide();
-  if (!Active() || !InZoomWindowMode()) return;
-  const double xa = WorldX(bandOrigin_.x()), xb = WorldX(at.x());
-  const double ya = WorldY(bandOrigin_.y()), yb = WorldY(at.y());
-  if (onZoomAction)
-    onZoomAction(kZoomWindowEnd, std::min(xa, xb), std::min(ya, yb), std::max(xa, xb),
-                 std::max(ya, yb));
+  Forward(kMove, kLeftButton, 0, at);
+  Forward(kUp, kLeftButton, 0, at);
 }
 
 void MapWidget::Click(QPoint at) {
-  if (!Active()) return;
-  if (InRecenterMode()) {
-    if (onZoomAction) onZoomAction(kRecenterEnd, WorldX(at.x()), WorldY(at.y()), 0, 0);
-  }
-  // The select state: choosing an element by mouse comes with the editing.
+  Forward(kDown, kLeftButton, 0, at);
+  Forward(kUp, kLeftButton, 0, at);
 }
 
 void MapWidget::Wheel(QPoint at, int steps) {
@@ -106,26 +133,16 @@ void MapWidget::Wheel(QPoint at, int steps) {
 
 void MapWidget::mousePressEvent(QMouseEvent* event) {
   if (!Active()) return;
-  if (event->button() == Qt::RightButton && (InZoomWindowMode() || InRecenterMode())) {
-    banding_ = false;
-    if (band_ != nullptr) band_->hide();
-    if (onZoomAction) onZoomAction(kZoomModeLeave, 0, 0, 0, 0);
-    return;
-  }
-  if (event->button() != Qt::LeftButton) return;
-  if (InZoomWindowMode()) {
-    BeginRubberBand(event->position().toPoint());
-  } else {
-    Click(event->position().toPoint());
-  }
+  Forward(kDown, ButtonOf(event->button()), ShiftOf(event->modifiers()),
+          event->position().toPoint());
 }
 
 void MapWidget::mouseMoveEvent(QMouseEvent* event) {
   const QPoint at = event->position().toPoint();
-  if (banding_ && band_ != nullptr) band_->setGeometry(QRect(bandOrigin_, at).normalized());
   pointer_ = at;
   pointerInside_ = true;
   ReportPosition();
+  if (Active()) Forward(kMove, ButtonOf(event->button()), ShiftOf(event->modifiers()), at);
 }
 
 void MapWidget::leaveEvent(QEvent* event) {
@@ -139,7 +156,8 @@ void MapWidget::ReportPosition() {
 }
 
 void MapWidget::mouseReleaseEvent(QMouseEvent* event) {
-  if (event->button() == Qt::LeftButton && banding_) EndRubberBand(event->position().toPoint());
+  if (!Active()) return;
+  Forward(kUp, ButtonOf(event->button()), ShiftOf(event->modifiers()), event->position().toPoint());
 }
 
 void MapWidget::wheelEvent(QWheelEvent* event) {
@@ -149,10 +167,18 @@ void MapWidget::wheelEvent(QWheelEvent* event) {
 }
 
 void MapWidget::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_Escape && Active() && (InZoomWindowMode() || InRecenterMode())) {
-    banding_ = false;
-    if (band_ != nullptr) band_->hide();
-    if (onZoomAction) onZoomAction(kZoomModeLeave, 0, 0, 0, 0);
+  // Escape ends a mode as the right button does.
+  if (event->key() == Qt::Key_Escape && Active() && editor_ != nullptr &&
+      editor_->MouseState() != kStateSelect) {
+    Forward(kDown, kRightButton, 0, pointer_);
+    return;
+  }
+  // The Delete key deletes the selected element as the Edit menu's Delete does.
+  if (event->key() == Qt::Key_Delete && Active() && editor_ != nullptr &&
+      editor_->SelectedKind() != 0 && editor_->MouseState() == kStateSelect) {
+    if (onBeforeMouse) onBeforeMouse();
+    editor_->Command("EDIT_CMDS(2)");
+    update();
     return;
   }
   QWidget::keyPressEvent(event);

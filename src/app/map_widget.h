@@ -1,9 +1,9 @@
-// The map on the screen: shows the visible surface's image, reports the cursor's
-// position in world coordinates, and turns the mouse into the navigation actions:
-// the rubber band of zoom-to-window (mouse state 3, mode 20, ending in action 20),
-// the click of recenter (state 1, mode 31, ending in action 22), and the wheel's
-// zoom about the pointer. In the select state a click does nothing yet: the
-// editing of elements by mouse is the next piece of work.
+// The map on the screen: shows the visible surface's image with the map editor's
+// rubber shape over it (the string being drawn, the line to the pointer, the box
+// being dragged), forwards the mouse's press, move and release to the editor (which
+// decides what they do, the navigation's zoom box and recentre included), reports
+// the cursor's position in world coordinates, and zooms about the pointer with the
+// wheel.
 #pragma once
 
 #include <QPoint>
@@ -13,11 +13,10 @@
 #include "display/map_state.h"
 #include "display/vgraph.h"
 
-class QRubberBand;
-
 namespace tarno {
 
 class QtMapSurface;
+class MapEditor;
 
 class MapWidget : public QWidget {
   Q_OBJECT
@@ -28,12 +27,17 @@ class MapWidget : public QWidget {
   // The surface whose image is shown (the visible map); may be null.
   void SetSurface(QtMapSurface* surface) { surface_ = surface; }
 
+  // The editor that the mouse events go to; may be null (the mouse then acts on
+  // nothing but the wheel).
+  void SetEditor(MapEditor* editor) { editor_ = editor; }
+  // Called before each mouse event goes to the editor (the window brings the map
+  // state up to date).
+  std::function<void()> onBeforeMouse;
+
   // DisableMouse and EnableMouse: while off, the mouse acts on nothing.
-  void SetMouseEnabled(bool enabled) { mouseEnabled_ = enabled; }
+  void SetMouseEnabled(bool enabled);
   bool MouseEnabled() const { return mouseEnabled_; }
 
-  // A navigation action with the map points of the mouse (ZoomActions).
-  std::function<void(int action, double x1, double y1, double x2, double y2)> onZoomAction;
   // The wheel: the new window, to be drawn (zoom about the pointer).
   std::function<void(const WorldWindow& window)> onWheelZoom;
   // The cursor's position in world coordinates.
@@ -45,7 +49,8 @@ class MapWidget : public QWidget {
   double WorldX(double pixelX) const;
   double WorldY(double pixelY) const;
 
-  // The mouse actions, callable without events (tests and the wheel use them).
+  // The mouse actions, callable without events (tests and the wheel use them): a
+  // left press, a left release, both at one point, the wheel.
   void BeginRubberBand(QPoint at);
   void EndRubberBand(QPoint at);
   void Click(QPoint at);
@@ -66,17 +71,15 @@ class MapWidget : public QWidget {
   void leaveEvent(QEvent* event) override;
 
  private:
-  bool InZoomWindowMode() const;
-  bool InRecenterMode() const;
   bool Active() const;
+  // The editor's mouse event, after onBeforeMouse; the picture is shown again.
+  void Forward(int event, int button, int shift, QPoint at);
 
   MapState& state_;
   VGraphGDI& g_;
   QtMapSurface* surface_ = nullptr;
   bool mouseEnabled_ = false;
-  QRubberBand* band_ = nullptr;
-  QPoint bandOrigin_;
-  bool banding_ = false;
+  MapEditor* editor_ = nullptr;
   // The pointer's last place on the map, while it is over the map.
   QPoint pointer_;
   bool pointerInside_ = false;

@@ -24,8 +24,8 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
               bool built = true, const char* shortcut = "", bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, need, built, shortcut, sep};
 }
-// An entry of a feature this version does not have yet: printing, base maps, the
-// editing and adding of elements by mouse, import and export, result tables,
+// An entry of a feature this version does not have yet: printing, base maps,
+// import and export, result tables,
 // calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
@@ -47,18 +47,20 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("FILE_CMDS(5)", "FILEMENU", "&Page Setup..", true));
   e.push_back(Later("FILE_CMDS(6)", "FILEMENU", "&Print..."));
   e.push_back(Cmd("FILE_CMDS(7)", "FILEMENU", "E&xit", N::Always, true, "", true));
-  // Edit: the editing of elements by mouse is the next piece of work.
+  // Edit: the selection's entries (their captions and availability follow the
+  // selected element, see the map editor) and the drawing of text and protection
+  // areas. "Delete &All..." has no operation yet.
   e.push_back(Top("EDITMENU", "&Edit", N::Project));
   e.push_back(Cmd("EDIT_UNDO", "EDITMENU", "&Undo", N::Undo, true, "Ctrl+Z"));
   e.push_back(Cmd("EDIT_REDO", "EDITMENU", "&Redo", N::Redo, true, "Ctrl+Y"));
-  e.push_back(Later("mnuEditSelect", "EDITMENU", "Select With Window"));
-  e.push_back(Later("EDIT_CMDS(0)", "EDITMENU", "&Properties", true));
-  e.push_back(Later("EDIT_CMDS(1)", "EDITMENU", "&Move"));
-  e.push_back(Later("EDIT_CMDS(2)", "EDITMENU", "&Delete"));
-  e.push_back(Later("EDIT_CMDS(3)", "EDITMENU", "&Refine"));
+  e.push_back(Cmd("mnuEditSelect", "EDITMENU", "Select With Window"));
+  e.push_back(Cmd("EDIT_CMDS(0)", "EDITMENU", "&Properties", N::Project, true, "", true));
+  e.push_back(Cmd("EDIT_CMDS(1)", "EDITMENU", "&Move"));
+  e.push_back(Cmd("EDIT_CMDS(2)", "EDITMENU", "&Delete"));
+  e.push_back(Cmd("EDIT_CMDS(3)", "EDITMENU", "&Refine"));
   e.push_back(Later("EDIT_CMDS(4)", "EDITMENU", "Delete &All..."));
-  e.push_back(Later("EDIT_CMDS(5)", "EDITMENU", "Add &Text...", true));
-  e.push_back(Later("EDIT_CMDS(6)", "EDITMENU", "Draw Wellhead &Protection Area..."));
+  e.push_back(Cmd("EDIT_CMDS(5)", "EDITMENU", "Add &Text...", N::Project, true, "", true));
+  e.push_back(Cmd("EDIT_CMDS(6)", "EDITMENU", "Draw Wellhead &Protection Area..."));
   e.push_back(Cmd("EDIT_CMDS(7)", "EDITMENU", "&Copy to Clipboard", N::Project, true, "", true));
   // View: the display switches.
   e.push_back(Top("VIEWMENU", "&View", N::Project));
@@ -97,28 +99,28 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Switch("View_HU(0)", "Layermenu(15)", "Hydrologic Unit Boundary", N::NearFieldLayer));
   e.push_back(Switch("View_HU(1)", "Layermenu(15)", "FarField Boundary", N::FarFieldLayer));
   e.push_back(Switch("Haze", "VIEWMENU", "Haze Background", N::Project, true, true));
-  // Element: adding elements by mouse comes with the editing.
+  // Element: a new element is drawn on the map by the map editor's modes.
   e.push_back(Top("ELEMMENU", "E&lement", N::Project));
   e.push_back(Sub("ELEMNEW", "ELEMMENU", "&New"));
-  e.push_back(Later("ELEM_NEW(0)", "ELEMNEW", "&Well"));
-  e.push_back(Later("ELEM_NEW(1)", "ELEMNEW", "&Linesink"));
-  e.push_back(Later("ELEM_NEW(2)", "ELEMNEW", "&Horizontal Barrier"));
-  e.push_back(Later("ELEM_NEW(3)", "ELEMNEW", "&Inhomogeneity"));
-  e.push_back(Later("ELEM_NEW(4)", "ELEMNEW", "L&ake"));
-  e.push_back(Later("ElemUniformFlow", "ELEMMENU", "&Uniform Flow..."));
+  e.push_back(Cmd("ELEM_NEW(0)", "ELEMNEW", "&Well"));
+  e.push_back(Cmd("ELEM_NEW(1)", "ELEMNEW", "&Linesink"));
+  e.push_back(Cmd("ELEM_NEW(2)", "ELEMNEW", "&Horizontal Barrier"));
+  e.push_back(Cmd("ELEM_NEW(3)", "ELEMNEW", "&Inhomogeneity"));
+  e.push_back(Cmd("ELEM_NEW(4)", "ELEMNEW", "L&ake"));
+  e.push_back(Cmd("ElemUniformFlow", "ELEMMENU", "&Uniform Flow..."));
   // Model.
   e.push_back(Top("MODELMENU", "&Model", N::Project));
   e.push_back(Cmd("MODEL_CMDS(0)", "MODELMENU", "&Settings..."));
   e.push_back(Cmd("MODEL_CMDS(1)", "MODELMENU", "Sol&ve"));
   e.push_back(Cmd("MODEL_CMDS(2)", "MODELMENU", "Continue Solve", N::Solution));
-  e.push_back(Later("MODEL_CMDS(3)", "MODELMENU", "Add &Particle", true));
-  e.push_back(Later("MODEL_CMDS(4)", "MODELMENU", "Add Particle Mode"));
-  e.push_back(Later("MODEL_CMDS(5)", "MODELMENU", "Add Particle Grid"));
-  e.push_back(Later("MODEL_CMDS(6)", "MODELMENU", "Add &Test Point"));
-  e.push_back(Later("MODEL_CMDS(7)", "MODELMENU", "Add &Flux Inspection Line"));
-  e.push_back(Later("MODEL_CMDS(8)", "MODELMENU", "Add a Hydrologic Unit Boundary"));
-  e.push_back(Later("MODEL_CMDS(9)", "MODELMENU", "Add a FarField Boundary"));
-  e.push_back(Later("MODEL_CMDS(10)", "MODELMENU", "Add a Model Boundary"));
+  e.push_back(Cmd("MODEL_CMDS(3)", "MODELMENU", "Add &Particle", N::Project, true, "", true));
+  e.push_back(Cmd("MODEL_CMDS(4)", "MODELMENU", "Add Particle Mode"));
+  e.push_back(Cmd("MODEL_CMDS(5)", "MODELMENU", "Add Particle Grid"));
+  e.push_back(Cmd("MODEL_CMDS(6)", "MODELMENU", "Add &Test Point"));
+  e.push_back(Cmd("MODEL_CMDS(7)", "MODELMENU", "Add &Flux Inspection Line"));
+  e.push_back(Cmd("MODEL_CMDS(8)", "MODELMENU", "Add a Hydrologic Unit Boundary"));
+  e.push_back(Cmd("MODEL_CMDS(9)", "MODELMENU", "Add a FarField Boundary"));
+  e.push_back(Cmd("MODEL_CMDS(10)", "MODELMENU", "Add a Model Boundary"));
   e.push_back(Cmd("ModelSize", "MODELMENU", "Model &Size...", N::Project, true, "", true));
   e.push_back(Later("RESULTS_TABLE", "MODELMENU", "View Results Table"));
   e.push_back(Cmd("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
@@ -266,6 +268,9 @@ bool MenuModel::Enabled(const std::string& key, const MenuState& state) {
   if (state.solving || state.mouseOperation) return false;
   const MenuEntry& e = Entry(key);
   if (!e.built || !NeedMet(e.need, state)) return false;
+  // The selection's entries of the Edit menu: as the map editor says.
+  for (std::size_t i = 0; i < state.editEntries.size(); ++i)
+    if (key == "EDIT_CMDS(" + std::to_string(i) + ")" && !state.editEntries[i]) return false;
   return e.parent.empty() || Enabled(e.parent, state);
 }
 

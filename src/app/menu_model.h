@@ -5,6 +5,7 @@
 // the rules can be tested without a display.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,12 @@ struct MenuState {
   bool solutionValid = false;
   bool solving = false;         // a solve runs: every entry is off
   bool mouseOperation = false;  // TurnOffMenus: a mouse operation (zoom, recenter) runs
+  // EDIT_CMDS(0) to (3), Properties, Move, Delete and Refine: available only as the
+  // selection on the map allows (the map editor's EditMenu).
+  std::array<bool, 4> editEntries{};
+  // Their captions as the selection sets them ("Well &Properties", "&Move Vertex");
+  // empty: the menu's own.
+  std::array<std::string, 4> editCaptions{};
   // The solve controller's MODELRUNFILES: off from the start of a solve until its
   // results are processed (so after a fatal run the files of the failed run stay
   // out of reach until the next solve).

@@ -148,9 +148,37 @@ TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {
     EXPECT_FALSE(MenuModel::Enabled(e.key, WithSolution())) << e.key;
   }
   EXPECT_FALSE(MenuModel::Entry("FILE_CMDS(6)").built);  // printing
-  EXPECT_FALSE(MenuModel::Entry("ELEM_NEW(0)").built);   // editing by mouse
+  EXPECT_FALSE(MenuModel::Entry("EDIT_CMDS(4)").built);  // Delete All
   EXPECT_FALSE(MenuModel::Entry("PestMenu").built);
   EXPECT_FALSE(MenuModel::Entry("RESULTS_TABLE").built);
+}
+
+TEST(MenuAvailability, AddingEntriesNeedAProjectAndTheSelectionEntriesASelection) {
+  const MenuState s = WithProject();
+  for (const char* key : {"ELEM_NEW(0)", "ELEM_NEW(1)", "ELEM_NEW(2)", "ELEM_NEW(3)",
+                          "ELEM_NEW(4)", "ElemUniformFlow", "mnuEditSelect", "EDIT_CMDS(5)",
+                          "EDIT_CMDS(6)", "MODEL_CMDS(3)", "MODEL_CMDS(4)", "MODEL_CMDS(5)",
+                          "MODEL_CMDS(6)", "MODEL_CMDS(7)", "MODEL_CMDS(8)", "MODEL_CMDS(9)",
+                          "MODEL_CMDS(10)"}) {
+    EXPECT_TRUE(MenuModel::Enabled(key, s)) << key;
+    EXPECT_FALSE(MenuModel::Enabled(key, MenuState{})) << key;
+  }
+  EXPECT_TRUE(MenuModel::ButtonEnabled("ELEMWELL", s));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("MODELCAPZONE", s));
+  // Nothing selected: Properties, Move, Delete and Refine are off, with their buttons.
+  for (int i = 0; i < 4; ++i)
+    EXPECT_FALSE(MenuModel::Enabled("EDIT_CMDS(" + std::to_string(i) + ")", s)) << i;
+  EXPECT_FALSE(MenuModel::ButtonEnabled("EDITDELETE", s));
+  // A selected well: all but Refine.
+  MenuState well = s;
+  well.editEntries = {true, true, true, false};
+  EXPECT_TRUE(MenuModel::Enabled("EDIT_CMDS(0)", well));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("EDITMOVEVERTEX", well));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("EDITREFINE", well));
+  // A string being drawn turns the menus off, the selection's entries too.
+  well.mouseOperation = true;
+  EXPECT_FALSE(MenuModel::Enabled("EDIT_CMDS(0)", well));
+  EXPECT_FALSE(MenuModel::Enabled("ELEM_NEW(0)", well));
 }
 
 TEST(MenuAvailability, ASolutionOpensContinueAndTheResultLayers) {
@@ -225,7 +253,8 @@ TEST(Toolbar, ButtonsShareTheAvailabilityOfTheirEntries) {
   EXPECT_TRUE(MenuModel::ButtonEnabled("MODELCALC", s));
   EXPECT_TRUE(MenuModel::ButtonEnabled("WINDOWSCROLLUP", s));
   EXPECT_FALSE(MenuModel::ButtonEnabled("FILEPRINT", s));
-  EXPECT_FALSE(MenuModel::ButtonEnabled("ELEMWELL", s));
+  EXPECT_TRUE(MenuModel::ButtonEnabled("ELEMWELL", s));
+  EXPECT_FALSE(MenuModel::ButtonEnabled("SEARCH", s));
 }
 
 TEST(Switches, KeysMapToTheLayerSwitches) {

@@ -25,12 +25,15 @@
 #include "app/app_screenshot.h"
 #include "app/main_window.h"
 #include "app/map_widget.h"
+#include "app/shell/map_editor.h"
 #include "app/shell_models.h"
 #include "app/views/solve_views.h"
 #include "core/console_ui.h"
 #include "dialogs_test_support.h"
 #include "display/navigation.h"
 #include "display/redraw.h"
+#include "elements/element_store.h"
+#include "elements/linesink_dialog.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
@@ -606,6 +609,58 @@ TEST_F(ExampleSession, RecenterByAClickAndTheWheelZoomAboutThePointer) {
   map->SetMouseEnabled(false);
   map->Wheel(p, 1);
   EXPECT_EQ(w.State().Window, c);
+}
+
+TEST_F(ExampleSession, AClickOnTheMapSelectsAndTheEditMenuFollowsTheSelection) {
+  MainWindow w(options_);
+  w.resize(800, 600);
+  ASSERT_TRUE(w.OpenProject(project_)) << messages_.str();
+  MapWidget* map = w.Map();
+  Element well;
+  {
+    Database db = Database::Open(project_);
+    const auto wells = LoadAll(db, ElementKind::Well);
+    ASSERT_FALSE(wells.empty());
+    well = wells.front();
+  }
+  // The pixel of a map point, by the map's own conversion (linear in each axis).
+  const double x0 = map->WorldX(0), x1 = map->WorldX(100);
+  const double y0 = map->WorldY(0), y1 = map->WorldY(100);
+  const QPoint at(static_cast<int>(std::lround((well.X() - x0) / (x1 - x0) * 100)),
+                  static_cast<int>(std::lround((well.Y() - y0) / (y1 - y0) * 100)));
+  map->Click(at);
+  EXPECT_EQ(w.Editor().SelectedKind(), 1);
+  EXPECT_EQ(w.Action("EDIT_CMDS(0)")->text().toStdString(), "Well &Properties");
+  EXPECT_TRUE(w.Action("EDIT_CMDS(2)")->isEnabled());
+  EXPECT_TRUE(w.ToolbarAction("EDITDELETE")->isEnabled());
+  EXPECT_FALSE(w.ToolbarAction("EDITREFINE")->isEnabled());
+
+  // A corner of the map holds nothing: the selection's entries go off.
+  map->Click(QPoint(1, 1));
+  EXPECT_EQ(w.Editor().SelectedKind(), 0);
+  EXPECT_EQ(w.Action("EDIT_CMDS(0)")->text().toStdString(), "&Properties");
+  EXPECT_FALSE(w.Action("EDIT_CMDS(0)")->isEnabled());
+
+  // A new line-sink string: the menus are off while it is drawn, on after it.
+  ui_.SetModalHandler(LinesinkString::kName, [](DialogModel& m) {
+    auto& d = dynamic_cast<LinesinkString&>(m);
+    d.TypeLabel("Ditch");
+    d.Result = 1;
+  });
+  w.Action("ELEM_NEW(1)")->trigger();
+  EXPECT_EQ(w.Editor().MouseMode(), 2);
+  EXPECT_FALSE(w.Action("ELEM_NEW(0)")->isEnabled());
+  EXPECT_FALSE(w.Action("MODEL_CMDS(1)")->isEnabled());
+  map->Click(QPoint(map->width() / 4, map->height() / 4));
+  map->Click(QPoint(map->width() / 2, map->height() / 3));
+  EXPECT_EQ(w.Editor().PendingVertices().size(), 2u);
+  w.Editor().MouseDown(kRightButton, 0, 1, 1);
+  EXPECT_EQ(w.Editor().MouseMode(), 0);
+  EXPECT_TRUE(w.Action("ELEM_NEW(0)")->isEnabled());
+  Database db = Database::Open(project_);
+  const auto ditch = FindByLabel(db, ElementKind::Linesink, "Ditch");
+  ASSERT_TRUE(ditch.has_value()) << messages_.str();
+  EXPECT_EQ(ditch->vertices.size(), 2u);
 }
 
 TEST_F(ExampleSession, RunFilesAndTheRegridOfTheModelSettings) {

@@ -72,6 +72,26 @@ MapWindow ToMapWindow(const WorldWindow& w) { return MapWindow{w.Left, w.Right, 
 
 }  // namespace
 
+// The controller's side of the map editor: redraws, navigation, the solution, the
+// inspection clicks and the menus.
+class ControllerEditorHost : public EditorHost {
+ public:
+  explicit ControllerEditorHost(ShellController& c) : c_(c) {}
+  void Redraw() override { c_.Zoom(kZoomRedraw); }
+  void Repaint() override { c_.host_.RepaintMap(); }
+  void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
+    c_.MouseZoom(action, x1, y1, x2, y2);
+  }
+  void InvalidateSolution() override { c_.InvalidateSolution(false); }
+  void InspectAt(double x, double y) override { c_.InspectAt(x, y); }
+  void TraceStreamlineAt(double x, double y) override { c_.TraceStreamlineAt(x, y); }
+  void MenusChanged() override { c_.ApplyMenus(); }
+  bool Solving() const override { return c_.solving_; }
+
+ private:
+  ShellController& c_;
+};
+
 ShellController::ShellController(ShellHost& host, MapSurface& map, MapSurface& map2,
                                  ShellOptions options)
     : host_(host), options_(std::move(options)), map_(map), map2_(map2) {
@@ -123,6 +143,9 @@ ShellController::ShellController(ShellHost& host, MapSurface& map, MapSurface& m
     extents = WorldWindow{e.MinX - dx, e.MaxX + dx, e.MaxY + dy, e.MinY - dy};
     return true;
   };
+
+  editorHost_ = std::make_unique<ControllerEditorHost>(*this);
+  editor_ = std::make_unique<MapEditor>(state_, layer_, port_, *editorHost_);
 
   RegisterCommands();
   session_ = std::make_unique<ProjectSession>(port_, *this, options_.applicationDirectory);
@@ -215,6 +238,17 @@ void ShellController::RegisterCommands() {
   // The editing keys (Element > New, the Edit commands, the Model menu's add
   // entries) are the map editor's: it registers them when it exists. Until then
   // their entries are disabled and never reach the registry.
+  // The adding and editing of elements: the map editor's modes and operations.
+  for (const MenuEntry& e : MenuModel::Entries()) {
+    if (!MapEditor::Handles(e.key) || c.Has(e.key)) continue;
+    const std::string key = e.key;
+    c.Register(key, [this, key] {
+      SyncSolutionView();
+      editor_->Command(key);
+      ApplyMenus();
+      host_.RepaintMap();
+    });
+  }
 }
 
 void ShellController::NavigationButton(const std::string& key) {
@@ -561,7 +595,12 @@ MenuState ShellController::CurrentMenuState() const {
   s.projectOpen = session_ != nullptr && session_->ProjectOpen();
   s.solutionValid = solution_.SolutionPresent;
   s.solving = solving_;
-  s.mouseOperation = mouseOperation_;
+  s.mouseOperation = mouseOperation_ || (editor_ != nullptr && editor_->MenusOff());
+  if (editor_ != nullptr)
+    for (std::size_t i = 0; i < s.editEntries.size(); ++i) {
+      s.editEntries[i] = editor_->EditMenu()[i].enabled;
+      s.editCaptions[i] = editor_->EditMenu()[i].caption;
+    }
   s.runFiles = runFiles_;
   s.layers = state_.layers;
   if (session_ != nullptr) SetUndoState(s, session_->History());
@@ -702,12 +741,27 @@ void ShellController::ZoomActions(bool first) {
 
 void ShellController::EnableMouse() {
   host_.SetMouseEnabled(true);
+  // The mouse comes back after an open or a redraw: the vertex search's index is
+  // made ready on the editor's connection while nobody waits for a click.
+  if (editor_ != nullptr) {
+    editor_->SetMouseEnabled(true);
+    SyncSolutionView();
+    RunOperation(port_, "EnableMouse", [&] { editor_->Prepare(); });
+  }
   host_.RepaintMap();
 }
 
-void ShellController::DisableMouse() { host_.SetMouseEnabled(false); }
+void ShellController::DisableMouse() {
+  host_.SetMouseEnabled(false);
+  if (editor_ != nullptr) editor_->SetMouseEnabled(false);
+}
 
-void ShellController::ElemTurnOffSelection() { state_.selection = Selection{}; }
+void ShellController::ElemTurnOffSelection() {
+  if (editor_ != nullptr)
+    editor_->ElemTurnOffSelection();
+  else
+    state_.selection = Selection{};
+}
 
 void ShellController::ClearProjectViews() {
   solution_ = SolutionState{};
@@ -716,6 +770,8 @@ void ShellController::ClearProjectViews() {
   runFiles_ = true;
   state_.selection = Selection{};
   state_.mouseState = state_.mouseMode = 0;
+  // The editor's connection to the file goes before the file is compacted.
+  if (editor_ != nullptr) editor_->Reset();
   mouseOperation_ = false;
   unitsText_.clear();
   Note("", "");

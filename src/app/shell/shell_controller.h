@@ -15,6 +15,7 @@
 #include "app/app_port.h"
 #include "app/menu_model.h"
 #include "app/shell/command_registry.h"
+#include "app/shell/map_editor.h"
 #include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
@@ -161,6 +162,11 @@ class ShellController : public SessionHooks {
   MapState& State() { return state_; }
   VGraphGDI& Layer() { return layer_; }
   MapView& View() { return *view_; }
+  // The map editor: the mouse state machine that the map widget forwards to.
+  MapEditor& Editor() { return *editor_; }
+  // The map state's view of the session and the solution, brought up to date before
+  // a drawing or a mouse event reads it.
+  void SyncSolutionView();
   // The project's base maps as the map draws them, in the order of its list. The
   // pre-scan of an opened project fills it; after changing it, call
   // View().SetBaseMaps(&BaseMaps()) so that the background is drawn again.
@@ -195,7 +201,6 @@ class ShellController : public SessionHooks {
 
  private:
   void RegisterCommands();
-  void SyncSolutionView();
   void ShowSolutionNote();
   void AfterMouseAction();
   SolveOutcome RunSolve(SolveOptions options);
@@ -216,6 +221,9 @@ class ShellController : public SessionHooks {
   BaseMapLayers baseMaps_;
   std::unique_ptr<MapView> view_;
   std::unique_ptr<Navigator> nav_;
+  friend class ControllerEditorHost;
+  std::unique_ptr<EditorHost> editorHost_;
+  std::unique_ptr<MapEditor> editor_;
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;
