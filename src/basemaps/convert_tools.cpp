@@ -145,8 +145,13 @@ fs::path TempDirectory(const ConvertContext& ctx) {
   return fs::temp_directory_path(ec);
 }
 
+// The read-only attribute: no write permission for the owner (checked on the
+// permission bits, not with access(), which allows everything to the super-user).
 bool IsReadOnly(const fs::path& file) {
-  return ::access(file.c_str(), W_OK) != 0;
+  std::error_code ec;
+  const auto perms = fs::status(file, ec).permissions();
+  if (ec) return true;
+  return (perms & fs::perms::owner_write) == fs::perms::none;
 }
 
 bool IsRaster(const fs::path& file) {

@@ -143,7 +143,8 @@ std::map<int, int> ReadStatePlaneCodes(Datum datum) {
   const std::string sql =
       "select alt_name, code from alias_name where table_name = 'projected_crs' and "
       "auth_name = 'EPSG' and alt_name glob '" +
-      prefix + "_StatePlane_*_FIPS_[0-9][0-9][0-9][0-9]'";
+      prefix + "_StatePlane_*_FIPS_[0-9][0-9][0-9][0-9]' "
+      "order by cast(code as integer)";
   sqlite3_stmt* stmt = nullptr;
   std::map<int, int> codes;
   if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
@@ -155,7 +156,7 @@ std::map<int, int> ReadStatePlaneCodes(Datum datum) {
     const std::string name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
     const int epsg = std::atoi(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1)));
     const int fips = std::atoi(name.substr(name.size() - 4).c_str());
-    codes.emplace(fips, epsg);
+    codes.emplace(fips, epsg);  // a name given twice keeps its older (lower) code
   }
   sqlite3_finalize(stmt);
   sqlite3_close(db);
