@@ -9,6 +9,7 @@
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
+//   tarnocmd convert|reproject ...           (tarnocmd_convert.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -32,6 +33,7 @@
 #include "core/console_ui.h"
 #include "core/text.h"
 #include "tarnocmd_commands.h"
+#include "tarnocmd_convert.h"
 #include "tarnocmd_elements.h"
 
 namespace {
@@ -222,6 +224,7 @@ int main(int argc, char** argv) {
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunConvertCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

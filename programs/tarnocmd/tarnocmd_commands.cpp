@@ -1,4 +1,6 @@
 #include "tarnocmd_commands.h"
+
+#include "tarnocmd_convert.h"
 #include "tarnocmd_elements.h"
 
 #include <cctype>
@@ -49,7 +51,7 @@ std::string UsageText() {
          "      integrity check with the given step (map units).\n"
          "  tarnocmd results <path> <table>\n"
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
-         + ElementUsageText() +
+         + ElementUsageText() + ConvertUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
          "Messages go to standard error. Exit status: 0 success, 1 failure, 2 bad usage.\n";

@@ -235,5 +235,38 @@ TEST_F(ConverterProgramsTest, BadInputIsRefusedNamingFileAndValue) {
   EXPECT_TRUE(Contains(sdts.err, "No SDTS catalogue module")) << sdts.err;
 }
 
+TEST_F(ConverterProgramsTest, TarnocmdConvertsAndReprojects) {
+  const fs::path shp = dir_ / "wells.shp";
+  {
+    CShapeFile f;
+    f.SetFileSpec(CFileName(shp.string()), CShapeFile::kCreate, ShapeType::Point);
+    f.Add(CPoint(480000, 4990000));
+  }
+  const fs::path bbm = dir_ / "wells.bbm";
+  const auto c = RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string()});
+  ASSERT_EQ(c.status, 0) << c.err;
+  EXPECT_TRUE(fs::exists(bbm));
+  const auto again = RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string()});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_TRUE(Contains(again.err, "File Exists: File already exists! Overwrite?")) << again.err;
+  EXPECT_EQ(RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string(), "--yes"}).status, 0);
+  EXPECT_EQ(RunProgram("tarnocmd", {"convert", "paint", shp.string(), bbm.string()}).status, 2);
+
+  // Two maps, one read-only: one of two reprojected, the other named.
+  fs::copy_file(bbm, dir_ / "locked.bbm");
+  fs::permissions(dir_ / "locked.bbm", fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                  fs::perm_options::remove);
+  const auto r = RunProgram("tarnocmd", {"reproject", "15", "2202", "NAD83", bbm.string(),
+                                         (dir_ / "locked.bbm").string()});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_TRUE(Contains(r.out, "1 of 2")) << r.out;
+  EXPECT_TRUE(Contains(r.err, "locked.bbm is read only. TARNO cannot reproject a read-only file.")) << r.err;
+  EXPECT_TRUE(Contains(r.err, "Reproject Complete: 1 of 2 files reprojected to:")) << r.err;
+  EXPECT_EQ(ScanBbm(ReadFile(bbm), "wells.bbm").projection, 2202);
+  EXPECT_TRUE(fs::exists(dir_ / "wells.old"));
+  EXPECT_EQ(RunProgram("tarnocmd", {"reproject", "15", "2202", "WGS84", bbm.string()}).status, 2);
+  EXPECT_EQ(RunProgram("tarnocmd", {"reproject", "15", "5300", "NAD83", bbm.string()}).status, 2);
+}
+
 }  // namespace
 }  // namespace tarno::test
