@@ -1,7 +1,6 @@
 // odwg2bbm <input.dxf|.dgn|.dwg> <output.bbm> [zone]: a CAD file to a BBM map; the
-// zone (default 0) goes to the map's header. DWG files are read only where GDAL's
-// CAD driver reads them (DWG 2000); others are refused with the advice to save the
-// drawing as DXF.
+// zone (default 0) goes to the map's header. DWG files are refused with the advice
+// to save the drawing as DXF.
 #include "basemaps/convert_main.h"
 
 int main(int argc, char** argv) {

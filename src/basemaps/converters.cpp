@@ -416,7 +416,11 @@ ConvertCounts CadToBbm(const fs::path& cad, const fs::path& bbm, int zone) {
   } else if (ext == ".dgn") {
     drivers = {"DGN"};
   } else if (ext == ".dwg") {
-    drivers = {"CAD"};
+    // GDAL's CAD driver reads only some DWG 2000 drawings, and those in part; DWG is
+    // refused as the CAD map layer refuses it.
+    throw ConvertError("The drawing " + cad.string() +
+                       " is a DWG file, which cannot be read here; save it as DXF and convert "
+                       "the DXF file.");
   } else {
     throw ConvertError("The file " + cad.string() +
                        " is not a CAD file: odwg2bbm reads .dxf and .dgn files.");
@@ -424,11 +428,6 @@ ConvertCounts CadToBbm(const fs::path& cad, const fs::path& bbm, int zone) {
   if (!fs::exists(cad)) throw ConvertError("The file " + cad.string() + " does not exist.");
   DatasetPtr dataset = OpenVector(cad.string(), drivers);
   if (!dataset) {
-    if (ext == ".dwg") {
-      throw ConvertError("The DWG file " + cad.string() +
-                         " cannot be read: only drawings saved as DWG 2000 can be read here. "
-                         "Save the drawing as DXF and convert the DXF file.");
-    }
     throw ConvertError("The CAD file " + cad.string() + " cannot be read" + LastGdalError() + ".");
   }
   return DatasetToBbm(*dataset, cad, bbm, zone, 100, "odwg2bbm");

@@ -55,8 +55,8 @@ BbmScan ScanBbm(const std::string& bytes, const std::string& path);
 
 // shape2bbm: points, multipoints, polylines and polygons of a shapefile.
 ConvertCounts ShapeToBbm(const std::filesystem::path& shp, const std::filesystem::path& bbm);
-// odwg2bbm: a DXF or DGN file (and a DWG file where OGR's CAD driver reads it);
-// `zone` goes to the header's projection.
+// odwg2bbm: a DXF or DGN file; a DWG file is refused (no library here reads it
+// whole). `zone` goes to the header's projection.
 ConvertCounts CadToBbm(const std::filesystem::path& cad, const std::filesystem::path& bbm,
                        int zone);
 // dlg2bbm: any vector data set OGR opens (a ".gz" file is read through GDAL's gzip

@@ -202,7 +202,7 @@ TEST_F(ConverterProgramsTest, BadInputIsRefusedNamingFileAndValue) {
   WriteFile(dir_ / "drawing.dwg", "AC1032 not really a drawing");
   const auto dwg = RunProgram("odwg2bbm", {(dir_ / "drawing.dwg").string(), (dir_ / "o.bbm").string(), "0"});
   EXPECT_EQ(dwg.status, 1);
-  EXPECT_TRUE(Contains(dwg.err, "Save the drawing as DXF")) << dwg.err;
+  EXPECT_TRUE(Contains(dwg.err, "is a DWG file, which cannot be read here; save it as DXF")) << dwg.err;
 
   WriteFile(dir_ / "site.dxf", "0\nSECTION\n");
   const auto zone = RunProgram("odwg2bbm", {(dir_ / "site.dxf").string(), (dir_ / "o.bbm").string(), "abc"});
