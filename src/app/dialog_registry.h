@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/shell_models.h"
+#include "basemaps/convert_tools.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -49,6 +50,7 @@ using ShownDialogs =
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
-               LSConfirm>;           // editing vertices
+               LSConfirm,            // editing vertices
+               ReprojectMapsDialog, MapTargetDialog>;  // reprojection of maps
 
 }  // namespace tarno

@@ -16,6 +16,7 @@
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
+#include "app/views/reproject_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
 #include "app/views/test_point_view.h"
@@ -133,6 +134,12 @@ auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<LSConfirmView>(m, parent);
+}
+auto MakeView(ReprojectMapsDialog& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ReprojectMapsView>(m, parent);
+}
+auto MakeView(MapTargetDialog& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<MapTargetView>(m, parent);
 }
 
 }  // namespace
