@@ -64,6 +64,8 @@ const std::vector<DialogPage>& DialogPages() {
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
       {"LSConfirm", "", "map.md#editing-vertices"},
+      {"ReprojectMaps", "", "converting-maps.md#reprojecting-maps"},
+      {"MapTarget", "", "converting-maps.md#reprojecting-chosen-maps"},
   };
   return pages;
 }
@@ -105,6 +107,9 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Observations, Particles and Labels",
        {S("Test point properties"), S("Particle properties"),
         S("Flux lines, protection areas and boundaries"), S("Text label properties")}},
+      {"converting-maps.md",
+       "Converting and Reprojecting Maps",
+       {S("Converting maps"), S("Reprojecting maps"), S("Reprojecting chosen maps")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),
