@@ -236,5 +236,33 @@ TEST_F(ConvertersTest, DlgInputIsUnpackedOnceAndChoppedInto80Columns) {
   EXPECT_THROW(PrepareDlgInput(dir_ / "none.dlg", work), Error);
 }
 
+TEST_F(ConvertersTest, OgrInputIsReadAlsoWhenGzipped) {
+  const std::string json =
+      R"({"type":"FeatureCollection","features":[)"
+      R"({"type":"Feature","properties":{},"geometry":{"type":"MultiPoint","coordinates":[[1,2],[3,4]]}},)"
+      R"({"type":"Feature","properties":{},"geometry":{"type":"LineString","coordinates":[[0,0],[5,5]]}},)"
+      R"({"type":"Feature","properties":{},"geometry":null}]})";
+  const fs::path gz = dir_ / "roads.geojson.gz";
+  {
+    const std::string vsi = "/vsigzip/" + gz.string();
+    VSILFILE* f = VSIFOpenL(vsi.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    VSIFWriteL(json.data(), 1, json.size(), f);
+    VSIFCloseL(f);
+  }
+  const ConvertCounts c = OgrToBbm(gz, dir_ / "roads.bbm", 100);
+  EXPECT_EQ(c.points, 2);
+  EXPECT_EQ(c.lines, 1);
+  EXPECT_EQ(c.skipped, 1);  // the feature without geometry
+  test::WriteFile(dir_ / "junk.dlg", "not a map at all");
+  try {
+    OgrToBbm(dir_ / "junk.dlg", dir_ / "junk.bbm", 100);
+    FAIL();
+  } catch (const ConvertError& e) {
+    EXPECT_NE(std::string(e.what()).find("junk.dlg is not in a vector format"), std::string::npos) << e.what();
+  }
+  EXPECT_THROW(OgrToBbm(gz, dir_ / "x.bbm", 0), ConvertError);
+}
+
 }  // namespace
 }  // namespace tarno

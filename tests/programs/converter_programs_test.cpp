@@ -104,6 +104,46 @@ TEST_F(ConverterProgramsTest, ShapefileToBbmToDxfKeepsTheVertices) {
   EXPECT_DOUBLE_EQ(map.Right(), 1050.0);
 }
 
+TEST_F(ConverterProgramsTest, DgnDrawingBecomesLinesAndAreasWithTheZone) {
+  GDALAllRegister();
+  const fs::path dgn = dir_ / "site.dgn";
+  {
+    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("DGN");
+    ASSERT_NE(driver, nullptr);
+    std::unique_ptr<GDALDataset> ds(driver->Create(dgn.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    ASSERT_TRUE(ds);
+    OGRLayer* layer = ds->CreateLayer("elements", nullptr, wkbUnknown, nullptr);
+    ASSERT_NE(layer, nullptr);
+    OGRLineString line;
+    line.addPoint(100, 200);
+    line.addPoint(150, 260);
+    OGRFeature f1(layer->GetLayerDefn());
+    f1.SetGeometry(&line);
+    ASSERT_EQ(layer->CreateFeature(&f1), OGRERR_NONE);
+    OGRPolygon polygon;
+    OGRLinearRing ring;
+    ring.addPoint(0, 0);
+    ring.addPoint(10, 0);
+    ring.addPoint(10, 10);
+    ring.addPoint(0, 0);
+    polygon.addRing(&ring);
+    OGRFeature f2(layer->GetLayerDefn());
+    f2.SetGeometry(&polygon);
+    ASSERT_EQ(layer->CreateFeature(&f2), OGRERR_NONE);
+  }
+  const fs::path bbm = dir_ / "site.bbm";
+  const auto r = RunProgram("odwg2bbm", {dgn.string(), bbm.string(), "2202"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  BBMap map;
+  map.Connect(bbm.string());
+  ASSERT_TRUE(map.Connected());
+  EXPECT_EQ(map.Header().LineCount, 2);
+  EXPECT_EQ(map.Header().AreaCount, 1);
+  EXPECT_EQ(map.Header().Projection, 2202);
+  EXPECT_DOUBLE_EQ(map.Right(), 150.0);
+  EXPECT_DOUBLE_EQ(map.Top(), 260.0);
+}
+
 // Runs cs2cs with `args` on "x y" lines and gives back the transformed pairs.
 std::vector<Vertex> Cs2cs(const std::vector<std::string>& args, const std::vector<Vertex>& in,
                           const fs::path& dir) {
