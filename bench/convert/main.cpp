@@ -45,7 +45,8 @@ double Time(const std::function<void()>& work) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const fs::path dir = (argc > 1 ? fs::path(argv[1]) : fs::temp_directory_path()) / "tarno-bench-convert";
+  const fs::path dir =
+      (argc > 1 ? fs::path(argv[1]) : fs::temp_directory_path()) / "tarno-bench-convert";
   fs::create_directories(dir);
   const fs::path shp = dir / "walks.shp", bbm = dir / "walks.bbm", out = dir / "walks-mn.bbm",
                  dxf = dir / "walks.dxf";
@@ -71,7 +72,8 @@ int main(int argc, char** argv) {
   }
   std::printf("map: %d lines of %d vertices\n", kLines, kVertices);
   std::printf("shape2bbm   %8.3f s\n", Time([&] { ShapeToBbm(shp, bbm); }));
-  std::printf("bbmproject  %8.3f s\n", Time([&] { ReprojectBbm(bbm, out, 15, 2202, Datum::NAD83); }));
+  std::printf("bbmproject  %8.3f s\n",
+              Time([&] { ReprojectBbm(bbm, out, 15, 2202, Datum::NAD83); }));
   std::printf("bbm2dxf     %8.3f s\n", Time([&] { BbmToDxf(bbm, dxf, "WALKS"); }));
   std::error_code ec;
   fs::remove_all(dir, ec);

@@ -6,8 +6,8 @@
 
 int main(int argc, char** argv) {
   return tarno::RunConverter(
-      "bbmproject", "<input.bbm> <output.bbm> <from-zone> <to-zone> <NAD27|NAD83|datum-dir>",
-      argc, argv, 5, 5, [](const std::vector<std::string>& a) {
+      "bbmproject", "<input.bbm> <output.bbm> <from-zone> <to-zone> <NAD27|NAD83|datum-dir>", argc,
+      argv, 5, 5, [](const std::vector<std::string>& a) {
         const int from = tarno::IntegerArgument(a[2], "source zone");
         const int to = tarno::IntegerArgument(a[3], "target zone");
         const auto datum = tarno::DatumFromText(a[4]);

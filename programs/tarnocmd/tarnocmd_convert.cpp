@@ -20,7 +20,8 @@ constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
 int Usage(std::ostream& err, const std::string& message) {
-  err << "tarnocmd: " << message << "\n" << "Run \"tarnocmd help\" for the usage.\n";
+  err << "tarnocmd: " << message << "\n"
+      << "Run \"tarnocmd help\" for the usage.\n";
   return kUsage;
 }
 
@@ -29,8 +30,7 @@ std::optional<int> Code(const std::string& text) {
     std::size_t used = 0;
     const int v = std::stoi(text, &used);
     if (used == text.size()) return v;
-  } catch (const std::exception&) {
-  }
+  } catch (const std::exception&) {}
   return std::nullopt;
 }
 
@@ -120,8 +120,10 @@ int Reproject(const std::vector<std::string>& args, std::ostream& out, std::ostr
     return Usage(err, "reproject takes the source and target codes, the datum and the files");
   }
   const auto from = Code(args[1]), to = Code(args[2]);
-  if (!from || !ProjectionIndexOfCode(*from)) return Usage(err, "no projection code \"" + args[1] + "\"");
-  if (!to || !ProjectionIndexOfCode(*to)) return Usage(err, "no projection code \"" + args[2] + "\"");
+  if (!from || !ProjectionIndexOfCode(*from))
+    return Usage(err, "no projection code \"" + args[1] + "\"");
+  if (!to || !ProjectionIndexOfCode(*to))
+    return Usage(err, "no projection code \"" + args[2] + "\"");
   const auto datum = DatumFromText(args[3]);
   if (!datum) return Usage(err, "the datum \"" + args[3] + "\" is neither NAD27 nor NAD83");
   ConsoleUserInterface ui(err);

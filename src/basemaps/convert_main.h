@@ -18,16 +18,16 @@ inline constexpr int kConvertFailed = 1;
 inline constexpr int kConvertUsage = 2;
 
 inline std::string CountsText(const ConvertCounts& c) {
-  std::string text = std::to_string(c.points) + " points, " + std::to_string(c.lines) +
-                     " lines, " + std::to_string(c.areas) + " areas";
+  std::string text = std::to_string(c.points) + " points, " + std::to_string(c.lines) + " lines, " +
+                     std::to_string(c.areas) + " areas";
   if (c.skipped > 0) text += " (" + std::to_string(c.skipped) + " features skipped)";
   return text;
 }
 
 // Runs `work` on the arguments (without the program's name) when their count lies
 // in [minArgs, maxArgs]; `work` returns the summary line.
-inline int RunConverter(const char* program, const char* usage, int argc, char** argv,
-                        int minArgs, int maxArgs,
+inline int RunConverter(const char* program, const char* usage, int argc, char** argv, int minArgs,
+                        int maxArgs,
                         const std::function<std::string(const std::vector<std::string>&)>& work) {
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.size() == 1 && (args[0] == "-h" || args[0] == "--help")) {

@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
+#include <cpl_vsi.h>
 #include <algorithm>
 #include <cctype>
-#include <cpl_vsi.h>
 #include <fstream>
 #include <sstream>
 
@@ -30,7 +30,8 @@ std::string Lower(std::string text) {
 }
 
 bool EndsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
 
 std::string ReadText(const fs::path& path) {
@@ -125,9 +126,10 @@ bool Report(ConvertContext& ctx, const std::string& what, const ProgramRunResult
             const std::string& output) {
   std::error_code ec;
   if (result.status == 0 && fs::exists(output, ec)) {
-    ctx.ui.MessageBox(convert_text::kCompleteTitle,
-                      {what + " conversion has finished.", "The file " + output + " has been written."},
-                      Buttons::OK, Icon::Information);
+    ctx.ui.MessageBox(
+        convert_text::kCompleteTitle,
+        {what + " conversion has finished.", "The file " + output + " has been written."},
+        Buttons::OK, Icon::Information);
     return true;
   }
   std::vector<std::string> lines{what + " conversion seems to have failed."};
@@ -166,7 +168,8 @@ ProgramRunner WaitingProgramRunner(ProcessWaiter* waiter) {
   return [waiter](const fs::path& program, const std::vector<std::string>& args,
                   const fs::path& workingDirectory) {
     ProgramRunResult result;
-    const fs::path errors = workingDirectory / ("tarno-convert-" + std::to_string(::getpid()) + ".err");
+    const fs::path errors =
+        workingDirectory / ("tarno-convert-" + std::to_string(::getpid()) + ".err");
     try {
       const pid_t pid = StartProgram(program, args, workingDirectory, {}, errors);
       BlockingWaiter blocking;
@@ -205,7 +208,8 @@ fs::path PrepareDlgInput(const fs::path& input, const fs::path& folder) {
     size_t got = 0;
     while ((got = VSIFReadL(buffer, 1, sizeof buffer, f)) > 0) text.append(buffer, got);
     VSIFCloseL(f);
-    if (text.empty()) throw Error("The file " + input.string() + " is not a gzip file or is empty.");
+    if (text.empty())
+      throw Error("The file " + input.string() + " is not a gzip file or is empty.");
   } else {
     std::ifstream in(input, std::ios::binary);
     if (!in) throw Error("Cannot open " + input.string() + ".");
@@ -224,22 +228,24 @@ fs::path PrepareDlgInput(const fs::path& input, const fs::path& folder) {
 }
 
 void ToolsConvertDLG(ConvertContext& ctx) {
-  const ToolSpec spec{convert_text::kDlgTitle,
-                      "This tool converts a USGS DLG file (optionally gzip-compressed) into a BBM map.",
-                      {convert_program::kDlg},
-                      convert_text::kDlgFilter,
-                      "Default DLG conversion path",
-                      convert_text::kBbmFilter,
-                      "bbm",
-                      "Default ouput DLG conversion path"};
+  const ToolSpec spec{
+      convert_text::kDlgTitle,
+      "This tool converts a USGS DLG file (optionally gzip-compressed) into a BBM map.",
+      {convert_program::kDlg},
+      convert_text::kDlgFilter,
+      "Default DLG conversion path",
+      convert_text::kBbmFilter,
+      "bbm",
+      "Default ouput DLG conversion path"};
   const auto files = AskFiles(ctx, spec);
   if (!files) return;
   const fs::path temp = TempDirectory(ctx);
   try {
     PrepareDlgInput(files->input, temp);
   } catch (const Error& e) {
-    ctx.ui.MessageBox(convert_text::kFailureTitle, {"DLG2BBM conversion seems to have failed.", e.what()},
-                      Buttons::OK, Icon::Exclamation);
+    ctx.ui.MessageBox(convert_text::kFailureTitle,
+                      {"DLG2BBM conversion seems to have failed.", e.what()}, Buttons::OK,
+                      Icon::Exclamation);
     return;
   }
   const auto result = Run(ctx, convert_program::kDlg, {"TARNO2K.DLG", files->output, "100"}, temp);
@@ -259,7 +265,8 @@ void ToolsConvertSDTS(ConvertContext& ctx) {
   if (!files) return;
   const std::string name = Lower(fs::path(files->input).filename().string());
   if (name.find("sdts") == std::string::npos &&
-      !ctx.ui.Question(convert_text::kSdtsNoteTitle, {convert_text::kSdtsNote}, Icon::Exclamation)) {
+      !ctx.ui.Question(convert_text::kSdtsNoteTitle, {convert_text::kSdtsNote},
+                       Icon::Exclamation)) {
     return;
   }
   // The working folder is emptied and the archive copied in under a fixed name that
@@ -280,7 +287,8 @@ void ToolsConvertSDTS(ConvertContext& ctx) {
                       Buttons::OK, Icon::Exclamation);
     return;
   }
-  const auto result = Run(ctx, convert_program::kSdts, {archive.filename().string(), files->output}, folder);
+  const auto result =
+      Run(ctx, convert_program::kSdts, {archive.filename().string(), files->output}, folder);
   Report(ctx, "SDTS2BBM", result, files->output);
 }
 
@@ -302,8 +310,8 @@ void ToolsConvertDXF(ConvertContext& ctx) {
   if (!files) return;
   const auto zone = ctx.ui.InputBox(convert_text::kZonePrompt, convert_text::kZoneTitle, "0");
   if (!zone) return;
-  const auto result = Run(ctx, convert_program::kCad, {files->input, files->output, *zone},
-                          TempDirectory(ctx));
+  const auto result =
+      Run(ctx, convert_program::kCad, {files->input, files->output, *zone}, TempDirectory(ctx));
   Report(ctx, "ODWG2BBM", result, files->output);
 }
 
@@ -330,7 +338,8 @@ void ToolsBBMtoDXF(ConvertContext& ctx) {
                       Buttons::OK, Icon::Exclamation);
     return;
   }
-  const auto result = Run(ctx, convert_program::kBbmToDxf, {"TEMPDXF.BBM", files->output, *layer}, temp);
+  const auto result =
+      Run(ctx, convert_program::kBbmToDxf, {"TEMPDXF.BBM", files->output, *layer}, temp);
   fs::remove(temp / "TEMPDXF.BBM", ec);
   Report(ctx, "BBM2DXF", result, files->output);
 }
@@ -346,7 +355,8 @@ void ToolsConvertShape(ConvertContext& ctx) {
                       "Default Shape output conversion path"};
   const auto files = AskFiles(ctx, spec);
   if (!files) return;
-  const auto result = Run(ctx, convert_program::kShape, {files->input, files->output}, TempDirectory(ctx));
+  const auto result =
+      Run(ctx, convert_program::kShape, {files->input, files->output}, TempDirectory(ctx));
   Report(ctx, "SHAPE2BBM", result, files->output);
 }
 
@@ -362,7 +372,8 @@ std::vector<std::string> ReprojectMapsDialog::SourceFiles() const {
   for (const auto& entry : fs::directory_iterator(SourcePath, ec)) {
     if (!entry.is_regular_file(ec)) continue;
     const fs::path& p = entry.path();
-    if (Lower(p.extension().string()) == ".bbm" || IsRaster(p)) names.push_back(p.filename().string());
+    if (Lower(p.extension().string()) == ".bbm" || IsRaster(p))
+      names.push_back(p.filename().string());
   }
   std::sort(names.begin(), names.end());
   return names;
@@ -407,8 +418,9 @@ ReprojectOutcome ReprojectFiles(ConvertContext& ctx, const std::vector<std::stri
     }
     if (Lower(path.extension().string()) == ".bbm") {
       if (IsReadOnly(path)) {
-        ui.MessageBox(convert_text::kReadOnlyTitle, {file + convert_text::kReadOnly, convert_text::kReadOnlyNote},
-                      Buttons::OK, Icon::Exclamation);
+        ui.MessageBox(convert_text::kReadOnlyTitle,
+                      {file + convert_text::kReadOnly, convert_text::kReadOnlyNote}, Buttons::OK,
+                      Icon::Exclamation);
         continue;
       }
       if (!noexecutable(ui, ctx.programDirectory, convert_program::kBbmProject)) continue;
@@ -487,13 +499,15 @@ ReprojectOutcome REPROJECT_Click(ConvertContext& ctx) {
     return {};
   }
   std::vector<std::string> files;
-  for (const auto& name : dialog.SelectedFiles) files.push_back((fs::path(dialog.SourcePath) / name).string());
+  for (const auto& name : dialog.SelectedFiles)
+    files.push_back((fs::path(dialog.SourcePath) / name).string());
   Remember(ctx, "Default Reproject Source Path", files.front());
   return ReprojectFiles(ctx, files, rows[dialog.SourceProjection].code,
                         rows[dialog.TargetProjection].code, dialog.datum);
 }
 
-ReprojectOutcome ReprojectWithMapTarget(ConvertContext& ctx, const std::vector<std::string>& files) {
+ReprojectOutcome ReprojectWithMapTarget(ConvertContext& ctx,
+                                        const std::vector<std::string>& files) {
   MapTargetDialog dialog;
   dialog.Files = files;
   for (const auto& f : files) {

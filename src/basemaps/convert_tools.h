@@ -37,7 +37,8 @@ inline constexpr const char* kRasterProject = "rasterproject";
 }  // namespace convert_program
 
 namespace convert_text {
-inline constexpr const char* kProceed = "Press OK to proceed or Cancel to abort the conversion process";
+inline constexpr const char* kProceed =
+    "Press OK to proceed or Cancel to abort the conversion process";
 inline constexpr const char* kFileExistsTitle = "File Exists";
 inline constexpr const char* kFileExists = "File already exists! Overwrite?";
 inline constexpr const char* kCompleteTitle = "Conversion Complete";
@@ -50,7 +51,8 @@ inline constexpr const char* kSdtsNoteTitle = "Please note";
 inline constexpr const char* kSdtsNote = "This file may not be an SDTS archive -- continue?";
 inline constexpr const char* kDmTitle = "MORV DM Converter";
 inline constexpr const char* kDmFilter = "MORV digital map files|*.dm|All files|*.*";
-inline constexpr const char* kDmUnsupported = "The MORV DM format is not supported by this version of TARNO.";
+inline constexpr const char* kDmUnsupported =
+    "The MORV DM format is not supported by this version of TARNO.";
 inline constexpr const char* kCadTitle = "CAD File Converter";
 inline constexpr const char* kCadFilter = "CAD files (*.dwg; *.dxf)|*.dwg;*.dxf";
 inline constexpr const char* kBbmFilter = "BBM files (*.bbm)|*.bbm";
@@ -122,12 +124,12 @@ class ReprojectMapsDialog : public DialogModel {
   std::vector<std::string> SourceFiles() const;
 
   bool SourceEnabled = true;
-  std::string SourcePath;        // dirSourceDir
-  int SourceProjection = 0;      // listSourceProj: a row of the list, from 0
-  Datum datum = Datum::NAD27;    // optDatum, "Datum for State Plane"
-  int TargetProjection = 0;      // listTargetProj
+  std::string SourcePath;                  // dirSourceDir
+  int SourceProjection = 0;                // listSourceProj: a row of the list, from 0
+  Datum datum = Datum::NAD27;              // optDatum, "Datum for State Plane"
+  int TargetProjection = 0;                // listTargetProj
   std::vector<std::string> SelectedFiles;  // listSourceFiles' chosen names, in SourcePath
-  int Result = 2;                // 1 OK, 2 Cancel
+  int Result = 2;                          // 1 OK, 2 Cancel
 };
 
 // The MapTarget dialog: the maps chosen elsewhere (the map browser) to a new

@@ -170,9 +170,7 @@ void AddGeometry(MapBuilder& map, const OGRGeometry* geometry, const std::string
       break;
     }
     case wkbLineString:
-    case wkbLinearRing:
-      AddLinear(map, *geometry->toSimpleCurve(), false, where);
-      break;
+    case wkbLinearRing: AddLinear(map, *geometry->toSimpleCurve(), false, where); break;
     case wkbPolygon: {
       const auto* polygon = geometry->toPolygon();
       for (const OGRLinearRing* ring : *polygon) AddLinear(map, *ring, true, where);
@@ -186,9 +184,7 @@ void AddGeometry(MapBuilder& map, const OGRGeometry* geometry, const std::string
       for (const OGRGeometry* part : *collection) AddGeometry(map, part, where);
       break;
     }
-    default:
-      ++map.counts.skipped;
-      break;
+    default: ++map.counts.skipped; break;
   }
 }
 
@@ -236,7 +232,8 @@ std::string Lower(std::string text) {
 }
 
 bool EndsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
 
 // The catalogue module of an SDTS transfer under a GDAL path (a folder or an
@@ -289,9 +286,7 @@ BbmScan ScanBbm(const std::string& bytes, const std::string& path) {
           pos += 12;
           break;
         case bbm::kCmdWidth:
-        case bbm::kCmdColour:
-          pos += 8;
-          break;
+        case bbm::kCmdColour: pos += 8; break;
         case bbm::kCmdPolygon: {
           if (pos + 8 > size) throw truncated(pos, "drawing command");
           const std::int64_t n = GetI32(bytes, pos + 4);
@@ -393,15 +388,9 @@ ConvertCounts ShapeToBbm(const fs::path& shp, const fs::path& bbm) {
           map.Point(p.X(), p.Y(), where);
         }
         break;
-      case ShapeType::PolyLine:
-        partsOf(static_cast<const CPartShape&>(*shape), false);
-        break;
-      case ShapeType::Polygon:
-        partsOf(static_cast<const CPartShape&>(*shape), true);
-        break;
-      default:
-        ++map.counts.skipped;
-        break;
+      case ShapeType::PolyLine: partsOf(static_cast<const CPartShape&>(*shape), false); break;
+      case ShapeType::Polygon: partsOf(static_cast<const CPartShape&>(*shape), true); break;
+      default: ++map.counts.skipped; break;
     }
   }
   map.Save(bbm);
@@ -443,8 +432,7 @@ ConvertCounts OgrToBbm(const fs::path& input, const fs::path& bbm, int multiplie
   DatasetPtr dataset = OpenVector(path, {});
   if (!dataset) {
     throw ConvertError("The file " + input.string() +
-                       " is not in a vector format that can be read here" + LastGdalError() +
-                       ".");
+                       " is not in a vector format that can be read here" + LastGdalError() + ".");
   }
   return DatasetToBbm(*dataset, input, bbm, 0, multiplier, "dlg2bbm");
 }
@@ -468,8 +456,8 @@ ConvertCounts SdtsToBbm(const fs::path& input, const fs::path& bbm) {
   }
   DatasetPtr dataset = OpenVector(catalogue, {"OGR_SDTS"});
   if (!dataset) {
-    throw ConvertError("The SDTS transfer " + input.string() + " cannot be read" +
-                       LastGdalError() + ".");
+    throw ConvertError("The SDTS transfer " + input.string() + " cannot be read" + LastGdalError() +
+                       ".");
   }
   return DatasetToBbm(*dataset, input, bbm, 0, 100, "sdts2bbm");
 }
@@ -489,7 +477,8 @@ ConvertCounts BbmToDxf(const fs::path& bbmPath, const fs::path& dxf, const std::
   DatasetPtr out(driver->Create(dxf.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
   if (!out) throw ConvertError("Cannot create " + dxf.string() + LastGdalError() + ".");
   OGRLayer* entities = out->CreateLayer("entities", nullptr, wkbUnknown, nullptr);
-  if (entities == nullptr) throw ConvertError("Cannot create " + dxf.string() + LastGdalError() + ".");
+  if (entities == nullptr)
+    throw ConvertError("Cannot create " + dxf.string() + LastGdalError() + ".");
   const std::string layerName = layer.empty() ? "0" : layer;
   const double m = scan.multiplier;
   ConvertCounts counts;
@@ -505,7 +494,8 @@ ConvertCounts BbmToDxf(const fs::path& bbmPath, const fs::path& dxf, const std::
         continue;
       }
       auto line = std::make_unique<OGRLineString>();
-      for (std::size_t at : shape.xy) line->addPoint(GetI32(bytes, at) / m, GetI32(bytes, at + 4) / m);
+      for (std::size_t at : shape.xy)
+        line->addPoint(GetI32(bytes, at) / m, GetI32(bytes, at + 4) / m);
       if (shape.kind == BbmShapeSlots::Kind::Polygon) line->closeRings();
       geometry = std::move(line);
       ++counts.lines;
@@ -538,8 +528,9 @@ long ReprojectBbm(const fs::path& input, const fs::path& output, int fromCode, i
   int number = 0;
   for (const BbmShapeSlots& shape : scan.shapes) {
     ++number;
-    const std::string where = input.string() + ", record " + std::to_string(number) +
-                              (scan.commandForm ? std::string() : " (id " + std::to_string(shape.id) + ")");
+    const std::string where =
+        input.string() + ", record " + std::to_string(number) +
+        (scan.commandForm ? std::string() : " (id " + std::to_string(shape.id) + ")");
     std::int32_t bx0 = 0, by0 = 0, bx1 = 0, by1 = 0;
     bool first = true;
     for (std::size_t at : shape.xy) {

@@ -53,7 +53,10 @@ class ConvertToolsTest : public ::testing::Test {
 
   // The explanatory box, the two file dialogs.
   void ExpectStart(const std::string& title, const std::string& input, const std::string& output) {
-    ui_.Expect(UiCallKind::MessageBox).Title(title).WithButtons(Buttons::OKCancel).Answer(Answer::OK);
+    ui_.Expect(UiCallKind::MessageBox)
+        .Title(title)
+        .WithButtons(Buttons::OKCancel)
+        .Answer(Answer::OK);
     ui_.ExpectOpenFile(input);
     ui_.ExpectSaveFile(output);
   }
@@ -106,8 +109,8 @@ TEST_F(ConvertToolsTest, AnExistingOutputIsReplacedOnlyOnYes) {
 
   ExpectStart("Shapefile to BBM Conversion", in, out);
   ui_.ExpectMessage("File Exists", {"File already exists! Overwrite?"}, Answer::Yes);
-  ui_.ExpectMessage("Conversion Complete",
-                    {"SHAPE2BBM conversion has finished.", "The file " + out + " has been written."});
+  ui_.ExpectMessage("Conversion Complete", {"SHAPE2BBM conversion has finished.",
+                                            "The file " + out + " has been written."});
   ToolsConvertShape(ctx);
   ui_.Verify();
   ASSERT_EQ(calls_.size(), 1u);
@@ -115,7 +118,8 @@ TEST_F(ConvertToolsTest, AnExistingOutputIsReplacedOnlyOnYes) {
   EXPECT_EQ(calls_[0].args, (std::vector<std::string>{in, out}));
   // The dialogs' folders were remembered under their keys.
   const std::string def = test::ReadFile(dir_ / "TARNO.def");
-  EXPECT_NE(def.find("Default Shape input conversion path = " + maps_.string()), std::string::npos) << def;
+  EXPECT_NE(def.find("Default Shape input conversion path = " + maps_.string()), std::string::npos)
+      << def;
   EXPECT_NE(def.find("Default Shape output conversion path"), std::string::npos);
 }
 
@@ -134,7 +138,10 @@ TEST_F(ConvertToolsTest, CadFileAsksTheZoneAndBbmToDxfTheLayer) {
   const std::string dxf = Touch(maps_ / "site.dxf");
   const std::string bbmOut = (maps_ / "site.bbm").string();
   ExpectStart("CAD File Converter", dxf, bbmOut);
-  ui_.Expect(UiCallKind::InputBox).Title("BBM Zone").Lines({"Enter the projection zone for the map:"}).Text("15");
+  ui_.Expect(UiCallKind::InputBox)
+      .Title("BBM Zone")
+      .Lines({"Enter the projection zone for the map:"})
+      .Text("15");
   ui_.ExpectMessageTitled("Conversion Complete");
   auto ctx = Context([&](const Call& c) {
     Touch(c.args[1]);
@@ -148,7 +155,10 @@ TEST_F(ConvertToolsTest, CadFileAsksTheZoneAndBbmToDxfTheLayer) {
 
   const std::string dxfOut = (maps_ / "back.dxf").string();
   ExpectStart("CAD File Converter", bbmOut, dxfOut);
-  ui_.Expect(UiCallKind::InputBox).Title("DXF Layer Name").Lines({"Enter the layer name:"}).Text("ROADS");
+  ui_.Expect(UiCallKind::InputBox)
+      .Title("DXF Layer Name")
+      .Lines({"Enter the layer name:"})
+      .Text("ROADS");
   ui_.ExpectMessageTitled("Conversion Complete");
   ToolsBBMtoDXF(ctx);
   ui_.Verify();
@@ -183,7 +193,8 @@ TEST_F(ConvertToolsTest, SdtsToolWarnsOfAnUnlikelyNameAndWorksInItsOwnFolder) {
   const std::string odd = Touch(maps_ / "quad.tar.gz");
   const std::string out = (maps_ / "quad.bbm").string();
   ExpectStart("SDTS Converter", odd, out);
-  ui_.ExpectMessage("Please note", {"This file may not be an SDTS archive -- continue?"}, Answer::No);
+  ui_.ExpectMessage("Please note", {"This file may not be an SDTS archive -- continue?"},
+                    Answer::No);
   auto ctx = Context([&](const Call& c) {
     Touch(c.args[1]);
     return 0;
@@ -194,8 +205,8 @@ TEST_F(ConvertToolsTest, SdtsToolWarnsOfAnUnlikelyNameAndWorksInItsOwnFolder) {
   const std::string named = Touch(maps_ / "sdts_hydro.tgz");
   Touch(temp_ / "SDTS2BBM" / "stale.ddf");
   ExpectStart("SDTS Converter", named, out);
-  ui_.ExpectMessage("Conversion Complete",
-                    {"SDTS2BBM conversion has finished.", "The file " + out + " has been written."});
+  ui_.ExpectMessage("Conversion Complete", {"SDTS2BBM conversion has finished.",
+                                            "The file " + out + " has been written."});
   ToolsConvertSDTS(ctx);
   ui_.Verify();
   ASSERT_EQ(calls_.size(), 1u);
@@ -205,7 +216,8 @@ TEST_F(ConvertToolsTest, SdtsToolWarnsOfAnUnlikelyNameAndWorksInItsOwnFolder) {
 }
 
 TEST_F(ConvertToolsTest, DmFormatIsNotSupported) {
-  ui_.ExpectMessage("MORV DM Converter", {"The MORV DM format is not supported by this version of TARNO."});
+  ui_.ExpectMessage("MORV DM Converter",
+                    {"The MORV DM format is not supported by this version of TARNO."});
   auto ctx = Context();
   ToolsConvertDM(ctx);
   ui_.Verify();
@@ -229,10 +241,11 @@ TEST_F(ConvertToolsTest, ReadOnlyMapIsSkippedAndCounted) {
   const std::string b = WriteMap(maps_ / "b.bbm", 15);
   fs::permissions(b, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                   fs::perm_options::remove);
-  ui_.ExpectMessage("File is read-only",
-                    {b + " is read only. TARNO cannot reproject a read-only file.",
-                     "Note: If the file is on a read-only device it must be copied to the hard disk "
-                     "first and its read-only attribute removed."});
+  ui_.ExpectMessage(
+      "File is read-only",
+      {b + " is read only. TARNO cannot reproject a read-only file.",
+       "Note: If the file is on a read-only device it must be copied to the hard disk "
+       "first and its read-only attribute removed."});
   ui_.ExpectMessage("Reproject Complete",
                     {"1 of 2 files reprojected to:", " 2202 - MINNESOTA       CENTRAL         "});
   auto ctx = Context([&](const Call& c) {
@@ -323,8 +336,8 @@ TEST_F(ConvertToolsTest, MapTargetStartsFromTheMapsZoneAndAMissingProgramSkipsTh
     d.Result = 1;
   });
   ui_.ExpectMessage("Executable Missing", {"bbmproject does not exist in the tarno directory!"});
-  ui_.ExpectMessage("Reproject Complete", {"0 of 1 files reprojected to:",
-                                           "   15 - UTM ZONE 15                     "});
+  ui_.ExpectMessage("Reproject Complete",
+                    {"0 of 1 files reprojected to:", "   15 - UTM ZONE 15                     "});
   auto ctx = Context();
   ReprojectWithMapTarget(ctx, {map});
   ui_.Verify();

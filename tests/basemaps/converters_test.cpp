@@ -30,9 +30,10 @@ BbmHeaderFields Fields(std::int32_t dataType = bbm::kUnattributed) {
 }
 
 std::int32_t I32(const std::string& b, std::size_t at) {
-  return static_cast<std::int32_t>(static_cast<unsigned char>(b[at]) | (static_cast<unsigned char>(b[at + 1]) << 8) |
-                                   (static_cast<unsigned char>(b[at + 2]) << 16) |
-                                   (static_cast<std::uint32_t>(static_cast<unsigned char>(b[at + 3])) << 24));
+  return static_cast<std::int32_t>(
+      static_cast<unsigned char>(b[at]) | (static_cast<unsigned char>(b[at + 1]) << 8) |
+      (static_cast<unsigned char>(b[at + 2]) << 16) |
+      (static_cast<std::uint32_t>(static_cast<unsigned char>(b[at + 3])) << 24));
 }
 
 class ConvertersTest : public ::testing::Test {
@@ -228,7 +229,8 @@ TEST_F(ConvertersTest, DlgInputIsUnpackedOnceAndChoppedInto80Columns) {
   const fs::path out = PrepareDlgInput(gz, work);
   EXPECT_EQ(out.filename(), "TARNO2K.DLG");
   const std::string text = test::ReadFile(out);
-  EXPECT_EQ(text, std::string(80, 'A') + "\r\n" + std::string(80, 'A') + "\r\n" + std::string(40, 'A') + "\r\n");
+  EXPECT_EQ(text, std::string(80, 'A') + "\r\n" + std::string(80, 'A') + "\r\n" +
+                      std::string(40, 'A') + "\r\n");
   EXPECT_FALSE(fs::exists(work / "TARNO2K.GZ"));
   // A file with line ends is taken as it is.
   test::WriteFile(dir_ / "plain.dlg", "line one\nline two\n");
@@ -259,7 +261,8 @@ TEST_F(ConvertersTest, OgrInputIsReadAlsoWhenGzipped) {
     OgrToBbm(dir_ / "junk.dlg", dir_ / "junk.bbm", 100);
     FAIL();
   } catch (const ConvertError& e) {
-    EXPECT_NE(std::string(e.what()).find("junk.dlg is not in a vector format"), std::string::npos) << e.what();
+    EXPECT_NE(std::string(e.what()).find("junk.dlg is not in a vector format"), std::string::npos)
+        << e.what();
   }
   EXPECT_THROW(OgrToBbm(gz, dir_ / "x.bbm", 0), ConvertError);
 }

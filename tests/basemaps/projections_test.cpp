@@ -96,7 +96,8 @@ TEST(ZoneSystems, AZoneWithoutASystemIsRefusedByName) {
     CrsDefinition(407, Datum::NAD83);
     FAIL() << "no NAD83 system for California VII";
   } catch (const Error& e) {
-    EXPECT_NE(std::string(e.what()).find("407 (CALIFORNIA ZONE VII)"), std::string::npos) << e.what();
+    EXPECT_NE(std::string(e.what()).find("407 (CALIFORNIA ZONE VII)"), std::string::npos)
+        << e.what();
     EXPECT_NE(std::string(e.what()).find("NAD83"), std::string::npos);
   }
   EXPECT_THROW(CrsDefinition(0, Datum::NAD27), Error);

@@ -58,8 +58,7 @@ std::vector<std::vector<Vertex>> ReadDxf(const fs::path& dxf, std::vector<std::s
 TEST_F(ConverterProgramsTest, ShapefileToBbmToDxfKeepsTheVertices) {
   const fs::path shp = dir_ / "streams.shp";
   const std::vector<std::vector<Vertex>> parts = {
-      {{1000.25, 2000.5}, {1010.75, 2020.0}, {1050.0, 2001.01}},
-      {{-300.0, 40.0}, {-310.5, 45.25}}};
+      {{1000.25, 2000.5}, {1010.75, 2020.0}, {1050.0, 2001.01}}, {{-300.0, 40.0}, {-310.5, 45.25}}};
   {
     CShapeFile f;
     f.SetFileSpec(CFileName(shp.string()), CShapeFile::kCreate, ShapeType::PolyLine);
@@ -110,7 +109,8 @@ TEST_F(ConverterProgramsTest, DgnDrawingBecomesLinesAndAreasWithTheZone) {
   {
     GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("DGN");
     ASSERT_NE(driver, nullptr);
-    std::unique_ptr<GDALDataset> ds(driver->Create(dgn.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    std::unique_ptr<GDALDataset> ds(
+        driver->Create(dgn.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
     ASSERT_TRUE(ds);
     OGRLayer* layer = ds->CreateLayer("elements", nullptr, wkbUnknown, nullptr);
     ASSERT_NE(layer, nullptr);
@@ -181,7 +181,8 @@ TEST_F(ConverterProgramsTest, BbmprojectAgreesWithCs2csFromUtm15ToMinnesotaCentr
   w.AddEndMark();
   const fs::path in = dir_ / "utm15.bbm", out = dir_ / "mn.bbm";
   w.Save(in.string());
-  const auto r = RunProgram("bbmproject", {in.string(), out.string(), "15", "2202", "/opt/tarno/nad83sp"});
+  const auto r =
+      RunProgram("bbmproject", {in.string(), out.string(), "15", "2202", "/opt/tarno/nad83sp"});
   ASSERT_EQ(r.status, 0) << r.err;
   const auto expected =
       Cs2cs({"+proj=utm", "+zone=15", "+datum=NAD83", "+to", "EPSG:26992"}, points, dir_.Path());
@@ -210,7 +211,8 @@ TEST_F(ConverterProgramsTest, RasterprojectRewritesTheWorldFileAsCs2csMovesItsCo
   w.F = 4990000.5;
   WriteWorldFile(dir_ / "photo_temp_rpj.tfw", w);
   WriteFile(dir_ / "RasterProj.dat", (dir_ / "photo_temp_rpj.tfw").string() + "\r\n" +
-                                        (dir_ / "photo.tfw").string() + "\r\n15\r\n2202\r\nnad83sp\r\n");
+                                         (dir_ / "photo.tfw").string() +
+                                         "\r\n15\r\n2202\r\nnad83sp\r\n");
   RunOptions options;
   options.cwd = dir_.Path();
   const auto r = RunProgram("rasterproject", {"RasterProj.dat"}, options);
@@ -227,7 +229,8 @@ TEST_F(ConverterProgramsTest, RasterprojectRewritesTheWorldFileAsCs2csMovesItsCo
   WriteFile(dir_ / "bad.dat", "a.tfw\r\nb.tfw\r\n15\r\nfifteen\r\nnad83sp\r\n");
   const auto bad = RunProgram("rasterproject", {"bad.dat"}, options);
   EXPECT_EQ(bad.status, 1);
-  EXPECT_TRUE(Contains(bad.err, "bad.dat, line 4: \"fifteen\" is not a projection code")) << bad.err;
+  EXPECT_TRUE(Contains(bad.err, "bad.dat, line 4: \"fifteen\" is not a projection code"))
+      << bad.err;
 }
 
 TEST_F(ConverterProgramsTest, BadInputIsRefusedNamingFileAndValue) {
@@ -235,24 +238,30 @@ TEST_F(ConverterProgramsTest, BadInputIsRefusedNamingFileAndValue) {
   EXPECT_EQ(usage.status, 2);
   EXPECT_TRUE(Contains(usage.err, "usage: shape2bbm <input.shp> <output.bbm>"));
 
-  const auto missing = RunProgram("shape2bbm", {(dir_ / "none.shp").string(), (dir_ / "o.bbm").string()});
+  const auto missing =
+      RunProgram("shape2bbm", {(dir_ / "none.shp").string(), (dir_ / "o.bbm").string()});
   EXPECT_EQ(missing.status, 1);
   EXPECT_TRUE(Contains(missing.err, (dir_ / "none.shp").string())) << missing.err;
 
   WriteFile(dir_ / "drawing.dwg", "AC1032 not really a drawing");
-  const auto dwg = RunProgram("odwg2bbm", {(dir_ / "drawing.dwg").string(), (dir_ / "o.bbm").string(), "0"});
+  const auto dwg =
+      RunProgram("odwg2bbm", {(dir_ / "drawing.dwg").string(), (dir_ / "o.bbm").string(), "0"});
   EXPECT_EQ(dwg.status, 1);
-  EXPECT_TRUE(Contains(dwg.err, "is a DWG file, which cannot be read here; save it as DXF")) << dwg.err;
+  EXPECT_TRUE(Contains(dwg.err, "is a DWG file, which cannot be read here; save it as DXF"))
+      << dwg.err;
 
   WriteFile(dir_ / "site.dxf", "0\nSECTION\n");
-  const auto zone = RunProgram("odwg2bbm", {(dir_ / "site.dxf").string(), (dir_ / "o.bbm").string(), "abc"});
+  const auto zone =
+      RunProgram("odwg2bbm", {(dir_ / "site.dxf").string(), (dir_ / "o.bbm").string(), "abc"});
   EXPECT_EQ(zone.status, 1);
   EXPECT_TRUE(Contains(zone.err, "The zone \"abc\" is not a whole number.")) << zone.err;
 
   WriteFile(dir_ / "not.bbm", "hello");
-  const auto notBbm = RunProgram("bbm2dxf", {(dir_ / "not.bbm").string(), (dir_ / "o.dxf").string()});
+  const auto notBbm =
+      RunProgram("bbm2dxf", {(dir_ / "not.bbm").string(), (dir_ / "o.dxf").string()});
   EXPECT_EQ(notBbm.status, 1);
-  EXPECT_TRUE(Contains(notBbm.err, (dir_ / "not.bbm").string() + " is not a BBM map")) << notBbm.err;
+  EXPECT_TRUE(Contains(notBbm.err, (dir_ / "not.bbm").string() + " is not a BBM map"))
+      << notBbm.err;
 
   const auto datum = RunProgram("bbmproject", {"a.bbm", "b.bbm", "15", "2202", "WGS84"});
   EXPECT_EQ(datum.status, 1);
@@ -264,8 +273,8 @@ TEST_F(ConverterProgramsTest, BadInputIsRefusedNamingFileAndValue) {
   w.AddPoint(1, 48000000, 499000000, {});
   w.AddEndMark();
   w.Save((dir_ / "m.bbm").string());
-  const auto noZone = RunProgram("bbmproject", {(dir_ / "m.bbm").string(), (dir_ / "o.bbm").string(), "15",
-                                                "407", "NAD83"});
+  const auto noZone = RunProgram(
+      "bbmproject", {(dir_ / "m.bbm").string(), (dir_ / "o.bbm").string(), "15", "407", "NAD83"});
   EXPECT_EQ(noZone.status, 1);
   EXPECT_TRUE(Contains(noZone.err, "CALIFORNIA ZONE VII")) << noZone.err;
   EXPECT_FALSE(fs::exists(dir_ / "o.bbm"));
@@ -289,18 +298,21 @@ TEST_F(ConverterProgramsTest, TarnocmdConvertsAndReprojects) {
   const auto again = RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string()});
   EXPECT_EQ(again.status, 1);
   EXPECT_TRUE(Contains(again.err, "File Exists: File already exists! Overwrite?")) << again.err;
-  EXPECT_EQ(RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string(), "--yes"}).status, 0);
+  EXPECT_EQ(
+      RunProgram("tarnocmd", {"convert", "shape", shp.string(), bbm.string(), "--yes"}).status, 0);
   EXPECT_EQ(RunProgram("tarnocmd", {"convert", "paint", shp.string(), bbm.string()}).status, 2);
 
   // Two maps, one read-only: one of two reprojected, the other named.
   fs::copy_file(bbm, dir_ / "locked.bbm");
-  fs::permissions(dir_ / "locked.bbm", fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+  fs::permissions(dir_ / "locked.bbm",
+                  fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                   fs::perm_options::remove);
   const auto r = RunProgram("tarnocmd", {"reproject", "15", "2202", "NAD83", bbm.string(),
                                          (dir_ / "locked.bbm").string()});
   EXPECT_EQ(r.status, 1) << r.err;
   EXPECT_TRUE(Contains(r.out, "1 of 2")) << r.out;
-  EXPECT_TRUE(Contains(r.err, "locked.bbm is read only. TARNO cannot reproject a read-only file.")) << r.err;
+  EXPECT_TRUE(Contains(r.err, "locked.bbm is read only. TARNO cannot reproject a read-only file."))
+      << r.err;
   EXPECT_TRUE(Contains(r.err, "Reproject Complete: 1 of 2 files reprojected to:")) << r.err;
   EXPECT_EQ(ScanBbm(ReadFile(bbm), "wells.bbm").projection, 2202);
   EXPECT_TRUE(fs::exists(dir_ / "wells.old"));
