@@ -77,7 +77,7 @@ struct ToolFiles {
   std::string input, output;
 };
 
-struct ToolSpec {
+struct ToolSetup {
   const char* title;
   std::string explanation;
   std::vector<const char*> programs;
@@ -88,30 +88,30 @@ struct ToolSpec {
   const char* outputKey;
 };
 
-std::optional<ToolFiles> AskFiles(ConvertContext& ctx, const ToolSpec& spec) {
+std::optional<ToolFiles> AskFiles(ConvertContext& ctx, const ToolSetup& tool) {
   UserInterface& ui = ctx.ui;
-  if (ui.MessageBox(spec.title, {spec.explanation, convert_text::kProceed}, Buttons::OKCancel,
+  if (ui.MessageBox(tool.title, {tool.explanation, convert_text::kProceed}, Buttons::OKCancel,
                     Icon::Information) != Answer::OK) {
     return std::nullopt;
   }
-  for (const char* program : spec.programs) {
+  for (const char* program : tool.programs) {
     if (!noexecutable(ui, ctx.programDirectory, program)) return std::nullopt;
   }
   FileDialogRequest in;
   in.title = std::string("Select the file to convert");
-  in.filter = spec.inputFilter;
-  in.initialDirectory = StartDirectory(ctx, spec.inputKey);
+  in.filter = tool.inputFilter;
+  in.initialDirectory = StartDirectory(ctx, tool.inputKey);
   const auto input = ui.OpenFileDialog(in);
   if (!input || input->empty()) return std::nullopt;
-  Remember(ctx, spec.inputKey, *input);
+  Remember(ctx, tool.inputKey, *input);
   FileDialogRequest out;
   out.title = std::string("Select the output file");
-  out.filter = spec.outputFilter;
-  out.defaultExtension = spec.outputDefaultExtension;
-  out.initialDirectory = StartDirectory(ctx, spec.outputKey);
+  out.filter = tool.outputFilter;
+  out.defaultExtension = tool.outputDefaultExtension;
+  out.initialDirectory = StartDirectory(ctx, tool.outputKey);
   const auto output = ui.SaveFileDialog(out);
   if (!output || output->empty()) return std::nullopt;
-  Remember(ctx, spec.outputKey, *output);
+  Remember(ctx, tool.outputKey, *output);
   std::error_code ec;
   if (fs::exists(*output, ec) &&
       !ui.Question(convert_text::kFileExistsTitle, {convert_text::kFileExists})) {
@@ -228,7 +228,7 @@ fs::path PrepareDlgInput(const fs::path& input, const fs::path& folder) {
 }
 
 void ToolsConvertDLG(ConvertContext& ctx) {
-  const ToolSpec spec{
+  const ToolSetup tool{
       convert_text::kDlgTitle,
       "This tool converts a USGS DLG file (optionally gzip-compressed) into a BBM map.",
       {convert_program::kDlg},
@@ -237,7 +237,7 @@ void ToolsConvertDLG(ConvertContext& ctx) {
       convert_text::kBbmFilter,
       "bbm",
       "Default ouput DLG conversion path"};
-  const auto files = AskFiles(ctx, spec);
+  const auto files = AskFiles(ctx, tool);
   if (!files) return;
   const fs::path temp = TempDirectory(ctx);
   try {
@@ -253,15 +253,15 @@ void ToolsConvertDLG(ConvertContext& ctx) {
 }
 
 void ToolsConvertSDTS(ConvertContext& ctx) {
-  const ToolSpec spec{convert_text::kSdtsTitle,
-                      "This tool converts an SDTS transfer (a .tar.gz archive) into a BBM map.",
-                      {convert_program::kSdts},
-                      convert_text::kSdtsFilter,
-                      "Default SDTS conversion path",
-                      convert_text::kBbmFilter,
-                      "bbm",
-                      "Default SDTS output conversion path"};
-  const auto files = AskFiles(ctx, spec);
+  const ToolSetup tool{convert_text::kSdtsTitle,
+                       "This tool converts an SDTS transfer (a .tar.gz archive) into a BBM map.",
+                       {convert_program::kSdts},
+                       convert_text::kSdtsFilter,
+                       "Default SDTS conversion path",
+                       convert_text::kBbmFilter,
+                       "bbm",
+                       "Default SDTS output conversion path"};
+  const auto files = AskFiles(ctx, tool);
   if (!files) return;
   const std::string name = Lower(fs::path(files->input).filename().string());
   if (name.find("sdts") == std::string::npos &&
@@ -298,15 +298,15 @@ void ToolsConvertDM(ConvertContext& ctx) {
 }
 
 void ToolsConvertDXF(ConvertContext& ctx) {
-  const ToolSpec spec{convert_text::kCadTitle,
-                      "This tool converts a CAD drawing (DXF or DGN) into a BBM map.",
-                      {convert_program::kCad},
-                      convert_text::kCadFilter,
-                      "Default DXF conversion path",
-                      convert_text::kBbmFilter,
-                      "bbm",
-                      "Default DXF conversion output path"};
-  const auto files = AskFiles(ctx, spec);
+  const ToolSetup tool{convert_text::kCadTitle,
+                       "This tool converts a CAD drawing (DXF or DGN) into a BBM map.",
+                       {convert_program::kCad},
+                       convert_text::kCadFilter,
+                       "Default DXF conversion path",
+                       convert_text::kBbmFilter,
+                       "bbm",
+                       "Default DXF conversion output path"};
+  const auto files = AskFiles(ctx, tool);
   if (!files) return;
   const auto zone = ctx.ui.InputBox(convert_text::kZonePrompt, convert_text::kZoneTitle, "0");
   if (!zone) return;
@@ -316,15 +316,15 @@ void ToolsConvertDXF(ConvertContext& ctx) {
 }
 
 void ToolsBBMtoDXF(ConvertContext& ctx) {
-  const ToolSpec spec{convert_text::kCadTitle,
-                      "This tool converts a BBM map into a DXF drawing.",
-                      {convert_program::kBbmToDxf},
-                      convert_text::kBbmFilter,
-                      "Default BBM to DXF conversion path",
-                      convert_text::kDxfFilter,
-                      "dxf",
-                      "Default BBM to DXF conversion output path"};
-  const auto files = AskFiles(ctx, spec);
+  const ToolSetup tool{convert_text::kCadTitle,
+                       "This tool converts a BBM map into a DXF drawing.",
+                       {convert_program::kBbmToDxf},
+                       convert_text::kBbmFilter,
+                       "Default BBM to DXF conversion path",
+                       convert_text::kDxfFilter,
+                       "dxf",
+                       "Default BBM to DXF conversion output path"};
+  const auto files = AskFiles(ctx, tool);
   if (!files) return;
   const auto layer = ctx.ui.InputBox(convert_text::kLayerPrompt, convert_text::kLayerTitle, "0");
   if (!layer) return;
@@ -345,15 +345,15 @@ void ToolsBBMtoDXF(ConvertContext& ctx) {
 }
 
 void ToolsConvertShape(ConvertContext& ctx) {
-  const ToolSpec spec{convert_text::kShapeTitle,
-                      "This tool converts a shapefile into a BBM map.",
-                      {convert_program::kShape},
-                      convert_text::kShapeFilter,
-                      "Default Shape input conversion path",
-                      convert_text::kBbmFilter,
-                      "bbm",
-                      "Default Shape output conversion path"};
-  const auto files = AskFiles(ctx, spec);
+  const ToolSetup tool{convert_text::kShapeTitle,
+                       "This tool converts a shapefile into a BBM map.",
+                       {convert_program::kShape},
+                       convert_text::kShapeFilter,
+                       "Default Shape input conversion path",
+                       convert_text::kBbmFilter,
+                       "bbm",
+                       "Default Shape output conversion path"};
+  const auto files = AskFiles(ctx, tool);
   if (!files) return;
   const auto result =
       Run(ctx, convert_program::kShape, {files->input, files->output}, TempDirectory(ctx));
