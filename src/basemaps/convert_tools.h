@@ -111,7 +111,8 @@ std::filesystem::path PrepareDlgInput(const std::filesystem::path& input,
 // Breaks `text` into lines of `width` characters (CR LF after each).
 std::string ChopLines(const std::string& text, std::size_t width);
 
-// The ReprojectMaps dialog: a folder's maps from one projection to another.
+// The ReprojectMaps dialog: a folder's maps from one projection to another. Its view
+// takes the folder as text (the port has no folder chooser).
 class ReprojectMapsDialog : public DialogModel {
  public:
   static constexpr const char* kName = "ReprojectMaps";
@@ -160,7 +161,8 @@ ReprojectOutcome ReprojectFiles(ConvertContext& ctx, const std::vector<std::stri
 // The Tools menu's REPROJECT: the ReprojectMaps dialog with datum NAD27, then the
 // chosen files.
 ReprojectOutcome REPROJECT_Click(ConvertContext& ctx);
-// The map browser's reprojection of the given maps through MapTarget.
+// The map browser's reprojection of the given maps through MapTarget. Not yet called
+// by the desktop program: the map browser comes with the catalogue.
 ReprojectOutcome ReprojectWithMapTarget(ConvertContext& ctx, const std::vector<std::string>& files);
 
 // The datum directory handed to the programs: the program directory's "nad27sp" or

@@ -8,6 +8,10 @@
 // through OGR: DXF and DGN (CAD files), SDTS transfers (the SDTS driver), and any
 // other vector data set OGR opens (dlg2bbm). Failures throw ConvertError naming the
 // file and, where one is at fault, the record or line.
+//
+// Not done: the sources' attribute codes (DLG major and minor codes) are not carried
+// into BBM attribute pairs, so converted maps draw in the map's one colour; the
+// native DLG optional format has no reader (no OGR driver reads it).
 #pragma once
 
 #include <cstdint>
