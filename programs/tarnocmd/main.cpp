@@ -12,6 +12,7 @@
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd scenario list|set|apply|clean ...   (tarnocmd_scenario.h)
 //   tarnocmd map add|list|remove ...           (tarnocmd_maps.h)
+//   tarnocmd convert|reproject ...           (tarnocmd_convert.h)
 //   tarnocmd help
 //
 // "new" runs the same project life cycle as the desktop program: the new-project
@@ -35,6 +36,7 @@
 #include "core/console_ui.h"
 #include "core/text.h"
 #include "tarnocmd_commands.h"
+#include "tarnocmd_convert.h"
 #include "tarnocmd_elements.h"
 #include "tarnocmd_scenario.h"
 #include "tarnocmd_maps.h"
@@ -234,6 +236,7 @@ int main(int argc, char** argv) {
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;
   if (auto status = tarno::cmd::RunScenarioCommand(args, std::cout, std::cerr)) return *status;
   if (auto status = tarno::cmd::RunMapCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunConvertCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

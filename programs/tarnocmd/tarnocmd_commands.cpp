@@ -1,4 +1,5 @@
 #include "tarnocmd_commands.h"
+#include "tarnocmd_convert.h"
 #include "tarnocmd_maps.h"
 #include "tarnocmd_elements.h"
 #include "tarnocmd_scenario.h"
@@ -53,7 +54,7 @@ std::string UsageText() {
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
          "  tarnocmd stats <path>\n"
          "      Prints the residual statistics of the piezometers, gages and lake stages.\n"
-         + ElementUsageText() + ScenarioUsageText() + MapUsageText() +
+         + ElementUsageText() + ScenarioUsageText() + MapUsageText() + ConvertUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
          "Messages go to standard error. Exit status: 0 success, 1 failure, 2 bad usage.\n";

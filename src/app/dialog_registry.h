@@ -13,6 +13,7 @@
 #include "calibration/stats_model.h"
 #include "calibration/scenario_dialog.h"
 #include "basemaps/browser.h"
+#include "basemaps/convert_tools.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -57,6 +58,7 @@ using ShownDialogs =
                LSConfirm,            // editing vertices
                Calibration,          // calibration statistics
                Scenarios,            // scenarios
-               MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics>;  // base maps
+               MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics,  // base maps
+               ReprojectMapsDialog, MapTargetDialog>;  // reprojection of maps
 
 }  // namespace tarno

@@ -17,6 +17,7 @@
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/particle_view.h"
 #include "app/views/project_settings_view.h"
+#include "app/views/reproject_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/scenario_view.h"
 #include "app/views/solve_views.h"
@@ -162,6 +163,11 @@ auto MakeView(ViewShape& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(ViewGraphics& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<ViewGraphicsView>(m, parent);
+auto MakeView(ReprojectMapsDialog& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ReprojectMapsView>(m, parent);
+}
+auto MakeView(MapTargetDialog& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<MapTargetView>(m, parent);
 }
 
 }  // namespace

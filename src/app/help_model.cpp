@@ -72,6 +72,8 @@ const std::vector<DialogPage>& DialogPages() {
       {"LSConfirm", "", "map.md#editing-vertices"},
       {"Calibration", "", "observations.md#calibration-statistics"},
       {"Scenarios", "", "solving.md#implementing-scenarios"},
+      {"ReprojectMaps", "", "converting-maps.md#reprojecting-maps"},
+      {"MapTarget", "", "converting-maps.md#reprojecting-chosen-maps"},
   };
   return pages;
 }
@@ -118,6 +120,9 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Observations, Particles and Labels",
        {S("Test point properties"), S("Particle properties"),
         S("Flux lines, protection areas and boundaries"), S("Text label properties")}},
+      {"converting-maps.md",
+       "Converting and Reprojecting Maps",
+       {S("Converting maps"), S("Reprojecting maps"), S("Reprojecting chosen maps")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

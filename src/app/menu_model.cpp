@@ -137,13 +137,19 @@ std::vector<MenuEntry> BuildEntries() {
   // Tools.
   e.push_back(Top("TOOLSMENU", "&Tools", N::Project));
   e.push_back(Cmd("TOOLS_CMDS(0)", "TOOLSMENU", "GUI Options"));
-  e.push_back(Later("TOOLS_CMDS(1)", "TOOLSMENU", "&Convert"));
+  e.push_back(Sub("TOOLS_CMDS(1)", "TOOLSMENU", "&Convert"));
+  e.push_back(Cmd("CONVERT(0)", "TOOLS_CMDS(1)", "DLG to BBM..."));
+  e.push_back(Cmd("CONVERT(1)", "TOOLS_CMDS(1)", "SDTS to BBM..."));
+  e.push_back(Cmd("CONVERT(2)", "TOOLS_CMDS(1)", "DM to BBM..."));
+  e.push_back(Cmd("CONVERT(3)", "TOOLS_CMDS(1)", "CAD File to BBM..."));
+  e.push_back(Cmd("CONVERT(4)", "TOOLS_CMDS(1)", "BBM to DXF..."));
+  e.push_back(Cmd("CONVERT(5)", "TOOLS_CMDS(1)", "Shape File to BBM..."));
   e.push_back(Later("TOOLS_CMDS(2)", "TOOLSMENU", "&Import"));
   e.push_back(Later("TOOLS_CMDS(3)", "TOOLSMENU", "&Export"));
   e.push_back(Later("TOOLS_CMDS(4)", "TOOLSMENU", "TARNO Database &Viewer"));
   e.push_back(Cmd("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));
   e.push_back(Cmd("InspectorSettings", "TOOLSMENU", "Instant Inspector Settings...", N::Project, true, "", true));
-  e.push_back(Later("ReprojectMaps", "TOOLSMENU", "Reproject Maps..."));
+  e.push_back(Cmd("ReprojectMaps", "TOOLSMENU", "Reproject Maps..."));
   e.push_back(Later("ToolsSearch", "TOOLSMENU", "Search"));
   e.push_back(Cmd("SolverIntegrityCheck", "TOOLSMENU", "Solver Integrity Check"));
   e.push_back(Later("LeakageCheck", "TOOLSMENU", "Leakage Check"));

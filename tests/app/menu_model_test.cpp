@@ -65,6 +65,20 @@ TEST(MenuTree, CaptionsOfTheCommandsThatRun) {
   EXPECT_EQ(MenuModel::Entry("Haze").caption, "Haze Background");
 }
 
+TEST(MenuTree, ConvertMenuHoldsTheSixConverters) {
+  EXPECT_EQ(MenuModel::Entry("TOOLS_CMDS(1)").kind, MenuKind::Submenu);
+  const std::vector<std::string> captions = {"DLG to BBM...",     "SDTS to BBM...",
+                                             "DM to BBM...",      "CAD File to BBM...",
+                                             "BBM to DXF...",     "Shape File to BBM..."};
+  for (std::size_t i = 0; i < captions.size(); ++i) {
+    const MenuEntry& e = MenuModel::Entry("CONVERT(" + std::to_string(i) + ")");
+    EXPECT_EQ(e.caption, captions[i]);
+    EXPECT_EQ(e.parent, "TOOLS_CMDS(1)");
+    EXPECT_TRUE(e.built);
+  }
+  EXPECT_TRUE(MenuModel::Entry("ReprojectMaps").built);
+}
+
 TEST(MenuTree, RunFilesNameTheFilesOfTheBaseName) {
   const auto files = MenuModel::RunFiles("vinc");
   ASSERT_EQ(files.size(), 8u);

@@ -191,6 +191,18 @@ TEST_F(ShellControllerTest, EveryBuiltCommandOfTheMenusHasAHandler) {
   }
 }
 
+TEST_F(ShellControllerTest, ConvertEntriesRunTheirTools) {
+  OpenExample();
+  ui_.ExpectMessage("MORV DM Converter",
+                    {"The MORV DM format is not supported by this version of TARNO."});
+  ASSERT_TRUE(shell_->Commands().Run("CONVERT(2)"));
+  ui_.ExpectMessageTitled("Shapefile to BBM Conversion", Answer::Cancel);
+  ASSERT_TRUE(shell_->Commands().Run("CONVERT(5)"));
+  ui_.ExpectModal("ReprojectMaps");  // left as it opened: Cancel
+  ASSERT_TRUE(shell_->Commands().Run("ReprojectMaps"));
+  ui_.Verify();
+}
+
 TEST_F(ShellControllerTest, WithoutAProjectOnlyProjectAndHelpCommandsAreOffered) {
   shell_->StartUp("", false);
   EXPECT_FALSE(host_.menus.projectOpen);

@@ -196,6 +196,10 @@ void ShellController::RegisterCommands() {
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register(
       "TOOLS_CMDS(5)", [this] { MapBrowserCommand(); }, "MapBrowser");
+  c.RegisterPrefix(
+      "CONVERT(", [this](const std::string& key) { ConvertCommand(key); }, "CONVERT_Click");
+  c.Register(
+      "ReprojectMaps", [this] { ReprojectCommand(); }, "REPROJECT_Click");
   c.Register("About", [this] { About(); });
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
@@ -474,6 +478,33 @@ void ShellController::InspectorSettingsCommand() {
     port_.ShowModal(dialog);
     if (dialog.Result == 1) inspector_ = dialog.Settings;
   });
+}
+
+ConvertContext ShellController::ConvertContextFor(ProcessWaiter* waiter) {
+  std::error_code ec;
+  ConvertContext ctx{port_, ProgramDirectory(), std::filesystem::temp_directory_path(ec),
+                     WaitingProgramRunner(waiter), {}};
+  return ctx;
+}
+
+void ShellController::ConvertCommand(const std::string& key) {
+  // The entries of the CONVERT menu in their order.
+  static const std::vector<std::pair<const char*, void (*)(ConvertContext&)>> tools = {
+      {"ToolsConvertDLG", ToolsConvertDLG},   {"ToolsConvertSDTS", ToolsConvertSDTS},
+      {"ToolsConvertDM", ToolsConvertDM},     {"ToolsConvertDXF", ToolsConvertDXF},
+      {"ToolsBBMtoDXF", ToolsBBMtoDXF},       {"ToolsConvertShape", ToolsConvertShape}};
+  const std::string number = key.substr(8, key.size() - 9);  // "CONVERT(n)"
+  const int index = number.empty() ? -1 : std::atoi(number.c_str());
+  if (index < 0 || index >= static_cast<int>(tools.size())) return;
+  PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+  ConvertContext ctx = ConvertContextFor(&waiter);
+  RunOperation(port_, tools[index].first, [&] { tools[index].second(ctx); });
+}
+
+void ShellController::ReprojectCommand() {
+  PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+  ConvertContext ctx = ConvertContextFor(&waiter);
+  RunOperation(port_, "REPROJECT_Click", [&] { REPROJECT_Click(ctx); });
 }
 
 void ShellController::SolverIntegrityCheckCommand() {

@@ -16,6 +16,7 @@
 #include "app/menu_model.h"
 #include "app/shell/command_registry.h"
 #include "app/shell/map_editor.h"
+#include "basemaps/convert_tools.h"
 #include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
@@ -120,6 +121,9 @@ class ShellController : public SessionHooks {
   // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
   void InspectorSettingsCommand();
   void SolverIntegrityCheckCommand();
+  // The Tools menu's CONVERT entries ("CONVERT(0)" to "CONVERT(5)") and Reproject Maps.
+  void ConvertCommand(const std::string& key);
+  void ReprojectCommand();
   // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point:
   // the "Model Results" box, one streamline drawn with the pathlines.
   InspectReport InspectAt(double x, double y);
@@ -207,6 +211,7 @@ class ShellController : public SessionHooks {
   // The solve controller's view of this session (its state, settings, port, menus
   // and redraw), waiting for programs with `waiter`.
   SolveContext SolveContextFor(ProcessWaiter* waiter);
+  ConvertContext ConvertContextFor(ProcessWaiter* waiter);
   std::string ProgramDirectory() const;
 
   ShellHost& host_;
