@@ -163,6 +163,7 @@ auto MakeView(ViewShape& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(ViewGraphics& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<ViewGraphicsView>(m, parent);
+}
 auto MakeView(ReprojectMapsDialog& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<ReprojectMapsView>(m, parent);
 }
