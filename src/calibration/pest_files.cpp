@@ -13,6 +13,7 @@
 #include "elements/element_store.h"
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
+#include "solver/process.h"
 #include "solver/solve_controller.h"
 #include "store/database.h"
 
@@ -225,7 +226,13 @@ fs::path ExportEstimationTemplate(SolveContext& ctx, int writeType, TemplateProm
     Database db = Database::Open(ctx.projectPath);
     ModelCheckExtents(db, ctx.window, ctx.basemapExtents);
   }
-  InvalidateSolution(ctx, false, true);
+  {
+    // The invalidation waits for nothing, but takes only a complete context.
+    BlockingWaiter blocking;
+    SolveContext invalidate = ctx;
+    if (invalidate.waiter == nullptr) invalidate.waiter = &blocking;
+    InvalidateSolution(invalidate, false, true);
+  }
   if (prompt != nullptr) {
     bool& dontShow = writeType == kWriteUcodeTemplate ? prompt->dontShowUcode : prompt->dontShowPest;
     if (!dontShow) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "calibration/estimation_support.h"
@@ -24,6 +25,11 @@ std::string ParName(const fs::path& parFile) {
   fs::path p = parFile;
   if (EqualsIgnoreCase(p.extension().string(), ".par")) p.replace_extension();
   return p.string();
+}
+
+std::string LowerCase(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
 }
 
 bool IsNumber(const std::string& text, double& value) {
@@ -86,6 +92,7 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
   std::string line;
   std::vector<ParLine> lines;
   std::vector<std::string>& errors = result.errors;
+  std::set<std::string> named;  // lower-case names of every parameter line
   auto bad = [&](int n, const std::string& what) {
     errors.push_back("line " + std::to_string(n) + ": " + what);
   };
@@ -95,8 +102,14 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
     std::string blanks = line;
     for (char& c : blanks)
       if (c == '\t') c = ' ';
-    const std::vector<std::string> fields = ParseString(blanks, " ");
+    std::vector<std::string> fields;  // one-based; fields[0] is ParseString's placeholder
+    int count = 0;
+    ParseString(blanks, " ", fields, count);
+    fields.erase(fields.begin());
+    fields.resize(static_cast<std::size_t>(count));
     if (fields.empty()) continue;
+    // A parameter on a faulty line is reported for that line, not as missing.
+    named.insert(LowerCase(TrimST(StripPaddedString(fields[0]))));
     if (fields.size() < 4) {
       bad(n, "the line is cut short (" + std::to_string(fields.size()) +
                  " of 4 fields: name, value, scale, offset): \"" + line + "\"");
@@ -148,7 +161,7 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
     for (const PestParameter& p : parameters) {
       std::string key = p.tag;
       for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-      if (!seen.count(key)) errors.push_back("parameter \"" + p.tag + "\" of the project is missing");
+      if (!named.count(key)) errors.push_back("parameter \"" + p.tag + "\" of the project is missing");
     }
   }
   if (!errors.empty()) {
