@@ -49,6 +49,12 @@ std::string UsageText() {
          "      integrity check with the given step (map units).\n"
          "  tarnocmd results <path> <table>\n"
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
+         "  tarnocmd pest <path>\n"
+         "      Writes the PEST files of the project's scenarios and test points\n"
+         "      (<base>.tpl, .ins, .pst, T-PEST.bat, T-PEST.sh) and prints their paths.\n"
+         "  tarnocmd import-par <path> <file.par>\n"
+         "      Imports the optimised values of a PEST parameter file into the project\n"
+         "      and writes PEST2TARNO.log; a faulty file is reported and changes nothing.\n"
          + ElementUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
