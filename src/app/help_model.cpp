@@ -64,6 +64,10 @@ const std::vector<DialogPage>& DialogPages() {
       {"FluxInspectDialog", "", "observations.md#flux-lines-protection-areas-and-boundaries"},
       {"TextLabelProperties", "", "observations.md#text-label-properties"},
       {"LSConfirm", "", "map.md#editing-vertices"},
+      {"PEST", "", "estimation.md#the-pest-dialog"},
+      {"UCODE", "", "estimation.md#the-ucode-dialog"},
+      {"TPLIterPrompt", "", "estimation.md#template-advice"},
+      {"OPTWeight", "", "estimation.md#test-point-weights"},
   };
   return pages;
 }
@@ -105,6 +109,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Observations, Particles and Labels",
        {S("Test point properties"), S("Particle properties"),
         S("Flux lines, protection areas and boundaries"), S("Text label properties")}},
+      {"estimation.md",
+       "Parameter Estimation with PEST and UCODE",
+       {S("The PEST dialog"), S("The UCODE dialog"), S("Template advice"),
+        S("Test point weights")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),
