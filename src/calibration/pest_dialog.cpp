@@ -169,10 +169,10 @@ void PestDialog::RefreshLists() {
 }
 
 void PestDialog::WritePest() {
-  if (!WritePestFiles(ctx_, prompt_).empty()) {
-    RefreshLists();
-    cmdRunPESTEnabled = true;
-  }
+  OfferSave();
+  ClearShown();
+  WritePestFiles(ctx_, prompt_);
+  RefreshLists();
 }
 
 void PestDialog::RunPestcheck() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "calibration/estimation_support.h"
@@ -55,7 +56,37 @@ const char* ObservationGroup(const std::string& type) {
   return "Lakestage";
 }
 
+std::string LowerCase(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
+}
+
 }  // namespace
+
+std::set<std::string> TemplateFieldNames(const std::string& text) {
+  std::set<std::string> names;
+  std::istringstream in(text);
+  std::string line;
+  bool first = true;
+  while (std::getline(in, line)) {
+    if (first && line.rfind("ptf", 0) == 0) {
+      first = false;
+      continue;
+    }
+    first = false;
+    std::size_t at = 0;
+    while ((at = line.find('!', at)) != std::string::npos) {
+      const std::size_t end = line.find('!', at + 1);
+      if (end == std::string::npos) break;
+      std::string name = line.substr(at + 1, end - at - 1);
+      name.erase(0, name.find_first_not_of(' '));
+      name.erase(name.find_last_not_of(' ') + 1);
+      names.insert(LowerCase(name));
+      at = end + 1;
+    }
+  }
+  return names;
+}
 
 const char* PestGroupName(PestGroup g) {
   switch (g) {
@@ -287,6 +318,25 @@ std::vector<fs::path> WritePestFiles(SolveContext& ctx, TemplatePromptMemory* pr
 
   Database db = Database::Open(ctx.projectPath);
   const std::vector<PestParameter> parameters = PestParameters(db);
+  // A tag on a value that the solver's input does not hold (the resistance of a
+  // string of given discharge, an area of fewer than two vertices) has no field in
+  // the template, and PEST would stop on it: say which, and write no control file.
+  const std::set<std::string> fields = TemplateFieldNames(ReadTextFile(written.front()));
+  std::vector<std::string> absent;
+  for (const PestParameter& p : parameters)
+    if (!fields.count(LowerCase(p.tag))) absent.push_back("    " + p.tag + " (" + PestGroupName(p.group) + ")");
+  if (!absent.empty()) {
+    std::vector<std::string> lines = {"These scenario tags stand on values that the solver's input does not hold,",
+                                      "so the template has no field for them:"};
+    lines.insert(lines.end(), absent.begin(), absent.end());
+    lines.push_back("Switch their scenarios off, or give the elements what the solver uses.");
+    lines.push_back("No PEST control file was written.");
+    ui.MessageBox(kPestFieldMissingTitle, lines, Buttons::OK, Icon::Exclamation);
+    // A control file of an earlier writing would not fit this template.
+    std::error_code ec;
+    for (const char* ext : {".pst", ".ins"}) fs::remove(project.dir / (project.base + ext), ec);
+    return written;
+  }
   const std::vector<PestObservation> observations = PestObservations(db);
   const std::int64_t count = CountElements(db, ElementKind::TestPoint);
   const int size = ModelGetSize(db, false, ui, ctx.leakageCells, ctx.modflow.GridPresent);

@@ -26,6 +26,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -90,6 +91,13 @@ std::string PestBatchText(const std::filesystem::path& programDirectory, int siz
 std::string PestShellText(const std::filesystem::path& programDirectory, int size,
                           const std::string& base);
 
+// The names of the parameter fields of a template ("!name!", "! name !"), without
+// the blanks around them and in lower case, as PEST reads them. A first line "ptf ..." is no field.
+std::set<std::string> TemplateFieldNames(const std::string& text);
+
+// The title of the message that a scenario tag has no field in the template.
+inline constexpr const char* kPestFieldMissingTitle = "Scenario Without Field";
+
 // The advice shown before a template is written ("TPLIterPrompt"). The caller keeps
 // one TemplatePromptMemory for the run of the program, so that "Don't show again"
 // holds for PEST and UCODE apart.
@@ -122,8 +130,9 @@ std::filesystem::path ExportEstimationTemplate(SolveContext& ctx, int writeType,
 // Writes <base>.tpl, <base>.ins, <base>.pst, T-PEST.bat and T-PEST.sh for the project
 // of `ctx` (projectPath, settings, state, ui, programDirectory, window are used) and
 // says "Write PEST" with the list. Without a scenario in the project it says "No
-// Scenarios" and writes nothing. Returns the paths written, in that order. Errors of
-// the files or the store are thrown.
+// Scenarios" and writes nothing. When a parameter has no field in the template it
+// says "Scenario Without Field" with the tags and stops after the template. Returns
+// the paths written, in that order. Errors of the files or the store are thrown.
 std::vector<std::filesystem::path> WritePestFiles(SolveContext& ctx,
                                                   TemplatePromptMemory* prompt = nullptr,
                                                   bool announce = true);

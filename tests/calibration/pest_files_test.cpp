@@ -200,3 +200,32 @@ TEST_F(PestFilesTest, WithoutScenariosNothingIsWritten) {
 
 }  // namespace
 }  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+TEST_F(PestFilesTest, ATagThatTheSolverInputDoesNotHoldStopsBeforeTheControlFile) {
+  db_.Execute("update Model set chkScenarioHydCond=True, ScenHydCond='kaq'");
+  // A string of given discharge has no resistance in the solver's input.
+  Add(ElementKind::Linesink, "Q1", At({{0, 0}, {100, 0}}), [](Row& r) {
+    r.Set("HeadSpecified", 0);
+    r.Set("chkScenario", true);
+    r.Set("ScenResistance", "rq");
+  });
+  ScriptedUserInterface ui;
+  ui.ExpectMessage(kPestFieldMissingTitle,
+                   {"These scenario tags stand on values that the solver's input does not hold,",
+                    "so the template has no field for them:", "    rq (Res)",
+                    "Switch their scenarios off, or give the elements what the solver uses.",
+                    "No PEST control file was written."});
+  SolveContext ctx = Context(ui);
+  Write(dir_ / "m.pst", "an earlier control file");
+  const auto written = WritePestFiles(ctx);
+  ui.Verify();
+  EXPECT_EQ(written.size(), 1u);
+  EXPECT_FALSE(fs::exists(dir_ / "m.pst"));
+  EXPECT_EQ(TemplateFieldNames(Read(dir_ / "m.tpl")), (std::set<std::string>{"kaq"}));
+}
+
+}  // namespace
+}  // namespace tarno::testing
