@@ -73,8 +73,8 @@ std::vector<TaggedValue> DistinctTags(Database& db, ScenarioField field) {
     if (!e.row.Flag(flag)) continue;
     const std::string tag = e.row.Text(tagField);
     if (!IsTag(tag)) continue;
-    const bool seen = std::any_of(out.begin(), out.end(),
-                                  [&](const TaggedValue& t) { return EqualsIgnoreCase(t.tag, tag); });
+    const bool seen = std::any_of(
+        out.begin(), out.end(), [&](const TaggedValue& t) { return EqualsIgnoreCase(t.tag, tag); });
     if (seen) continue;
     // The value of the first row with the tag, whether or not its switch is on.
     for (const Element& f : rows) {
@@ -107,9 +107,9 @@ std::string ReadTextFile(const fs::path& path) {
 }
 
 std::string ShellQuoted(const std::string& word) {
-  const bool plain =
-      !word.empty() && word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                              "0123456789./_-+,:@%") == std::string::npos;
+  const bool plain = !word.empty() && word.find_first_not_of(
+                                          "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                          "0123456789./_-+,:@%") == std::string::npos;
   if (plain) return word;
   std::string q = "'";
   for (char c : word) q += c == '\'' ? std::string("'\\''") : std::string(1, c);

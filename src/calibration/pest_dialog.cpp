@@ -23,8 +23,7 @@ EstimationProject EstimationFiles::Project() const {
   return LoadEstimationProject(db);
 }
 
-std::vector<std::string> EstimationFiles::Existing(
-    const std::vector<std::string>& patterns) const {
+std::vector<std::string> EstimationFiles::Existing(const std::vector<std::string>& patterns) const {
   const fs::path dir = Project().dir;
   std::vector<std::string> out;
   std::error_code ec;
@@ -40,8 +39,7 @@ void EstimationFiles::ShowFile(const std::string& name, const std::string& kind)
   const std::uintmax_t size = fs::file_size(path, ec);
   if (!ec && size > kTextBoxLimit) {
     ui.ShowTextFile(path.string());
-    ui.MessageBox(Title(),
-                  {"File " + name + " was too large to display here... using notepad."});
+    ui.MessageBox(Title(), {"File " + name + " was too large to display here... using notepad."});
     return;
   }
   TextBox = ReadTextFile(path);
@@ -113,7 +111,7 @@ bool EstimationFiles::ReportFatalRun() {
 }
 
 int EstimationFiles::RunAndWait(const fs::path& program, const std::vector<std::string>& args,
-                                      const fs::path& output) {
+                                const fs::path& output) {
   BlockingWaiter blocking;
   ProcessWaiter& waiter = ctx_.waiter != nullptr ? *ctx_.waiter : blocking;
   const fs::path dir = Project().dir;
@@ -162,9 +160,9 @@ void PestDialog::RefreshLists() {
   InputFileList = Existing(InputPatterns(p.base));
   OutputFileList = Existing(OutputPatterns(p.base));
   std::error_code ec;
-  cmdRunPESTEnabled = fs::exists(p.dir / (p.base + ".pst"), ec) &&
-                      fs::exists(p.dir / (p.base + ".ins"), ec) &&
-                      fs::exists(p.dir / (p.base + ".tpl"), ec) && fs::exists(p.dir / kPestBatchFile, ec);
+  cmdRunPESTEnabled =
+      fs::exists(p.dir / (p.base + ".pst"), ec) && fs::exists(p.dir / (p.base + ".ins"), ec) &&
+      fs::exists(p.dir / (p.base + ".tpl"), ec) && fs::exists(p.dir / kPestBatchFile, ec);
   cmdImportPESTEnabled = fs::exists(p.dir / (p.base + ".par"), ec);
 }
 
@@ -235,10 +233,10 @@ void PestDialog::ImportPest() {
 }
 
 void PestDialog::DeleteAll() {
-  if (!ctx_.ui->Question("Delete PEST Files?",
-                         {"Warning: All Input and Output Files of the latest",
-                          "PEST run will be deleted from the working directory.",
-                          "Do you wish to Continue?"}))
+  if (!ctx_.ui->Question(
+          "Delete PEST Files?",
+          {"Warning: All Input and Output Files of the latest",
+           "PEST run will be deleted from the working directory.", "Do you wish to Continue?"}))
     return;
   const EstimationProject p = Project();
   std::error_code ec;

@@ -63,7 +63,7 @@ class EstimationFiles {
   std::vector<std::string> OutputFileList;
   std::string TextBox;
   std::string lblFile;
-  std::string shownFile;   // the name in the project's folder; empty when none
+  std::string shownFile;  // the name in the project's folder; empty when none
   bool TextBoxReadOnly = true;
   bool cmdSaveEnabled = false;
   bool textChanged = false;

@@ -102,8 +102,10 @@ const char* PestGroupName(PestGroup g) {
 bool AnyScenario(Database& db) {
   const ModelScenarios m = LoadModelScenarios(db);
   if (m.hydCondOn || m.baseOn) return true;
-  if (AnyElementWhere(db, ElementKind::Inhomogeneity, "chkScenarioHydCond", "=", Value{std::int64_t{1}}) ||
-      AnyElementWhere(db, ElementKind::Inhomogeneity, "chkScenarioRecharge", "=", Value{std::int64_t{1}}))
+  if (AnyElementWhere(db, ElementKind::Inhomogeneity, "chkScenarioHydCond", "=",
+                      Value{std::int64_t{1}}) ||
+      AnyElementWhere(db, ElementKind::Inhomogeneity, "chkScenarioRecharge", "=",
+                      Value{std::int64_t{1}}))
     return true;
   return AnyElementWhere(db, ElementKind::Linesink, "chkScenario", "=", Value{std::int64_t{1}});
 }
@@ -144,7 +146,8 @@ std::vector<PestObservation> PestObservations(Database& db) {
       o.label = e.row.Text("Label");
       o.type = type;
       o.vid = e.key;
-      o.observed = std::string(type) == "Gage" ? e.row.Number("ObsStreamFlow") : e.row.Number("ObsHead");
+      o.observed =
+          std::string(type) == "Gage" ? e.row.Number("ObsStreamFlow") : e.row.Number("ObsHead");
       o.pestWeight = e.row.Number("PESTWeight");
       o.ucodeWeight = e.row.Number("UCODEWeight");
       out.push_back(std::move(o));
@@ -167,12 +170,16 @@ std::string PestControlText(const std::vector<PestParameter>& parameters,
                             const std::string& modelCommandLine) {
   bool groupUsed[5] = {false, false, false, false, false};
   for (const PestParameter& p : parameters) groupUsed[static_cast<int>(p.group)] = true;
-  const int groupCount = static_cast<int>(std::count(std::begin(groupUsed), std::end(groupUsed), true));
+  const int groupCount =
+      static_cast<int>(std::count(std::begin(groupUsed), std::end(groupUsed), true));
   bool head = false, flow = false, lake = false;
   for (const PestObservation& o : observations) {
-    if (o.type == "Piezometer") head = true;
-    else if (o.type == "Gage") flow = true;
-    else lake = true;
+    if (o.type == "Piezometer")
+      head = true;
+    else if (o.type == "Gage")
+      flow = true;
+    else
+      lake = true;
   }
   const int obsGroups = (head ? 1 : 0) + (flow ? 1 : 0) + (lake ? 1 : 0);
 
@@ -265,7 +272,8 @@ fs::path ExportEstimationTemplate(SolveContext& ctx, int writeType, TemplateProm
     InvalidateSolution(invalidate, false, true);
   }
   if (prompt != nullptr) {
-    bool& dontShow = writeType == kWriteUcodeTemplate ? prompt->dontShowUcode : prompt->dontShowPest;
+    bool& dontShow =
+        writeType == kWriteUcodeTemplate ? prompt->dontShowUcode : prompt->dontShowPest;
     if (!dontShow) {
       TemplatePrompt p;
       p.ExportType = writeType == kWriteUcodeTemplate ? "UCODE" : "PEST";
@@ -324,10 +332,12 @@ std::vector<fs::path> WritePestFiles(SolveContext& ctx, TemplatePromptMemory* pr
   const std::set<std::string> fields = TemplateFieldNames(ReadTextFile(written.front()));
   std::vector<std::string> absent;
   for (const PestParameter& p : parameters)
-    if (!fields.count(LowerCase(p.tag))) absent.push_back("    " + p.tag + " (" + PestGroupName(p.group) + ")");
+    if (!fields.count(LowerCase(p.tag)))
+      absent.push_back("    " + p.tag + " (" + PestGroupName(p.group) + ")");
   if (!absent.empty()) {
-    std::vector<std::string> lines = {"These scenario tags stand on values that the solver's input does not hold,",
-                                      "so the template has no field for them:"};
+    std::vector<std::string> lines = {
+        "These scenario tags stand on values that the solver's input does not hold,",
+        "so the template has no field for them:"};
     lines.insert(lines.end(), absent.begin(), absent.end());
     lines.push_back("Switch their scenarios off, or give the elements what the solver uses.");
     lines.push_back("No PEST control file was written.");

@@ -43,8 +43,8 @@ const char* PestGroupName(PestGroup g);
 
 struct PestParameter {
   PestGroup group = PestGroup::Kh;
-  std::string tag;       // the scenario tag as stored (not padded)
-  double value = 0.0;    // the current value (a recharge of zero is 1e-25)
+  std::string tag;     // the scenario tag as stored (not padded)
+  double value = 0.0;  // the current value (a recharge of zero is 1e-25)
   bool logTransform = false;
   double lower = 0.0;
   double upper = 0.0;
@@ -52,7 +52,7 @@ struct PestParameter {
 
 struct PestObservation {
   std::string label;
-  std::string type;   // "Piezometer", "Gage" or "Lake Stage"
+  std::string type;  // "Piezometer", "Gage" or "Lake Stage"
   std::int64_t vid = 0;
   double observed = 0.0;
   double pestWeight = 1.0;

@@ -51,15 +51,15 @@ struct ParLine {
 // The five places a value can go, in the order they are tried.
 struct Place {
   const char* caption;
-  bool model;               // the Model row, else an element table
-  const char* flag;         // the switch field
+  bool model;        // the Model row, else an element table
+  const char* flag;  // the switch field
   const char* tagField;
   const char* valueField;
   ElementKind kind;
 };
 const Place kPlaces[] = {
-    {"Model Aquifer Hydraulic Conductivity:             ", true, "chkScenarioHydCond", "ScenHydCond",
-     "AQHydCond", ElementKind::Inhomogeneity},
+    {"Model Aquifer Hydraulic Conductivity:             ", true, "chkScenarioHydCond",
+     "ScenHydCond", "AQHydCond", ElementKind::Inhomogeneity},
     {"Model Aquifer Base Elevation:                     ", true, "chkScenarioBaseElev",
      "ScenBaseElev", "AQBase", ElementKind::Inhomogeneity},
     {"Inhomogeneity Hydraulic Conductivity:             ", false, "chkScenarioHydCond",
@@ -154,14 +154,16 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
       continue;
     }
     seen[key] = p.number;
-    if (!known(p.name)) bad(p.number, "parameter \"" + p.name + "\" is no scenario of this project");
+    if (!known(p.name))
+      bad(p.number, "parameter \"" + p.name + "\" is no scenario of this project");
   }
   const bool anyParameterLine = !lines.empty() || !errors.empty();
   if (anyParameterLine) {
     for (const PestParameter& p : parameters) {
       std::string key = p.tag;
       for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-      if (!named.count(key)) errors.push_back("parameter \"" + p.tag + "\" of the project is missing");
+      if (!named.count(key))
+        errors.push_back("parameter \"" + p.tag + "\" of the project is missing");
     }
   }
   if (!errors.empty()) {
@@ -213,7 +215,8 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
     if (result.imported == 0) {
       tx.Rollback();
     } else {
-      std::string text = "The following are the optimized parameters read in from the PEST run:\r\n";
+      std::string text =
+          "The following are the optimized parameters read in from the PEST run:\r\n";
       for (const std::string& l : result.log) text += l + "\r\n";
       WriteTextFile(logFile, text);
       result.logWritten = true;
@@ -222,16 +225,17 @@ ParImportResult ImportParFile(Database& db, const fs::path& parFile, UserInterfa
   }
 
   if (result.imported == 0) {
-    ui.MessageBox("No Parameters",
-                  {"Error Importing Pest Parameters.", "The Scenarios were not found or ",
-                   "there were no Parameters in the " + name + ".par file.",
-                   "No Parameters were imported."});
+    ui.MessageBox(
+        "No Parameters",
+        {"Error Importing Pest Parameters.", "The Scenarios were not found or ",
+         "there were no Parameters in the " + name + ".par file.", "No Parameters were imported."});
     return result;
   }
-  ui.MessageBox("PEST Parameters Imported",
-                {"Optimized Parameters listed in the TARNO2PEST.log, and currently shown, have been",
-                 "imported in the project and have been made the Current Values. ",
-                 "You may also view these values through 'Model->Implement Scenarios'"});
+  ui.MessageBox(
+      "PEST Parameters Imported",
+      {"Optimized Parameters listed in the TARNO2PEST.log, and currently shown, have been",
+       "imported in the project and have been made the Current Values. ",
+       "You may also view these values through 'Model->Implement Scenarios'"});
   return result;
 }
 

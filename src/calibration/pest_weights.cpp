@@ -37,9 +37,12 @@ void OptWeight::init(Database& db) {
   for (const Element& e : LoadAllRows(db, ElementKind::TestPoint)) {
     const std::string type = e.row.Text("Type");
     WeightRow row{e.key, e.row.Text("Label"), GeneralNumber(e.row.Number(field))};
-    if (EqualsIgnoreCase(type, "Piezometer")) Piezometer_Weights.push_back(row);
-    else if (EqualsIgnoreCase(type, "Gage")) Gage_Weights.push_back(row);
-    else if (EqualsIgnoreCase(type, "Lake Stage")) Lake_Stage_Weights.push_back(row);
+    if (EqualsIgnoreCase(type, "Piezometer"))
+      Piezometer_Weights.push_back(row);
+    else if (EqualsIgnoreCase(type, "Gage"))
+      Gage_Weights.push_back(row);
+    else if (EqualsIgnoreCase(type, "Lake Stage"))
+      Lake_Stage_Weights.push_back(row);
   }
 }
 
@@ -49,7 +52,7 @@ bool OptWeight::OK(UserInterface& ui) {
       double v = 0;
       if (!ReadWeight(r.Weight, v)) {
         ui.MessageBox("Bad Entry", {"The weight of test point " + r.Label + " (\"" + r.Weight +
-                                        "\") must be a number of zero or more."});
+                                    "\") must be a number of zero or more."});
         return false;
       }
     }

@@ -10,8 +10,8 @@ namespace fs = std::filesystem;
 
 std::vector<std::string> UcodeDialog::OutputPatterns(const std::string& base) {
   std::vector<std::string> out;
-  for (const char* ext : {".#uout", "._os", "._r", "._w", "._ws", "._sc", "._sd", "._nm", "._mv",
-                          "._pa"})
+  for (const char* ext :
+       {".#uout", "._os", "._r", "._w", "._ws", "._sc", "._sd", "._nm", "._mv", "._pa"})
     out.push_back(base + ext);
   return out;
 }
@@ -22,8 +22,8 @@ void UcodeDialog::RefreshLists() {
   OutputFileList = Existing(OutputPatterns(p.base));
   std::error_code ec;
   cmdRunUCODEEnabled = true;
-  for (const std::string& name : {p.base + ".uni", p.base + ".pre", p.base + ".ext",
-                                  p.base + ".tpl"})
+  for (const std::string& name :
+       {p.base + ".uni", p.base + ".pre", p.base + ".ext", p.base + ".tpl"})
     if (!fs::exists(p.dir / name, ec)) cmdRunUCODEEnabled = false;
 }
 
@@ -63,10 +63,10 @@ bool UcodeDialog::RunUcode() {
 }
 
 void UcodeDialog::DeleteAll() {
-  if (!ctx_.ui->Question("Delete UCODE Files?",
-                         {"Warning: All Input and Output Files of the latest",
-                          "UCODE run will be deleted from the working directory.",
-                          "Do you wish to Continue?"}))
+  if (!ctx_.ui->Question(
+          "Delete UCODE Files?",
+          {"Warning: All Input and Output Files of the latest",
+           "UCODE run will be deleted from the working directory.", "Do you wish to Continue?"}))
     return;
   const EstimationProject p = Project();
   std::error_code ec;

@@ -88,8 +88,8 @@ std::string UcodeUniversalText(const std::vector<PestObservation>& observations,
   std::ostringstream s;
   s << top << kEol << "#####  UCODE Universal Input File   #####" << kEol
     << "#####                               #####" << kEol
-    << "#####    Written by TARNO           #####" << kEol
-    << "#####         " << date << "              #####" << kEol << top << kEol;
+    << "#####    Written by TARNO           #####" << kEol << "#####         " << date
+    << "              #####" << kEol << top << kEol;
   s << "         1          # PHASE" << kEol;
   s << "##### Sensitivity and Regression Control" << kEol;
   s << "         1          # DIFFERENCING" << kEol << "  0.005000          # TOL" << kEol
@@ -99,13 +99,14 @@ std::string UcodeUniversalText(const std::vector<PestObservation>& observations,
   s << "mrdrive             # INVERSION ALGORITHM" << kEol << "         1          # N-APPLICATIONS"
     << kEol << Spacer(modelCommandLine, 22) << "# APPLICATION MODEL EXECUTION COMMAND" << kEol;
   s << "##### Printing Options" << kEol;
-  s << "         3          # SCALE-SENSITIVITIES" << kEol << "         1          # PRINT-INTERMEDIATE"
-    << kEol << "         1          # GRAPH" << kEol << "         0          # NUMBER-RESIDUAL-SETS"
-    << kEol;
+  s << "         3          # SCALE-SENSITIVITIES" << kEol
+    << "         1          # PRINT-INTERMEDIATE" << kEol << "         1          # GRAPH" << kEol
+    << "         0          # NUMBER-RESIDUAL-SETS" << kEol;
   const std::string header = "# OBS-NAME   OBS-VALUE   STATISTIC   STAT-FLAG   PLOT-SYMBOL #";
   const std::string frame(header.size(), '#');
-  const std::pair<const char*, const char*> sections[] = {
-      {"Piezometer", "Head targets"}, {"Gage", "Stream Flow targets"}, {"Lake Stage", "Lake Stage targets"}};
+  const std::pair<const char*, const char*> sections[] = {{"Piezometer", "Head targets"},
+                                                          {"Gage", "Stream Flow targets"},
+                                                          {"Lake Stage", "Lake Stage targets"}};
   for (const auto& [type, title] : sections) {
     s << frame << kEol;
     s << Spacer(std::string("# ") + title, static_cast<int>(header.size()) - 1) << "#" << kEol;
@@ -124,24 +125,27 @@ std::string UcodePrepareText(const std::vector<UcodeParameter>& parameters, bool
                              const std::string& base, const std::string& version) {
   const std::string top = "#########################################";
   std::ostringstream s;
-  s << top << kEol << "#####     UCODE Prepare File        #####" << kEol
-    << "#####   TARNO " << version << "   #####" << kEol << top << kEol;
+  s << top << kEol << "#####     UCODE Prepare File        #####" << kEol << "#####   TARNO "
+    << version << "   #####" << kEol << top << kEol;
   if (recharge)
     s << "F YES #### .fnc file used to reverse the sign on recharge rates" << kEol;
   else
     s << "F no #### no .fnc file used" << kEol;
   s << "< " << base << ".tpl" << kEol << "> " << base << ".DAT" << kEol << "#" << kEol;
   const std::string frame =
-      "########################################### Parameter Data ###########################################";
+      "########################################### Parameter Data "
+      "###########################################";
   s << frame << kEol;
-  s << "# SEARCH-STRING  START-VALUE    MIN             MAX             PERTURBATION    FORMAT  LOG  "
+  s << "# SEARCH-STRING  START-VALUE    MIN             MAX             PERTURBATION    FORMAT  "
+       "LOG  "
        "ESTIMATE#"
     << kEol;
   s << std::string(frame.size(), '#') << kEol;
   for (const UcodeParameter& p : parameters) {
     s << Spacer("!" + p.tag + "!", 17) << Spacer(E5(p.start), 15) << Spacer(E5(p.min), 16)
-      << Spacer(E5(p.max), 16) << Spacer(E5(p.perturbation), 16) << "/!" << "%1.5e" << "!  "
-      << Spacer(p.log ? "1" : "0", 5) << "1" << kEol;
+      << Spacer(E5(p.max), 16) << Spacer(E5(p.perturbation), 16) << "/!"
+      << "%1.5e"
+      << "!  " << Spacer(p.log ? "1" : "0", 5) << "1" << kEol;
   }
   s << "END" << kEol;
   return s.str();
@@ -171,12 +175,14 @@ std::string UcodeExtractText(const std::vector<PestObservation>& observations,
   return s.str();
 }
 
-std::string UcodeFunctionText(const std::vector<std::string>& rechargeTags, const std::string& base) {
+std::string UcodeFunctionText(const std::vector<std::string>& rechargeTags,
+                              const std::string& base) {
   std::ostringstream s;
   s << "# Reverse sign on all recharges." << kEol
     << "# The TARNO GUI and TARNO Solver differ in respect to the convention of the sign on all "
        "recharges"
-    << kEol << "# The Solver requires the opposite sign of that which is stored in the project database."
+    << kEol
+    << "# The Solver requires the opposite sign of that which is stored in the project database."
     << kEol << "#" << kEol;
   s << ":file " << base << ".tpl" << kEol;
   for (const std::string& tag : rechargeTags)
@@ -185,7 +191,8 @@ std::string UcodeFunctionText(const std::vector<std::string>& rechargeTags, cons
 }
 
 std::string UcodeBatchText(const fs::path& baseDirectory, int size, const std::string& base) {
-  return baseDirectory.string() + "\\TARNO1.EXE " + std::to_string(size) + " " + base + ".dat" + kEol;
+  return baseDirectory.string() + "\\TARNO1.EXE " + std::to_string(size) + " " + base + ".dat" +
+         kEol;
 }
 
 std::string UcodeShellText(const fs::path& programDirectory, int size, const std::string& base) {
@@ -199,7 +206,7 @@ std::string UcodeShellText(const fs::path& programDirectory, int size, const std
 }
 
 std::vector<std::string> UcodeInputFiles(const std::string& base) {
-  return {base + ".uni", base + ".pre", base + ".ext", base + ".fnc",
+  return {base + ".uni", base + ".pre",   base + ".ext",  base + ".fnc",
           base + ".tpl", kUcodeBatchFile, kUcodeShellFile};
 }
 

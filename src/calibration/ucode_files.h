@@ -58,7 +58,8 @@ std::string UcodePrepareText(const std::vector<UcodeParameter>& parameters, bool
                              const std::string& base, const std::string& version);
 std::string UcodeExtractText(const std::vector<PestObservation>& observations,
                              const std::string& base);
-std::string UcodeFunctionText(const std::vector<std::string>& rechargeTags, const std::string& base);
+std::string UcodeFunctionText(const std::vector<std::string>& rechargeTags,
+                              const std::string& base);
 std::string UcodeBatchText(const std::filesystem::path& baseDirectory, int size,
                            const std::string& base);
 std::string UcodeShellText(const std::filesystem::path& programDirectory, int size,

@@ -75,8 +75,10 @@ TEST_F(EstimationViewTest, WeightsViewLocksTheLabelsAndChecksTheWeights) {
     Database db = Open();
     db.ExecuteRaw("insert into Vertices (PID, Seq, X, Y) values (-1, 0, 1, 1)");
     const auto vid = db.LastInsertId();
-    db.ExecuteRaw("insert into TestPoints (VID, Label, Type, ObsHead, PESTWeight, UCODEWeight) "
-                  "values (" + std::to_string(vid) + ", 'P1', 'Piezometer', 5, 2, 1)");
+    db.ExecuteRaw(
+        "insert into TestPoints (VID, Label, Type, ObsHead, PESTWeight, UCODEWeight) "
+        "values (" +
+        std::to_string(vid) + ", 'P1', 'Piezometer', 5, 2, 1)");
   }
   OptWeight model("PEST");
   {

@@ -82,8 +82,9 @@ TEST_F(PestDialogTest, RunRemovesTheOtherSpellingOfTheInputAndEnablesTheImport) 
   SolveContext ctx = Context(ui);
   state_.SolutionPresent = true;
   PestDialog d(ctx, nullptr);
-  ui.ExpectMessage("Warning", {"Running PEST will invalidate and remove your present solution.",
-                               "Do you wish to continue?"},
+  ui.ExpectMessage("Warning",
+                   {"Running PEST will invalidate and remove your present solution.",
+                    "Do you wish to continue?"},
                    Answer::No);
   EXPECT_FALSE(d.RunPest());
   EXPECT_FALSE(fs::exists(dir_ / "m.par"));
@@ -160,14 +161,15 @@ TEST_F(PestDialogTest, ImportShowsTheLogAndDeleteAllLeavesTheSolverInput) {
 
   ui.ExpectMessageTitled("Write PEST");
   d.WritePest();
-  ui.ExpectMessage("Delete PEST Files?",
-                   {"Warning: All Input and Output Files of the latest",
-                    "PEST run will be deleted from the working directory.", "Do you wish to Continue?"},
-                   Answer::Yes);
+  ui.ExpectMessage(
+      "Delete PEST Files?",
+      {"Warning: All Input and Output Files of the latest",
+       "PEST run will be deleted from the working directory.", "Do you wish to Continue?"},
+      Answer::Yes);
   d.DeleteAll();
   ui.Verify();
-  for (const char* name : {"m.pst", "m.ins", "m.tpl", "T-PEST.bat", "T-PEST.sh", "m.par",
-                           "PEST2TARNO.log"})
+  for (const char* name :
+       {"m.pst", "m.ins", "m.tpl", "T-PEST.bat", "T-PEST.sh", "m.par", "PEST2TARNO.log"})
     EXPECT_FALSE(fs::exists(dir_ / name)) << name;
   EXPECT_TRUE(fs::exists(dir_ / "m.dat"));
   EXPECT_TRUE(d.InputFileList.empty());

@@ -69,7 +69,8 @@ TEST_F(PestFilesTest, ControlAndInstructionFilesMatchTheHandWrittenOnes) {
 
 TEST_F(PestFilesTest, WithoutTestPointsTheControlFileHasNoObservations) {
   db_.Execute("update Model set chkScenarioHydCond=True, ScenHydCond='k', AQHydCond=2");
-  const auto lines = Lines(PestControlText(PestParameters(db_), PestObservations(db_), 0, "b", "x"));
+  const auto lines =
+      Lines(PestControlText(PestParameters(db_), PestObservations(db_), 0, "b", "x"));
   EXPECT_EQ(lines[3], "1 0 1 0 0");
   const auto groups = std::find(lines.begin(), lines.end(), "* observation groups");
   ASSERT_NE(groups, lines.end());
@@ -189,8 +190,8 @@ TEST_F(PestFilesTest, WritesEveryFileAndTheTemplateHoldsEveryParameterOfTheContr
 TEST_F(PestFilesTest, WithoutScenariosNothingIsWritten) {
   TestPoint("TP1", "Piezometer", 1, 1);
   ScriptedUserInterface ui;
-  ui.ExpectMessage("No Scenarios",
-                   {"There are no Scenarios in this project!", "No PEST Input files will be written."});
+  ui.ExpectMessage("No Scenarios", {"There are no Scenarios in this project!",
+                                    "No PEST Input files will be written."});
   SolveContext ctx = Context(ui);
   EXPECT_TRUE(WritePestFiles(ctx).empty());
   ui.Verify();

@@ -41,10 +41,11 @@ class ParImportTest : public PestProject {
 
 TEST_F(ParImportTest, WritesEveryRowOfATagAndLogsEachPlace) {
   ScriptedUserInterface ui;
-  ui.ExpectMessage("PEST Parameters Imported",
-                   {"Optimized Parameters listed in the TARNO2PEST.log, and currently shown, have been",
-                    "imported in the project and have been made the Current Values. ",
-                    "You may also view these values through 'Model->Implement Scenarios'"});
+  ui.ExpectMessage(
+      "PEST Parameters Imported",
+      {"Optimized Parameters listed in the TARNO2PEST.log, and currently shown, have been",
+       "imported in the project and have been made the Current Values. ",
+       "You may also view these values through 'Model->Implement Scenarios'"});
   const auto r = Import(kGood, ui);
   ui.Verify();
   EXPECT_TRUE(r.errors.empty());
@@ -78,7 +79,8 @@ TEST_F(ParImportTest, MissingAndEmptyFilesAreTold) {
                    {"Parameter File: " + (dir_ / "none").string() + ".par does not exist.",
                     "Cannot import PEST optimized parameter values."});
   ImportParFile(db_, dir_ / "none.par", ui, dir_ / kPestImportLog);
-  ui.ExpectMessage("File Is Empty", {"Parameter File: " + (dir_ / "m").string() + ".par is empty."});
+  ui.ExpectMessage("File Is Empty",
+                   {"Parameter File: " + (dir_ / "m").string() + ".par is empty."});
   Import("", ui);
   ui.Verify();
   ExpectUnchanged();
@@ -128,17 +130,19 @@ INSTANTIATE_TEST_SUITE_P(
         BadPar{"missing",
                "single point\nkaq 1 1 0\nbot 1 1 0\nkin 1 1 0\nrch2 1 1 0\nres 1 1 0\n",
                {"parameter \"rch1\" of the project is missing"}},
-        BadPar{"text in a number field",
-               "single point\nkaq 1 1 0\nbot 1x 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\nres 1 one 0\n",
-               {"line 3: \"1x\" is not a number (parameter \"bot\")",
-                "line 7: \"one\" is not a number (parameter \"res\")"}},
+        BadPar{
+            "text in a number field",
+            "single point\nkaq 1 1 0\nbot 1x 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\nres 1 one 0\n",
+            {"line 3: \"1x\" is not a number (parameter \"bot\")",
+             "line 7: \"one\" is not a number (parameter \"res\")"}},
         BadPar{"truncated",
                "single point\nkaq 1 1 0\nbot 1 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\nres 1.2",
                {"line 7: the line is cut short (2 of 4 fields: name, value, scale, offset): "
                 "\"res 1.2\""}},
-        BadPar{"too many fields",
-               "single point\nkaq 1 1 0 9\nbot 1 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\nres 1 1 0\n",
-               {"line 2: the line has 5 fields, not 4 (name, value, scale, offset): \"kaq 1 1 0 9\""}},
+        BadPar{
+            "too many fields",
+            "single point\nkaq 1 1 0 9\nbot 1 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\nres 1 1 0\n",
+            {"line 2: the line has 5 fields, not 4 (name, value, scale, offset): \"kaq 1 1 0 9\""}},
         BadPar{"twice",
                "single point\nkaq 1 1 0\nKAQ 2 1 0\nbot 1 1 0\nkin 1 1 0\nrch1 1 1 0\nrch2 1 1 0\n"
                "res 1 1 0\n",

@@ -79,8 +79,9 @@ class PestSolverRunTest : public PestProject {};
 TEST_F(PestSolverRunTest, TheTemplateFilledAsPestFillsItSolvesAndTheObservationIsRead) {
   const fs::path bin = TARNO_BIN_DIR;
   if (!fs::exists(bin / "tarno1")) GTEST_SKIP() << "the solver is not built";
-  db_.Execute("update Model set chkScenarioHydCond=True, ScenHydCond='kaq', AQHydCond=10, "
-              "AQBase=0, AQThickness=50");
+  db_.Execute(
+      "update Model set chkScenarioHydCond=True, ScenHydCond='kaq', AQHydCond=10, "
+      "AQBase=0, AQThickness=50");
   Add(ElementKind::Linesink, "River", At({{0, -500}, {0, 500}}), [](Row& r) {
     r.Set("HeadSpecified", true);
     r.Set("StartingHead", 20.0);

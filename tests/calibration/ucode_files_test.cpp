@@ -61,8 +61,8 @@ TEST_F(UcodeFilesTest, WithoutRechargeScenariosNoFunctionFileAndThePrepareFileSa
 
 TEST_F(UcodeFilesTest, WithoutScenariosNothingIsWritten) {
   ScriptedUserInterface ui;
-  ui.ExpectMessage("No Scenarios",
-                   {"There are no Scenarios in this project!", "No UCODE Input files will be written."});
+  ui.ExpectMessage("No Scenarios", {"There are no Scenarios in this project!",
+                                    "No UCODE Input files will be written."});
   SolveContext ctx = Context(ui);
   EXPECT_TRUE(WriteUcodeFiles(ctx).empty());
   ui.Verify();
@@ -95,7 +95,8 @@ TEST_F(UcodeFilesTest, DialogRunsPerlWithTheScriptAndDeleteAllLeavesTheSolverInp
   EXPECT_TRUE(d.RunUcode());
   ::setenv("PATH", saved.c_str(), 1);
   ui.Verify();
-  EXPECT_EQ(Read(dir_ / "perl-args.txt"), (ctx.programDirectory / "ucode.pl").string() + " m.uni m\n");
+  EXPECT_EQ(Read(dir_ / "perl-args.txt"),
+            (ctx.programDirectory / "ucode.pl").string() + " m.uni m\n");
   EXPECT_FALSE(fs::exists(dir_ / "m.dat"));
   EXPECT_EQ(d.OutputFileList, (std::vector<std::string>{"m._os"}));
 

@@ -21,8 +21,9 @@ class TarnocmdPestTest : public TarnocmdProject {
                              "HeadSpecified=1", "StartingHead=10", "EndingHead=10", "Resistance=2",
                              "chkScenario=1", "ScenResistance=res"});
     ASSERT_EQ(r.status, 0) << r.err;
-    ASSERT_EQ(Run({"add", project_, "testpoint", "50", "50", "--set", "Label=P1", "ObsHead=9"}).status,
-              0);
+    ASSERT_EQ(
+        Run({"add", project_, "testpoint", "50", "50", "--set", "Label=P1", "ObsHead=9"}).status,
+        0);
   }
   static std::string Read(const fs::path& p) {
     std::ifstream in(p, std::ios::binary);

@@ -60,8 +60,10 @@ void EstimationView::Build(const QString& title) {
   auto* left = new QVBoxLayout;
   const std::string name = S(title);
   if (pest_ != nullptr) {
-    left->addWidget(AddButton("Write PEST Input Files", "cmdWritePEST_Click", [this] { pest_->WritePest(); }));
-    left->addWidget(AddButton("Run PESTCHEK", "cmdPestcheck_Click", [this] { pest_->RunPestcheck(); }));
+    left->addWidget(
+        AddButton("Write PEST Input Files", "cmdWritePEST_Click", [this] { pest_->WritePest(); }));
+    left->addWidget(
+        AddButton("Run PESTCHEK", "cmdPestcheck_Click", [this] { pest_->RunPestcheck(); }));
     run_ = AddButton("Run PEST -->", "cmdRunPEST_Click", [this] { pest_->RunPest(); });
     left->addWidget(run_);
     import_ = AddButton("Import Optimized Parameters", "cmdImportPEST_Click",
@@ -69,14 +71,17 @@ void EstimationView::Build(const QString& title) {
     left->addWidget(import_);
     left->addWidget(AddButton("Delete All PEST Related Files", "cmdDeleteAll_Click",
                               [this] { pest_->DeleteAll(); }));
-    left->addWidget(AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { pest_->AssignWeights(); }));
+    left->addWidget(
+        AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { pest_->AssignWeights(); }));
   } else {
-    left->addWidget(AddButton("Write UCODE Input Files", "cmdWriteUCODE_Click", [this] { ucode_->WriteUcode(); }));
+    left->addWidget(AddButton("Write UCODE Input Files", "cmdWriteUCODE_Click",
+                              [this] { ucode_->WriteUcode(); }));
     run_ = AddButton("Run UCODE -->", "cmdRunUCODE_Click", [this] { ucode_->RunUcode(); });
     left->addWidget(run_);
     left->addWidget(AddButton("Delete All UCODE Related Files", "cmdDeleteAll_Click",
                               [this] { ucode_->DeleteAll(); }));
-    left->addWidget(AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { ucode_->AssignWeights(); }));
+    left->addWidget(
+        AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { ucode_->AssignWeights(); }));
   }
   left->addWidget(new QLabel(QStringLiteral("Input Files")));
   inputs_ = new QListWidget;
@@ -91,8 +96,9 @@ void EstimationView::Build(const QString& title) {
     if (std::filesystem::exists(path)) {
       QDesktopServices::openUrl(QUrl::fromLocalFile(Q(path.string())));
     } else {
-      ui_.MessageBox("Manual Not Found", {"The " + name + " manual (" + file + ") is not installed in",
-                                          ProgramDirectory().string() + "."});
+      ui_.MessageBox("Manual Not Found",
+                     {"The " + name + " manual (" + file + ") is not installed in",
+                      ProgramDirectory().string() + "."});
     }
   }));
   save_ = AddButton("Save", "cmdSave_Click", [this] { model_.Save(); });
@@ -148,8 +154,8 @@ void EstimationView::Sync() {
   if (S(text_->toPlainText()) != shown) text_->setPlainText(Q(shown));
   text_->setReadOnly(model_.TextBoxReadOnly);
   QPalette palette = text_->palette();
-  palette.setColor(QPalette::Base, model_.TextBoxReadOnly ? palette.color(QPalette::Window)
-                                                          : QColor(Qt::white));
+  palette.setColor(QPalette::Base,
+                   model_.TextBoxReadOnly ? palette.color(QPalette::Window) : QColor(Qt::white));
   text_->setPalette(palette);
   file_->setText(Q(model_.lblFile));
   save_->setEnabled(model_.cmdSaveEnabled);
@@ -194,8 +200,8 @@ OptWeightView::OptWeightView(OptWeight& model, UserInterface& ui, QWidget* paren
   setWindowTitle(Q(model.Caption()));
   auto* layout = new QVBoxLayout(this);
   auto* tabs = new QTabWidget;
-  const std::vector<OptWeight::WeightRow>* pages[3] = {&model.Piezometer_Weights, &model.Gage_Weights,
-                                                       &model.Lake_Stage_Weights};
+  const std::vector<OptWeight::WeightRow>* pages[3] = {
+      &model.Piezometer_Weights, &model.Gage_Weights, &model.Lake_Stage_Weights};
   const char* captions[3] = {"Piezometers", "Stream Gages", "Lake Stages"};
   for (int p = 0; p < 3; ++p) {
     auto* grid = new QTableWidget(static_cast<int>(pages[p]->size()), 2);
