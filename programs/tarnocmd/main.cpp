@@ -9,6 +9,8 @@
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
 //   tarnocmd stats <path>
+//   tarnocmd pest <path>
+//   tarnocmd import-par <path> <file.par>
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd scenario list|set|apply|clean ...   (tarnocmd_scenario.h)
 //   tarnocmd map add|list|remove ...           (tarnocmd_maps.h)
@@ -231,6 +233,14 @@ int main(int argc, char** argv) {
   if (command == "stats") {
     if (args.size() != 2) return BadUsage("stats takes a project path");
     return tarno::cmd::Stats(args[1], std::cout, std::cerr);
+  if (command == "pest") {
+    if (args.size() != 2) return BadUsage("pest takes a project path");
+    return tarno::cmd::Pest(args[1], std::cout, std::cerr);
+  }
+
+  if (command == "import-par") {
+    if (args.size() != 3) return BadUsage("import-par takes a project path and a .par file");
+    return tarno::cmd::ImportPar(args[1], args[2], std::cout, std::cerr);
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;

@@ -54,6 +54,12 @@ std::string UsageText() {
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
          "  tarnocmd stats <path>\n"
          "      Prints the residual statistics of the piezometers, gages and lake stages.\n"
+         "  tarnocmd pest <path>\n"
+         "      Writes the PEST files of the project's scenarios and test points\n"
+         "      (<base>.tpl, .ins, .pst, T-PEST.bat, T-PEST.sh) and prints their paths.\n"
+         "  tarnocmd import-par <path> <file.par>\n"
+         "      Imports the optimised values of a PEST parameter file into the project\n"
+         "      and writes PEST2TARNO.log; a faulty file is reported and changes nothing.\n"
          + ElementUsageText() + ScenarioUsageText() + MapUsageText() + ConvertUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"

@@ -14,6 +14,9 @@
 #include "calibration/scenario_dialog.h"
 #include "basemaps/browser.h"
 #include "basemaps/convert_tools.h"
+#include "calibration/pest_dialog.h"
+#include "calibration/pest_weights.h"
+#include "calibration/ucode_dialog.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -59,6 +62,7 @@ using ShownDialogs =
                Calibration,          // calibration statistics
                Scenarios,            // scenarios
                MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics,  // base maps
-               ReprojectMapsDialog, MapTargetDialog>;  // reprojection of maps
+               ReprojectMapsDialog, MapTargetDialog,  // reprojection of maps
+               PestDialog, UcodeDialog, TemplatePrompt, OptWeight>;  // estimation files
 
 }  // namespace tarno

@@ -74,6 +74,10 @@ const std::vector<DialogPage>& DialogPages() {
       {"Scenarios", "", "solving.md#implementing-scenarios"},
       {"ReprojectMaps", "", "converting-maps.md#reprojecting-maps"},
       {"MapTarget", "", "converting-maps.md#reprojecting-chosen-maps"},
+      {"PEST", "", "estimation.md#the-pest-dialog"},
+      {"UCODE", "", "estimation.md#the-ucode-dialog"},
+      {"TPLIterPrompt", "", "estimation.md#template-advice"},
+      {"OPTWeight", "", "estimation.md#test-point-weights"},
   };
   return pages;
 }
@@ -123,6 +127,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
       {"converting-maps.md",
        "Converting and Reprojecting Maps",
        {S("Converting maps"), S("Reprojecting maps"), S("Reprojecting chosen maps")}},
+      {"estimation.md",
+       "Parameter Estimation with PEST and UCODE",
+       {S("The PEST dialog"), S("The UCODE dialog"), S("Template advice"),
+        S("Test point weights")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

@@ -163,7 +163,6 @@ TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {
   }
   EXPECT_FALSE(MenuModel::Entry("FILE_CMDS(6)").built);  // printing
   EXPECT_FALSE(MenuModel::Entry("EDIT_CMDS(4)").built);  // Delete All
-  EXPECT_FALSE(MenuModel::Entry("PestMenu").built);
   EXPECT_FALSE(MenuModel::Entry("RESULTS_TABLE").built);
 }
 
@@ -193,6 +192,14 @@ TEST(MenuAvailability, AddingEntriesNeedAProjectAndTheSelectionEntriesASelection
   well.mouseOperation = true;
   EXPECT_FALSE(MenuModel::Enabled("EDIT_CMDS(0)", well));
   EXPECT_FALSE(MenuModel::Enabled("ELEM_NEW(0)", well));
+}
+
+TEST(MenuAvailability, TheEstimationDialogsNeedAnOpenProject) {
+  for (const char* key : {"PestMenu", "UcodeMenu"}) {
+    EXPECT_TRUE(MenuModel::Entry(key).built) << key;
+    EXPECT_TRUE(MenuModel::Enabled(key, WithSolution())) << key;
+    EXPECT_FALSE(MenuModel::Enabled(key, MenuState{})) << key;
+  }
 }
 
 TEST(MenuAvailability, ASolutionOpensContinueAndTheResultLayers) {

@@ -13,6 +13,8 @@
 #include "calibration/scenario_dialog.h"
 #include "basemaps/browser.h"
 #include "basemaps/catalogue.h"
+#include "calibration/pest_dialog.h"
+#include "calibration/ucode_dialog.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -193,6 +195,8 @@ void ShellController::RegisterCommands() {
       Zoom(kZoomRedraw);
     });
   }
+  c.Register("PestMenu", [this] { PestCommand(); });
+  c.Register("UcodeMenu", [this] { UcodeCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register(
       "TOOLS_CMDS(5)", [this] { MapBrowserCommand(); }, "MapBrowser");
@@ -510,6 +514,41 @@ void ShellController::ReprojectCommand() {
 void ShellController::SolverIntegrityCheckCommand() {
   RunOperation(port_, "SolverIntegrityCheck_Click",
                [&] { SolverIntegrityCheck_Click(port_, inspector_); });
+}
+
+namespace {
+
+// Shows an estimation dialog over `ctx`, with its lists filled.
+template <typename Dialog>
+void ShowEstimationDialog(UserInterface& ui, SolveContext& ctx, TemplatePromptMemory& prompt) {
+  Dialog dialog(ctx, &prompt);
+  dialog.RefreshLists();
+  ui.ShowModal(dialog);
+}
+
+}  // namespace
+
+void ShellController::PestCommand() {
+  RunOperation(port_, "PestMenu_Click", [&] {
+    // The window repaints while PEST runs the solver.
+    PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+    SolveContext ctx = SolveContextFor(&waiter);
+    ShowEstimationDialog<PestDialog>(port_, ctx, templatePrompt_);
+  });
+  SyncSolutionView();
+  Zoom(kZoomRedraw);
+  ApplyMenus();
+}
+
+void ShellController::UcodeCommand() {
+  RunOperation(port_, "UcodeMenu_Click", [&] {
+    PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+    SolveContext ctx = SolveContextFor(&waiter);
+    ShowEstimationDialog<UcodeDialog>(port_, ctx, templatePrompt_);
+  });
+  SyncSolutionView();
+  Zoom(kZoomRedraw);
+  ApplyMenus();
 }
 
 InspectReport ShellController::InspectAt(double x, double y) {

@@ -17,6 +17,7 @@
 #include "app/shell/command_registry.h"
 #include "app/shell/map_editor.h"
 #include "basemaps/convert_tools.h"
+#include "calibration/pest_files.h"
 #include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
@@ -124,6 +125,9 @@ class ShellController : public SessionHooks {
   // The Tools menu's CONVERT entries ("CONVERT(0)" to "CONVERT(5)") and Reproject Maps.
   void ConvertCommand(const std::string& key);
   void ReprojectCommand();
+  // Tools menu "PEST" and "UCODE": the dialogs of the estimation files and runs.
+  void PestCommand();
+  void UcodeCommand();
   // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point:
   // the "Model Results" box, one streamline drawn with the pathlines.
   InspectReport InspectAt(double x, double y);
@@ -232,6 +236,8 @@ class ShellController : public SessionHooks {
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;
+  // "Don't show again" of the template advice, for PEST and UCODE, for this run.
+  TemplatePromptMemory templatePrompt_;
   InspectorSettings inspector_;
 
   bool mouseOperation_ = false;
