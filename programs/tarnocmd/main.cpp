@@ -233,6 +233,8 @@ int main(int argc, char** argv) {
   if (command == "stats") {
     if (args.size() != 2) return BadUsage("stats takes a project path");
     return tarno::cmd::Stats(args[1], std::cout, std::cerr);
+  }
+
   if (command == "pest") {
     if (args.size() != 2) return BadUsage("pest takes a project path");
     return tarno::cmd::Pest(args[1], std::cout, std::cerr);
