@@ -428,7 +428,13 @@ std::filesystem::path ModelWriteInputFile(int writeType, bool solveOnly, bool si
     ec.ui = &ui;
     int level = 1;
     const bool isTemplate = writeType != kWriteNewSolve;
-    ToolsWriteTARNOElements(out, db, ec, !isTemplate, isTemplate, isTemplate ? "_" : "", level);
+    // PEST reads a parameter's name from its field without the blanks around it, and
+    // its control file pads the names with blanks: the fields are padded with blanks
+    // too (to the same width), or PEST finds the names of the control file nowhere in
+    // the template. UCODE's fields keep the underscores that its search strings and
+    // function file were written for.
+    const char* pad = writeType == kWritePestTemplate ? " " : writeType == kWriteUcodeTemplate ? "_" : "";
+    ToolsWriteTARNOElements(out, db, ec, !isTemplate, isTemplate, pad, level);
   }
 
   if (writeType == kWriteNewSolve && !silent) IterationsAdvice(db, s, ui);
