@@ -49,6 +49,12 @@ std::string UsageText() {
          "      integrity check with the given step (map units).\n"
          "  tarnocmd results <path> <table>\n"
          "      Prints a result table (WLResults, LSResults, ...) as CSV.\n"
+         "  tarnocmd estimate <path> [--no-import] [--use-files] [--threads N]\n"
+         "                           [--max-iterations N]\n"
+         "      Estimates the scenario parameters from the test points with the built-in\n"
+         "      estimator, writes <base>.par and the record <base>.erc and imports the\n"
+         "      values (not with --no-import). --use-files takes the PEST files as they\n"
+         "      stand instead of writing them anew.\n"
          + ElementUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
