@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -100,26 +101,36 @@ class ModelRunner {
     fs::remove_all(root_, ec);
   }
 
-  // Runs every set; the outcomes in the order of the sets. `done` is called as runs end.
+  // Runs every set; the outcomes in the order of the sets. `done` is called in the
+  // calling thread as runs end, so that a window can show it and pump its events.
   std::vector<RunOutcome> RunAll(const std::vector<std::vector<double>>& sets,
                                  const std::function<void()>& done) {
     std::vector<RunOutcome> out(sets.size());
     std::atomic<std::size_t> next{0};
     std::mutex m;
+    std::condition_variable cv;
+    std::size_t finished = 0;
     auto work = [&](int worker) {
       for (std::size_t i = next++; i < sets.size(); i = next++) {
-        out[i] = RunOne(worker, sets[i]);
+        RunOutcome r = RunOne(worker, sets[i]);
         std::lock_guard<std::mutex> lock(m);
-        if (done) done();
+        out[i] = std::move(r);
+        ++finished;
+        cv.notify_one();
       }
     };
     const int n = std::min<int>(workers_, static_cast<int>(sets.size()));
-    if (n <= 1) {
-      work(0);
-      return out;
-    }
     std::vector<std::thread> threads;
     for (int w = 0; w < n; ++w) threads.emplace_back(work, w);
+    std::size_t reported = 0;
+    while (reported < sets.size()) {
+      std::unique_lock<std::mutex> lock(m);
+      cv.wait(lock, [&] { return finished > reported; });
+      const std::size_t now = finished;
+      lock.unlock();
+      for (; reported < now; ++reported)
+        if (done) done();
+    }
     for (std::thread& t : threads) t.join();
     return out;
   }

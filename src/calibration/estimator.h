@@ -53,7 +53,8 @@ struct EstimatorOptions {
   std::filesystem::path supportFolder;
   // Called after the initial run and after each accepted iteration.
   std::function<void(const EstimatorIteration&)> onIteration;
-  // Called as model runs end: runs done, runs this iteration plans, iteration.
+  // Called in the calling thread as model runs end: runs done and runs planned in the
+  // present batch (the Jacobian, or the trial steps), and the iteration.
   std::function<void(int done, int planned, int iteration)> onProgress;
 };
 

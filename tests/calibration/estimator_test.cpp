@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "calibration/estimator.h"
+#include "calibration/estimator_dialog.h"
 #include "calibration/pest_files.h"
 #include "core/error.h"
 #include "pest_fixture.h"
@@ -194,6 +195,40 @@ TEST_F(SyntheticModelTest, ASolverThatFailsLeavesTheProjectUnchanged) {
   EXPECT_DOUBLE_EQ(Conductivity(), 60);
   EXPECT_DOUBLE_EQ(Recharge(), 0.0015);
   ui.Verify();
+}
+
+TEST_F(SyntheticModelTest, ThePestDialogsButtonEstimatesImportsAndShowsTheRecord) {
+  ScriptedUserInterface ui;
+  // A present solution is only given up after a Yes.
+  state_.SolutionPresent = true;
+  ui.ExpectMessageTitled("Warning", Answer::No);
+  SolveContext ctx = Context(ui);
+  BlockingWaiter waiter;
+  ctx.waiter = &waiter;
+  PestDialog dialog(ctx, nullptr);
+  EXPECT_FALSE(EstimateInPestDialog(dialog, ctx, {}));
+  EXPECT_FALSE(fs::exists(dir_ / "synth.pst"));
+  ui.Verify();
+
+  ui.ExpectMessageTitled("Warning", Answer::Yes);
+  ui.ExpectMessageTitled("PEST Parameters Imported");
+  std::vector<int> percents;
+  std::string lastText;
+  ASSERT_TRUE(EstimateInPestDialog(dialog, ctx, [&](int percent, const std::string& text) {
+    percents.push_back(percent);
+    lastText = text;
+  }));
+  ui.Verify();
+  ASSERT_FALSE(percents.empty());
+  for (int p : percents) {
+    EXPECT_GT(p, 0);
+    EXPECT_LE(p, 100);
+  }
+  EXPECT_EQ(lastText.rfind("Iteration ", 0), 0u) << lastText;
+  EXPECT_EQ(dialog.shownFile, "synth.erc");
+  EXPECT_NE(dialog.TextBox.find("Iteration 0  phi"), std::string::npos);
+  EXPECT_NEAR(Conductivity() / 20.0, 1, 1e-3);
+  EXPECT_NEAR(Recharge() / 0.0005, 1, 1e-3);
 }
 
 // A project with nothing to estimate is refused before anything is written.
