@@ -262,3 +262,40 @@ TEST_F(EstimatorRefusalTest, NoTestPointsOrNoTagsAreRefusedWithAMessage) {
 
 }  // namespace
 }  // namespace tarno::testing
+
+namespace tarno::testing {
+namespace {
+
+// tarnocmd estimate: its lines, its exit status, and a project it refuses.
+TEST(EstimateCommandTest, PrintsAnIterationPerLineAndRefusesBadInput) {
+  test::TempDir dir("est-cmd");
+  const std::vector<std::string> env = {"TARNO_CONFIG_DIR=" + (dir / "config").string()};
+  ASSERT_EQ(test::RunExecutable(fs::path(TARNO_SOURCE_DIR) / "examples" / "calibration-model.sh",
+                                {TARNO_BIN_DIR, dir.Path().string(), "4"}, {.env = env})
+                .status,
+            0);
+  const std::string project = (dir / "synth.trn").string();
+  test::RunResult r = test::RunProgram("tarnocmd", {"estimate", project, "--no-import", "--threads", "2"},
+                                       {.env = env});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("Iteration 0: phi ", 0), 0u) << r.out;
+  EXPECT_NE(r.out.find("\nIteration 1: phi "), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("Not imported (--no-import)"), std::string::npos) << r.out;
+  EXPECT_TRUE(fs::exists(dir / "synth.par"));
+
+  r = test::RunProgram("tarnocmd", {"estimate", project, "--threads", "zero"}, {.env = env});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("invalid number \"zero\" for --threads"), std::string::npos) << r.err;
+
+  // Without test points.
+  for (int i = 1; i <= 4; ++i)
+    ASSERT_EQ(test::RunProgram("tarnocmd", {"delete", project, "TP" + std::to_string(i)}, {.env = env}).status, 0);
+  r = test::RunProgram("tarnocmd", {"estimate", project}, {.env = env});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_NE(r.err.find("No Test Points: There are no Test Points with observations in this project!"),
+            std::string::npos)
+      << r.err;
+}
+
+}  // namespace
+}  // namespace tarno::testing
