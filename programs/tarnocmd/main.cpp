@@ -8,6 +8,8 @@
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
 //   tarnocmd inspect <path> <x> <y> [--elevation Z] [--integrity STEP] [--time T]
 //   tarnocmd results <path> <table>
+//   tarnocmd pest <path>
+//   tarnocmd import-par <path> <file.par>
 //   tarnocmd estimate <path> [--no-import] [--use-files] [--threads N] [--max-iterations N]
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd help
@@ -249,6 +251,16 @@ int main(int argc, char** argv) {
   if (command == "results") {
     if (args.size() != 3) return BadUsage("results takes a project path and a table name");
     return tarno::cmd::Results(args[1], args[2], std::cout, std::cerr);
+  }
+
+  if (command == "pest") {
+    if (args.size() != 2) return BadUsage("pest takes a project path");
+    return tarno::cmd::Pest(args[1], std::cout, std::cerr);
+  }
+
+  if (command == "import-par") {
+    if (args.size() != 3) return BadUsage("import-par takes a project path and a .par file");
+    return tarno::cmd::ImportPar(args[1], args[2], std::cout, std::cerr);
   }
 
   if (auto status = tarno::cmd::RunElementCommand(args, std::cout, std::cerr)) return *status;

@@ -107,4 +107,14 @@ struct BatchProject {
 // Reads it from the open project file; throws the store's errors.
 void LoadBatchProject(Database& db, BatchProject& project);
 
+// tarnocmd pest: writes the PEST files of the project (<base>.tpl, .ins, .pst,
+// T-PEST.bat, T-PEST.sh) and prints their paths. 1 without scenarios or on an error.
+int Pest(const std::string& path, std::ostream& out, std::ostream& err);
+
+// tarnocmd import-par: imports the optimised values of a PEST parameter file, writes
+// PEST2TARNO.log and prints its lines. 1 when nothing was imported (a bad file is
+// told line by line, and then nothing is imported).
+int ImportPar(const std::string& path, const std::string& parFile, std::ostream& out,
+              std::ostream& err);
+
 }  // namespace tarno::cmd

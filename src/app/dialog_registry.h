@@ -9,6 +9,9 @@
 #include <vector>
 
 #include "app/shell_models.h"
+#include "calibration/pest_dialog.h"
+#include "calibration/pest_weights.h"
+#include "calibration/ucode_dialog.h"
 #include "display/navigation.h"
 #include "elements/barrier_dialog.h"
 #include "elements/flux_inspect_dialog.h"
@@ -49,6 +52,7 @@ using ShownDialogs =
                NoFlowString, Inhomogeneity, Lake, UniformFlow,  // barriers, areas, uniform flow
                TestPointProperties, ParticleProperties, FluxInspectDialog,
                TextLabelProperties,  // observation and tracing objects, text labels
-               LSConfirm>;           // editing vertices
+               LSConfirm,            // editing vertices
+               PestDialog, UcodeDialog, TemplatePrompt, OptWeight>;  // estimation files
 
 }  // namespace tarno

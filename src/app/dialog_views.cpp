@@ -15,6 +15,7 @@
 #include "app/views/model_settings_view.h"
 #include "app/views/new_database_wizard_view.h"
 #include "app/views/particle_view.h"
+#include "app/views/pest_view.h"
 #include "app/views/project_settings_view.h"
 #include "app/views/restore_window_view.h"
 #include "app/views/solve_views.h"
@@ -133,6 +134,18 @@ auto MakeView(TextLabelProperties& m, const ViewContext& c, QWidget* parent) {
 }
 auto MakeView(LSConfirm& m, const ViewContext&, QWidget* parent) {
   return std::make_unique<LSConfirmView>(m, parent);
+}
+auto MakeView(PestDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<EstimationView>(m, *c.port, parent);
+}
+auto MakeView(UcodeDialog& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<EstimationView>(m, *c.port, parent);
+}
+auto MakeView(TemplatePrompt& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<TemplatePromptView>(m, parent);
+}
+auto MakeView(OptWeight& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<OptWeightView>(m, *c.port, parent);
 }
 
 }  // namespace

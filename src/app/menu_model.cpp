@@ -139,8 +139,8 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("ToolsSearch", "TOOLSMENU", "Search"));
   e.push_back(Cmd("SolverIntegrityCheck", "TOOLSMENU", "Solver Integrity Check"));
   e.push_back(Later("LeakageCheck", "TOOLSMENU", "Leakage Check"));
-  e.push_back(Later("PestMenu", "TOOLSMENU", "PEST", true));
-  e.push_back(Later("UcodeMenu", "TOOLSMENU", "UCODE"));
+  e.push_back(Cmd("PestMenu", "TOOLSMENU", "PEST", N::Project, true, "", true));
+  e.push_back(Cmd("UcodeMenu", "TOOLSMENU", "UCODE"));
   e.push_back(Later("DBRepair", "TOOLSMENU", "Database Repair", true));
   // Window: the zoom commands (their action numbers follow the key).
   e.push_back(Top("WINDOWMENU", "&Window", N::Project));

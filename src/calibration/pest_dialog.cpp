@@ -16,14 +16,14 @@ namespace tarno {
 
 namespace fs = std::filesystem;
 
-// ---- EstimationFilesDialog ----
+// ---- EstimationFiles ----
 
-EstimationProject EstimationFilesDialog::Project() const {
+EstimationProject EstimationFiles::Project() const {
   Database db = Database::Open(ctx_.projectPath);
   return LoadEstimationProject(db);
 }
 
-std::vector<std::string> EstimationFilesDialog::Existing(
+std::vector<std::string> EstimationFiles::Existing(
     const std::vector<std::string>& patterns) const {
   const fs::path dir = Project().dir;
   std::vector<std::string> out;
@@ -33,14 +33,14 @@ std::vector<std::string> EstimationFilesDialog::Existing(
   return out;
 }
 
-void EstimationFilesDialog::ShowFile(const std::string& name, const std::string& kind) {
+void EstimationFiles::ShowFile(const std::string& name, const std::string& kind) {
   UserInterface& ui = *ctx_.ui;
   const fs::path path = Project().dir / name;
   std::error_code ec;
   const std::uintmax_t size = fs::file_size(path, ec);
   if (!ec && size > kTextBoxLimit) {
     ui.ShowTextFile(path.string());
-    ui.MessageBox(DialogName(),
+    ui.MessageBox(Title(),
                   {"File " + name + " was too large to display here... using notepad."});
     return;
   }
@@ -52,19 +52,19 @@ void EstimationFilesDialog::ShowFile(const std::string& name, const std::string&
   textChanged = false;
 }
 
-void EstimationFilesDialog::EditText(const std::string& text) {
+void EstimationFiles::EditText(const std::string& text) {
   if (TextBoxReadOnly || text == TextBox) return;
   TextBox = text;
   textChanged = true;
 }
 
-void EstimationFilesDialog::Save() {
+void EstimationFiles::Save() {
   if (shownFile.empty() || TextBoxReadOnly) return;
   WriteTextFile(Project().dir / shownFile, TextBox);
   textChanged = false;
 }
 
-void EstimationFilesDialog::OfferSave() {
+void EstimationFiles::OfferSave() {
   if (!textChanged) return;
   if (ctx_.ui->Question("Save Changes", {"You have made changes to the " + shownFile,
                                          "Would you like to save these changes?"}))
@@ -72,22 +72,22 @@ void EstimationFilesDialog::OfferSave() {
   textChanged = false;
 }
 
-void EstimationFilesDialog::InputListClick(const std::string& name) {
+void EstimationFiles::InputListClick(const std::string& name) {
   OfferSave();
   ShowFile(name, "INPUT");
 }
 
-void EstimationFilesDialog::OutputListClick(const std::string& name) {
+void EstimationFiles::OutputListClick(const std::string& name) {
   OfferSave();
   ShowFile(name, "OUTPUT");
 }
 
-void EstimationFilesDialog::Done() {
+void EstimationFiles::Done() {
   OfferSave();
   closed = true;
 }
 
-void EstimationFilesDialog::ClearShown() {
+void EstimationFiles::ClearShown() {
   TextBox.clear();
   shownFile.clear();
   lblFile.clear();
@@ -96,7 +96,7 @@ void EstimationFilesDialog::ClearShown() {
   cmdSaveEnabled = false;
 }
 
-bool EstimationFilesDialog::ReportFatalRun() {
+bool EstimationFiles::ReportFatalRun() {
   const fs::path ops = FindFileNoCase(Project().dir, "TARNO.OPS");
   if (ops.empty()) return false;
   std::vector<std::string> lines{"TARNO Encountered a fatal error: ", ""};
@@ -112,7 +112,7 @@ bool EstimationFilesDialog::ReportFatalRun() {
   return true;
 }
 
-int EstimationFilesDialog::RunAndWait(const fs::path& program, const std::vector<std::string>& args,
+int EstimationFiles::RunAndWait(const fs::path& program, const std::vector<std::string>& args,
                                       const fs::path& output) {
   BlockingWaiter blocking;
   ProcessWaiter& waiter = ctx_.waiter != nullptr ? *ctx_.waiter : blocking;
@@ -130,14 +130,14 @@ int EstimationFilesDialog::RunAndWait(const fs::path& program, const std::vector
   return status;
 }
 
-void EstimationFilesDialog::RemoveOtherSpellingsOfTheInput(const EstimationProject& p) {
+void EstimationFiles::RemoveOtherSpellingsOfTheInput(const EstimationProject& p) {
   const std::string exact = p.base + ".DAT";
   std::error_code ec;
   for (const fs::path& f : FilesNamedNoCase(p.dir, exact))
     if (f.filename().string() != exact) fs::remove(f, ec);
 }
 
-void EstimationFilesDialog::InvalidateAfterRun(const EstimationProject& p) {
+void EstimationFiles::InvalidateAfterRun(const EstimationProject& p) {
   BlockingWaiter blocking;
   SolveContext c = ctx_;
   if (c.waiter == nullptr) c.waiter = &blocking;

@@ -25,13 +25,16 @@
 namespace tarno {
 
 // What the two dialogs share: the file lists and the text box.
-class EstimationFilesDialog : public DialogModel {
+class EstimationFiles {
  public:
+  virtual ~EstimationFiles() = default;
+  // The dialog's title ("PEST", "UCODE").
+  virtual std::string Title() const = 0;
   // Files larger than this are not put into the text box but given to the system's
   // viewer (UserInterface::ShowTextFile).
   static constexpr std::uintmax_t kTextBoxLimit = 4u * 1024u * 1024u;
 
-  explicit EstimationFilesDialog(SolveContext& ctx) : ctx_(ctx) {}
+  explicit EstimationFiles(SolveContext& ctx) : ctx_(ctx) {}
 
   // The two lists, the entries that exist in the project's folder, in the order of
   // their patterns; and the buttons that depend on them.
@@ -91,13 +94,14 @@ class EstimationFilesDialog : public DialogModel {
 };
 
 // The "PEST" dialog.
-class PestDialog : public EstimationFilesDialog {
+class PestDialog : public DialogModel, public EstimationFiles {
  public:
   static constexpr const char* kName = "PEST";
   std::string DialogName() const override { return kName; }
+  std::string Title() const override { return kName; }
 
   PestDialog(SolveContext& ctx, TemplatePromptMemory* prompt)
-      : EstimationFilesDialog(ctx), prompt_(prompt) {}
+      : EstimationFiles(ctx), prompt_(prompt) {}
 
   void RefreshLists() override;
   // cmdWritePEST: "Write PEST Input Files".

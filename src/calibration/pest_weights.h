@@ -23,7 +23,7 @@ class OptWeight : public DialogModel {
   explicit OptWeight(std::string type) : optType(std::move(type)) {}
 
   std::string Caption() const;
-  // Reads the three pages from TestPoints.
+  // Fills the three pages with the test points and their weights.
   void init(Database& db);
   // OK: every weight must be a number of zero or more ("Bad Entry" names the label
   // and the text, the dialog stays, false); then Result is 1.

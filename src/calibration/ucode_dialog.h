@@ -11,13 +11,14 @@
 
 namespace tarno {
 
-class UcodeDialog : public EstimationFilesDialog {
+class UcodeDialog : public DialogModel, public EstimationFiles {
  public:
   static constexpr const char* kName = "UCODE";
   std::string DialogName() const override { return kName; }
+  std::string Title() const override { return kName; }
 
   UcodeDialog(SolveContext& ctx, TemplatePromptMemory* prompt)
-      : EstimationFilesDialog(ctx), prompt_(prompt) {}
+      : EstimationFiles(ctx), prompt_(prompt) {}
 
   void RefreshLists() override;
   // cmdWriteUCODE: "Write UCODE Input Files".

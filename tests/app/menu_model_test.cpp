@@ -149,8 +149,15 @@ TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {
   }
   EXPECT_FALSE(MenuModel::Entry("FILE_CMDS(6)").built);  // printing
   EXPECT_FALSE(MenuModel::Entry("ELEM_NEW(0)").built);   // editing by mouse
-  EXPECT_FALSE(MenuModel::Entry("PestMenu").built);
   EXPECT_FALSE(MenuModel::Entry("RESULTS_TABLE").built);
+}
+
+TEST(MenuAvailability, TheEstimationDialogsNeedAnOpenProject) {
+  for (const char* key : {"PestMenu", "UcodeMenu"}) {
+    EXPECT_TRUE(MenuModel::Entry(key).built) << key;
+    EXPECT_TRUE(MenuModel::Enabled(key, WithSolution())) << key;
+    EXPECT_FALSE(MenuModel::Enabled(key, MenuState{})) << key;
+  }
 }
 
 TEST(MenuAvailability, ASolutionOpensContinueAndTheResultLayers) {

@@ -9,6 +9,8 @@
 #include "app/help_model.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
+#include "calibration/pest_dialog.h"
+#include "calibration/ucode_dialog.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
@@ -154,6 +156,8 @@ void ShellController::RegisterCommands() {
   c.Register("SET_TIME", [this] { SetTimeCommand(); });
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
+  c.Register("PestMenu", [this] { PestCommand(); });
+  c.Register("UcodeMenu", [this] { UcodeCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
   c.Register("About", [this] { About(); });
   c.RegisterPrefix(
@@ -415,6 +419,41 @@ void ShellController::InspectorSettingsCommand() {
 void ShellController::SolverIntegrityCheckCommand() {
   RunOperation(port_, "SolverIntegrityCheck_Click",
                [&] { SolverIntegrityCheck_Click(port_, inspector_); });
+}
+
+namespace {
+
+// Shows an estimation dialog over `ctx`, with its lists filled.
+template <typename Dialog>
+void ShowEstimationDialog(UserInterface& ui, SolveContext& ctx, TemplatePromptMemory& prompt) {
+  Dialog dialog(ctx, &prompt);
+  dialog.RefreshLists();
+  ui.ShowModal(dialog);
+}
+
+}  // namespace
+
+void ShellController::PestCommand() {
+  RunOperation(port_, "PestMenu_Click", [&] {
+    // The window repaints while PEST runs the solver.
+    PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+    SolveContext ctx = SolveContextFor(&waiter);
+    ShowEstimationDialog<PestDialog>(port_, ctx, templatePrompt_);
+  });
+  SyncSolutionView();
+  Zoom(kZoomRedraw);
+  ApplyMenus();
+}
+
+void ShellController::UcodeCommand() {
+  RunOperation(port_, "UcodeMenu_Click", [&] {
+    PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
+    SolveContext ctx = SolveContextFor(&waiter);
+    ShowEstimationDialog<UcodeDialog>(port_, ctx, templatePrompt_);
+  });
+  SyncSolutionView();
+  Zoom(kZoomRedraw);
+  ApplyMenus();
 }
 
 InspectReport ShellController::InspectAt(double x, double y) {

@@ -15,6 +15,7 @@
 #include "app/app_port.h"
 #include "app/menu_model.h"
 #include "app/shell/command_registry.h"
+#include "calibration/pest_files.h"
 #include "display/basemap_layer.h"
 #include "display/map_state.h"
 #include "display/redraw.h"
@@ -116,6 +117,9 @@ class ShellController : public SessionHooks {
   // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
   void InspectorSettingsCommand();
   void SolverIntegrityCheckCommand();
+  // Tools menu "PEST" and "UCODE": the dialogs of the estimation files and runs.
+  void PestCommand();
+  void UcodeCommand();
   // The questions of a Shift-click (Shift+Ctrl for the streamline) at a map point:
   // the "Model Results" box, one streamline drawn with the pathlines.
   InspectReport InspectAt(double x, double y);
@@ -216,6 +220,8 @@ class ShellController : public SessionHooks {
   ModelSettings settings_;
   SolutionState solution_;
   SolveReport lastSolve_;
+  // "Don't show again" of the template advice, for PEST and UCODE, for this run.
+  TemplatePromptMemory templatePrompt_;
   InspectorSettings inspector_;
 
   bool mouseOperation_ = false;
