@@ -35,11 +35,13 @@ int main(int argc, char** argv) {
   const fs::path project = argv[1];
   std::vector<int> workers;
   for (int i = 2; i < argc; ++i) workers.push_back(std::max(1, std::atoi(argv[i])));
-  if (workers.empty()) workers = {1, static_cast<int>(std::max(1u, std::thread::hardware_concurrency()))};
+  if (workers.empty())
+    workers = {1, static_cast<int>(std::max(1u, std::thread::hardware_concurrency()))};
 
   std::ostringstream messages;
   ConsoleUserInterface ui(messages, Answer::OK);
-  ui.SetModalHandler("Iterations", [](DialogModel& m) { dynamic_cast<IterationsDialog&>(m).Result = 2; });
+  ui.SetModalHandler("Iterations",
+                     [](DialogModel& m) { dynamic_cast<IterationsDialog&>(m).Result = 2; });
   ModelSettings settings;
   {
     Database db = Database::Open(project);
@@ -66,7 +68,8 @@ int main(int argc, char** argv) {
     const EstimateReport rep = RunEstimation(ctx, o, false);
     const double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     if (!rep.ok) {
-      std::fprintf(stderr, "estimation failed: %s\n%s", rep.failure.c_str(), messages.str().c_str());
+      std::fprintf(stderr, "estimation failed: %s\n%s", rep.failure.c_str(),
+                   messages.str().c_str());
       return 1;
     }
     if (serial == 0) serial = s;

@@ -82,7 +82,8 @@ int Estimate(const EstimateCommandOptions& options, std::ostream& out, std::ostr
   out << "Parameter file: " << rep.parFile.string() << "\n";
   out << "Record: " << rep.recordFile.string() << "\n";
   out << (options.noImport ? "Not imported (--no-import)\n"
-                           : rep.imported ? "Imported into the project\n" : "Not imported\n");
+          : rep.imported   ? "Imported into the project\n"
+                           : "Not imported\n");
   return options.noImport || rep.imported ? 0 : 1;
 }
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <cmath>
+#include <condition_variable>
 #include <cstdio>
 #include <limits>
 #include <mutex>
@@ -74,7 +74,8 @@ class ModelRunner {
     instructionText_ = ReadTextFile(cf.instructionFile);
     const fs::path base = options.workRoot.empty() ? fs::temp_directory_path() : options.workRoot;
     static std::atomic<int> serial{0};
-    root_ = base / ("tarno-estimate-" + std::to_string(::getpid()) + "-" + std::to_string(serial++));
+    root_ =
+        base / ("tarno-estimate-" + std::to_string(::getpid()) + "-" + std::to_string(serial++));
     fs::create_directories(root_);
     support_ = options.supportFolder.empty() ? cf.path.parent_path() : options.supportFolder;
     // The model command names a script of the control file's folder ("./T-PEST.sh");
@@ -83,8 +84,9 @@ class ModelRunner {
     const std::size_t end = command_.find_first_of(" \t");
     const std::string first = command_.substr(0, end);
     if (!fs::path(first).is_absolute() && fs::exists(cf.path.parent_path() / first))
-      command_ = ShellQuoted(fs::absolute(cf.path.parent_path() / first).lexically_normal().string()) +
-                 (end == std::string::npos ? std::string() : command_.substr(end));
+      command_ =
+          ShellQuoted(fs::absolute(cf.path.parent_path() / first).lexically_normal().string()) +
+          (end == std::string::npos ? std::string() : command_.substr(end));
     for (int w = 0; w < workers_; ++w) {
       const fs::path d = root_ / ("run" + std::to_string(w + 1));
       fs::create_directories(d);
@@ -140,14 +142,16 @@ class ModelRunner {
     RunOutcome r;
     const fs::path d = root_ / ("run" + std::to_string(worker + 1));
     std::error_code ec;
-    for (const std::string& name : {cf_.modelOutput, std::string("TARNO.OPS")}) fs::remove(d / name, ec);
+    for (const std::string& name : {cf_.modelOutput, std::string("TARNO.OPS")})
+      fs::remove(d / name, ec);
     std::map<std::string, double> modelValues;
     for (std::size_t j = 0; j < values.size(); ++j)
       modelValues[UpperName(cf_.parameters[j].name)] = ModelValue(cf_.parameters[j], values[j]);
     try {
       WriteTextFile(d / cf_.modelInput,
                     FillTemplate(templateText_, modelValues, cf_.templateFile.string()));
-      const pid_t pid = StartProgram("/bin/sh", {"-c", command_}, d, d / "model.out", d / "model.err");
+      const pid_t pid =
+          StartProgram("/bin/sh", {"-c", command_}, d, d / "model.out", d / "model.err");
       BlockingWaiter waiter;
       const int status = WaitForTerm1(waiter, pid);
       const std::string ops = FileText(d / "TARNO.OPS");
@@ -245,8 +249,9 @@ EstimatorResult Estimate(const ControlFile& cf, const EstimatorOptions& options)
     return cf.parameters[j].transform == "log" ? std::pow(10.0, t) : t;
   };
 
-  int threads = options.threads > 0 ? options.threads
-                                    : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+  int threads = options.threads > 0
+                    ? options.threads
+                    : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
   threads = std::min<int>(threads, static_cast<int>(std::max<std::size_t>(nf, 3)));
   ModelRunner runner(cf, options, threads);
 
@@ -266,9 +271,9 @@ EstimatorResult Estimate(const ControlFile& cf, const EstimatorOptions& options)
     for (std::size_t k = 0; k < outs.size(); ++k)
       if (!outs[k].ok) {
         res.ok = false;
-        res.failure = "Model run " + std::to_string(res.runs - static_cast<int>(outs.size()) + k + 1) +
-                      " (" + what + ", iteration " + std::to_string(iteration) + ") failed: " +
-                      outs[k].failure;
+        res.failure =
+            "Model run " + std::to_string(res.runs - static_cast<int>(outs.size()) + k + 1) + " (" +
+            what + ", iteration " + std::to_string(iteration) + ") failed: " + outs[k].failure;
         return true;
       }
     return false;
@@ -316,9 +321,11 @@ EstimatorResult Estimate(const ControlFile& cf, const EstimatorOptions& options)
       const std::size_t j = free[k];
       const ControlParameter& p = cf.parameters[j];
       const double t = toT(j, values[j]);
-      double h = p.transform == "log"
-                     ? std::log10(1 + kRelativeIncrement)
-                     : kRelativeIncrement * std::max(std::abs(t), std::max(std::abs(p.lower), std::abs(p.upper)) * 1e-3);
+      double h =
+          p.transform == "log"
+              ? std::log10(1 + kRelativeIncrement)
+              : kRelativeIncrement *
+                    std::max(std::abs(t), std::max(std::abs(p.lower), std::abs(p.upper)) * 1e-3);
       if (h == 0) h = kRelativeIncrement;
       if (t + h > toT(j, p.upper)) h = -h;
       steps[k] = h;
@@ -423,25 +430,27 @@ std::string EstimatorRecordText(const ControlFile& cf, const EstimatorResult& r)
   s += "Parameters: " + std::to_string(cf.parameters.size()) +
        "  Observations: " + std::to_string(cf.observations.size()) + "\r\n\r\n";
   for (const EstimatorIteration& it : r.history) {
-    std::snprintf(buf, sizeof buf, "Iteration %d  phi %.10E  lambda %.3E  model runs %d\r\n", it.number,
-                  it.phi, it.lambda, it.runs);
+    std::snprintf(buf, sizeof buf, "Iteration %d  phi %.10E  lambda %.3E  model runs %d\r\n",
+                  it.number, it.phi, it.lambda, it.runs);
     s += buf;
     s += "  Parameter        Value\r\n";
     for (std::size_t j = 0; j < cf.parameters.size(); ++j) {
-      std::snprintf(buf, sizeof buf, "  %-12s %22.15E\r\n", cf.parameters[j].name.c_str(), it.values[j]);
+      std::snprintf(buf, sizeof buf, "  %-12s %22.15E\r\n", cf.parameters[j].name.c_str(),
+                    it.values[j]);
       s += buf;
     }
     s += "  Observation          Observed        Simulated       Weight        Residual\r\n";
     for (std::size_t i = 0; i < cf.observations.size() && i < it.simulated.size(); ++i) {
       const ControlObservation& o = cf.observations[i];
-      std::snprintf(buf, sizeof buf, "  %-16s %15.7E %15.7E %12.5E %15.7E\r\n", o.name.c_str(), o.value,
-                    it.simulated[i], o.weight, o.value - it.simulated[i]);
+      std::snprintf(buf, sizeof buf, "  %-16s %15.7E %15.7E %12.5E %15.7E\r\n", o.name.c_str(),
+                    o.value, it.simulated[i], o.weight, o.value - it.simulated[i]);
       s += buf;
     }
     s += "\r\n";
   }
   if (r.ok) {
-    std::snprintf(buf, sizeof buf, "Ended after %d iterations and %d model runs: %s. Final phi %.10E\r\n",
+    std::snprintf(buf, sizeof buf,
+                  "Ended after %d iterations and %d model runs: %s. Final phi %.10E\r\n",
                   r.iterations, r.runs, r.stopReason.c_str(), r.phi);
     s += buf;
   } else {
@@ -488,8 +497,9 @@ EstimateReport RunEstimation(SolveContext& ctx, const EstimatorOptions& options,
     Database db = Database::Open(ctx.projectPath);
     if (PestObservations(db).empty()) {
       rep.failure = "the project has no test points with observations";
-      ui.MessageBox(kNoTestPointsTitle, {"There are no Test Points with observations in this project!",
-                                         "No estimation will be made."});
+      ui.MessageBox(kNoTestPointsTitle,
+                    {"There are no Test Points with observations in this project!",
+                     "No estimation will be made."});
       return rep;
     }
     if (!AnyScenario(db)) {
@@ -513,8 +523,8 @@ EstimateReport RunEstimation(SolveContext& ctx, const EstimatorOptions& options,
     cf = ReadControlFile(pst);
   } catch (const Error& e) {
     rep.failure = e.what();
-    ui.MessageBox(kEstimationFailedTitle, {"The control file cannot be read:", e.what(),
-                                           "The project was not changed."});
+    ui.MessageBox(kEstimationFailedTitle,
+                  {"The control file cannot be read:", e.what(), "The project was not changed."});
     return rep;
   }
   EstimatorOptions o = options;

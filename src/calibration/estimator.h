@@ -34,7 +34,7 @@ namespace tarno {
 struct SolveContext;
 
 struct EstimatorIteration {
-  int number = 0;              // 0: the initial values
+  int number = 0;  // 0: the initial values
   double phi = 0.0;
   double lambda = 0.0;         // the Marquardt parameter of the accepted step
   int runs = 0;                // model runs so far
@@ -43,7 +43,7 @@ struct EstimatorIteration {
 };
 
 struct EstimatorOptions {
-  int threads = 0;          // 0: all cores
+  int threads = 0;  // 0: all cores
   int maxIterations = 30;
   // Where the run folders are made (one per worker, removed at the end); empty: the
   // system's temporary folder.
@@ -60,9 +60,9 @@ struct EstimatorOptions {
 
 struct EstimatorResult {
   bool ok = false;
-  std::string failure;          // why the estimation stopped without a result
-  std::string stopReason;       // why a successful estimation ended
-  std::vector<double> values;   // the best values found (all parameters)
+  std::string failure;         // why the estimation stopped without a result
+  std::string stopReason;      // why a successful estimation ended
+  std::vector<double> values;  // the best values found (all parameters)
   double phi = 0.0;
   int iterations = 0;
   int runs = 0;

@@ -13,8 +13,9 @@ bool EstimateInPestDialog(PestDialog& dialog, SolveContext& ctx,
                           const std::function<void(int, const std::string&)>& progress) {
   UserInterface& ui = *ctx.ui;
   if (ctx.state != nullptr && ctx.state->SolutionPresent &&
-      !ui.Question("Warning", {"Running the estimator will invalidate and remove your present solution.",
-                               "Do you wish to continue?"}))
+      !ui.Question("Warning",
+                   {"Running the estimator will invalidate and remove your present solution.",
+                    "Do you wish to continue?"}))
     return false;
   dialog.OfferSave();
   EstimationProject p;
@@ -29,9 +30,9 @@ bool EstimateInPestDialog(PestDialog& dialog, SolveContext& ctx,
   EstimatorOptions o;
   o.onProgress = [&](int done, int planned, int iteration) {
     if (!progress) return;
-    progress(planned > 0 ? done * 100 / planned : 100,
-             "Iteration " + std::to_string(iteration) + ": model run " + std::to_string(done) + " of " +
-                 std::to_string(planned));
+    progress(planned > 0 ? done * 100 / planned : 100, "Iteration " + std::to_string(iteration) +
+                                                           ": model run " + std::to_string(done) +
+                                                           " of " + std::to_string(planned));
   };
   const EstimateReport rep = RunEstimation(ctx, o, true, haveFiles);
   if (rep.imported) InvalidateSolution(ctx, false, true);

@@ -22,7 +22,8 @@ inline constexpr const char* kEstimateButtonCaption = "Estimate Without PEST";
 
 // False when the user stopped it or the estimation gave no result (the messages said
 // why).
-bool EstimateInPestDialog(PestDialog& dialog, SolveContext& ctx,
-                          const std::function<void(int percent, const std::string& text)>& progress);
+bool EstimateInPestDialog(
+    PestDialog& dialog, SolveContext& ctx,
+    const std::function<void(int percent, const std::string& text)>& progress);
 
 }  // namespace tarno

@@ -61,7 +61,8 @@ bool ParseDouble(const std::string& word, double& out) {
 double Number(const fs::path& file, std::size_t lineNo, const std::string& line,
               const std::string& word, const char* what) {
   double v = 0;
-  if (!ParseDouble(word, v)) Fail(file, lineNo, line, std::string("the ") + what + " \"" + word + "\" is no number");
+  if (!ParseDouble(word, v))
+    Fail(file, lineNo, line, std::string("the ") + what + " \"" + word + "\" is no number");
   return v;
 }
 
@@ -111,7 +112,8 @@ ControlFile ReadControlFile(const fs::path& pst) {
       if (p.value < p.lower || p.value > p.upper)
         Fail(pst, lineNo, line, "the value lies outside its bounds");
       for (const ControlParameter& q : cf.parameters)
-        if (UpperName(q.name) == UpperName(p.name)) Fail(pst, lineNo, line, "the parameter is named twice");
+        if (UpperName(q.name) == UpperName(p.name))
+          Fail(pst, lineNo, line, "the parameter is named twice");
       cf.parameters.push_back(p);
     } else if (section == "observation data") {
       if (w.size() < 4) Fail(pst, lineNo, line, "an observation line has 4 items");
@@ -122,7 +124,8 @@ ControlFile ReadControlFile(const fs::path& pst) {
       if (o.weight < 0) Fail(pst, lineNo, line, "a weight cannot be negative");
       o.group = w[3];
       for (const ControlObservation& q : cf.observations)
-        if (UpperName(q.name) == UpperName(o.name)) Fail(pst, lineNo, line, "the observation is named twice");
+        if (UpperName(q.name) == UpperName(o.name))
+          Fail(pst, lineNo, line, "the observation is named twice");
       cf.observations.push_back(o);
     } else if (section == "model command line") {
       if (cf.modelCommand.empty()) cf.modelCommand = t;
@@ -143,9 +146,12 @@ ControlFile ReadControlFile(const fs::path& pst) {
     // its own and passes over them.
   }
   if (cf.parameters.empty()) Fail(pst, lines.size(), "", "the control file has no parameter data");
-  if (cf.observations.empty()) Fail(pst, lines.size(), "", "the control file has no observation data");
-  if (cf.modelCommand.empty()) Fail(pst, lines.size(), "", "the control file has no model command line");
-  if (ioLine < 2) Fail(pst, lines.size(), "", "the control file lacks its template or instruction file");
+  if (cf.observations.empty())
+    Fail(pst, lines.size(), "", "the control file has no observation data");
+  if (cf.modelCommand.empty())
+    Fail(pst, lines.size(), "", "the control file has no model command line");
+  if (ioLine < 2)
+    Fail(pst, lines.size(), "", "the control file lacks its template or instruction file");
   return cf;
 }
 
@@ -186,7 +192,8 @@ std::string FillTemplate(const std::string& templateText,
         break;
       }
       const std::size_t close = line.find(marker, open + 1);
-      if (close == std::string::npos) Fail(templateName, i + 1, line, "a parameter field is not closed");
+      if (close == std::string::npos)
+        Fail(templateName, i + 1, line, "a parameter field is not closed");
       const std::string name = UpperName(Trim(line.substr(open + 1, close - open - 1)));
       const auto it = modelValues.find(name);
       if (it == modelValues.end())
@@ -225,7 +232,8 @@ std::map<std::string, double> ReadObservations(const std::string& instructionTex
       }
       if (line[p] == marker) {
         const std::size_t close = line.find(marker, p + 1);
-        if (close == std::string::npos) Fail(instructionName, lineNo, line, "a marker is not closed");
+        if (close == std::string::npos)
+          Fail(instructionName, lineNo, line, "a marker is not closed");
         const std::string text = line.substr(p + 1, close - p - 1);
         bool found = false;
         for (long k = cursor + 1; k < static_cast<long>(out.size()); ++k) {
@@ -236,8 +244,8 @@ std::map<std::string, double> ReadObservations(const std::string& instructionTex
           }
         }
         if (!found)
-          throw Error(outputName + ": the marker \"" + text + "\" of " + instructionName + ", line " +
-                      std::to_string(lineNo) + ", was not found");
+          throw Error(outputName + ": the marker \"" + text + "\" of " + instructionName +
+                      ", line " + std::to_string(lineNo) + ", was not found");
         p = close + 1;
       } else if (line[p] == 'l' || line[p] == 'L') {
         std::size_t e = p + 1;
@@ -251,7 +259,8 @@ std::map<std::string, double> ReadObservations(const std::string& instructionTex
         p = e;
       } else if (line[p] == '[') {
         const std::size_t close = line.find(']', p);
-        if (close == std::string::npos) Fail(instructionName, lineNo, line, "an observation name is not closed");
+        if (close == std::string::npos)
+          Fail(instructionName, lineNo, line, "an observation name is not closed");
         const std::string name = UpperName(line.substr(p + 1, close - p - 1));
         std::size_t e = close + 1;
         while (e < line.size() && line[e] != ' ' && line[e] != '\t') ++e;
@@ -263,10 +272,10 @@ std::map<std::string, double> ReadObservations(const std::string& instructionTex
           Fail(instructionName, lineNo, line, "columns are given as first:last");
         if (cursor < 0) Fail(instructionName, lineNo, line, "a value is read before any line");
         const std::string& o = out[static_cast<std::size_t>(cursor)];
-        const std::string field =
-            static_cast<std::size_t>(first) <= o.size()
-                ? Trim(o.substr(static_cast<std::size_t>(first - 1), static_cast<std::size_t>(last - first + 1)))
-                : std::string();
+        const std::string field = static_cast<std::size_t>(first) <= o.size()
+                                      ? Trim(o.substr(static_cast<std::size_t>(first - 1),
+                                                      static_cast<std::size_t>(last - first + 1)))
+                                      : std::string();
         double v = 0;
         if (!ParseDouble(field, v))
           throw Error(outputName + ", line " + std::to_string(cursor + 1) + ": columns " + cols +

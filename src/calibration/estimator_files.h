@@ -24,7 +24,7 @@ struct ControlParameter {
   double lower = 0.0;
   double upper = 0.0;
   std::string group;
-  double scale = 1.0;     // the model receives value * scale + offset
+  double scale = 1.0;  // the model receives value * scale + offset
   double offset = 0.0;
 };
 
@@ -36,14 +36,14 @@ struct ControlObservation {
 };
 
 struct ControlFile {
-  std::filesystem::path path;          // the .pst read
+  std::filesystem::path path;  // the .pst read
   std::vector<ControlParameter> parameters;
   std::vector<ControlObservation> observations;
   std::string modelCommand;            // the model command line
   std::filesystem::path templateFile;  // the .tpl, absolute
   std::string modelInput;              // the file the template becomes (relative name)
   std::filesystem::path instructionFile;
-  std::string modelOutput;             // the file the instructions read (relative name)
+  std::string modelOutput;  // the file the instructions read (relative name)
 };
 
 // Reads a control file. Relative names of the template and instruction files are

@@ -67,7 +67,8 @@ TEST(ControlFileTest, BadLinesAreNamedByFileAndLine) {
   } cases[] = {
       {"k\tlog factor ten\t1\t100\tKh 1.0 0.0 1", "line 3: the value \"ten\" is no number"},
       {"k\ttied factor 10\t1\t100\tKh 1.0 0.0 1", "line 3: tied parameters are not supported"},
-      {"k\tlog factor 10\t0\t100\tKh 1.0 0.0 1", "line 3: a log-transformed parameter needs positive bounds"},
+      {"k\tlog factor 10\t0\t100\tKh 1.0 0.0 1",
+       "line 3: a log-transformed parameter needs positive bounds"},
       {"k\tnone factor 500\t1\t100\tKh 1.0 0.0 1", "line 3: the value lies outside its bounds"},
       {"k\tnone factor 5\t10\t1\tKh 1.0 0.0 1", "line 3: the lower bound exceeds the upper bound"},
       {"k\tnone factor 5", "line 3: a parameter line has at least 9 items"},
@@ -78,11 +79,13 @@ TEST(ControlFileTest, BadLinesAreNamedByFileAndLine) {
     EXPECT_NE(e.find((dir.Path() / "x.pst").string()), std::string::npos) << e;
     EXPECT_NE(e.find(c.expected), std::string::npos) << e;
   }
-  Write(dir.Path() / "x.pst", "pcf\n* parameter data\nk\tnone factor 5\t1\t10\tKh 1.0 0.0 1\n" + tail.substr(0, tail.find("* model")));
+  Write(dir.Path() / "x.pst", "pcf\n* parameter data\nk\tnone factor 5\t1\t10\tKh 1.0 0.0 1\n" +
+                                  tail.substr(0, tail.find("* model")));
   EXPECT_NE(ErrorOf([&] { ReadControlFile(dir.Path() / "x.pst"); }).find("no model command line"),
             std::string::npos);
   Write(dir.Path() / "x.pst", "not a control file\n");
-  EXPECT_NE(ErrorOf([&] { ReadControlFile(dir.Path() / "x.pst"); }).find("line 1"), std::string::npos);
+  EXPECT_NE(ErrorOf([&] { ReadControlFile(dir.Path() / "x.pst"); }).find("line 1"),
+            std::string::npos);
   EXPECT_NE(ErrorOf([&] { ReadControlFile(dir.Path() / "missing.pst"); }).find("missing.pst"),
             std::string::npos);
 }
@@ -139,10 +142,13 @@ TEST(InstructionTest, ReadsTheHeadsOfTheExtractFile) {
   EXPECT_DOUBLE_EQ(values.at("TP2"), -3.5);
 
   // The wrong columns, a marker not there, a file too short, an unknown instruction.
-  std::string e = ErrorOf([&] { ReadObservations("pif ~\n~*~\nl1 [TP1]120:130\n", "m.ins", xtr, "m.XTR"); });
-  EXPECT_NE(e.find("m.XTR, line 2: columns 120:130 hold no number for \"TP1\""), std::string::npos) << e;
+  std::string e =
+      ErrorOf([&] { ReadObservations("pif ~\n~*~\nl1 [TP1]120:130\n", "m.ins", xtr, "m.XTR"); });
+  EXPECT_NE(e.find("m.XTR, line 2: columns 120:130 hold no number for \"TP1\""), std::string::npos)
+      << e;
   e = ErrorOf([&] { ReadObservations("pif ~\n~nowhere~\n", "m.ins", xtr, "m.XTR"); });
-  EXPECT_NE(e.find("the marker \"nowhere\" of m.ins, line 2, was not found"), std::string::npos) << e;
+  EXPECT_NE(e.find("the marker \"nowhere\" of m.ins, line 2, was not found"), std::string::npos)
+      << e;
   e = ErrorOf([&] { ReadObservations("pif ~\nl9 [TP1]123:136\n", "m.ins", xtr, "m.XTR"); });
   EXPECT_NE(e.find("m.XTR: the file ends"), std::string::npos) << e;
   e = ErrorOf([&] { ReadObservations("pif ~\nl1 w !TP1!\n", "m.ins", xtr, "m.XTR"); });

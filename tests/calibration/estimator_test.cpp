@@ -66,7 +66,8 @@ TEST_F(FakeModelTest, RecoversTheParametersAndRecordsEveryIteration) {
   const std::string rec = EstimatorRecordText(cf, r);
   EXPECT_NE(rec.find("Iteration 0  phi"), std::string::npos);
   EXPECT_NE(rec.find("  y3 "), std::string::npos);
-  EXPECT_NE(rec.find("Ended after " + std::to_string(r.iterations) + " iterations"), std::string::npos);
+  EXPECT_NE(rec.find("Ended after " + std::to_string(r.iterations) + " iterations"),
+            std::string::npos);
 }
 
 TEST_F(FakeModelTest, OneWorkerAndManyWorkersGiveTheSameEstimate) {
@@ -88,7 +89,8 @@ TEST_F(FakeModelTest, AFailingRunStopsTheEstimationAndSaysWhy) {
   const EstimatorResult r = Estimate(cf, options_);
   EXPECT_FALSE(r.ok);
   EXPECT_NE(r.failure.find("Model run 1 (initial values"), std::string::npos) << r.failure;
-  EXPECT_NE(r.failure.find("fatal error: Fatal: stopped by the test"), std::string::npos) << r.failure;
+  EXPECT_NE(r.failure.find("fatal error: Fatal: stopped by the test"), std::string::npos)
+      << r.failure;
   EXPECT_EQ(r.runs, 1);
 }
 
@@ -105,10 +107,10 @@ TEST_F(FakeModelTest, ATemplateFieldWithoutAParameterFailsTheRun) {
 class SyntheticModelTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    const test::RunResult b = test::RunExecutable(
-        fs::path(TARNO_SOURCE_DIR) / "examples" / "calibration-model.sh",
-        {TARNO_BIN_DIR, dir_.Path().string(), "6"},
-        {.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()}});
+    const test::RunResult b =
+        test::RunExecutable(fs::path(TARNO_SOURCE_DIR) / "examples" / "calibration-model.sh",
+                            {TARNO_BIN_DIR, dir_.Path().string(), "6"},
+                            {.env = {"TARNO_CONFIG_DIR=" + (dir_ / "config").string()}});
     ASSERT_EQ(b.status, 0) << b.err;
     project_ = dir_ / "synth.trn";
     Database db = Database::Open(project_);
@@ -180,7 +182,8 @@ TEST_F(SyntheticModelTest, WithoutImportTheProjectKeepsItsValues) {
 TEST_F(SyntheticModelTest, ASolverThatFailsLeavesTheProjectUnchanged) {
   // A solver in its place that always ends with a fatal error.
   fs::create_directories(dir_ / "bad");
-  test::WriteFile(dir_ / "bad" / "tarno1", "#!/bin/sh\necho 'Singular matrix' > TARNO.OPS\nexit 1\n");
+  test::WriteFile(dir_ / "bad" / "tarno1",
+                  "#!/bin/sh\necho 'Singular matrix' > TARNO.OPS\nexit 1\n");
   fs::permissions(dir_ / "bad" / "tarno1", fs::perms::owner_exec, fs::perm_options::add);
   ScriptedUserInterface ui;
   ui.ExpectMessageTitled(kEstimationFailedTitle);
@@ -238,8 +241,9 @@ TEST_F(EstimatorRefusalTest, NoTestPointsOrNoTagsAreRefusedWithAMessage) {
   db_.Execute("update Model set chkScenarioHydCond=True, ScenHydCond='Kaq', AQHydCond=10");
   {
     ScriptedUserInterface ui;
-    ui.ExpectMessage(kNoTestPointsTitle, {"There are no Test Points with observations in this project!",
-                                          "No estimation will be made."});
+    ui.ExpectMessage(kNoTestPointsTitle,
+                     {"There are no Test Points with observations in this project!",
+                      "No estimation will be made."});
     SolveContext ctx = Context(ui);
     const EstimateReport rep = RunEstimation(ctx, {}, true);
     EXPECT_FALSE(rep.ok);
@@ -275,8 +279,8 @@ TEST(EstimateCommandTest, PrintsAnIterationPerLineAndRefusesBadInput) {
                 .status,
             0);
   const std::string project = (dir / "synth.trn").string();
-  test::RunResult r = test::RunProgram("tarnocmd", {"estimate", project, "--no-import", "--threads", "2"},
-                                       {.env = env});
+  test::RunResult r = test::RunProgram(
+      "tarnocmd", {"estimate", project, "--no-import", "--threads", "2"}, {.env = env});
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out.rfind("Iteration 0: phi ", 0), 0u) << r.out;
   EXPECT_NE(r.out.find("\nIteration 1: phi "), std::string::npos) << r.out;
@@ -289,11 +293,15 @@ TEST(EstimateCommandTest, PrintsAnIterationPerLineAndRefusesBadInput) {
 
   // Without test points.
   for (int i = 1; i <= 4; ++i)
-    ASSERT_EQ(test::RunProgram("tarnocmd", {"delete", project, "TP" + std::to_string(i)}, {.env = env}).status, 0);
+    ASSERT_EQ(
+        test::RunProgram("tarnocmd", {"delete", project, "TP" + std::to_string(i)}, {.env = env})
+            .status,
+        0);
   r = test::RunProgram("tarnocmd", {"estimate", project}, {.env = env});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.err.find("No Test Points: There are no Test Points with observations in this project!"),
-            std::string::npos)
+  EXPECT_NE(
+      r.err.find("No Test Points: There are no Test Points with observations in this project!"),
+      std::string::npos)
       << r.err;
 }
 
