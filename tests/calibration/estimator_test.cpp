@@ -135,9 +135,9 @@ class SyntheticModelTest : public ::testing::Test {
   }
   double Recharge() {
     Database db = Database::Open(project_);
-    Statement st = db.Prepare("select Recharge from Inhomogeneities");
-    st.Step();
-    return st.GetDouble(0);
+    const auto upland = FindByLabel(db, ElementKind::Inhomogeneity, "Upland");
+    EXPECT_TRUE(upland.has_value());
+    return upland ? upland->row.Number("Recharge") : -1;
   }
   test::TempDir dir_{"est-synth"};
   fs::path project_;
