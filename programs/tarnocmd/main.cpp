@@ -11,6 +11,7 @@
 //   tarnocmd stats <path>
 //   tarnocmd pest <path>
 //   tarnocmd import-par <path> <file.par>
+//   tarnocmd estimate <path> [--no-import] [--use-files] [--threads N] [--max-iterations N]
 //   tarnocmd add|set|delete|list|model ...   (tarnocmd_elements.h)
 //   tarnocmd scenario list|set|apply|clean ...   (tarnocmd_scenario.h)
 //   tarnocmd map add|list|remove ...           (tarnocmd_maps.h)
@@ -193,6 +194,35 @@ int main(int argc, char** argv) {
       return BadUsage("--regrid and --continue exclude each other");
     options.path = *path;
     return tarno::cmd::Solve(options, std::cout, std::cerr);
+  }
+
+  if (command == "estimate") {
+    tarno::cmd::EstimateCommandOptions options;
+    std::optional<std::string> path;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+      const std::string& a = args[i];
+      if (a == "--no-import") {
+        options.noImport = true;
+      } else if (a == "--use-files") {
+        options.useExistingFiles = true;
+      } else if (a == "--threads" || a == "--max-iterations") {
+        if (i + 1 >= args.size()) return BadUsage(a + " needs a number");
+        const std::string& n = args[++i];
+        if (n.empty() || n.size() > 6 || n.find_first_not_of("0123456789") != std::string::npos ||
+            std::stol(n) <= 0)
+          return BadUsage("invalid number \"" + n + "\" for " + a);
+        (a == "--threads" ? options.threads : options.maxIterations) = static_cast<int>(std::stol(n));
+      } else if (!a.empty() && a[0] == '-' && a != "-") {
+        return BadUsage("unknown option \"" + a + "\"");
+      } else if (path) {
+        return BadUsage("estimate takes one project path");
+      } else {
+        path = a;
+      }
+    }
+    if (!path || path->empty()) return BadUsage("estimate needs the path of a project");
+    options.path = *path;
+    return tarno::cmd::Estimate(options, std::cout, std::cerr);
   }
 
   if (command == "inspect") {

@@ -60,6 +60,12 @@ std::string UsageText() {
          "  tarnocmd import-par <path> <file.par>\n"
          "      Imports the optimised values of a PEST parameter file into the project\n"
          "      and writes PEST2TARNO.log; a faulty file is reported and changes nothing.\n"
+         "  tarnocmd estimate <path> [--no-import] [--use-files] [--threads N]\n"
+         "                           [--max-iterations N]\n"
+         "      Estimates the scenario parameters from the test points with the built-in\n"
+         "      estimator, writes <base>.par and the record <base>.erc and imports the\n"
+         "      values (not with --no-import). --use-files takes the PEST files as they\n"
+         "      stand instead of writing them anew.\n"
          + ElementUsageText() + ScenarioUsageText() + MapUsageText() + ConvertUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"

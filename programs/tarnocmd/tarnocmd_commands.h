@@ -85,6 +85,19 @@ int Stats(const std::string& path, std::ostream& out, std::ostream& err);
 int Results(const std::string& path, const std::string& table, std::ostream& out,
             std::ostream& err);
 
+// tarnocmd estimate: the built-in estimator.
+struct EstimateCommandOptions {
+  std::string path;
+  bool noImport = false;          // --no-import: the .par is written, the project kept
+  bool useExistingFiles = false;  // --use-files: the .pst, .tpl, .ins as they stand
+  int threads = 0;                // --threads N; 0: all cores
+  int maxIterations = 30;         // --max-iterations N
+};
+
+// Estimates the project's scenario parameters; prints a line per iteration. Returns
+// 0 after an estimate (imported unless --no-import), 1 otherwise.
+int Estimate(const EstimateCommandOptions& options, std::ostream& out, std::ostream& err);
+
 std::string UsageText();
 
 // A project as the batch commands that run the solver see it: its model settings,

@@ -35,6 +35,8 @@ class EstimationFiles {
   static constexpr std::uintmax_t kTextBoxLimit = 4u * 1024u * 1024u;
 
   explicit EstimationFiles(SolveContext& ctx) : ctx_(ctx) {}
+  // The context the dialog works in (the built-in estimator's button runs in it).
+  SolveContext& Context() { return ctx_; }
 
   // The two lists, the entries that exist in the project's folder, in the order of
   // their patterns; and the buttons that depend on them.

@@ -70,6 +70,21 @@ TEST_F(EstimationViewTest, WriteFillsTheListsAndAClickShowsTheFile) {
   EXPECT_FALSE(dialog.textChanged);
 }
 
+TEST_F(EstimationViewTest, TheEstimatorButtonRefusesAProjectWithoutTestPoints) {
+  ScriptedUserInterface ui;
+  SolveContext ctx = Context(ui);
+  PestDialog dialog(ctx, nullptr);
+  dialog.RefreshLists();
+  EstimationView view(dialog, ui);
+  ASSERT_NE(view.button("Estimate Without PEST"), nullptr);
+  ui.ExpectMessage("No Test Points", {"There are no Test Points with observations in this project!",
+                                      "No estimation will be made."});
+  view.button("Estimate Without PEST")->click();
+  ui.Verify();
+  EXPECT_EQ(view.inputList()->count(), 0);
+  EXPECT_EQ(view.outputList()->count(), 0);
+}
+
 TEST_F(EstimationViewTest, WeightsViewLocksTheLabelsAndChecksTheWeights) {
   {
     Database db = Open();

@@ -7,7 +7,9 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
+#include <QCoreApplication>
 #include <QPlainTextEdit>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -16,6 +18,7 @@
 #include <filesystem>
 
 #include "app/views/view_support.h"
+#include "calibration/estimator_dialog.h"
 #include "core/error_trap.h"
 #include "solver/process.h"
 
@@ -73,6 +76,19 @@ void EstimationView::Build(const QString& title) {
                               [this] { pest_->DeleteAll(); }));
     left->addWidget(
         AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { pest_->AssignWeights(); }));
+    // The built-in estimator, for where PEST is not installed; a bar shows the model
+    // runs of each iteration while it works.
+    left->addWidget(AddButton(kEstimateButtonCaption, "cmdEstimate_Click", [this] {
+      QProgressDialog bar(QStringLiteral("Estimating..."), QString(), 0, 100, this);
+      bar.setWindowTitle(QStringLiteral("Estimate Without PEST"));
+      bar.setWindowModality(Qt::WindowModal);
+      bar.setMinimumDuration(0);
+      EstimateInPestDialog(*pest_, pest_->Context(), [&bar](int percent, const std::string& text) {
+        bar.setLabelText(Q(text));
+        bar.setValue(percent);
+        QCoreApplication::processEvents();
+      });
+    }));
   } else {
     left->addWidget(AddButton("Write UCODE Input Files", "cmdWriteUCODE_Click",
                               [this] { ucode_->WriteUcode(); }));
