@@ -175,6 +175,47 @@ class SegmentElement final : public UnknownElement {
     if (e.resist) A[i + (size_t)i * n] -= e.a;
     if (followsGallery(e)) A[i + (size_t)s.galleries[e.gallery].unknown * n] = -1.0;
   }
+  int update(Solution::State& s, int i, double& residual) const override {
+    SegEl& e = s.segs[s.uowner[i]];
+    const auto& aq = s.aqOf(e.dom);
+    const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
+    const double sig = s.x[e.unknown];
+    double target = e.value;
+    if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
+    switch (e.state) {
+      case SegState::Free:
+      case SegState::Held: {
+        const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
+        residual = std::max(residual, std::fabs(res));
+        if (e.kind == LineSinkKind::Drain && sig < 0.0) {
+          e.state = SegState::Off;
+          e.fixedValue = 0.0;
+          return 1;
+        }
+        if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 && h < e.value - e.d) {
+          e.state = SegState::Percolating;
+          e.fixedValue = -e.w * e.d / e.c;
+          return 1;
+        }
+        return 0;
+      }
+      case SegState::Percolating:
+        if (h >= e.value - e.d) {
+          e.state = SegState::Free;
+          return 1;
+        }
+        return 0;
+      case SegState::Off:
+        if (h > e.value) {
+          e.state = SegState::Free;
+          return 1;
+        }
+        return 0;
+      case SegState::Limited:
+        return 0;  // its row is checked against the flow reaching it by State::route()
+    }
+    return 0;
+  }
   std::string describe(const Solution::State& s, int j) const override {
     const SegEl& e = s.segs[s.uowner[j]];
     return "the strength of line-sink segment " + s.model.lineSinks[e.string].segments[e.modelSeg].label;
@@ -212,6 +253,52 @@ class GalleryElement final : public UnknownElement {
         A[i + (size_t)e.unknown * n] = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
       }
     }
+  }
+  // Segments whose minimum head lies above the common head are held there; when all
+  // are held the gallery delivers what they take, until they could deliver the total.
+  int update(Solution::State& s, int i, double&) const override {
+    GalleryEl& g = s.galleries[s.uowner[i]];
+    if (g.segs.empty()) return 0;
+    int switches = 0;
+    const double hg = s.aqOf(s.segs[g.segs.front()].dom).headFromPhiExtended(s.x[g.unknown]);
+    if (g.allHeld) {
+      double delivered = 0.0;
+      for (int k : g.segs) {
+        const SegEl& e = s.segs[k];
+        delivered += s.x[e.unknown] * std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+      }
+      if (delivered > g.total) {  // can deliver the total again: release all
+        g.allHeld = false;
+        for (int k : g.segs) s.segs[k].state = SegState::Free;
+        ++switches;
+      }
+      return switches;
+    }
+    int held = 0, toHold = 0;
+    for (int k : g.segs) {
+      const SegEl& e = s.segs[k];
+      if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) ++toHold;
+    }
+    if (toHold > 0) {
+      for (int k : g.segs) {
+        SegEl& e = s.segs[k];
+        if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) {
+          e.state = SegState::Held;
+          ++switches;
+        }
+      }
+    } else {
+      for (int k : g.segs) {
+        SegEl& e = s.segs[k];
+        if (e.state == SegState::Held && hg >= e.value) {
+          e.state = SegState::Free;
+          ++switches;
+        }
+      }
+    }
+    for (int k : g.segs) held += s.segs[k].state == SegState::Held;
+    if (held == (int)g.segs.size() && !g.allHeld) g.allHeld = true;
+    return switches;
   }
   std::string describe(const Solution::State& s, int j) const override {
     return "the head of gallery " + s.model.lineSinks[s.galleries[s.uowner[j]].string].label;

@@ -54,6 +54,12 @@ class UnknownElement {
   // column-major) after the columns: rows that fix or sum strengths, and the terms of a
   // potential row besides the potentials (a resistance, a loss, a common potential).
   virtual void assembleRow(const Solution::State& s, int i, double* A) const {}
+  // The nonlinear update of row i's condition after a solve: switches the element's
+  // state where its condition changes form (a drain shut off or back on, a reach that
+  // starts or stops percolating, gallery segments held or released), raises `residual`
+  // to the condition's residual in head where the element checks it itself, and returns
+  // the number of switches. Called in the order of the unknowns.
+  virtual int update(Solution::State& s, int i, double& residual) const { return 0; }
   // What unknown j is, for the message of a singular system.
   virtual std::string describe(const Solution::State& s, int j) const = 0;
 };

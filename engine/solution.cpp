@@ -501,78 +501,11 @@ UpdateResult updateStates(Solution::State& s) {
     for (int i = 0; i < s.n; ++i)
         u.residual = std::max(u.residual, elementOf(s, i).residual(s, i, s.phiPts[i]));
 
-    // Segments.
     if (s.updateArea(u.residual)) s.factorsValid = false;
     if (s.updatePartialWells(u.residual)) s.factorsValid = false;
 
-    for (auto& e : s.segs) {
-        if (e.unknown < 0) continue;
-        const auto& aq = s.aqOf(e.dom);
-        const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
-        const double sig = s.x[e.unknown];
-        double target = e.value;
-        if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
-        switch (e.state) {
-        case SegState::Free:
-        case SegState::Held: {
-            const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
-            u.residual = std::max(u.residual, std::fabs(res));
-            if (e.kind == LineSinkKind::Drain && sig < 0.0) {
-                e.state = SegState::Off; e.fixedValue = 0.0; ++u.switches;
-            } else if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 && h < e.value - e.d) {
-                e.state = SegState::Percolating; e.fixedValue = -e.w * e.d / e.c; ++u.switches;
-            }
-            break;
-        }
-        case SegState::Percolating:
-            if (h >= e.value - e.d) { e.state = SegState::Free; ++u.switches; }
-            break;
-        case SegState::Off:
-            if (h > e.value) { e.state = SegState::Free; ++u.switches; }
-            break;
-        case SegState::Limited:
-            break;  // its row is checked against the flow reaching it by route()
-        }
-    }
-
-    // Galleries: segments whose minimum head lies above the common head are held there.
-    for (auto& g : s.galleries) {
-        if (g.segs.empty()) continue;
-        const double hg = s.aqOf(s.segs[g.segs.front()].dom).headFromPhiExtended(s.x[g.unknown]);
-        if (g.allHeld) {
-            double delivered = 0.0;
-            for (int k : g.segs) {
-                const SegEl& e = s.segs[k];
-                delivered += s.x[e.unknown] * std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-            }
-            if (delivered > g.total) {  // can deliver the total again: release all
-                g.allHeld = false;
-                for (int k : g.segs) s.segs[k].state = SegState::Free;
-                ++u.switches;
-            }
-            continue;
-        }
-        int held = 0, toHold = 0;
-        for (int k : g.segs) {
-            const SegEl& e = s.segs[k];
-            if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) ++toHold;
-        }
-        if (toHold > 0) {
-            for (int k : g.segs) {
-                SegEl& e = s.segs[k];
-                if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) {
-                    e.state = SegState::Held; ++u.switches;
-                }
-            }
-        } else {
-            for (int k : g.segs) {
-                SegEl& e = s.segs[k];
-                if (e.state == SegState::Held && hg >= e.value) { e.state = SegState::Free; ++u.switches; }
-            }
-        }
-        for (int k : g.segs) held += s.segs[k].state == SegState::Held;
-        if (held == (int)g.segs.size() && !g.allHeld) g.allHeld = true;
-    }
+    // The nonlinear conditions: drains, percolating reaches, gallery segments held.
+    for (int i = 0; i < s.n; ++i) u.switches += elementOf(s, i).update(s, i, u.residual);
     return u;
 }
 
