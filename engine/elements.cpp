@@ -41,8 +41,10 @@ double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, 
     const LineSinkString& ls = s.model.lineSinks[e.string];
     rhs -= ls.overlandFlow * L;
     if (e.index == 0) rhs -= ls.endInflow;
-    if (e.unknown >= 0) coef.emplace_back(e.unknown, L);
-    else rhs -= e.fixedValue * L;
+    if (e.unknown >= 0)
+      coef.emplace_back(e.unknown, L);
+    else
+      rhs -= e.fixedValue * L;
     for (int j = 0; j < ns; ++j)
       if (s.segs[j].downstream == i && !seen[j] && s.segs[j].state != SegState::Limited) {
         seen[j] = 1;
@@ -108,7 +110,8 @@ class SegmentElement final : public UnknownElement {
   }
   std::complex<double> unitW(const Solution::State& s, int j, double x, double y) const override {
     const int k = s.uowner[j];
-    detail::LsGeom g{s.scx[k], s.scy[k], s.sihr[k], s.sihi[k], s.sscale[k], s.sc0[k], 4.0 * kPi * s.sscale[k]};
+    detail::LsGeom g{
+        s.scx[k], s.scy[k], s.sihr[k], s.sihi[k], s.sscale[k], s.sc0[k], 4.0 * kPi * s.sscale[k]};
     return detail::lsW(g, x, y);
   }
   bool potentialRow(const Solution::State& s, int i) const override {
@@ -128,22 +131,21 @@ class SegmentElement final : public UnknownElement {
     const double phiOld = s.phiPts[i];
     switch (e.state) {
       case SegState::Percolating:
-      case SegState::Off:
-        return e.fixedValue;
+      case SegState::Off: return e.fixedValue;
       case SegState::Limited: {
         std::vector<std::pair<int, double>> coef;
         return segment_conditions::limitedRow(s, s.uowner[i], coef);
       }
       case SegState::Free:
-      case SegState::Held:
-        break;
+      case SegState::Held: break;
     }
     if (followsGallery(e)) {
       // Gallery part, with the resistance part's chord form when the segment has one.
       const GalleryEl& g = s.galleries[e.gallery];
       const double phiG = s.x[g.unknown];
       if (e.resist && std::isfinite(phiOld) && s.solved) {
-        const double gOld = e.w / e.c * (aq.headFromPhiExtended(phiOld) - aq.headFromPhiExtended(phiG));
+        const double gOld =
+            e.w / e.c * (aq.headFromPhiExtended(phiOld) - aq.headFromPhiExtended(phiG));
         return (phiOld - phiG - e.a * gOld) - s.known[i];
       }
       return -s.known[i];
@@ -192,7 +194,8 @@ class SegmentElement final : public UnknownElement {
           e.fixedValue = 0.0;
           return 1;
         }
-        if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 && h < e.value - e.d) {
+        if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 &&
+            h < e.value - e.d) {
           e.state = SegState::Percolating;
           e.fixedValue = -e.w * e.d / e.c;
           return 1;
@@ -218,7 +221,8 @@ class SegmentElement final : public UnknownElement {
   }
   std::string describe(const Solution::State& s, int j) const override {
     const SegEl& e = s.segs[s.uowner[j]];
-    return "the strength of line-sink segment " + s.model.lineSinks[e.string].segments[e.modelSeg].label;
+    return "the strength of line-sink segment " +
+           s.model.lineSinks[e.string].segments[e.modelSeg].label;
   }
 };
 
@@ -226,10 +230,13 @@ class SegmentElement final : public UnknownElement {
 
 class GalleryElement final : public UnknownElement {
  public:
-  void column(const Solution::State&, int, const double*, const double*, int n, double* col) const override {
+  void column(const Solution::State&, int, const double*, const double*, int n,
+              double* col) const override {
     std::fill(col, col + n, 0.0);
   }
-  std::complex<double> unitW(const Solution::State&, int, double, double) const override { return 0.0; }
+  std::complex<double> unitW(const Solution::State&, int, double, double) const override {
+    return 0.0;
+  }
   bool hasPoint() const override { return false; }
   bool potentialRow(const Solution::State&, int) const override { return false; }
   // The total of sigma L is the pumping; when every segment is held, the common head is
@@ -309,10 +316,13 @@ class GalleryElement final : public UnknownElement {
 
 class ConstantElement final : public UnknownElement {
  public:
-  void column(const Solution::State&, int, const double*, const double*, int n, double* col) const override {
+  void column(const Solution::State&, int, const double*, const double*, int n,
+              double* col) const override {
     std::fill(col, col + n, 1.0);
   }
-  std::complex<double> unitW(const Solution::State&, int, double, double) const override { return 0.0; }
+  std::complex<double> unitW(const Solution::State&, int, double, double) const override {
+    return 0.0;
+  }
   bool potentialRow(const Solution::State&, int) const override { return true; }
   double rhs(const Solution::State& s, int i) const override {
     return s.aqOf(s.refDom).phiFromHead(s.refHead) - s.known[i];
@@ -373,7 +383,8 @@ class DoubletElement final : public UnknownElement {
   std::string describe(const Solution::State& s, int j) const override {
     const DbEdge& d = s.edges[s.uowner[j]];
     return d.wall ? "a jump along wall " + s.model.walls[s.wallEls[d.owner].model].label
-                  : "a jump along inhomogeneity " + s.model.inhomogeneities[s.inhos[d.owner].model].label;
+                  : "a jump along inhomogeneity " +
+                        s.model.inhomogeneities[s.inhos[d.owner].model].label;
   }
 };
 

@@ -66,7 +66,9 @@ class UnknownElement {
 
 // The element that owns an unknown of the given kind.
 const UnknownElement& elementOf(UnknownKind kind);
-inline const UnknownElement& elementOf(const Solution::State& s, int j) { return elementOf(s.ukind[j]); }
+inline const UnknownElement& elementOf(const Solution::State& s, int j) {
+  return elementOf(s.ukind[j]);
+}
 
 // ---- Segment conditions --------------------------------------------------------
 
@@ -76,10 +78,14 @@ namespace segment_conditions {
 inline bool followsGallery(const SegEl& e) { return e.gallery >= 0 && e.state == SegState::Free; }
 
 // The row states the potential at the centre (head, resistance and gallery parts).
-inline bool potentialForm(const SegEl& e) { return e.state == SegState::Free || e.state == SegState::Held; }
+inline bool potentialForm(const SegEl& e) {
+  return e.state == SegState::Free || e.state == SegState::Held;
+}
 
 // The strength is fixed by the row (percolating reach, drain that is off).
-inline bool fixedForm(const SegEl& e) { return e.state == SegState::Percolating || e.state == SegState::Off; }
+inline bool fixedForm(const SegEl& e) {
+  return e.state == SegState::Percolating || e.state == SegState::Off;
+}
 
 // The limited reach of a stream: the sum of L_j sigma_j over the reach and every segment
 // upstream of it (up to the nearest limited reaches) equals minus their end inflows and
