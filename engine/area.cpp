@@ -23,6 +23,8 @@
 //     at every collocation point, and the system becomes ill-conditioned.
 //   three (both nodes and the parabolic part): X = -2/3, 0, 2/3.
 #include "engine/area.h"
+
+#include "engine/elements.h"
 #include "engine/state.h"
 
 #include <algorithm>
@@ -639,7 +641,7 @@ void Solution::State::numberAreaUnknowns() {
         if (!allImpermeable || poly.size() < 3) continue;
         bool inside = detail::insidePolygon(poly, refX, refY), outside = !inside;
         for (size_t i = 0; i < before; ++i) {
-            if (ukind[i] == UnknownKind::GalleryPhi) continue;
+            if (!elementOf(ukind[i]).hasPoint()) continue;
             (detail::insidePolygon(poly, px[i], py[i]) ? inside : outside) = true;
         }
         if (inside && outside) continue;
@@ -749,35 +751,7 @@ void Solution::State::areaColumn(int j, const double* px_, const double* py_, in
 }
 
 std::complex<double> Solution::State::unitW(int j, double x_, double y_) const {
-    switch (ukind[j]) {
-    case UnknownKind::WellQ: {
-        const WellEl& w = wells[uowner[j]];
-        const std::complex<double> d(x_ - w.x, y_ - w.y);
-        if (std::abs(d) < 1e-300) return 0.0;
-        return -1.0 / (2.0 * kPi) / d;
-    }
-    case UnknownKind::SegSigma: {
-        const int k = uowner[j];
-        detail::LsGeom g{scx[k], scy[k], sihr[k], sihi[k], sscale[k], sc0[k], 4.0 * kPi * sscale[k]};
-        return detail::lsW(g, x_, y_);
-    }
-    case UnknownKind::GalleryPhi:
-    case UnknownKind::Constant:
-        return 0.0;
-    case UnknownKind::PondRate: {
-        const PondEl& p = ponds[uowner[j]];
-        return detail::pondW(p.x, p.y, p.R, x_, y_);
-    }
-    case UnknownKind::DbNode:
-    case UnknownKind::DbPara: {
-        const auto& slot = udb[j];
-        std::complex<double> w(0.0, 0.0);
-        for (int s = 0; s < 4; s += 2)
-            if (slot[s] >= 0) w += detail::dbBasis(edges[slot[s]].g, x_, y_, true).w[slot[s + 1]];
-        return w;
-    }
-    }
-    return 0.0;
+    return elementOf(ukind[j]).unitW(*this, j, x_, y_);
 }
 
 namespace {

@@ -99,21 +99,22 @@ std::string formatInterfaceRecord(double x, double y, double elevation) {
 }
 
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
-  std::string s;
+  std::string s(1, layout::kRecordMark);
   for (double v : values) {
-    s += ' ';
     appendFormatted(s, layout::kSectionNumberFormat, v);
     s += layout::kFieldSeparator;
+    s += ' ';
   }
-  s += ' ';
   s += cleanLabel(label);
   return s;
 }
 
 std::string formatLabelFirstRecord(const std::string& label, const std::vector<double>& values) {
-  std::string s = " " + cleanLabel(label);
+  std::string s(1, layout::kRecordMark);
+  s += cleanLabel(label);
   for (double v : values) {
-    s += ", ";
+    s += layout::kFieldSeparator;
+    s += ' ';
     appendFormatted(s, layout::kSectionNumberFormat, v);
   }
   return s;
@@ -236,7 +237,8 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
           out << kHeadStreamLinkages << '\n';
           for (const SegmentResult& s : segments)
             if (s.kind == LineSinkKind::Stream && !s.downstreamLabel.empty())
-              out << ' ' << cleanLabel(s.label) << ", " << cleanLabel(s.downstreamLabel) << '\n';
+              out << layout::kRecordMark << cleanLabel(s.label) << layout::kFieldSeparator << ' '
+                  << cleanLabel(s.downstreamLabel) << '\n';
         }
         break;
       }
@@ -276,7 +278,7 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
           }
           out << '\n';
         } else {
-          out << "! leakage: no leakage check before this extract\n";
+          out << layout::kCommentMark << " leakage: no leakage check before this extract\n";
         }
         break;
     }
@@ -289,7 +291,7 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
       poly.reserve(f.points.size());
       for (const auto& p : f.points) poly.emplace_back(p[0], p[1]);
       double q = poly.size() >= 2 ? source.flux(poly) : 0.0;
-      out << ' ' << cleanLabel(f.label) << ", ";
+      out << layout::kRecordMark << cleanLabel(f.label) << layout::kFieldSeparator << ' ';
       std::string num;
       appendFormatted(num, layout::kSectionNumberFormat, fin(q));
       out << num << '\n';

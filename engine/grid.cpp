@@ -209,7 +209,8 @@ Grid parseSurferGrid(std::string_view text) {
     return std::runtime_error("line " + std::to_string(line) + ": " + what);
   };
   std::string tok;
-  if (!next(tok) || tok != "DSAA") throw fail("\"DSAA\" expected, found \"" + tok.substr(0, 40) + "\"");
+  if (!next(tok) || tok != solver_files::grid::kTag)
+    throw fail("\"" + std::string(solver_files::grid::kTag) + "\" expected, found \"" + tok.substr(0, 40) + "\"");
   auto number = [&](const char* what) {
     if (!next(tok)) throw fail(std::string("the file ends where ") + what + " belongs");
     char* end = nullptr;

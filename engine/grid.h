@@ -64,7 +64,7 @@ struct Grid {
   double y(int j) const;
   double& at(int i, int j) { return z[static_cast<size_t>(j) * geometry.nx + i]; }
   double at(int i, int j) const { return z[static_cast<size_t>(j) * geometry.nx + i]; }
-  static bool isBlank(double v) { return !(v < kGridBlank * 0.999999); }
+  static bool isBlank(double v) { return !(v < solver_files::grid::kBlankThreshold); }
 };
 
 // The elevation of the salt water interface under a fresh water head, by the

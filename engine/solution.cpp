@@ -3,6 +3,7 @@
 #include "engine/solution.h"
 
 #include "engine/area.h"
+#include "engine/elements.h"
 #include "engine/fields.h"
 #include "engine/kernels.h"
 #include "engine/lapack.h"
@@ -32,26 +33,8 @@ double seconds(std::chrono::steady_clock::time_point a) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - a).count();
 }
 
-bool isPhiRow(const Solution::State& s, int i) {
-    switch (s.ukind[i]) {
-    case UnknownKind::WellQ:
-    case UnknownKind::Constant:
-    case UnknownKind::PondRate:
-        return true;
-    case UnknownKind::GalleryPhi:
-    case UnknownKind::DbNode:
-    case UnknownKind::DbPara:
-        return false;
-    case UnknownKind::SegSigma: {
-        const SegState st = s.segs[s.uowner[i]].state;
-        return st == SegState::Free || st == SegState::Held;
-    }
-    }
-    return false;
-}
-
-// A segment whose row includes the common gallery potential.
-bool followsGallery(const SegEl& e) { return e.gallery >= 0 && e.state == SegState::Free; }
+using segment_conditions::followsGallery;
+using segment_conditions::limitedRow;
 
 }  // namespace
 
@@ -313,47 +296,6 @@ void Solution::State::prepare() {
     prepared = true;
 }
 
-namespace {
-
-// A limited (dry) stream reach takes exactly the flow that reaches it, so that the flow
-// at its downstream end is zero. That flow is linear in the strengths of the reach and
-// of every segment upstream of it:
-//     sum over j upstream (and the reach itself) of L_j sigma_j
-//         = -(end inflows + overland flows of those segments).
-// The row is written with these coefficients rather than as sigma = the flow found from
-// the previous iteration's strengths: that fixed point converges only linearly (by a
-// factor of about 0.3 an iteration on a network of a few reaches), the row itself is
-// exact in one solve. The sum stops at limited reaches upstream: their own rows make the
-// flow leaving them zero. `coef` gets (unknown, coefficient) pairs, the reach's own
-// first; the returned value is the right-hand side.
-double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, double>>& coef) {
-    coef.clear();
-    const int ns = (int)s.segs.size();
-    std::vector<char> seen(ns, 0);
-    std::vector<int> stack{seg};
-    seen[seg] = 1;
-    double rhs = 0.0;
-    while (!stack.empty()) {
-        const int i = stack.back();
-        stack.pop_back();
-        const SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        const LineSinkString& ls = s.model.lineSinks[e.string];
-        rhs -= ls.overlandFlow * L;
-        if (e.index == 0) rhs -= ls.endInflow;
-        if (e.unknown >= 0) coef.emplace_back(e.unknown, L);
-        else rhs -= e.fixedValue * L;
-        for (int j = 0; j < ns; ++j)
-            if (s.segs[j].downstream == i && !seen[j] && s.segs[j].state != SegState::Limited) {
-                seen[j] = 1;
-                stack.push_back(j);
-            }
-    }
-    return rhs;
-}
-
-}  // namespace
-
 // Copies the unknowns into the strength arrays used by evaluation.
 void Solution::State::syncStrengths(bool applyFixed) {
     for (size_t j = 0; j < wells.size(); ++j) {
@@ -463,71 +405,11 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         e.a = e.c * aq.transmissivity(h) / e.w;
     }
 #pragma omp parallel for schedule(dynamic, 4)
-    for (int j = 0; j < n; ++j) {
-        double* col = A + (size_t)j * n;
-        switch (s.ukind[j]) {
-        case UnknownKind::WellQ: {
-            const WellEl& w = s.wells[s.uowner[j]];
-            detail::wellColumn(w.x, w.y, s.px.data(), s.py.data(), n, col);
-            break;
-        }
-        case UnknownKind::SegSigma: {
-            const int k = s.uowner[j];
-            detail::LsGeom g{s.scx[k], s.scy[k], s.sihr[k], s.sihi[k], s.sscale[k], s.sc0[k], 0.0};
-            detail::lineSinkColumn(g, s.px.data(), s.py.data(), n, col);
-            break;
-        }
-        case UnknownKind::GalleryPhi:
-            std::fill(col, col + n, 0.0);
-            break;
-        case UnknownKind::Constant:
-            std::fill(col, col + n, 1.0);
-            break;
-        case UnknownKind::DbNode:
-        case UnknownKind::DbPara:
-        case UnknownKind::PondRate:
-            s.areaColumn(j, s.px.data(), s.py.data(), n, col);
-            break;
-        }
-    }
-    // Rows that are not potential conditions.
-    for (int i = 0; i < n; ++i) {
-        if (isPhiRow(s, i) || s.rowEdge[i] >= 0) continue;
-        for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
-        if (s.ukind[i] == UnknownKind::SegSigma) A[i + (size_t)i * n] = 1.0;
-    }
-    {
-        std::vector<std::pair<int, double>> coef;
-        for (int k : s.streamOrder) {
-            const SegEl& e = s.segs[k];
-            if (e.state != SegState::Limited || e.unknown < 0) continue;
-            limitedRow(s, k, coef);
-            const int i = e.unknown;
-            A[i + (size_t)i * n] = 0.0;
-            for (const auto& [j, c] : coef) A[i + (size_t)j * n] += c;
-        }
-    }
-    // Partially penetrating wells in head mode: the head in the well is that of the field
-    // less the loss of the partial screen, Phi - loss Q = Phi(h).
-    for (const auto& w : s.wells)
-        if (w.partial >= 0 && w.unknown >= 0) A[w.unknown + (size_t)w.unknown * n] -= w.loss;
-    for (const auto& e : s.segs) {
-        if (e.unknown < 0 || !(e.state == SegState::Free || e.state == SegState::Held)) continue;
-        const int i = e.unknown;
-        if (e.resist) A[i + (size_t)i * n] -= e.a;
-        if (followsGallery(e)) A[i + (size_t)s.galleries[e.gallery].unknown * n] = -1.0;
-    }
-    for (const auto& g : s.galleries) {
-        const int i = g.unknown;
-        if (g.allHeld) {
-            A[i + (size_t)i * n] = 1.0;
-        } else {
-            for (int k : g.segs) {
-                const SegEl& e = s.segs[k];
-                A[i + (size_t)e.unknown * n] = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-            }
-        }
-    }
+    for (int j = 0; j < n; ++j)
+        elementOf(s, j).column(s, j, s.px.data(), s.py.data(), n, A + (size_t)j * n);
+    // Each element's own entries of its row: the rows that fix or sum strengths, the
+    // resistance, loss and common-potential terms of potential rows; then the doublets'.
+    for (int i = 0; i < n; ++i) elementOf(s, i).assembleRow(s, i, A);
     s.assembleAreaRows(A);
     tAssemble += seconds(t0);
 
@@ -539,24 +421,7 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         std::string what = "unknown " + std::to_string(info);
         if (info > 0) {
             const int j = info - 1;
-            switch (s.ukind[j]) {
-            case UnknownKind::WellQ: what = "the discharge of well " + s.wellLabel(s.wells[s.uowner[j]]); break;
-            case UnknownKind::SegSigma: {
-                const SegEl& e = s.segs[s.uowner[j]];
-                what = "the strength of line-sink segment " + s.model.lineSinks[e.string].segments[e.modelSeg].label;
-                break;
-            }
-            case UnknownKind::GalleryPhi: what = "the head of gallery " + s.model.lineSinks[s.galleries[s.uowner[j]].string].label; break;
-            case UnknownKind::Constant: what = "the constant fixed by the reference point"; break;
-            case UnknownKind::PondRate: what = "the rate of pond " + s.model.ponds[s.ponds[s.uowner[j]].model].label; break;
-            case UnknownKind::DbNode:
-            case UnknownKind::DbPara: {
-                const DbEdge& d = s.edges[s.uowner[j]];
-                what = d.wall ? "a jump along wall " + s.model.walls[s.wallEls[d.owner].model].label
-                              : "a jump along inhomogeneity " + s.model.inhomogeneities[s.inhos[d.owner].model].label;
-                break;
-            }
-            }
+            what = elementOf(s, j).describe(s, j);
         }
         s.factorsValid = false;
         throw FatalError("The system of equations is singular at " + what +
@@ -566,75 +431,7 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
 }
 
 void buildRhs(Solution::State& s) {
-    for (int i = 0; i < s.n; ++i) {
-        double r = 0.0;
-        switch (s.ukind[i]) {
-        case UnknownKind::WellQ: {
-            const WellEl& w = s.wells[s.uowner[i]];
-            r = s.aqOf(w.dom).phiFromHead(w.value) - s.known[i];
-            break;
-        }
-        case UnknownKind::Constant:
-            r = s.aqOf(s.refDom).phiFromHead(s.refHead) - s.known[i];
-            break;
-        case UnknownKind::PondRate: {
-            const PondEl& p = s.ponds[s.uowner[i]];
-            r = s.aqOf(p.dom).phiFromHead(p.value) - s.known[i];
-            break;
-        }
-        case UnknownKind::DbNode:
-        case UnknownKind::DbPara:
-            r = s.areaRhs(i);
-            break;
-        case UnknownKind::GalleryPhi: {
-            const GalleryEl& g = s.galleries[s.uowner[i]];
-            if (!g.allHeld) {
-                r = g.total;
-            } else {
-                double hmin = 1e300;
-                for (int k : g.segs) hmin = std::min(hmin, s.segs[k].value);
-                r = g.segs.empty() ? 0.0 : s.aqOf(s.segs[g.segs.front()].dom).phiFromHead(hmin);
-            }
-            break;
-        }
-        case UnknownKind::SegSigma: {
-            const SegEl& e = s.segs[s.uowner[i]];
-            const auto& aq = s.aqOf(e.dom);
-            const double phiOld = s.phiPts[i];
-            switch (e.state) {
-            case SegState::Percolating:
-            case SegState::Off:
-                r = e.fixedValue;
-                break;
-            case SegState::Limited: {
-                std::vector<std::pair<int, double>> coef;
-                r = limitedRow(s, s.uowner[i], coef);
-                break;
-            }
-            case SegState::Free:
-            case SegState::Held:
-                if (followsGallery(e)) {
-                    const GalleryEl& g = s.galleries[e.gallery];
-                    const double phiG = s.x[g.unknown];
-                    if (e.resist && std::isfinite(phiOld) && s.solved) {
-                        const double gOld = e.w / e.c * (aq.headFromPhiExtended(phiOld) - aq.headFromPhiExtended(phiG));
-                        r = (phiOld - phiG - e.a * gOld) - s.known[i];
-                    } else {
-                        r = -s.known[i];
-                    }
-                } else if (e.resist && std::isfinite(phiOld)) {
-                    const double gOld = e.w / e.c * (aq.headFromPhiExtended(phiOld) - e.value);
-                    r = (phiOld - e.a * gOld) - s.known[i];
-                } else {
-                    r = aq.phiFromHead(e.value) - s.known[i];
-                }
-                break;
-            }
-            break;
-        }
-        }
-        s.rhs[i] = r;
-    }
+    for (int i = 0; i < s.n; ++i) s.rhs[i] = elementOf(s, i).rhs(s, i);
 }
 
 }  // namespace
@@ -693,113 +490,22 @@ UpdateResult updateStates(Solution::State& s) {
     // by evaluation where the row fixes a strength.
     std::vector<int> direct;
     for (int i = 0; i < s.n; ++i) {
-        if (s.ukind[i] == UnknownKind::GalleryPhi) continue;
-        if (!isPhiRow(s, i)) { direct.push_back(i); continue; }
-        double phi = s.known[i] + s.rhs[i];
-        if (s.ukind[i] == UnknownKind::WellQ) phi += s.wells[s.uowner[i]].loss * s.x[i];
-        if (s.ukind[i] == UnknownKind::SegSigma) {
-            const SegEl& e = s.segs[s.uowner[i]];
-            if (e.resist) phi += e.a * s.x[i];
-            if (followsGallery(e)) phi += s.x[s.galleries[e.gallery].unknown];
-        }
-        s.phiPts[i] = phi;
+        const UnknownElement& el = elementOf(s, i);
+        if (!el.hasPoint()) continue;
+        if (!el.potentialRow(s, i)) { direct.push_back(i); continue; }
+        s.phiPts[i] = el.rowPotential(s, i, s.known[i] + s.rhs[i]);
     }
 #pragma omp parallel for schedule(dynamic, 8)
     for (int k = 0; k < (int)direct.size(); ++k) s.phiPts[direct[k]] = s.potentialAt(s.px[direct[k]], s.py[direct[k]]);
 
-    for (int i = 0; i < s.n; ++i) {
-        const double phi = s.phiPts[i];
-        switch (s.ukind[i]) {
-        case UnknownKind::WellQ: {
-            const WellEl& w = s.wells[s.uowner[i]];
-            u.residual = std::max(u.residual, std::fabs(s.aqOf(w.dom).headFromPhiExtended(phi - w.loss * s.x[i]) - w.value));
-            break;
-        }
-        case UnknownKind::Constant:
-            u.residual = std::max(u.residual, std::fabs(s.aqOf(s.refDom).headFromPhiExtended(phi) - s.refHead));
-            break;
-        case UnknownKind::PondRate: {
-            const PondEl& p = s.ponds[s.uowner[i]];
-            u.residual = std::max(u.residual, std::fabs(s.aqOf(p.dom).headFromPhiExtended(phi) - p.value));
-            break;
-        }
-        default:
-            break;
-        }
-    }
+    for (int i = 0; i < s.n; ++i)
+        u.residual = std::max(u.residual, elementOf(s, i).residual(s, i, s.phiPts[i]));
 
-    // Segments.
     if (s.updateArea(u.residual)) s.factorsValid = false;
     if (s.updatePartialWells(u.residual)) s.factorsValid = false;
 
-    for (auto& e : s.segs) {
-        if (e.unknown < 0) continue;
-        const auto& aq = s.aqOf(e.dom);
-        const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
-        const double sig = s.x[e.unknown];
-        double target = e.value;
-        if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
-        switch (e.state) {
-        case SegState::Free:
-        case SegState::Held: {
-            const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
-            u.residual = std::max(u.residual, std::fabs(res));
-            if (e.kind == LineSinkKind::Drain && sig < 0.0) {
-                e.state = SegState::Off; e.fixedValue = 0.0; ++u.switches;
-            } else if (e.resist && e.d > 0.0 && e.kind != LineSinkKind::Drain && e.gallery < 0 && h < e.value - e.d) {
-                e.state = SegState::Percolating; e.fixedValue = -e.w * e.d / e.c; ++u.switches;
-            }
-            break;
-        }
-        case SegState::Percolating:
-            if (h >= e.value - e.d) { e.state = SegState::Free; ++u.switches; }
-            break;
-        case SegState::Off:
-            if (h > e.value) { e.state = SegState::Free; ++u.switches; }
-            break;
-        case SegState::Limited:
-            break;  // its row is checked against the flow reaching it by route()
-        }
-    }
-
-    // Galleries: segments whose minimum head lies above the common head are held there.
-    for (auto& g : s.galleries) {
-        if (g.segs.empty()) continue;
-        const double hg = s.aqOf(s.segs[g.segs.front()].dom).headFromPhiExtended(s.x[g.unknown]);
-        if (g.allHeld) {
-            double delivered = 0.0;
-            for (int k : g.segs) {
-                const SegEl& e = s.segs[k];
-                delivered += s.x[e.unknown] * std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-            }
-            if (delivered > g.total) {  // can deliver the total again: release all
-                g.allHeld = false;
-                for (int k : g.segs) s.segs[k].state = SegState::Free;
-                ++u.switches;
-            }
-            continue;
-        }
-        int held = 0, toHold = 0;
-        for (int k : g.segs) {
-            const SegEl& e = s.segs[k];
-            if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) ++toHold;
-        }
-        if (toHold > 0) {
-            for (int k : g.segs) {
-                SegEl& e = s.segs[k];
-                if (e.state == SegState::Free && hg < e.value - 1e-12 * (1.0 + std::fabs(e.value))) {
-                    e.state = SegState::Held; ++u.switches;
-                }
-            }
-        } else {
-            for (int k : g.segs) {
-                SegEl& e = s.segs[k];
-                if (e.state == SegState::Held && hg >= e.value) { e.state = SegState::Free; ++u.switches; }
-            }
-        }
-        for (int k : g.segs) held += s.segs[k].state == SegState::Held;
-        if (held == (int)g.segs.size() && !g.allHeld) g.allHeld = true;
-    }
+    // The nonlinear conditions: drains, percolating reaches, gallery segments held.
+    for (int i = 0; i < s.n; ++i) u.switches += elementOf(s, i).update(s, i, u.residual);
     return u;
 }
 

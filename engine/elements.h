@@ -1,0 +1,98 @@
+#pragma once
+// The elements that own unknowns of the collocation system, behind one interface.
+//
+// Every unknown belongs to one element (a head-specified well, a line-sink segment, a
+// gallery, a pond, a line-doublet node or parabolic part, the constant), and the row of
+// the same index is that element's condition. The assembly, the right-hand side, the
+// update after a solve and the message of a singular system ask the unknown's element
+// (elementOf) instead of switching on its kind; a new kind of element is one more class
+// here and one more entry in UnknownKind.
+//
+// The elements hold no data of their own: the data stay in the solution's state
+// (engine/state.h), in the structure-of-arrays form that the vector loops need.
+//
+// A line-sink segment's row is composed of condition parts (segment conditions below):
+// the head part (Phi at the centre = Phi(h)), the resistance part (- a sigma, with the
+// chord right-hand side), the gallery part (- Phi of the gallery's common head), the
+// fixed strength (percolating reach, drain that is off) and the limited reach of a
+// stream (the flow reaching it). Which parts a row has follows from the string's kind and
+// the segment's state.
+
+#include "engine/state.h"
+
+#include <complex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarno::engine {
+
+class UnknownElement {
+ public:
+  virtual ~UnknownElement() = default;
+
+  // The potential of a unit value of unknown j at n points: its column of the matrix.
+  virtual void column(const Solution::State& s, int j, const double* px, const double* py, int n,
+                      double* col) const = 0;
+  // W = Qx - i Qy of a unit value of unknown j at a point.
+  virtual std::complex<double> unitW(const Solution::State& s, int j, double x, double y) const = 0;
+  // False where the row has no collocation point of its own (its point is a placeholder).
+  virtual bool hasPoint() const { return true; }
+  // True when row i states the potential at its collocation point (the column entries
+  // are the potentials of the unknowns there); false when it fixes a strength, sums
+  // strengths, or is written by the element itself (the doublets).
+  virtual bool potentialRow(const Solution::State& s, int i) const = 0;
+  // Row i after a solve (potential rows only): the potential at its point, from `base`,
+  // the known potential plus the right-hand side, and the row's own terms.
+  virtual double rowPotential(const Solution::State& s, int i, double base) const { return base; }
+  // The right-hand side of row i.
+  virtual double rhs(const Solution::State& s, int i) const = 0;
+  // The residual in head of row i's condition, phi the potential at its point (0 where
+  // the element's own update checks it).
+  virtual double residual(const Solution::State& s, int i, double phi) const { return 0.0; }
+  // Writes the element's own entries of row i into the assembled matrix A (n x n,
+  // column-major) after the columns: rows that fix or sum strengths, and the terms of a
+  // potential row besides the potentials (a resistance, a loss, a common potential).
+  virtual void assembleRow(const Solution::State& s, int i, double* A) const {}
+  // The nonlinear update of row i's condition after a solve: switches the element's
+  // state where its condition changes form (a drain shut off or back on, a reach that
+  // starts or stops percolating, gallery segments held or released), raises `residual`
+  // to the condition's residual in head where the element checks it itself, and returns
+  // the number of switches. Called in the order of the unknowns.
+  virtual int update(Solution::State& s, int i, double& residual) const { return 0; }
+  // What unknown j is, for the message of a singular system.
+  virtual std::string describe(const Solution::State& s, int j) const = 0;
+};
+
+// The element that owns an unknown of the given kind.
+const UnknownElement& elementOf(UnknownKind kind);
+inline const UnknownElement& elementOf(const Solution::State& s, int j) {
+  return elementOf(s.ukind[j]);
+}
+
+// ---- Segment conditions --------------------------------------------------------
+
+namespace segment_conditions {
+
+// A segment whose row includes the common gallery potential (the gallery part).
+inline bool followsGallery(const SegEl& e) { return e.gallery >= 0 && e.state == SegState::Free; }
+
+// The row states the potential at the centre (head, resistance and gallery parts).
+inline bool potentialForm(const SegEl& e) {
+  return e.state == SegState::Free || e.state == SegState::Held;
+}
+
+// The strength is fixed by the row (percolating reach, drain that is off).
+inline bool fixedForm(const SegEl& e) {
+  return e.state == SegState::Percolating || e.state == SegState::Off;
+}
+
+// The limited reach of a stream: the sum of L_j sigma_j over the reach and every segment
+// upstream of it (up to the nearest limited reaches) equals minus their end inflows and
+// overland flows. `coef` gets (unknown, coefficient) pairs, the reach's own first; the
+// returned value is the right-hand side.
+double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, double>>& coef);
+
+}  // namespace segment_conditions
+
+}  // namespace tarno::engine
