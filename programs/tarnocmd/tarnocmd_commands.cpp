@@ -20,7 +20,9 @@
 #include "store/database.h"
 #include "store/dialogs.h"
 #include "store/lifecycle.h"
+#include "solver/process.h"
 #include "solver/solve_controller.h"
+#include "store/schema.h"
 #include "store/project_file.h"
 
 namespace tarno::cmd {
@@ -376,6 +378,42 @@ void LoadBatchProject(Database& db, BatchProject& project) {
   project.state.ContoursPresent = present(".GRD");
   project.state.PathsPresent = present(".PTH");
   project.state.ContourLinesPresent = present(".CTR");
+}
+
+int BadUsage(std::ostream& err, const std::string& message) {
+  err << "tarnocmd: " << message << "\n";
+  err << "Run \"tarnocmd help\" for the usage.\n";
+  return 2;
+}
+
+bool CheckProject(const std::string& path, std::ostream& err) {
+  const ProjectFileProbe probe = ProbeProjectFile(path);
+  if (probe.state != ProjectFileState::Project) {
+    err << ProbeTitle(probe) << ": " << ProbeMessage(path, probe) << "\n";
+    return false;
+  }
+  if (probe.version != kProjectVersion) {
+    err << "tarnocmd: " << path << " is a project of version " << probe.version
+        << "; open it in TARNO, which brings it to version " << kProjectVersion << "\n";
+    return false;
+  }
+  return true;
+}
+
+void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out) {
+  BatchProject project;
+  {
+    Database db = Database::Open(path);
+    LoadBatchProject(db, project);
+  }
+  BlockingWaiter waiter;
+  SolveContext ctx;
+  ctx.projectPath = path;
+  ctx.settings = &project.settings;
+  ctx.state = &project.state;
+  ctx.ui = &ui;
+  ctx.waiter = &waiter;
+  if (InvalidateSolution(ctx, false, false)) out << "The solution of the old model was removed.\n";
 }
 
 }  // namespace tarno::cmd

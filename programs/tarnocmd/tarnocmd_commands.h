@@ -9,6 +9,10 @@
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
 
+namespace tarno {
+class UserInterface;
+}
+
 namespace tarno::cmd {
 
 // How the questions of a project operation are answered.
@@ -121,5 +125,14 @@ int Pest(const std::string& path, std::ostream& out, std::ostream& err);
 // told line by line, and then nothing is imported).
 int ImportPar(const std::string& path, const std::string& parFile, std::ostream& out,
               std::ostream& err);
+
+// What the commands on an existing project share: a usage error (told on `err`, exit
+// status 2); whether `path` is a project of this version (else the reason on `err`);
+// and the removal of the solution of a model that a command changed, as the desktop
+// program removes it after an edit (the state of the solution is that of the solver
+// files, as `tarnocmd solve` reads it).
+int BadUsage(std::ostream& err, const std::string& message);
+bool CheckProject(const std::string& path, std::ostream& err);
+void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out);
 
 }  // namespace tarno::cmd

@@ -31,11 +31,6 @@ namespace {
 constexpr int kRefused = 1;
 constexpr int kUsageError = 2;
 
-int BadUsage(std::ostream& err, const std::string& message) {
-  err << "tarnocmd: " << message << "\n";
-  err << "Run \"tarnocmd help\" for the usage.\n";
-  return kUsageError;
-}
 
 std::string KindWords() {
   std::string words;
@@ -46,16 +41,7 @@ std::string KindWords() {
 
 // The project at `path` opened for writing, or the reason why not on `err`.
 std::optional<Database> OpenProject(const std::string& path, std::ostream& err) {
-  const ProjectFileProbe probe = ProbeProjectFile(path);
-  if (probe.state != ProjectFileState::Project) {
-    err << ProbeTitle(probe) << ": " << ProbeMessage(path, probe) << "\n";
-    return std::nullopt;
-  }
-  if (probe.version != kProjectVersion) {
-    err << "tarnocmd: " << path << " is a project of version " << probe.version
-        << "; open it in TARNO, which brings it to version " << kProjectVersion << "\n";
-    return std::nullopt;
-  }
+  if (!CheckProject(path, err)) return std::nullopt;
   try {
     return Database::Open(path);
   } catch (const std::exception& e) {
@@ -73,24 +59,6 @@ std::optional<double> Coordinate(const std::string& text) {
   return v;
 }
 
-// The model changed: the solution of the old model goes, as the desktop program
-// removes it after an edit. The state of the solution is that of the solver files,
-// as `tarnocmd solve` reads it.
-void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out) {
-  BatchProject project;
-  {
-    Database db = Database::Open(path);
-    LoadBatchProject(db, project);
-  }
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  ctx.projectPath = path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  if (InvalidateSolution(ctx, false, false)) out << "The solution of the old model was removed.\n";
-}
 
 // Runs `body` on the open project under the general error trap; then removes the
 // solution if the body changed the model. The exit status: 0 when the body

@@ -10,6 +10,8 @@
 #include "store/project_file.h"
 #include "store/schema.h"
 
+#include "tarnocmd_commands.h"
+
 namespace tarno::cmd {
 
 namespace fs = std::filesystem;
@@ -19,26 +21,7 @@ namespace {
 constexpr int kRefused = 1;
 constexpr int kUsage = 2;
 
-int BadUsage(std::ostream& err, const std::string& message) {
-  err << "tarnocmd: " << message << "\n";
-  err << "Run \"tarnocmd help\" for the usage.\n";
-  return kUsage;
-}
 
-// The project's state, or the reason it cannot be used on `err`.
-bool CheckProject(const std::string& path, std::ostream& err) {
-  const ProjectFileProbe probe = ProbeProjectFile(path);
-  if (probe.state != ProjectFileState::Project) {
-    err << ProbeTitle(probe) << ": " << ProbeMessage(path, probe) << "\n";
-    return false;
-  }
-  if (probe.version != kProjectVersion) {
-    err << "tarnocmd: " << path << " is a project of version " << probe.version
-        << "; open it in TARNO, which brings it to version " << kProjectVersion << "\n";
-    return false;
-  }
-  return true;
-}
 
 // A map is listed by its full path, as the select dialog gives it.
 std::string FullPath(const std::string& file) {

@@ -27,44 +27,8 @@ constexpr int kRefused = 1;
 constexpr int kUsageError = 2;
 constexpr const char* kTableWords[3] = {"aquifer", "linesink", "inhomogeneity"};
 
-int BadUsage(std::ostream& err, const std::string& message) {
-  err << "tarnocmd: " << message << "\n";
-  err << "Run \"tarnocmd help\" for the usage.\n";
-  return kUsageError;
-}
 
-// The project at `path` if it is one of this version; else the reason on `err`.
-bool CheckProject(const std::string& path, std::ostream& err) {
-  const ProjectFileProbe probe = ProbeProjectFile(path);
-  if (probe.state != ProjectFileState::Project) {
-    err << ProbeTitle(probe) << ": " << ProbeMessage(path, probe) << "\n";
-    return false;
-  }
-  if (probe.version != kProjectVersion) {
-    err << "tarnocmd: " << path << " is a project of version " << probe.version
-        << "; open it in TARNO, which brings it to version " << kProjectVersion << "\n";
-    return false;
-  }
-  return true;
-}
 
-// The solution of the old model goes, as the desktop program removes it after the
-// dialog changed the model.
-void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out) {
-  BatchProject project;
-  {
-    Database db = Database::Open(path);
-    LoadBatchProject(db, project);
-  }
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  ctx.projectPath = path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  if (InvalidateSolution(ctx, false, false)) out << "The solution of the old model was removed.\n";
-}
 
 // Tags compare as the project compares text: without regard to case.
 bool SameTag(const std::string& a, const std::string& b) {

@@ -232,22 +232,23 @@ void PestDialog::ImportPest() {
   }
 }
 
-void PestDialog::DeleteAll() {
+void EstimationFiles::DeleteFiles(const std::vector<std::string>& inputs,
+                                  const std::vector<std::string>& outputs) {
   if (!ctx_.ui->Question(
-          "Delete PEST Files?",
+          "Delete " + Title() + " Files?",
           {"Warning: All Input and Output Files of the latest",
-           "PEST run will be deleted from the working directory.", "Do you wish to Continue?"}))
+           Title() + " run will be deleted from the working directory.", "Do you wish to Continue?"}))
     return;
   const EstimationProject p = Project();
   std::error_code ec;
-  for (const auto& list : {InputPatterns(p.base), OutputPatterns(p.base)})
-    for (const std::string& name : list) fs::remove(p.dir / name, ec);
+  for (const auto* list : {&inputs, &outputs})
+    for (const std::string& name : *list) fs::remove(p.dir / name, ec);
   ClearShown();
   RefreshLists();
 }
 
-void PestDialog::AssignWeights() {
-  OptWeight weights("PEST");
+void EstimationFiles::AssignWeightsOfProgram() {
+  OptWeight weights(Title());
   {
     Database db = Database::Open(ctx_.projectPath);
     weights.init(db);
@@ -258,5 +259,12 @@ void PestDialog::AssignWeights() {
     weights.Write(db);
   }
 }
+
+void PestDialog::DeleteAll() {
+  const std::string base = Project().base;
+  DeleteFiles(InputPatterns(base), OutputPatterns(base));
+}
+
+void PestDialog::AssignWeights() { AssignWeightsOfProgram(); }
 
 }  // namespace tarno

@@ -59,6 +59,11 @@ class EstimationFiles {
   void Done();
   // Clears the text box and the shown file.
   void ClearShown();
+  // "Delete All ... Related Files": asks ("Delete PEST Files?"), then removes the
+  // project folder's files of the patterns of both lists.
+  void DeleteFiles(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs);
+  // "Assign Weights": the weights dialog of this program, written back on OK.
+  void AssignWeightsOfProgram();
 
   // The fields the view shows.
   std::vector<std::string> InputFileList;

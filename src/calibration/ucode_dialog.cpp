@@ -63,30 +63,10 @@ bool UcodeDialog::RunUcode() {
 }
 
 void UcodeDialog::DeleteAll() {
-  if (!ctx_.ui->Question(
-          "Delete UCODE Files?",
-          {"Warning: All Input and Output Files of the latest",
-           "UCODE run will be deleted from the working directory.", "Do you wish to Continue?"}))
-    return;
-  const EstimationProject p = Project();
-  std::error_code ec;
-  for (const auto& list : {UcodeInputFiles(p.base), OutputPatterns(p.base)})
-    for (const std::string& name : list) fs::remove(p.dir / name, ec);
-  ClearShown();
-  RefreshLists();
+  const std::string base = Project().base;
+  DeleteFiles(UcodeInputFiles(base), OutputPatterns(base));
 }
 
-void UcodeDialog::AssignWeights() {
-  OptWeight weights("UCODE");
-  {
-    Database db = Database::Open(ctx_.projectPath);
-    weights.init(db);
-  }
-  ctx_.ui->ShowModal(weights);
-  if (weights.Result == 1) {
-    Database db = Database::Open(ctx_.projectPath);
-    weights.Write(db);
-  }
-}
+void UcodeDialog::AssignWeights() { AssignWeightsOfProgram(); }
 
 }  // namespace tarno
