@@ -844,6 +844,60 @@ TEST_F(MapEditorTest, RefineInsertsAVertexIntoTheSelectedString) {
   EXPECT_EQ(s->vertices[1].X, 200.0);
 }
 
+// After an edit through the Edit menu the redraw shows the element unselected: the
+// status bar and the Edit menu must not go on describing the old selection.
+TEST_F(MapEditorTest, RefineAndPropertiesEndTheSelectionWithTheSelectTexts) {
+  Add(ElementKind::Linesink, "Creek", At({{100, 100}, {300, 100}}));
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  ASSERT_NE(ui.CurrentFeedback(), "Click mouse button to select element");
+  editor.Command("EDIT_CMDS(3)");
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  EXPECT_EQ(Enabled(), (std::vector<bool>{false, false, false, false, true}));
+  ExpectSelectState();
+
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  OkDialog<LinesinkString>("LinesinkString", [](LinesinkString& d) {
+    d.TypeLabel("Brook");
+    d.TypeField(LinesinkString::kResistance, "1");
+  });
+  editor.Command("EDIT_CMDS(0)");
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Linesink, "Brook").has_value());
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  ExpectSelectState();
+
+  // Cancelled properties change nothing, the selection included.
+  Click(100, 100);
+  ui.ExpectModal<LinesinkString>("LinesinkString", [](LinesinkString& d) { d.Cancel(); });
+  editor.Command("EDIT_CMDS(0)");
+  EXPECT_EQ(editor.SelectedKind(), 2);
+}
+
+// A mode started with an element selected puts the highlight and the status bar back
+// first, so that a mode whose dialog is cancelled leaves nothing shown as selected.
+TEST_F(MapEditorTest, ANewModeOverASelectionDrawsItPlainAgainEvenWhenCancelled) {
+  Add(ElementKind::Linesink, "Creek", At({{100, 100}, {200, 100}}));
+  auto highlighted = [this] {
+    int n = 0;
+    for (const auto& op : canvas.Ops())
+      if (op.kind == RecordingCanvas::Kind::Polyline && op.colour == PaletteColour(12)) ++n;
+    return n;
+  };
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  ASSERT_GE(highlighted(), 1);
+  canvas.ClearOps();
+  const int repaints = host.repaints;
+  ui.ExpectModal<LinesinkString>("LinesinkString", [](LinesinkString& d) { d.Cancel(); });
+  editor.Command("ELEM_NEW(1)");
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  EXPECT_EQ(highlighted(), 0);
+  EXPECT_FALSE(canvas.Ops().empty());  // the string drawn in its own colour
+  EXPECT_EQ(host.repaints, repaints + 1);
+  ExpectSelectState();
+}
+
 // --- the edit history --------------------------------------------------------------------
 
 TEST_F(MapEditorTest, EachEditByMouseIsOneStepOfTheHistoryAndASelectionNone) {
