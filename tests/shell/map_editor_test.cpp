@@ -32,7 +32,10 @@ namespace {
 
 class RecordingHost : public EditorHost {
  public:
-  void Redraw() override { ++redraws; }
+  void Redraw() override {
+    ++redraws;
+    if (onRedraw) onRedraw();
+  }
   void Repaint() override { ++repaints; }
   void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
     zooms.emplace_back(action, x1, y1, x2, y2);
@@ -48,6 +51,8 @@ class RecordingHost : public EditorHost {
   int invalidations = 0;
   int gradientChecks = 0;
   bool solving = false;
+  // What the window's redraw does besides drawing (it turns the selection off).
+  std::function<void()> onRedraw;
   std::vector<std::tuple<int, double, double, double, double>> zooms;
   std::vector<std::pair<double, double>> inspected, traced;
 };
@@ -896,6 +901,27 @@ TEST_F(MapEditorTest, ANewModeOverASelectionDrawsItPlainAgainEvenWhenCancelled) 
   EXPECT_FALSE(canvas.Ops().empty());  // the string drawn in its own colour
   EXPECT_EQ(host.repaints, repaints + 1);
   ExpectSelectState();
+}
+
+// A test point is shown by a redraw, and the window's redraw turns every selection
+// off: the point just picked must stay selected over it, or it cannot be edited.
+TEST_F(MapEditorTest, ATestPointStaysSelectedOverTheRedrawThatShowsIt) {
+  host.onRedraw = [this] { editor.ElemTurnOffSelection(); };
+  Add(ElementKind::TestPoint, "TP1", Point(600, 300));
+  Add(ElementKind::TestPoint, "TP2", Point(600, 300));
+  Click(600, 300);
+  EXPECT_EQ(host.redraws, 1);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::TestPoint));
+  EXPECT_EQ(Captions()[2], "&Delete Test Point");
+  EXPECT_EQ(Enabled(), (std::vector<bool>{true, true, true, false, true}));
+  const std::int64_t first = editor.Selected().vid;
+  // The cycle survives the redraw: the next click takes the other point.
+  Click(600, 300);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::TestPoint));
+  EXPECT_NE(editor.Selected().vid, first);
+  ui.ExpectMessage("Confirm", {"Delete this test point?"}, Answer::Yes);
+  editor.Command("EDIT_CMDS(2)");
+  EXPECT_EQ(CountElements(db_, ElementKind::TestPoint), 1);
 }
 
 // --- the edit history --------------------------------------------------------------------

@@ -447,10 +447,22 @@ void MapEditor::ElemSelectElement() {
   });
   host_.MenusChanged();
   // Only the kinds that cannot be drawn alone take a redraw of the map.
-  if (drawn)
+  if (drawn) {
     host_.Repaint();
-  else
-    host_.Redraw();
+    return;
+  }
+  // A redraw turns the selection off, as any new picture does; the element just
+  // picked (a test point, a label, the uniform flow) stays selected over it, with
+  // its Edit menu and the search's cycle, so that it can be edited and the next
+  // click at the same place steps on.
+  const Selection picked = state_.selection;
+  const std::array<EditEntry, 5> entries = edit_;
+  const VertexSearch cycle = search_;
+  host_.Redraw();
+  state_.selection = picked;
+  edit_ = entries;
+  search_ = cycle;
+  host_.MenusChanged();
 }
 
 bool MapEditor::DrawSelection(Database& db, int mode) {
