@@ -12,6 +12,7 @@
 #include "app/app_screenshot.h"
 #include "app/main_window.h"
 #include "core/error.h"
+#include "store/default_dirs.h"
 
 int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
@@ -45,7 +46,9 @@ int main(int argc, char** argv) {
     if (!project.empty()) project += ' ';
     project += rest[i].toStdString();
   }
-  tarno::MainWindow window;
+  tarno::MainWindow::Options options;
+  options.settingsFile = tarno::WindowSettingsFile();
+  tarno::MainWindow window(options);
   window.show();
   window.StartUp(project);
   return QApplication::exec();

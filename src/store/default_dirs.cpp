@@ -95,6 +95,11 @@ std::string ConfigDirectory() {
 
 std::string DefaultDirectoriesFile() { return ConfigDirectory() + "TARNO.def"; }
 
+std::string WindowSettingsFile() {
+  if (EnvOrEmpty("TARNO_CONFIG_DIR").empty()) return {};
+  return ConfigDirectory() + "TARNO2K.ini";
+}
+
 std::string DefaultDirectoriesIn(const std::string& defFile, const std::string& key,
                                  DirectoryMode mode, const std::string& currentDirectory) {
   std::vector<std::string> lines;

@@ -29,6 +29,13 @@ std::string ConfigDirectory();
 // The full path of TARNO.def.
 std::string DefaultDirectoriesFile();
 
+// The file of the window's per-user settings (its size, the toolbar, the Welcome
+// box, the GUI options) when $TARNO_CONFIG_DIR names a configuration directory:
+// "TARNO2K.ini" there. Empty without it, and the platform's per-user store holds
+// them. A run with a configuration directory of its own so starts from that
+// directory's settings, not from what another run left in the shared store.
+std::string WindowSettingsFile();
+
 // Read mode: the directory stored for `key`. A missing TARNO.def is created with
 // one line holding the key and the process's current directory, and that directory
 // is the answer. A key that is not found among the first 50 lines answers the

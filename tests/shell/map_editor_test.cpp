@@ -32,7 +32,10 @@ namespace {
 
 class RecordingHost : public EditorHost {
  public:
-  void Redraw() override { ++redraws; }
+  void Redraw() override {
+    ++redraws;
+    if (onRedraw) onRedraw();
+  }
   void Repaint() override { ++repaints; }
   void ZoomAction(int action, double x1, double y1, double x2, double y2) override {
     zooms.emplace_back(action, x1, y1, x2, y2);
@@ -48,6 +51,8 @@ class RecordingHost : public EditorHost {
   int invalidations = 0;
   int gradientChecks = 0;
   bool solving = false;
+  // What the window's redraw does besides drawing (it turns the selection off).
+  std::function<void()> onRedraw;
   std::vector<std::tuple<int, double, double, double, double>> zooms;
   std::vector<std::pair<double, double>> inspected, traced;
 };
@@ -842,6 +847,81 @@ TEST_F(MapEditorTest, RefineInsertsAVertexIntoTheSelectedString) {
   ASSERT_TRUE(s.has_value());
   ASSERT_EQ(s->vertices.size(), 3u);
   EXPECT_EQ(s->vertices[1].X, 200.0);
+}
+
+// After an edit through the Edit menu the redraw shows the element unselected: the
+// status bar and the Edit menu must not go on describing the old selection.
+TEST_F(MapEditorTest, RefineAndPropertiesEndTheSelectionWithTheSelectTexts) {
+  Add(ElementKind::Linesink, "Creek", At({{100, 100}, {300, 100}}));
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  ASSERT_NE(ui.CurrentFeedback(), "Click mouse button to select element");
+  editor.Command("EDIT_CMDS(3)");
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  EXPECT_EQ(Enabled(), (std::vector<bool>{false, false, false, false, true}));
+  ExpectSelectState();
+
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  OkDialog<LinesinkString>("LinesinkString", [](LinesinkString& d) {
+    d.TypeLabel("Brook");
+    d.TypeField(LinesinkString::kResistance, "1");
+  });
+  editor.Command("EDIT_CMDS(0)");
+  EXPECT_TRUE(FindByLabel(db_, ElementKind::Linesink, "Brook").has_value());
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  ExpectSelectState();
+
+  // Cancelled properties change nothing, the selection included.
+  Click(100, 100);
+  ui.ExpectModal<LinesinkString>("LinesinkString", [](LinesinkString& d) { d.Cancel(); });
+  editor.Command("EDIT_CMDS(0)");
+  EXPECT_EQ(editor.SelectedKind(), 2);
+}
+
+// A mode started with an element selected puts the highlight and the status bar back
+// first, so that a mode whose dialog is cancelled leaves nothing shown as selected.
+TEST_F(MapEditorTest, ANewModeOverASelectionDrawsItPlainAgainEvenWhenCancelled) {
+  Add(ElementKind::Linesink, "Creek", At({{100, 100}, {200, 100}}));
+  auto highlighted = [this] {
+    int n = 0;
+    for (const auto& op : canvas.Ops())
+      if (op.kind == RecordingCanvas::Kind::Polyline && op.colour == PaletteColour(12)) ++n;
+    return n;
+  };
+  Click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), 2);
+  ASSERT_GE(highlighted(), 1);
+  canvas.ClearOps();
+  const int repaints = host.repaints;
+  ui.ExpectModal<LinesinkString>("LinesinkString", [](LinesinkString& d) { d.Cancel(); });
+  editor.Command("ELEM_NEW(1)");
+  EXPECT_EQ(editor.SelectedKind(), 0);
+  EXPECT_EQ(highlighted(), 0);
+  EXPECT_FALSE(canvas.Ops().empty());  // the string drawn in its own colour
+  EXPECT_EQ(host.repaints, repaints + 1);
+  ExpectSelectState();
+}
+
+// A test point is shown by a redraw, and the window's redraw turns every selection
+// off: the point just picked must stay selected over it, or it cannot be edited.
+TEST_F(MapEditorTest, ATestPointStaysSelectedOverTheRedrawThatShowsIt) {
+  host.onRedraw = [this] { editor.ElemTurnOffSelection(); };
+  Add(ElementKind::TestPoint, "TP1", Point(600, 300));
+  Add(ElementKind::TestPoint, "TP2", Point(600, 300));
+  Click(600, 300);
+  EXPECT_EQ(host.redraws, 1);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::TestPoint));
+  EXPECT_EQ(Captions()[2], "&Delete Test Point");
+  EXPECT_EQ(Enabled(), (std::vector<bool>{true, true, true, false, true}));
+  const std::int64_t first = editor.Selected().vid;
+  // The cycle survives the redraw: the next click takes the other point.
+  Click(600, 300);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::TestPoint));
+  EXPECT_NE(editor.Selected().vid, first);
+  ui.ExpectMessage("Confirm", {"Delete this test point?"}, Answer::Yes);
+  editor.Command("EDIT_CMDS(2)");
+  EXPECT_EQ(CountElements(db_, ElementKind::TestPoint), 1);
 }
 
 // --- the edit history --------------------------------------------------------------------

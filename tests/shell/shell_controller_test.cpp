@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -23,6 +24,12 @@
 #include "core/file_find.h"
 #include "display/map_fixture.h"
 #include "display/navigation.h"
+#include "elements/element_store.h"
+#include "elements/inhomogeneity_dialog.h"
+#include "elements/linesink_dialog.h"
+#include "elements/test_point_dialog.h"
+#include "elements/well_dialog.h"
+#include "solver/command_file.h"
 #include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
@@ -584,6 +591,172 @@ TEST_F(ShellControllerTest, ImplementScenarioResetsTheMouseAndInvalidatesAChange
   ASSERT_TRUE(shell_->Commands().Run("ImpScenario"));
   ui_.Verify();
   EXPECT_TRUE(shell_->Solution().SolutionPresent);
+}
+
+// A model made from an empty project by the mouse alone, as a user makes it: the
+// element commands of the registry, clicks on the map (surface pixels, through the
+// editor as the map widget forwards them), the dialogs answered through the port.
+// It is solved with the real solver and contourer, edited (a vertex dragged, a
+// segment refined, the well deleted and the deletion undone) and solved again.
+TEST_F(ShellControllerTest, AModelDrawnByClicksOnAnEmptyProjectIsSolvedAndContoured) {
+  const std::string blank = (work_ / "blank.trn").string();
+  test::RunOptions made;
+  made.cwd = work_;
+  made.env = {"TARNO_CONFIG_DIR=" + (temp_->Path() / "config").string()};
+  const test::RunResult created = test::RunProgram(
+      "tarnocmd",
+      {"new", blank, "--yes", "--description", "Drawn by clicks", "--map-units", "meters",
+       "--model-units", "meters", "--base-name", "drawn"},
+      made);
+  ASSERT_EQ(created.status, 0) << created.err;
+  ASSERT_TRUE(shell_->OpenProject(blank)) << Describe();
+  Database db = Database::Open(blank);
+  ASSERT_EQ(CountElements(db, ElementKind::Well) + CountElements(db, ElementKind::Linesink), 0);
+
+  MapEditor& editor = shell_->Editor();
+  auto press = [&](int button, double px, double py) {
+    shell_->SyncSolutionView();  // as the map widget does before each event
+    editor.MouseDown(button, 0, px, py);
+  };
+  auto release = [&](double px, double py) {
+    shell_->SyncSolutionView();
+    editor.MouseUp(kLeftButton, 0, px, py);
+  };
+  auto click = [&](double px, double py) {
+    press(kLeftButton, px, py);
+    release(px, py);
+  };
+  auto rightClick = [&] { press(kRightButton, 200, 150); };
+  auto run = [&](const std::string& key) { ASSERT_TRUE(shell_->Commands().Run(key)) << key; };
+  auto river = [&](LinesinkString& d, const char* label, const char* start, const char* end) {
+    d.TypeLabel(label);
+    d.TypeField(LinesinkString::kStartHead, start);
+    d.TypeField(LinesinkString::kEndHead, end);
+    d.TypeField(LinesinkString::kResistance, "1");
+    d.TypeField(LinesinkString::kWidth, "5");
+    EXPECT_TRUE(d.OK(db, ui_));
+  };
+
+  // The contour levels first, so that the picture has several.
+  ui_.ExpectModal<ModelSettingsDialog>(ModelSettingsDialog::kName, [this](ModelSettingsDialog& d) {
+    d.settings.tbContourMax = "16";
+    d.settings.tbContourMin = "8";
+    d.settings.tbContourInt = "0.5";
+    EXPECT_TRUE(d.OK(ui_));
+  });
+  run("MODEL_CMDS(0)");
+
+  // A discharge well.
+  run("ELEM_NEW(0)");
+  ui_.ExpectModal<WellProperties>("WellProperties", [&](WellProperties& d) {
+    d.TypeLabel("W1");
+    d.TypeField(WellProperties::kHead, "500");
+    EXPECT_TRUE(d.OK(db, ui_));
+  });
+  click(100, 100);
+  // A head-specified river of five vertices: the dialog before and after the clicks.
+  ui_.ExpectModal<LinesinkString>("LinesinkString",
+                                  [&](LinesinkString& d) { river(d, "River", "12", "10"); });
+  run("ELEM_NEW(1)");
+  const double riverX[] = {20, 100, 200, 280, 380}, riverY[] = {250, 235, 220, 205, 190};
+  for (int i = 0; i < 5; ++i) click(riverX[i], riverY[i]);
+  ui_.ExpectModal<LinesinkString>("LinesinkString",
+                                  [&](LinesinkString& d) { EXPECT_TRUE(d.OK(db, ui_)); });
+  rightClick();
+  // A tributary whose first vertex, clicked beside the river's third, snaps onto it.
+  ui_.ExpectModal<LinesinkString>("LinesinkString",
+                                  [&](LinesinkString& d) { river(d, "Trib", "15", "11"); });
+  run("ELEM_NEW(1)");
+  click(180, 40);
+  click(190, 120);
+  click(202, 218);
+  ui_.ExpectModal<LinesinkString>("LinesinkString",
+                                  [&](LinesinkString& d) { EXPECT_TRUE(d.OK(db, ui_)); });
+  rightClick();
+  // An inhomogeneity of four corners.
+  ui_.ExpectModal<Inhomogeneity>("Inhomogeneity", [&](Inhomogeneity& d) {
+    d.Label = "Sand";
+    d.chkChangeK = true;
+    d.tbData[0] = "5";
+    EXPECT_TRUE(d.OK(db, ui_));
+  });
+  run("ELEM_NEW(3)");
+  for (auto [px, py] : {std::pair{250, 40}, {350, 40}, {350, 120}, {250, 120}}) click(px, py);
+  rightClick();
+  // A test point.
+  run("MODEL_CMDS(6)");
+  ui_.ExpectModal<TestPointProperties>("TestPointProperties", [&](TestPointProperties& d) {
+    EXPECT_TRUE(d.OK(db, ui_));
+  });
+  click(60, 150);
+  EXPECT_EQ(editor.MouseState(), kStateSelect);
+
+  // The project holds what was drawn.
+  EXPECT_EQ(CountElements(db, ElementKind::Well), 1);
+  EXPECT_EQ(CountElements(db, ElementKind::TestPoint), 1);
+  EXPECT_EQ(CountElements(db, ElementKind::Inhomogeneity), 1);
+  const auto riverRow = FindByLabel(db, ElementKind::Linesink, "River");
+  const auto tribRow = FindByLabel(db, ElementKind::Linesink, "Trib");
+  ASSERT_TRUE(riverRow && tribRow);
+  ASSERT_EQ(riverRow->vertices.size(), 5u);
+  ASSERT_EQ(tribRow->vertices.size(), 3u);
+  EXPECT_EQ(tribRow->vertices[2].X, riverRow->vertices[2].X);
+  EXPECT_EQ(tribRow->vertices[2].Y, riverRow->vertices[2].Y);
+  EXPECT_EQ(FindByLabel(db, ElementKind::Inhomogeneity, "Sand")->vertices.size(), 4u);
+
+  // Solved: the advice on the iterations is taken.
+  ui_.ExpectModal<IterationsDialog>(IterationsDialog::kName, [](IterationsDialog& d) {
+    d.tbIterations = "2";
+    d.Result = 1;
+  });
+  run("MODEL_CMDS(1)");
+  ASSERT_EQ(shell_->LastSolve().outcome, SolveOutcome::Completed)
+      << shell_->LastSolve().failure << Describe();
+  EXPECT_TRUE(shell_->Solution().ContourLinesPresent);
+
+  // The edits: the river's fourth vertex dragged south, the first segment refined,
+  // the well deleted and brought back with Undo.
+  click(280, 205);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::Linesink));
+  run("EDIT_CMDS(1)");
+  press(kLeftButton, 280, 205);
+  editor.MouseMove(kLeftButton, 0, 285, 240);
+  EXPECT_EQ(editor.Rubber().kind, RubberShape::Kind::Line);
+  release(285, 260);
+  EXPECT_EQ(editor.Rubber().kind, RubberShape::Kind::None);
+  EXPECT_FALSE(shell_->Solution().SolutionPresent);  // the model changed
+  click(20, 250);
+  run("EDIT_CMDS(3)");
+  const auto moved = FindByLabel(db, ElementKind::Linesink, "River");
+  ASSERT_EQ(moved->vertices.size(), 6u);
+  EXPECT_LT(moved->vertices[4].Y, riverRow->vertices[3].Y);  // dragged down the screen
+  click(100, 100);
+  ASSERT_EQ(editor.SelectedKind(), static_cast<int>(ElementKind::Well));
+  ui_.ExpectMessage("Confirm", {"Delete this element?"}, Answer::Yes);
+  run("EDIT_CMDS(2)");
+  EXPECT_EQ(CountElements(db, ElementKind::Well), 0);
+  run("EDIT_UNDO");
+  EXPECT_EQ(CountElements(db, ElementKind::Well), 1);
+
+  // Solved again: the contour file holds levels of the settings, and the map shows
+  // its lines in the contour colour.
+  run("MODEL_CMDS(1)");
+  ASSERT_EQ(shell_->LastSolve().outcome, SolveOutcome::Completed)
+      << shell_->LastSolve().failure << Describe();
+  const fs::path ctr = FindFileNoCase(work_, "drawn.CTR");
+  ASSERT_FALSE(ctr.empty());
+  std::ifstream in(ctr);
+  int levels = 0;
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind("LEVEL", 0) != 0) continue;
+    ++levels;
+    const double level = std::stod(line.substr(5));
+    EXPECT_GE(level, 8.0);
+    EXPECT_LE(level, 16.0);
+  }
+  EXPECT_GT(levels, 3);
+  EXPECT_GT(CountPolylinesOf(map_.Ops(), shell_->State().options.ContourColor), 3);
+  ui_.Verify();
 }
 
 }  // namespace

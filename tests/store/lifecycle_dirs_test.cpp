@@ -87,6 +87,17 @@ TEST_F(DefaultDirectoriesTest, UnwritableFileIsAClearError) {
   }
 }
 
+TEST_F(DefaultDirectoriesTest, WindowSettingsFollowTheConfigurationDirectory) {
+  // The fixture points TARNO_CONFIG_DIR at its own folder.
+  const std::string dir = ::getenv("TARNO_CONFIG_DIR");
+  EXPECT_EQ(WindowSettingsFile(), WithClosingSeparator(dir) + "TARNO2K.ini");
+  EXPECT_TRUE(std::filesystem::is_directory(dir));
+  // Without it the platform's per-user store is used: no file of our own.
+  ::unsetenv("TARNO_CONFIG_DIR");
+  EXPECT_EQ(WindowSettingsFile(), "");
+  ::setenv("TARNO_CONFIG_DIR", dir.c_str(), 1);
+}
+
 TEST(DefaultBaseName, CodesEachPlace) {
   // month, day, year, hour, minute, second
   EXPECT_EQ(DefaultBaseName({2005, 1, 2, 3, 4, 5}), "125342");

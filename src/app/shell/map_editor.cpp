@@ -447,10 +447,22 @@ void MapEditor::ElemSelectElement() {
   });
   host_.MenusChanged();
   // Only the kinds that cannot be drawn alone take a redraw of the map.
-  if (drawn)
+  if (drawn) {
     host_.Repaint();
-  else
-    host_.Redraw();
+    return;
+  }
+  // A redraw turns the selection off, as any new picture does; the element just
+  // picked (a test point, a label, the uniform flow) stays selected over it, with
+  // its Edit menu and the search's cycle, so that it can be edited and the next
+  // click at the same place steps on.
+  const Selection picked = state_.selection;
+  const std::array<EditEntry, 5> entries = edit_;
+  const VertexSearch cycle = search_;
+  host_.Redraw();
+  state_.selection = picked;
+  edit_ = entries;
+  search_ = cycle;
+  host_.MenusChanged();
 }
 
 bool MapEditor::DrawSelection(Database& db, int mode) {
@@ -622,7 +634,29 @@ void MapEditor::ElemSetProperties() {
   Operation("ElemSetProperties", "Properties", [&](Database& db) {
     written = OpenProperties(db, kind, sel.id, ui_, [&] { host_.InvalidateSolution(); });
   });
-  if (written) host_.Redraw();
+  if (!written) return;
+  // The redraw shows the element as it now is, unselected: the status bar and the
+  // Edit menu say so too, rather than describe what was selected before.
+  EndSelection();
+  host_.Redraw();
+}
+
+void MapEditor::EndSelection() {
+  state_.selection = Selection{};
+  SetEditMenuNone();
+  SetStatus(kSelectActivity, kSelectFeedback);
+  host_.MenusChanged();
+}
+
+void MapEditor::UnhighlightSelection() {
+  if (state_.selection.type == 0) return;
+  bool drawn = true;
+  Query("ElemTurnOffSelection", [&](Database& db) { drawn = DrawSelection(db, kDrawNormal); });
+  if (drawn)
+    host_.Repaint();
+  else
+    host_.Redraw();
+  ui_.Feedback(kSelectFeedback);
 }
 
 void MapEditor::BeginMove() {
@@ -693,6 +727,8 @@ void MapEditor::ElemRefine() {
     result = Refine(db, static_cast<ElementKind>(sel.type), sel.vid, ui_);
   });
   if (!result.done) return;
+  // The string is drawn anew with its new vertex and without the highlight.
+  EndSelection();
   if (result.invalidatesSolution) host_.InvalidateSolution();
   host_.Redraw();
 }
@@ -703,8 +739,14 @@ void MapEditor::EnterMode(int state, int mode) {
   MapTool* tool = ToolFor(state, mode);
   if (tool == nullptr) return;
   if (vertexDrag_ || state_.mouseState != kStateSelect) ClearMouseMode();
+  // A highlighted element is drawn plain again before the mode starts, so that a
+  // mode whose dialog is cancelled does not leave a selection shown that is gone.
+  UnhighlightSelection();
   ElemTurnOffSelection();
-  if (!tool->Enter()) return;
+  if (!tool->Enter()) {
+    SetStatus(kSelectActivity, kSelectFeedback);
+    return;
+  }
   state_.mouseState = state;
   state_.mouseMode = mode;
   stringStarted_ = false;

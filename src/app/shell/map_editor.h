@@ -241,6 +241,12 @@ class MapEditor {
   // normal again (mode 1). False for a kind that a full redraw shows instead.
   bool DrawSelection(Database& db, int mode);
   void SetEditMenuNone();
+  // The selection is over after an edit: no element selected, the Edit menu's
+  // entries off and the select state's texts in the status bar.
+  void EndSelection();
+  // Draws the selected element plain again (without a redraw where it can) and
+  // puts the select state's Feedback back; the selection itself stays.
+  void UnhighlightSelection();
   void SetEditCaptions(const char* props, const char* move, const char* del, bool refine);
   void FinishMove(double px, double py);
 
