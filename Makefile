@@ -25,7 +25,7 @@ run: build
 	scripts/run-example $(BUILD)
 
 bench: build
-	@for b in tarno-bench tarno-bench-frontend tarno-bench-contour tarno-bench-display; do \
+	@for b in tarno-bench tarno-bench-frontend tarno-bench-contour tarno-bench-display tarno-bench-basemaps; do \
 	  if [ -x $(BUILD)/bin/$$b ]; then echo "== $$b"; $(BUILD)/bin/$$b || exit 1; fi; \
 	done
 
