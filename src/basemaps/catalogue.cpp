@@ -270,8 +270,10 @@ AddOutcome AddOne(Database& db, UserInterface& ui, const std::string& name,
       (void)openers.Open(row);
     } catch (const UiPortFailure&) {
       throw;
-    } catch (const std::exception&) {
-      ui.MessageBox(ct::kCantAddTitle, {ct::kInvalidRasterText});
+    } catch (const std::exception& e) {
+      // The reader's reason closes the box: the image may be sound and its world
+      // file at fault, and only the reason says which line of which file.
+      ui.MessageBox(ct::kCantAddTitle, {ct::kInvalidRasterText, e.what()});
       return AddOutcome::CantAdd;
     }
     const bool georeferenced = openers.worldFileExists && openers.worldFileExists(name);
@@ -281,14 +283,17 @@ AddOutcome AddOne(Database& db, UserInterface& ui, const std::string& name,
     }
   } else {
     // A vector map, or a file of no known kind: both are refused as not vector data.
+    // Open throws for a file of no known kind too, naming its extension.
     try {
-      if (kind == BaseMapKind::Unknown) throw Error("unknown kind");
       (void)openers.Open(row);
     } catch (const UiPortFailure&) {
       throw;
-    } catch (const std::exception&) {
-      ui.MessageBox(ct::kInvalidFileTitle,
-                    {ct::kInvalidVectorText, std::string(ct::kCouldNotAddPrefix) + name + "."});
+    } catch (const std::exception& e) {
+      // The reason closes the box (a DWG drawing is told to be saved as DXF, a
+      // missing file is named as missing).
+      ui.MessageBox(
+          ct::kInvalidFileTitle,
+          {ct::kInvalidVectorText, std::string(ct::kCouldNotAddPrefix) + name + ".", e.what()});
       return AddOutcome::InvalidFile;
     }
   }
@@ -353,10 +358,13 @@ BaseMapLayers PrescanMaps(const std::vector<BaseMapRow>& rows, UserInterface& ui
         layer = openers.Open(row);
       } catch (const UiPortFailure&) {
         throw;
-      } catch (const std::exception&) {
+      } catch (const std::exception& e) {
+        // The reason closes the box: a map moved away and a map damaged since it
+        // was added call for different remedies.
         const bool raster = KindOfMap(row.MapName) == BaseMapKind::Raster;
-        ui.MessageBox(ct::kErrorAddingTitle,
-                      {(raster ? ct::kErrorAddingRaster : ct::kErrorAddingVector) + row.MapName});
+        ui.MessageBox(
+            ct::kErrorAddingTitle,
+            {(raster ? ct::kErrorAddingRaster : ct::kErrorAddingVector) + row.MapName, e.what()});
         continue;
       }
       layer->Show = row.Show;

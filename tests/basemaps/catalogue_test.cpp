@@ -91,12 +91,17 @@ TEST_F(CatalogueTest, AVectorMapThatCannotBeOpenedIsRefusedAndTheOthersGoOn) {
   const std::string missing = (dir_ / "nowhere.shp").string();
   const std::string odd = Map("notes.txt");
   const std::string good = Map("good.shp");
+  // Each box ends with the reader's reason.
+  ui_.ExpectMessage("Invalid File",
+                    {"The image is not a valid vector data set!",
+                     "Could not add the file: " + bad + ".", "The map " + bad + " cannot be read"});
   ui_.ExpectMessage("Invalid File", {"The image is not a valid vector data set!",
-                                     "Could not add the file: " + bad + "."});
-  ui_.ExpectMessage("Invalid File", {"The image is not a valid vector data set!",
-                                     "Could not add the file: " + missing + "."});
-  ui_.ExpectMessage("Invalid File", {"The image is not a valid vector data set!",
-                                     "Could not add the file: " + odd + "."});
+                                     "Could not add the file: " + missing + ".",
+                                     "The map " + missing + " cannot be read"});
+  ui_.ExpectMessage(
+      "Invalid File",
+      {"The image is not a valid vector data set!", "Could not add the file: " + odd + ".",
+       "The file " + odd + " is not a base map of a known kind (extension \"txt\")"});
   const auto added = AddMaps(project_, ui_, {bad, missing, odd, good}, openers_);
   ui_.Verify();
   EXPECT_EQ(added[0].outcome, AddOutcome::InvalidFile);
@@ -109,7 +114,8 @@ TEST_F(CatalogueTest, AVectorMapThatCannotBeOpenedIsRefusedAndTheOthersGoOn) {
 
 TEST_F(CatalogueTest, AnImageThatCannotBeReadCannotBeAdded) {
   const std::string bad = Map("photo.tif", false);
-  ui_.ExpectMessage("Can't Add", {"The image is not a valid raster data set."});
+  ui_.ExpectMessage("Can't Add", {"The image is not a valid raster data set.",
+                                  "The map " + bad + " cannot be read"});
   const auto added = AddMaps(project_, ui_, {bad}, openers_);
   ui_.Verify();
   EXPECT_EQ(added[0].outcome, AddOutcome::CantAdd);
@@ -209,8 +215,10 @@ TEST_F(CatalogueTest, PrescanOpensEveryMapAndReportsTheOnesThatFail) {
     h.Show = false;
     UpdateBaseMap(db, h);
   }
-  ui_.ExpectMessage("Error Adding Image", {"Error adding vector image " + gone});
-  ui_.ExpectMessage("Error Adding Image", {"Error adding raster image " + photo});
+  ui_.ExpectMessage("Error Adding Image",
+                    {"Error adding vector image " + gone, "The map " + gone + " cannot be read"});
+  ui_.ExpectMessage("Error Adding Image",
+                    {"Error adding raster image " + photo, "The map " + photo + " cannot be read"});
   const BaseMapLayers layers = PrescanMaps(project_, ui_, openers_);
   ui_.Verify();
   ASSERT_EQ(layers.size(), 3u);
@@ -236,7 +244,8 @@ TEST_F(CatalogueTest, AMapOfAKindWithoutReaderFailsThePrescanOnly) {
     InsertBaseMap(db, plan);
   }
   openers_.cad = nullptr;
-  ui_.ExpectMessage("Error Adding Image", {"Error adding vector image " + plan});
+  ui_.ExpectMessage("Error Adding Image", {"Error adding vector image " + plan,
+                                           "No reader of CAD maps is available for " + plan});
   EXPECT_TRUE(PrescanMaps(project_, ui_, openers_).empty());
   ui_.Verify();
 }
@@ -339,12 +348,59 @@ TEST_F(CatalogueTest, AJpegWithOnlyAJgwFileHasAWorldFileAndOneWithNeitherIsAsked
 TEST_F(CatalogueTest, TheLibraryReadersRefuseFilesThatAreNotTheirKind) {
   const std::string fakeJpeg = Map("fake.jpg");  // a text file
   const std::string fakeBbm = Map("fake.bbm");
-  ui_.ExpectMessage("Can't Add", {"The image is not a valid raster data set."});
+  ui_.ExpectMessageTitled("Can't Add");
   ui_.ExpectMessageTitled("Invalid File");
   const auto added = AddMaps(project_, ui_, {fakeJpeg, fakeBbm}, DefaultOpeners());
   ui_.Verify();
   EXPECT_EQ(added[0].outcome, AddOutcome::CantAdd);
   EXPECT_EQ(added[1].outcome, AddOutcome::InvalidFile);
+  ASSERT_EQ(ui_.Calls().size(), 2u);
+  const std::vector<std::string>& cantAdd = ui_.Calls()[0].lines;
+  ASSERT_EQ(cantAdd.size(), 2u);
+  EXPECT_EQ(cantAdd[0], "The image is not a valid raster data set.");
+  EXPECT_NE(cantAdd[1].find(fakeJpeg), std::string::npos) << cantAdd[1];
+  const std::vector<std::string>& invalid = ui_.Calls()[1].lines;
+  ASSERT_EQ(invalid.size(), 3u);
+  EXPECT_NE(invalid[2].find(fakeBbm), std::string::npos) << invalid[2];
+}
+
+// What was wrong reaches the user: the fixed texts of the boxes come first, the
+// reader's reason last.
+TEST_F(CatalogueTest, AnImageWithADamagedWorldFileIsRefusedNamingTheWorldFileLine) {
+  const std::string photo = MakeImage(dir_ / "photo.tif", "GTiff");
+  const std::string world = (dir_ / "photo.tfw").string();
+  // The letter O typed for the digit 0 on the fourth line.
+  WriteFile(world, "10\r\n0\r\n0\r\n-1O\r\n1000\r\n2000\r\n");
+  ui_.ExpectMessage("Can't Add",
+                    {"The image is not a valid raster data set.",
+                     "The world file \"" + world + "\", line 4: \"-1O\" is not a number"});
+  const auto added = AddMaps(project_, ui_, {photo}, DefaultOpeners());
+  ui_.Verify();
+  EXPECT_EQ(added[0].outcome, AddOutcome::CantAdd);
+  EXPECT_TRUE(ReadBaseMaps(project_).empty());
+
+  // Added while the world file was sound, then damaged: the pre-scan says why.
+  WriteWorld(dir_ / "photo.tfw");
+  ASSERT_EQ(AddMaps(project_, ui_, {photo}, DefaultOpeners())[0].outcome, AddOutcome::Added);
+  WriteFile(world, "10\n0\n0\n");
+  ui_.ExpectMessage("Error Adding Image", {"Error adding raster image " + photo,
+                                           "The world file \"" + world +
+                                               "\" has 3 lines; a world file has six numbers, "
+                                               "one to a line"});
+  EXPECT_TRUE(PrescanMaps(project_, ui_, DefaultOpeners()).empty());
+  ui_.Verify();
+}
+
+TEST_F(CatalogueTest, ADwgDrawingIsRefusedWithTheAdviceToSaveItAsDxf) {
+  const std::string plan = (dir_ / "plan.dwg").string();
+  WriteFile(plan, "AC1015 not read here");
+  ui_.ExpectMessage("Invalid File", {"The image is not a valid vector data set!",
+                                     "Could not add the file: " + plan + ".",
+                                     "The drawing \"" + plan +
+                                         "\" is a DWG file, which cannot be read here; save "
+                                         "it as DXF and add the DXF file"});
+  EXPECT_EQ(AddMaps(project_, ui_, {plan}, DefaultOpeners())[0].outcome, AddOutcome::InvalidFile);
+  ui_.Verify();
 }
 
 }  // namespace

@@ -52,10 +52,14 @@ TEST_F(TarnocmdMapTest, AFileThatIsNoVectorMapIsRefusedWithItsBox) {
   const std::string good = MakeShapefile(dir_ / "good.shp");
   const RunResult r = Run({"map", "add", project_, bad, good});
   EXPECT_EQ(r.status, 1);
+  // The box ends with the reader's reason: here the missing index file.
   EXPECT_EQ(r.err,
             "Invalid File: The image is not a valid vector data set!\n"
             "Invalid File: Could not add the file: " +
-                bad + ".\n");
+                bad +
+                ".\n"
+                "Invalid File: The specified file " +
+                (dir_ / "broken.shx").string() + " does not exist.\n");
   EXPECT_TRUE(Contains(r.out, "Added " + good));
   EXPECT_EQ(ListLines().size(), 1u);
 }
