@@ -30,6 +30,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/quiet_ui.h"
 #include "app/shell/map_editor.h"
 #include "core/ui_port.h"
 #include "display/map_state.h"
@@ -50,34 +51,7 @@ constexpr int kHeight = 1000;
 constexpr int kStrings = 1000;
 constexpr int kVerticesPerString = 21;
 
-// Answers every question with its first button; messages are printed, since one
-// means something went wrong.
-class QuietUserInterface : public UserInterface {
- public:
-  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines, Buttons,
-                    Icon) override {
-    std::cerr << "message \"" << title << "\":";
-    for (const auto& l : lines) std::cerr << " " << l;
-    std::cerr << "\n";
-    ++messages;
-    return Answer::OK;
-  }
-  std::optional<std::string> InputBox(const std::string&, const std::string&,
-                                      const std::string&) override {
-    return std::nullopt;
-  }
-  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override { return {}; }
-  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override { return {}; }
-  std::vector<std::string> OpenFilesDialog(const FileDialogRequest&) override { return {}; }
-  std::optional<std::uint32_t> ColourDialog(std::uint32_t) override { return {}; }
-  void ShowModal(DialogModel&) override {}
-  void PleaseWaitShow(const std::string&, int) override {}
-  void PleaseWaitHide() override {}
-  void ShowTextFile(const std::string&) override {}
-  void Activity(const std::string&) override {}
-  void Feedback(const std::string&) override {}
-  int messages = 0;
-};
+using bench::QuietUserInterface;
 
 class BenchHost : public EditorHost {
  public:
