@@ -84,19 +84,19 @@ void EstimationView::Build(const QString& title) {
     // that it could not be answered.
     left->addWidget(AddButton(kEstimateButtonCaption, "cmdEstimate_Click", [this] {
       std::unique_ptr<QProgressDialog> bar;
-      EstimateInPestDialog(*pest_, pest_->Context(), [this, &bar](int percent,
-                                                                   const std::string& text) {
-        if (!bar) {
-          bar = std::make_unique<QProgressDialog>(QStringLiteral("Estimating..."), QString(), 0,
-                                                  100, this);
-          bar->setWindowTitle(QStringLiteral("Estimate Without PEST"));
-          bar->setWindowModality(Qt::WindowModal);
-          bar->setMinimumDuration(0);
-        }
-        bar->setLabelText(Q(text));
-        bar->setValue(percent);
-        QCoreApplication::processEvents();
-      });
+      EstimateInPestDialog(*pest_, pest_->Context(),
+                           [this, &bar](int percent, const std::string& text) {
+                             if (!bar) {
+                               bar = std::make_unique<QProgressDialog>(
+                                   QStringLiteral("Estimating..."), QString(), 0, 100, this);
+                               bar->setWindowTitle(QStringLiteral("Estimate Without PEST"));
+                               bar->setWindowModality(Qt::WindowModal);
+                               bar->setMinimumDuration(0);
+                             }
+                             bar->setLabelText(Q(text));
+                             bar->setValue(percent);
+                             QCoreApplication::processEvents();
+                           });
     }));
   } else {
     left->addWidget(AddButton("Write UCODE Input Files", "cmdWriteUCODE_Click",
