@@ -42,9 +42,11 @@ find . -maxdepth 1 -type f -iname 'synth.*' -delete
 tarno() { "$TARNOCMD" "$@"; }
 
 tarno new "$P" --yes --base-name synth --description "Synthetic calibration model" >/dev/null
-# The known model: conductivity 20 m/day, tagged for estimation.
+# The known model: conductivity 20 m/day, tagged for estimation. The contour levels
+# cover the heads (19 to 22 m), so that the map of a solve shows them.
 tarno model "$P" AQBase=0 AQThickness=30 AQHydCond=20 AQPorosity=0.25 \
-  chkScenarioHydCond=1 ScenHydCond=Kaq SOLVERIterations=3 >/dev/null
+  chkScenarioHydCond=1 ScenHydCond=Kaq SOLVERIterations=3 \
+  CONTOURMinimum=18 CONTOURMaximum=23 CONTOURInterval=0.25 >/dev/null
 # A river along the west side and one along the east side, fixing the heads.
 tarno add "$P" linesink 0 0 0 1000 0 2000 \
   --set Label=WestRiver HeadSpecified=1 StartingHead=20 EndingHead=19 Resistance=0.1 Width=5 Depth=1 >/dev/null

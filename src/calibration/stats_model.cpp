@@ -1,6 +1,7 @@
 #include "calibration/stats_model.h"
 
 #include <cmath>
+#include <filesystem>
 
 #include "core/error_trap.h"
 #include "core/format.h"
@@ -198,6 +199,8 @@ std::optional<std::string> Calibration::AskChartFile(UserInterface& ui) const {
   request.title = "Export Chart";
   request.defaultExtension = "png";
   request.filter = "PNG Image (*.png)|*.png";
+  if (!projectFile.empty())
+    request.initialDirectory = std::filesystem::path(projectFile).parent_path().string();
   request.initialFile =
       std::string(ObservationTypeName(static_cast<ObservationKind>(currentTab))) + ".png";
   auto path = ui.SaveFileDialog(request);
@@ -210,6 +213,7 @@ std::optional<std::string> Calibration::AskChartFile(UserInterface& ui) const {
 
 void ShowCalibrationStatistics(UserInterface& ui, const std::string& projectFile) {
   Calibration dialog;
+  dialog.projectFile = projectFile;
   RunOperation(ui, "Calibration.init", [&] {
     Database db = Database::OpenReadOnly(projectFile);
     dialog.init(db);

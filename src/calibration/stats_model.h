@@ -135,7 +135,12 @@ class Calibration : public DialogModel {
   // The export of the present chart as a PNG picture: asks for the file through the
   // port. Nothing when cancelled; the path, with ".png" added when it has no
   // extension, otherwise.
+  // The dialog opens in the project's folder (projectFile's), where the user keeps
+  // the model's other outputs.
   std::optional<std::string> AskChartFile(UserInterface& ui) const;
+
+  // The project file the statistics were read from; empty when not known.
+  std::string projectFile;
 
   std::array<CalibrationTab, kObservationKinds> tabs;
   int currentTab = 0;

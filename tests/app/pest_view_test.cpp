@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTableWidget>
 
@@ -82,6 +83,48 @@ TEST_F(EstimationViewTest, TheEstimatorButtonRefusesAProjectWithoutTestPoints) {
   view.button("Estimate Without PEST")->click();
   ui.Verify();
   EXPECT_EQ(view.inputList()->count(), 0);
+  EXPECT_EQ(view.outputList()->count(), 0);
+}
+
+// Notes, at each message box, whether the estimation view already holds its progress
+// bar: a window-modal bar up while a question is asked blocks the question.
+class BarWatchingUi : public ScriptedUserInterface {
+ public:
+  tarno::Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                           tarno::Buttons buttons, tarno::Icon icon) override {
+    if (view != nullptr && !view->findChildren<QProgressDialog*>().isEmpty())
+      barAtBox.push_back(title);
+    return ScriptedUserInterface::MessageBox(title, lines, buttons, icon);
+  }
+  QWidget* view = nullptr;
+  std::vector<std::string> barAtBox;
+};
+
+TEST_F(EstimationViewTest, TheEstimatorAsksBeforeAnyProgressBarIsUp) {
+  BarWatchingUi ui;
+  SolveContext ctx = Context(ui);
+  state_.SolutionPresent = true;
+  PestDialog dialog(ctx, nullptr);
+  dialog.RefreshLists();
+  EstimationView view(dialog, ui);
+  ui.view = &view;
+  // Declined: nothing runs, no bar was made.
+  ui.ExpectMessage("Warning",
+                   {"Running the estimator will invalidate and remove your present solution.",
+                    "Do you wish to continue?"},
+                   Answer::No);
+  view.button("Estimate Without PEST")->click();
+  ui.Verify();
+  EXPECT_TRUE(ui.barAtBox.empty());
+  EXPECT_TRUE(view.findChildren<QProgressDialog*>().isEmpty());
+  EXPECT_TRUE(state_.SolutionPresent);
+  // Accepted: the refusal of a project without test points comes before any model
+  // run, so no bar is up for it either.
+  ui.ExpectMessageTitled("Warning", Answer::Yes);
+  ui.ExpectMessageTitled("No Test Points");
+  view.button("Estimate Without PEST")->click();
+  ui.Verify();
+  EXPECT_TRUE(ui.barAtBox.empty());
   EXPECT_EQ(view.outputList()->count(), 0);
 }
 

@@ -2,6 +2,7 @@
 // pressed, and the model and the project checked.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QPushButton>
 #include <QTableWidget>
 
@@ -77,6 +78,34 @@ TEST_F(ScenarioViewTest, ClosingTheWindowIsDoneAndLeavesTheModel) {
   EXPECT_EQ(model.Result, 1);
   EXPECT_FALSE(model.Invalidate);
   EXPECT_EQ(ModelNumber("AQHydCond"), 25);
+}
+
+// An estimated value carries all 12 digits; shown, the dialog shows it whole in every
+// table rather than cut short ("0.000499995..."), the narrow tag column included.
+TEST_F(ScenarioViewTest, ShowsLongValuesWhole) {
+  {
+    Database db = Open();
+    db.ExecuteRaw(
+        "update Model set chkScenarioHydCond = 1, ScenHydCond = 'Kaq', "
+        "AQHydCond = 20.0002101879657, DefaultAQHydCond = 0.000499995737845");
+  }
+  Scenarios model;
+  model.projectFile = path_.string();
+  model.init();
+  ScriptedUserInterface ui;
+  ScenariosView view(model, ui);
+  view.show();
+  QApplication::processEvents();
+  QTableWidget* aq = view.grid(ScenarioTable::Aquifer);
+  ASSERT_EQ(aq->rowCount(), 1);
+  EXPECT_EQ(Cell(aq, 0, 2), "0.000499995737845");
+  for (int c = 0; c < 3; ++c) {
+    const QString text = aq->item(0, c)->text();
+    EXPECT_GE(aq->columnWidth(c), aq->fontMetrics().horizontalAdvance(text)) << text.toStdString();
+  }
+  int used = 0;
+  for (int c = 0; c < 3; ++c) used += aq->columnWidth(c);
+  EXPECT_LE(used, aq->viewport()->width()) << "no column runs out of sight";
 }
 
 }  // namespace

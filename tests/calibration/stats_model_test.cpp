@@ -249,5 +249,16 @@ TEST_F(CalibrationDialog, ChartExportAsksForAPngFile) {
   EXPECT_EQ(calls[0].file.initialFile, "Gage.png");
 }
 
+TEST_F(CalibrationDialog, ChartExportOpensInTheProjectsFolder) {
+  Calibration dlg;
+  dlg.projectFile = (dir_ / "model.trn").string();
+  ui_.ExpectSaveFile(std::nullopt);
+  EXPECT_FALSE(dlg.AskChartFile(ui_));
+  ui_.Verify();
+  const auto calls = ui_.CallsOf(UiCallKind::SaveFile);
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].file.initialDirectory, dir_.Path().string());
+}
+
 }  // namespace
 }  // namespace tarno::testing

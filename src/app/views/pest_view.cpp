@@ -16,6 +16,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 #include <filesystem>
+#include <memory>
 
 #include "app/views/view_support.h"
 #include "calibration/estimator_dialog.h"
@@ -77,17 +78,25 @@ void EstimationView::Build(const QString& title) {
     left->addWidget(
         AddButton("Assign Weights", "cmdAssignWeights_Click", [this] { pest_->AssignWeights(); }));
     // The built-in estimator, for where PEST is not installed; a bar shows the model
-    // runs of each iteration while it works.
+    // runs of each iteration while it works. The bar is made at the first model run,
+    // not before: the click may first ask (a present solution, unsaved edits), and a
+    // window-modal bar shown under the question blocked the question's own window, so
+    // that it could not be answered.
     left->addWidget(AddButton(kEstimateButtonCaption, "cmdEstimate_Click", [this] {
-      QProgressDialog bar(QStringLiteral("Estimating..."), QString(), 0, 100, this);
-      bar.setWindowTitle(QStringLiteral("Estimate Without PEST"));
-      bar.setWindowModality(Qt::WindowModal);
-      bar.setMinimumDuration(0);
-      EstimateInPestDialog(*pest_, pest_->Context(), [&bar](int percent, const std::string& text) {
-        bar.setLabelText(Q(text));
-        bar.setValue(percent);
-        QCoreApplication::processEvents();
-      });
+      std::unique_ptr<QProgressDialog> bar;
+      EstimateInPestDialog(*pest_, pest_->Context(),
+                           [this, &bar](int percent, const std::string& text) {
+                             if (!bar) {
+                               bar = std::make_unique<QProgressDialog>(
+                                   QStringLiteral("Estimating..."), QString(), 0, 100, this);
+                               bar->setWindowTitle(QStringLiteral("Estimate Without PEST"));
+                               bar->setWindowModality(Qt::WindowModal);
+                               bar->setMinimumDuration(0);
+                             }
+                             bar->setLabelText(Q(text));
+                             bar->setValue(percent);
+                             QCoreApplication::processEvents();
+                           });
     }));
   } else {
     left->addWidget(AddButton("Write UCODE Input Files", "cmdWriteUCODE_Click",

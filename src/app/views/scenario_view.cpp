@@ -4,8 +4,10 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/views/view_support.h"
 #include "core/error_trap.h"
@@ -18,6 +20,9 @@ using views::S;
 namespace {
 
 QString Number(double v) { return QString::number(v, 'g', 12); }
+
+// Room around a cell's text (the style's margins and the grid line).
+constexpr int kCellMargin = 16;
 
 }  // namespace
 
@@ -35,7 +40,11 @@ ScenariosView::ScenariosView(Scenarios& model, UserInterface& ui, QWidget* paren
                                       QString::fromUtf8(Scenarios::kColumnCaptions[1]),
                                       QString::fromUtf8(Scenarios::kColumnCaptions[2])});
     table->verticalHeader()->setVisible(false);
-    table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // The values are shown whole (12 digits; an estimated value uses them all): the two
+    // number columns take the width of their text and the tag column the rest.
+    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    table->horizontalHeader()->setSectionResizeMode(kCurrentColumn, QHeaderView::ResizeToContents);
+    table->horizontalHeader()->setSectionResizeMode(kDefaultColumn, QHeaderView::ResizeToContents);
     boxLayout->addWidget(table);
     grids->addWidget(box);
     grids_[i] = table;
@@ -86,6 +95,18 @@ void ScenariosView::FillGrids() {
       table->setItem(r, kCurrentColumn, new QTableWidgetItem(Number(rows[r].Current)));
       table->setItem(r, kDefaultColumn, new QTableWidgetItem(Number(rows[r].Default)));
     }
+    // Wide enough for the columns' text, so that the dialog grows rather than cut a
+    // value short.
+    int width = 2 * table->frameWidth() + table->verticalScrollBar()->sizeHint().width();
+    for (int c = 0; c < table->columnCount(); ++c) {
+      int column = table->horizontalHeader()->sectionSizeHint(c);
+      for (int r = 0; r < table->rowCount(); ++r)
+        column =
+            std::max(column, table->fontMetrics().horizontalAdvance(table->item(r, c)->text()) +
+                                 kCellMargin);
+      width += column;
+    }
+    table->setMinimumWidth(width);
   }
   filling_ = false;
 }
