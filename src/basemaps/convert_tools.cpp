@@ -120,6 +120,36 @@ std::optional<ToolFiles> AskFiles(ConvertContext& ctx, const ToolSetup& tool) {
   return ToolFiles{*input, *output};
 }
 
+// The programs read working copies under fixed names (TARNO2K.DLG, temp_tar.tar.gz,
+// TEMPDXF.BBM, TEMP-IN.BBM) in `folder`; their messages name the file the user chose
+// instead: the copy's full path, or its bare name where it stands as a whole word.
+std::string NameTheInput(std::string messages, const fs::path& folder,
+                         const std::string& workingName, const std::string& input) {
+  auto replaceAll = [&](const std::string& what, bool wholeName) {
+    auto isNamePart = [](char c) {
+      return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-' || c == '/' ||
+             c == '.';
+    };
+    for (std::size_t at = messages.find(what); at != std::string::npos;
+         at = messages.find(what, at)) {
+      const std::size_t end = at + what.size();
+      const bool partOfAnother =
+          wholeName &&
+          ((at > 0 && isNamePart(messages[at - 1])) ||
+           (end < messages.size() && isNamePart(messages[end]) && messages[end] != '.'));
+      if (partOfAnother) {
+        at = end;
+        continue;
+      }
+      messages.replace(at, what.size(), input);
+      at += input.size();
+    }
+  };
+  replaceAll((folder / workingName).string(), false);
+  replaceAll(workingName, true);
+  return messages;
+}
+
 // "Conversion Complete" when the program ended well and left the output, else
 // "Conversion Failure" with what the program said.
 bool Report(ConvertContext& ctx, const std::string& what, const ProgramRunResult& result,
@@ -248,7 +278,8 @@ void ToolsConvertDLG(ConvertContext& ctx) {
                       Icon::Exclamation);
     return;
   }
-  const auto result = Run(ctx, convert_program::kDlg, {"TARNO2K.DLG", files->output, "100"}, temp);
+  auto result = Run(ctx, convert_program::kDlg, {"TARNO2K.DLG", files->output, "100"}, temp);
+  result.messages = NameTheInput(result.messages, temp, "TARNO2K.DLG", files->input);
   Report(ctx, "DLG2BBM", result, files->output);
 }
 
@@ -287,8 +318,10 @@ void ToolsConvertSDTS(ConvertContext& ctx) {
                       Buttons::OK, Icon::Exclamation);
     return;
   }
-  const auto result =
+  auto result =
       Run(ctx, convert_program::kSdts, {archive.filename().string(), files->output}, folder);
+  result.messages =
+      NameTheInput(result.messages, folder, archive.filename().string(), files->input);
   Report(ctx, "SDTS2BBM", result, files->output);
 }
 
@@ -338,8 +371,8 @@ void ToolsBBMtoDXF(ConvertContext& ctx) {
                       Buttons::OK, Icon::Exclamation);
     return;
   }
-  const auto result =
-      Run(ctx, convert_program::kBbmToDxf, {"TEMPDXF.BBM", files->output, *layer}, temp);
+  auto result = Run(ctx, convert_program::kBbmToDxf, {"TEMPDXF.BBM", files->output, *layer}, temp);
+  result.messages = NameTheInput(result.messages, temp, "TEMPDXF.BBM", files->input);
   fs::remove(temp / "TEMPDXF.BBM", ec);
   Report(ctx, "BBM2DXF", result, files->output);
 }
@@ -430,10 +463,11 @@ ReprojectOutcome ReprojectFiles(ConvertContext& ctx, const std::vector<std::stri
       const fs::path in = temp / "TEMP-IN.BBM", out = temp / "TEMP-OUT.BBM";
       fs::remove(out, ec);
       fs::copy_file(path, in, fs::copy_options::overwrite_existing, ec);
-      const auto r = Run(ctx, convert_program::kBbmProject,
-                         {in.string(), out.string(), std::to_string(sourceCode),
-                          std::to_string(targetCode), datumDir},
-                         temp);
+      auto r = Run(ctx, convert_program::kBbmProject,
+                   {in.string(), out.string(), std::to_string(sourceCode),
+                    std::to_string(targetCode), datumDir},
+                   temp);
+      r.messages = NameTheInput(r.messages, temp, in.filename().string(), file);
       if (r.status == 0 && fs::exists(out, ec)) {
         fs::copy_file(out, path, fs::copy_options::overwrite_existing, ec);
         if (!ec) ++outcome.reprojected;

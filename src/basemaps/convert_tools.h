@@ -54,7 +54,9 @@ inline constexpr const char* kDmFilter = "MORV digital map files|*.dm|All files|
 inline constexpr const char* kDmUnsupported =
     "The MORV DM format is not supported by this version of TARNO.";
 inline constexpr const char* kCadTitle = "CAD File Converter";
-inline constexpr const char* kCadFilter = "CAD files (*.dwg; *.dxf)|*.dwg;*.dxf";
+// DGN drawings are converted too; DWG stays in the list so that choosing one gets
+// the converter's own explanation instead of a file the dialog hides.
+inline constexpr const char* kCadFilter = "CAD files (*.dxf; *.dgn; *.dwg)|*.dxf;*.dgn;*.dwg";
 inline constexpr const char* kBbmFilter = "BBM files (*.bbm)|*.bbm";
 inline constexpr const char* kDxfFilter = "DXF files (*.dxf)|*.dxf";
 inline constexpr const char* kShapeTitle = "Shapefile to BBM Conversion";

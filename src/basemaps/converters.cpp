@@ -660,12 +660,21 @@ void ReprojectWorldFile(const RasterProjParameters& p) {
                        std::to_string(p.fromCode) + " to zone " + std::to_string(p.toCode) + ".");
   }
   WorldFile out;
-  out.A = x1 - x0;
-  out.D = y1 - y0;
-  out.B = x2 - x0;
-  out.E = y2 - y0;
   out.C = x0;
   out.F = y0;
+  if (w.B == 0.0 && w.D == 0.0) {
+    // An upright image stays upright: the map draws no rotated image, and the turn
+    // between two projections (grid convergence, about a degree) would leave the
+    // image refused. Its pixel keeps the transformed neighbours' distances, so the
+    // image is exact at its upper left corner and off by the turn towards the others.
+    out.A = std::copysign(std::hypot(x1 - x0, y1 - y0), w.A);
+    out.E = std::copysign(std::hypot(x2 - x0, y2 - y0), w.E);
+  } else {
+    out.A = x1 - x0;
+    out.D = y1 - y0;
+    out.B = x2 - x0;
+    out.E = y2 - y0;
+  }
   try {
     WriteWorldFile(p.output, out);
   } catch (const Error& e) {

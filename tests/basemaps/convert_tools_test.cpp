@@ -134,6 +134,51 @@ TEST_F(ConvertToolsTest, AFailingProgramIsReportedWithItsMessage) {
   ui_.Verify();
 }
 
+std::string WriteMap(const fs::path& path, int zone);
+
+// The programs read working copies; a failure names the file the user chose, by the
+// copy's bare name or its full path, and leaves other names alone.
+TEST_F(ConvertToolsTest, AFailureNamesTheChosenFileNotTheWorkingCopy) {
+  auto ctx = Context();
+  std::string said;
+  ctx.run = [&](const fs::path& program, const std::vector<std::string>& args,
+                const fs::path& cwd) {
+    calls_.push_back({program.filename().string(), args, cwd});
+    ProgramRunResult r;
+    r.status = 1;
+    r.messages = said;
+    return r;
+  };
+  const std::string archive = Touch(maps_ / "sdts_quad.tar.gz");
+  const std::string out = (maps_ / "quad.bbm").string();
+  ExpectStart("SDTS Converter", archive, out);
+  ui_.ExpectMessage(
+      "Conversion Failure",
+      {"SDTS2BBM conversion seems to have failed.",
+       "sdts2bbm: No SDTS catalogue module (*CATD.DDF) was found in " + archive + "."});
+  said = "sdts2bbm: No SDTS catalogue module (*CATD.DDF) was found in temp_tar.tar.gz.\n";
+  ToolsConvertSDTS(ctx);
+
+  const std::string bbm = Touch(maps_ / "roads.bbm");
+  ExpectStart("CAD File Converter", bbm, (maps_ / "roads.dxf").string());
+  ui_.Expect(UiCallKind::InputBox).Title("DXF Layer Name").Text("0");
+  ui_.ExpectMessage("Conversion Failure", {"BBM2DXF conversion seems to have failed.",
+                                           "bbm2dxf: The BBM map " + bbm + " is truncated.",
+                                           "See OLD_TEMPDXF.BBM and TEMPDXF.BBMX."});
+  said = "bbm2dxf: The BBM map TEMPDXF.BBM is truncated.\nSee OLD_TEMPDXF.BBM and TEMPDXF.BBMX.\n";
+  ToolsBBMtoDXF(ctx);
+
+  // bbmproject is given the copy's full path.
+  const std::string map = WriteMap(maps_ / "wells.bbm", 15);
+  ui_.ExpectMessage("Reproject Failed", {"bbmproject could not reproject " + map + ".",
+                                         map + ", record 1: the point cannot be transformed."});
+  ui_.ExpectMessageTitled("Reproject Complete");
+  said = (temp_ / "TEMP-IN.BBM").string() + ", record 1: the point cannot be transformed.\n";
+  ReprojectFiles(ctx, {map}, 15, 2202, Datum::NAD83);
+  ui_.Verify();
+  EXPECT_EQ(calls_.size(), 3u);
+}
+
 TEST_F(ConvertToolsTest, CadFileAsksTheZoneAndBbmToDxfTheLayer) {
   const std::string dxf = Touch(maps_ / "site.dxf");
   const std::string bbmOut = (maps_ / "site.bbm").string();
@@ -152,6 +197,9 @@ TEST_F(ConvertToolsTest, CadFileAsksTheZoneAndBbmToDxfTheLayer) {
   EXPECT_EQ(calls_[0].program, "odwg2bbm");
   EXPECT_EQ(calls_[0].args, (std::vector<std::string>{dxf, bbmOut, "15"}));
   EXPECT_EQ(ui_.CallsOf(UiCallKind::InputBox).at(0).text, "0");
+  // DGN drawings are offered as well as DXF (and DWG, which the converter explains).
+  EXPECT_EQ(ui_.CallsOf(UiCallKind::OpenFile).at(0).file.filter,
+            "CAD files (*.dxf; *.dgn; *.dwg)|*.dxf;*.dgn;*.dwg");
 
   const std::string dxfOut = (maps_ / "back.dxf").string();
   ExpectStart("CAD File Converter", bbmOut, dxfOut);

@@ -198,8 +198,8 @@ TEST_F(ConvertersTest, WorldFileReprojectionKeepsPixelSizeAcrossUtmZonesOfOneDat
   const WorldFile same = ReadWorldFile(dir_ / "same.tfw");
   EXPECT_NEAR(same.C, w.C, 1e-6);
   EXPECT_NEAR(same.A, 2.0, 1e-9);
-  // To zone 16 the corner moves as PROJ moves it, the pixel keeps its size (to the
-  // scale factor) and turns a little.
+  // To zone 16 the corner moves as PROJ moves it and the pixel keeps its size (to the
+  // scale factor); the image stays upright, as the map draws no rotated image.
   ReprojectWorldFile({dir_ / "a.tfw", dir_ / "b.tfw", 15, 16, "nad83sp"});
   const WorldFile b = ReadWorldFile(dir_ / "b.tfw");
   ZoneTransform t(15, 16, Datum::NAD83);
@@ -209,7 +209,26 @@ TEST_F(ConvertersTest, WorldFileReprojectionKeepsPixelSizeAcrossUtmZonesOfOneDat
   EXPECT_DOUBLE_EQ(b.F, y);
   EXPECT_NEAR(std::hypot(b.A, b.D), 2.0, 0.01);
   EXPECT_NEAR(std::hypot(b.B, b.E), 2.0, 0.01);
-  EXPECT_GT(std::fabs(b.D), 1e-3);
+  EXPECT_EQ(b.B, 0.0);
+  EXPECT_EQ(b.D, 0.0);
+  EXPECT_GT(b.A, 1.99);
+  EXPECT_LT(b.E, -1.99);
+  // The pixel's size is the distance to its transformed neighbours, not the x or y
+  // part of it alone.
+  double x1 = w.C + w.A, y1 = w.F;
+  ASSERT_TRUE(t.Apply(x1, y1));
+  EXPECT_NEAR(b.A, std::hypot(x1 - x, y1 - y), 1e-9);
+
+  // A world file that was turned already keeps rotation terms, moved as its
+  // neighbours move (by about four degrees here).
+  WorldFile turned = w;
+  turned.B = 0.5;
+  turned.D = 0.5;
+  WriteWorldFile(dir_ / "turned.tfw", turned);
+  ReprojectWorldFile({dir_ / "turned.tfw", dir_ / "c.tfw", 15, 16, "nad83sp"});
+  const WorldFile c = ReadWorldFile(dir_ / "c.tfw");
+  EXPECT_GT(c.B, 0.1);
+  EXPECT_GT(c.D, 0.1);
 }
 
 TEST_F(ConvertersTest, DlgInputIsUnpackedOnceAndChoppedInto80Columns) {

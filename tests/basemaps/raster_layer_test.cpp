@@ -7,8 +7,10 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <utility>
 
+#include "basemaps/converters.h"
 #include "basemaps/raster_layer.h"
 #include "basemaps/world_file.h"
 #include "core/error.h"
@@ -306,6 +308,28 @@ TEST_F(RasterLayerTest, StoppedPyramidsLeaveNoHalfFile) {
   EXPECT_TRUE(BuildOverviews((dir / "small.tif").string()));
   EXPECT_FALSE(fs::exists(dir / "small.tif.ovr"));
   EXPECT_THROW(BuildOverviews((dir / "none.tif").string()), Error);
+}
+
+// Reproject Maps rewrites an image's world file from UTM to a state plane zone; the
+// image must still be drawn afterwards, at its transformed upper left corner.
+TEST(RasterLayerReprojection, AnImageReprojectedToAStatePlaneZoneIsStillDrawn) {
+  TempDir dir;
+  WriteTiff(dir / "scan.tif", 4, 2, 3, Pattern, nullptr);
+  WorldFile w;
+  w.A = 100.0;
+  w.E = -100.0;
+  w.C = 445050.0;
+  w.F = 4397950.0;
+  WriteWorldFile(dir / "scan_temp_rpj.tfw", w);
+  ReprojectWorldFile({dir / "scan_temp_rpj.tfw", dir / "scan.tfw", 15, 2202, "nad83sp"});
+  std::unique_ptr<RasterLayer> layer;
+  ASSERT_NO_THROW(layer = std::make_unique<RasterLayer>(Row(dir / "scan.tif")));
+  const auto e = layer->Extents();
+  ASSERT_TRUE(e.has_value());
+  const WorldFile placed = ReadWorldFile(dir / "scan.tfw");
+  EXPECT_NEAR(e->Left, placed.C - placed.A / 2, 1e-6);
+  EXPECT_NEAR(e->Top, placed.F - placed.E / 2, 1e-6);
+  EXPECT_NEAR(e->Right - e->Left, 4 * placed.A, 1e-6);
 }
 
 }  // namespace
