@@ -661,13 +661,21 @@ TEST_F(MapEditorTest, ShiftClickInspectsWithASolutionAndOtherwiseSaysThereIsNone
   Add(ElementKind::Well, "PW1", Point(300, 300));
   Click(300, 300);
   ASSERT_EQ(editor.SelectedKind(), 1);
+  auto redMarks = [&] {
+    int n = 0;
+    for (const auto& op : canvas.Ops()) n += op.colour == PaletteColour(12) ? 1 : 0;
+    return n;
+  };
+  const int before = redMarks();
   ui.ExpectMessage(kNoSolutionTitle, {kNoSolutionText});
   Click(100, 100, kLeftButton, kShiftMask);
   EXPECT_EQ(editor.SelectedKind(), 1);  // the selection stays
   EXPECT_TRUE(host.inspected.empty());
+  EXPECT_EQ(redMarks(), before);  // no marker without a solution
 
   state.solution.valid = true;
   Click(100, 100, kLeftButton, kShiftMask);
+  EXPECT_GT(redMarks(), before);  // the point asked about is marked in red
   Click(120, 80, kLeftButton, kShiftMask | kCtrlMask);
   ASSERT_EQ(host.inspected.size(), 1u);
   EXPECT_NEAR(host.inspected[0].first, 100, 1);

@@ -269,6 +269,9 @@ void MapEditor::ShiftClick(int shift, double px, double py) {
   }
   double x = 0, y = 0;
   if (!ToMap(px, py, x, y, false)) return;
+  // A red marker shows the point asked about over the present picture.
+  RunOperation(ui_, "Map_MouseDown", [&] { g_.vgGDIMarker(x, y, 5, PaletteColour(12), 1, 0.0, 1.0); });
+  host_.Repaint();
   if (shift == kShiftMask)
     host_.InspectAt(x, y);
   else
