@@ -380,6 +380,18 @@ void LoadBatchProject(Database& db, BatchProject& project) {
   project.state.ContourLinesPresent = present(".CTR");
 }
 
+MapWindow ProjectWindow(Database& db) {
+  MapWindow w;
+  Statement st = db.PrepareRaw("select WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
+  if (st.Step()) {
+    w.Left = std::min(st.GetDouble(0), st.GetDouble(1));
+    w.Right = std::max(st.GetDouble(0), st.GetDouble(1));
+    w.Bottom = std::min(st.GetDouble(2), st.GetDouble(3));
+    w.Top = std::max(st.GetDouble(2), st.GetDouble(3));
+  }
+  return w;
+}
+
 int BadUsage(std::ostream& err, const std::string& message) {
   err << "tarnocmd: " << message << "\n";
   err << "Run \"tarnocmd help\" for the usage.\n";

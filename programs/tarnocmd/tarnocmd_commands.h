@@ -132,6 +132,8 @@ int ImportPar(const std::string& path, const std::string& parFile, std::ostream&
 // program removes it after an edit (the state of the solution is that of the solver
 // files, as `tarnocmd solve` reads it).
 int BadUsage(std::ostream& err, const std::string& message);
+// The map window stored in the Model row, its corners sorted (zero when the row is missing).
+MapWindow ProjectWindow(Database& db);
 bool CheckProject(const std::string& path, std::ostream& err);
 void RemoveSolution(const std::string& path, UserInterface& ui, std::ostream& out);
 

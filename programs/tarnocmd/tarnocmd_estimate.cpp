@@ -28,13 +28,7 @@ int Estimate(const EstimateCommandOptions& options, std::ostream& out, std::ostr
   try {
     Database db = Database::Open(options.path);
     LoadBatchProject(db, project);
-    Statement st = db.PrepareRaw("select WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
-    if (st.Step()) {
-      ctx.window.Left = std::min(st.GetDouble(0), st.GetDouble(1));
-      ctx.window.Right = std::max(st.GetDouble(0), st.GetDouble(1));
-      ctx.window.Bottom = std::min(st.GetDouble(2), st.GetDouble(3));
-      ctx.window.Top = std::max(st.GetDouble(2), st.GetDouble(3));
-    }
+    ctx.window = ProjectWindow(db);
   } catch (const std::exception& e) {
     err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
     return 1;

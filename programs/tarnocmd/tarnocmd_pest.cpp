@@ -28,20 +28,6 @@ bool IsProject(const std::string& path, std::ostream& err) {
   return false;
 }
 
-// The map window of the Model row; the template takes the extents of the elements
-// and needs the window only for a project without vertices.
-MapWindow ProjectWindow(Database& db) {
-  MapWindow w;
-  Statement st = db.PrepareRaw("select WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
-  if (st.Step()) {
-    w.Left = std::min(st.GetDouble(0), st.GetDouble(1));
-    w.Right = std::max(st.GetDouble(0), st.GetDouble(1));
-    w.Bottom = std::min(st.GetDouble(2), st.GetDouble(3));
-    w.Top = std::max(st.GetDouble(2), st.GetDouble(3));
-  }
-  return w;
-}
-
 }  // namespace
 
 int Pest(const std::string& path, std::ostream& out, std::ostream& err) {

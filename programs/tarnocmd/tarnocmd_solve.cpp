@@ -34,18 +34,10 @@ std::string Lower(std::string s) {
 // The window of the Model row; a window that is empty or turned inside out (a new
 // project's) gives way to the extents of the vertices, widened by a tenth.
 MapWindow WindowOf(Database& db) {
-  MapWindow w;
+  MapWindow w = ProjectWindow(db);
   {
-    Statement st = db.PrepareRaw("select WINDOWX1, WINDOWX2, WINDOWY1, WINDOWY2 from Model");
-    if (st.Step()) {
-      w.Left = std::min(st.GetDouble(0), st.GetDouble(1));
-      w.Right = std::max(st.GetDouble(0), st.GetDouble(1));
-      w.Bottom = std::min(st.GetDouble(2), st.GetDouble(3));
-      w.Top = std::max(st.GetDouble(2), st.GetDouble(3));
-      Statement raw = db.PrepareRaw("select WINDOWX1 < WINDOWX2 and WINDOWY1 < WINDOWY2 from Model");
-      raw.Step();
-      if (raw.GetBool(0)) return w;
-    }
+    Statement raw = db.PrepareRaw("select WINDOWX1 < WINDOWX2 and WINDOWY1 < WINDOWY2 from Model");
+    if (raw.Step() && raw.GetBool(0)) return w;
   }
   const VertexSummary v = SummariseVertices(db);
   if (v.count == 0 || !v.box) return w;
