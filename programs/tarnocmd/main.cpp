@@ -42,6 +42,7 @@
 #include "tarnocmd_convert.h"
 #include "tarnocmd_elements.h"
 #include "tarnocmd_scenario.h"
+#include "tarnocmd_exchange.h"
 #include "tarnocmd_maps.h"
 
 namespace {
@@ -279,6 +280,7 @@ int main(int argc, char** argv) {
   if (auto status = tarno::cmd::RunScenarioCommand(args, std::cout, std::cerr)) return *status;
   if (auto status = tarno::cmd::RunMapCommand(args, std::cout, std::cerr)) return *status;
   if (auto status = tarno::cmd::RunConvertCommand(args, std::cout, std::cerr)) return *status;
+  if (auto status = tarno::cmd::RunExchangeCommand(args, std::cout, std::cerr)) return *status;
 
   return BadUsage("unknown command \"" + command + "\"");
 }

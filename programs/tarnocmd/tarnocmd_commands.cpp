@@ -1,5 +1,6 @@
 #include "tarnocmd_commands.h"
 #include "tarnocmd_convert.h"
+#include "tarnocmd_exchange.h"
 #include "tarnocmd_maps.h"
 #include "tarnocmd_elements.h"
 #include "tarnocmd_scenario.h"
@@ -68,7 +69,7 @@ std::string UsageText() {
          "      estimator, writes <base>.par and the record <base>.erc and imports the\n"
          "      values (not with --no-import). --use-files takes the PEST files as they\n"
          "      stand instead of writing them anew.\n"
-         + ElementUsageText() + ScenarioUsageText() + MapUsageText() + ConvertUsageText() +
+         + ElementUsageText() + ScenarioUsageText() + MapUsageText() + ConvertUsageText() + ExchangeUsageText() +
          "  tarnocmd help\n"
          "      Shows this text.\n"
          "Messages go to standard error. Exit status: 0 success, 1 failure, 2 bad usage.\n";
