@@ -629,10 +629,12 @@ TEST(SolveViewsTest, IntegrityShowsTheValues) {
   SolverIntegrity integrity;
   integrity.VxAnyl = 1.5;
   integrity.divCapQNum = -0.25;
+  integrity.VxNum = -0.105000000001354;  // a difference quotient of seven-digit heads
   SolverIntegrityView view(integrity);
   EXPECT_EQ(view.windowTitle().toStdString(), "Solver Integrity Check");
   EXPECT_EQ(Text(view.value(0, 0)), "1.5");
   EXPECT_EQ(Text(view.value(4, 1)), "-0.25");
+  EXPECT_EQ(Text(view.value(0, 1)), "-0.105");
   EXPECT_TRUE(view.value(2, 0)->isReadOnly());
 }
 

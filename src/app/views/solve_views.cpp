@@ -251,8 +251,12 @@ SolverIntegrityView::SolverIntegrityView(const SolverIntegrity& model, QWidget* 
   for (int row = 0; row < 5; ++row) {
     grid->addWidget(new QLabel(captions[row]), row + 1, 0);
     for (int column = 0; column < 2; ++column) {
-      values_[row][column] = new QLineEdit(Q(GeneralNumber(pairs[row][column])));
+      // The values come from heads of the extract file, which carry seven significant
+      // digits: more would show only the noise of the difference quotients.
+      values_[row][column] = new QLineEdit(QString::number(pairs[row][column], 'g', 7));
       values_[row][column]->setReadOnly(true);
+      values_[row][column]->setMinimumWidth(values_[row][column]->fontMetrics().horizontalAdvance(
+                                                QStringLiteral("-0.0000000E-00")) + 12);
       grid->addWidget(values_[row][column], row + 1, column + 1);
     }
   }
