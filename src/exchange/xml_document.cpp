@@ -250,10 +250,16 @@ LoadedDocument LoadElementDocument(std::string_view text, XmlKind kind,
     out.reason = "out of memory";
     return out;
   }
+  // Some failures (of the input's encoding) reach the global handler in spite of
+  // NOERROR: they are kept from standard error for the time of the parse.
+  ErrorSink parseErrors;
+  xmlSetStructuredErrorFunc(&parseErrors, CollectError);
   DocPtr doc(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr,
                                nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+  xmlSetStructuredErrorFunc(nullptr, nullptr);
   if (!doc) {
     out.reason = Describe(xmlCtxtGetLastError(parser.get()));
+    if (out.reason.empty()) out.reason = parseErrors.first;
     if (out.reason.empty()) out.reason = "the text is no XML document";
     return out;
   }

@@ -143,7 +143,11 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
     case LoadStatus::Loaded:
       break;
     case LoadStatus::NotLoaded:
-      log.Error("Could not open file " + file + "! " + loaded.reason);
+      // With the schema check the parse is its first step; without, the load's own.
+      if (schemaDirectory.empty())
+        log.Error(k.couldNotOpen + file + ": " + loaded.reason);
+      else
+        log.Error("Could not open file " + file + "! " + loaded.reason);
       log.Error(notValid);
       return skip();
     case LoadStatus::SchemaNotLoaded:

@@ -314,6 +314,14 @@ TEST_F(XmlExchangeTest, NotWellFormedAndBadValuesAreSkippedNamingFileAndLine) {
   EXPECT_NE(bad.Errors()[0].find("because: line 3: "), std::string::npos) << bad.Errors()[0];
   EXPECT_NE(bad.Errors()[0].find("'half'"), std::string::npos) << bad.Errors()[0];
 
+  // Without the schema check, the load's own message.
+  ExchangeLog unchecked;
+  ImportElementFile(db_, XmlKind::Linesink, File("broken.lss.xml"), {}, unchecked);
+  EXPECT_EQ(unchecked.Errors().front().rfind(
+                "Could not open the LinesinkString file " + File("broken.lss.xml") + ": line ", 0),
+            0u)
+      << unchecked.Errors().front();
+
   // A missing file and a missing schema.
   ExchangeLog missing;
   c = ImportElementFile(db_, XmlKind::Barrier, File("nowhere.brr.xml"), kSchemas, missing);
