@@ -72,11 +72,12 @@ int ExportXml(const ExportOptions& o, std::ostream& out, std::ostream& err) {
   SetAnswers(ui, o.answers);
   XmlExchangeContext ctx(ui, Absolute(o.project), SchemaDirectory());
   XmlOperationResult result;
-  const char* operation = *kind == exchange::XmlKind::Barrier         ? "ToolsExportBarriers"
-                          : *kind == exchange::XmlKind::Inhomogeneity ? "ToolsExportInhomogeneities"
-                                                                      : "ToolsExportLinesinkStrings";
-  const bool ran = RunOperation(ui, operation,
-                                [&] { result = exchange::ExportKindTo(ctx, *kind, Absolute(o.file)); });
+  const char* operation = *kind == exchange::XmlKind::Barrier ? "ToolsExportBarriers"
+                          : *kind == exchange::XmlKind::Inhomogeneity
+                              ? "ToolsExportInhomogeneities"
+                              : "ToolsExportLinesinkStrings";
+  const bool ran = RunOperation(
+      ui, operation, [&] { result = exchange::ExportKindTo(ctx, *kind, Absolute(o.file)); });
   if (result.ran) PrintLog(out, result);
   return ran && result.ran && result.log.Errors().empty() ? 0 : 1;
 }

@@ -24,7 +24,8 @@ const FieldDef* FieldOf(std::string_view table, std::string_view field) {
 std::string TableOf(ElementKind kind) {
   const KindInfo& info = Info(kind);
   if (info.table.empty() || info.key.empty())
-    throw InvalidArgumentError(std::string(info.name) + " is not kept in a table keyed by PID or VID");
+    throw InvalidArgumentError(std::string(info.name) +
+                               " is not kept in a table keyed by PID or VID");
   return std::string(info.table);
 }
 
@@ -46,13 +47,17 @@ std::string ValueText(std::string_view table, std::string_view field, const Valu
   switch (type) {
     case FieldType::Double:
       if (const auto* d = std::get_if<double>(&value)) return FieldText(*d);
-      if (const auto* n = std::get_if<std::int64_t>(&value)) return FieldText(static_cast<double>(*n));
+      if (const auto* n = std::get_if<std::int64_t>(&value))
+        return FieldText(static_cast<double>(*n));
       return std::get<std::string>(value);
     case FieldType::Boolean: {
       bool on = false;
-      if (const auto* n = std::get_if<std::int64_t>(&value)) on = *n != 0;
-      else if (const auto* d = std::get_if<double>(&value)) on = *d != 0;
-      else return std::get<std::string>(value);
+      if (const auto* n = std::get_if<std::int64_t>(&value))
+        on = *n != 0;
+      else if (const auto* d = std::get_if<double>(&value))
+        on = *d != 0;
+      else
+        return std::get<std::string>(value);
       return on ? "True" : "False";
     }
     case FieldType::Integer:
@@ -118,8 +123,10 @@ std::optional<std::int64_t> FindSameVertexSet(Database& db, ElementKind kind,
   // The candidates: the elements of the kind that have a vertex inside the box.
   std::set<std::int64_t> candidates;
   {
-    Statement st = db.PrepareRaw("select distinct PID from Vertices where X >= ? and X <= ? and Y >= ? "
-                                 "and Y <= ? and PID in (select PID from " + table + ") order by PID");
+    Statement st = db.PrepareRaw(
+        "select distinct PID from Vertices where X >= ? and X <= ? and Y >= ? "
+        "and Y <= ? and PID in (select PID from " +
+        table + ") order by PID");
     st.Bind(1, x0).Bind(2, x1).Bind(3, y0).Bind(4, y1);
     while (st.Step()) candidates.insert(st.GetInt64(0));
   }
@@ -132,10 +139,12 @@ std::optional<std::int64_t> FindSameVertexSet(Database& db, ElementKind kind,
     // The box alone would take a small element inside a large one for the same:
     // the sets must hold each other's points.
     const bool oursInTheirs = std::all_of(points.begin(), points.end(), [&](const MapPoint& p) {
-      return std::any_of(theirs.begin(), theirs.end(), [&](const Vertex& v) { return SamePoint(p, v); });
+      return std::any_of(theirs.begin(), theirs.end(),
+                         [&](const Vertex& v) { return SamePoint(p, v); });
     });
     const bool theirsInOurs = std::all_of(theirs.begin(), theirs.end(), [&](const Vertex& v) {
-      return std::any_of(points.begin(), points.end(), [&](const MapPoint& p) { return SamePoint(p, v); });
+      return std::any_of(points.begin(), points.end(),
+                         [&](const MapPoint& p) { return SamePoint(p, v); });
     });
     if (oursInTheirs && theirsInOurs) return pid;
   }
@@ -145,7 +154,8 @@ std::optional<std::int64_t> FindSameVertexSet(Database& db, ElementKind kind,
 std::optional<std::int64_t> FindSameLabel(Database& db, ElementKind kind, std::string_view label) {
   const std::string table = TableOf(kind);
   const std::string key(Info(kind).key);
-  Statement st = db.PrepareRaw("select " + key + " from " + table + " where Label = ? order by " + key);
+  Statement st =
+      db.PrepareRaw("select " + key + " from " + table + " where Label = ? order by " + key);
   st.Bind(1, label);
   if (st.Step()) return st.GetInt64(0);
   return std::nullopt;

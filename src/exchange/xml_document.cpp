@@ -16,11 +16,11 @@ namespace tarno::exchange {
 namespace {
 
 const XmlKindText kKinds[] = {
-    {XmlKind::Barrier, ElementKind::Barrier, "brr.xml", "HorizontalBarriersFile", "HorizontalBarrier",
-     "BRR_XML_File_Format.xsd", "horizontal barrier", "a", "horizontal barriers",
-     "Horizontal barrier '", "Horizontal Barrier '", "The horizontal barrier '",
-     "'was not imported because it did not have any vertices!", ".BRR.XML",
-     "Could not open the Barriers file ", "horizontal barrier"},
+    {XmlKind::Barrier, ElementKind::Barrier, "brr.xml", "HorizontalBarriersFile",
+     "HorizontalBarrier", "BRR_XML_File_Format.xsd", "horizontal barrier", "a",
+     "horizontal barriers", "Horizontal barrier '", "Horizontal Barrier '",
+     "The horizontal barrier '", "'was not imported because it did not have any vertices!",
+     ".BRR.XML", "Could not open the Barriers file ", "horizontal barrier"},
     {XmlKind::Inhomogeneity, ElementKind::Inhomogeneity, "inh.xml", "InhomogeneitiesFile",
      "Inhomogeneity", "INH_XML_File_Format.xsd", "inhomogeneity", "an", "inhomogeneities",
      "Inhomogeneity '", "Inhomogeneity '", "The inhomogeneity '",
@@ -124,11 +124,16 @@ ReadElement ReadOne(const xmlNode* node) {
         }
         double x = 0, y = 0;
         const std::string where = "vertex " + std::to_string(number) + ": ";
-        if (!xs) e.badVertices.push_back(where + "X is missing");
-        else if (!ys) e.badVertices.push_back(where + "Y is missing");
-        else if (!ParseNumberWhole(*xs, x)) e.badVertices.push_back(where + "X '" + *xs + "' is not a number");
-        else if (!ParseNumberWhole(*ys, y)) e.badVertices.push_back(where + "Y '" + *ys + "' is not a number");
-        else e.vertices.emplace_back(x, y);
+        if (!xs)
+          e.badVertices.push_back(where + "X is missing");
+        else if (!ys)
+          e.badVertices.push_back(where + "Y is missing");
+        else if (!ParseNumberWhole(*xs, x))
+          e.badVertices.push_back(where + "X '" + *xs + "' is not a number");
+        else if (!ParseNumberWhole(*ys, y))
+          e.badVertices.push_back(where + "Y '" + *ys + "' is not a number");
+        else
+          e.vertices.emplace_back(x, y);
       }
     } else {
       e.fields.emplace_back(NameOf(child), Content(child));

@@ -43,20 +43,20 @@ inline constexpr int kElementFileVersion = 1;
 struct XmlKindText {
   XmlKind kind;
   ElementKind element;
-  const char* extension;        // "lss.xml"
-  const char* root;             // "LinesinkStringFile"
-  const char* node;             // "LinesinkString"
-  const char* schema;           // "LSS_XML_File_Format.xsd"
-  const char* word;             // "linesink string": the conflict rules' name of the kind
-  const char* article;          // "a"
-  const char* plural;           // "linesink strings"
-  const char* exportedDetail;   // "Linesink string '": "... was successfully exported."
-  const char* importedDetail;   // "Linesink string '": "... was successfully imported."
-  const char* noVertices;       // "The linesink string '" + label + this
-  const char* noVerticesEnd;    // "' was not imported because it did not have any vertices!"
-  const char* invalidName;      // ".lss.xml": "... because it was not a valid .lss.xml file!"
-  const char* couldNotOpen;     // "Could not open the LinesinkString file "
-  const char* fieldWord;        // "linesink string": "... while importing linesink string ..."
+  const char* extension;       // "lss.xml"
+  const char* root;            // "LinesinkStringFile"
+  const char* node;            // "LinesinkString"
+  const char* schema;          // "LSS_XML_File_Format.xsd"
+  const char* word;            // "linesink string": the conflict rules' name of the kind
+  const char* article;         // "a"
+  const char* plural;          // "linesink strings"
+  const char* exportedDetail;  // "Linesink string '": "... was successfully exported."
+  const char* importedDetail;  // "Linesink string '": "... was successfully imported."
+  const char* noVertices;      // "The linesink string '" + label + this
+  const char* noVerticesEnd;   // "' was not imported because it did not have any vertices!"
+  const char* invalidName;     // ".lss.xml": "... because it was not a valid .lss.xml file!"
+  const char* couldNotOpen;    // "Could not open the LinesinkString file "
+  const char* fieldWord;       // "linesink string": "... while importing linesink string ..."
 };
 const XmlKindText& KindText(XmlKind kind);
 // The kind of an extension as ExtensionOfFile gives it ("lss.xml"); none for others.

@@ -88,7 +88,8 @@ int WriteElementFile(Database& db, XmlKind kind, const std::string& file, Exchan
     DocumentElement e;
     e.label = row.label;
     for (const auto& [name, text] : row.fields)
-      if (!KeptOut(kind, name) && !EqualsIgnoreCase(name, "Label")) e.fields.emplace_back(name, text);
+      if (!KeptOut(kind, name) && !EqualsIgnoreCase(name, "Label"))
+        e.fields.emplace_back(name, text);
     e.vertices = points;
     elements.push_back(std::move(e));
     log.Detail(k.exportedDetail + row.label + "' was successfully exported.");
@@ -106,8 +107,7 @@ int WriteElementFile(Database& db, XmlKind kind, const std::string& file, Exchan
 }
 
 ImportCount ImportElementFile(Database& db, XmlKind kind, const std::string& file,
-                              const fs::path& schemaDirectory, ExchangeLog& log,
-                              UnitPolicy units) {
+                              const fs::path& schemaDirectory, ExchangeLog& log, UnitPolicy units) {
   std::ifstream in(file, std::ios::binary);
   std::ostringstream text;
   if (in) text << in.rdbuf();
@@ -140,8 +140,7 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
   const std::string notValid =
       "Skipped import of " + file + " because it was not a valid " + k.invalidName + " file!";
   switch (loaded.status) {
-    case LoadStatus::Loaded:
-      break;
+    case LoadStatus::Loaded: break;
     case LoadStatus::NotLoaded:
       // With the schema check the parse is its first step; without, the load's own.
       if (schemaDirectory.empty())
@@ -176,10 +175,11 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
 
   // 3. The units: lengths of other units are converted (or the file refused).
   const ProjectUnits project = LoadProjectUnits(db);
-  const UnitCheck compute = CheckUnits(
-      doc.computationalUnits, project.computeMeters, file, "Computational units are not specified in ",
-      "Units do not match! The units used for computation in your model is set as ",
-      "computational lengths", units, log);
+  const UnitCheck compute =
+      CheckUnits(doc.computationalUnits, project.computeMeters, file,
+                 "Computational units are not specified in ",
+                 "Units do not match! The units used for computation in your model is set as ",
+                 "computational lengths", units, log);
   if (compute.skip) return skip();
   const UnitCheck basemap = CheckUnits(
       doc.basemapUnits, project.basemapMeters, file, "Basemap units are not specified in ",
@@ -206,7 +206,8 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
       if (!KeptOut(kind, name)) fields.emplace_back(name, value);
     fields.emplace_back("Label", label);
     std::vector<MapPoint> points;
-    for (const auto& [x, y] : e.vertices) points.emplace_back(x * basemap.factor, y * basemap.factor);
+    for (const auto& [x, y] : e.vertices)
+      points.emplace_back(x * basemap.factor, y * basemap.factor);
     NewRowResult made = MakeElementFromTexts(k.element, fields, points);
     for (const std::string& name : made.unknownFields)
       log.Warning("Ignored the field '" + name + "' while importing " + k.fieldWord +

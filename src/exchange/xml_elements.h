@@ -47,8 +47,7 @@ ImportCount ImportElementFile(Database& db, XmlKind kind, const std::string& fil
 
 // As ImportElementFile, with the file's text given.
 ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
-                              const std::string& file,
-                              const std::filesystem::path& schemaDirectory, ExchangeLog& log,
-                              UnitPolicy units = UnitPolicy::Convert);
+                              const std::string& file, const std::filesystem::path& schemaDirectory,
+                              ExchangeLog& log, UnitPolicy units = UnitPolicy::Convert);
 
 }  // namespace tarno::exchange

@@ -19,13 +19,13 @@ constexpr int kWaitWidth = 3000;
 
 const XmlKindOperationText kOperations[] = {
     {XmlKind::Barrier, "ExportHorizontalBarriers.log", "ImportHorizontalBarriers.log",
-     "BRR.XML Export", "BRR.XML Import", "Export horizontal barriers",
-     "Import horizontal barriers", xml_text::kBarrierFilter, xml_text::kBarrierImportFilter,
-     xml_text::kBarrierKey, "Export of horizontal barriers aborted",
-     "Exporting horizontal barriers...", "Importing horizontal barriers...",
-     "Export of horizontal barriers complete!", " barriers exported.",
-     "No horizontal barriers were found in the model", "Import of horizontal barriers complete!",
-     " horizontal barriers imported.", "No horizontal barriers were imported."},
+     "BRR.XML Export", "BRR.XML Import", "Export horizontal barriers", "Import horizontal barriers",
+     xml_text::kBarrierFilter, xml_text::kBarrierImportFilter, xml_text::kBarrierKey,
+     "Export of horizontal barriers aborted", "Exporting horizontal barriers...",
+     "Importing horizontal barriers...", "Export of horizontal barriers complete!",
+     " barriers exported.", "No horizontal barriers were found in the model",
+     "Import of horizontal barriers complete!", " horizontal barriers imported.",
+     "No horizontal barriers were imported."},
     {XmlKind::Inhomogeneity, "ExportInhomogeneities.log", "ImportInhomogeneities.log",
      "INH.XML Export", "INH.XML Import", "Export inhomogeneities", "Import inhomogeneities",
      xml_text::kInhomogeneityFilter, xml_text::kInhomogeneityImportFilter,
@@ -51,7 +51,9 @@ constexpr XmlKind kExportOrder[] = {XmlKind::Barrier, XmlKind::Inhomogeneity, Xm
 // Hides the wait window however the operation ends.
 class PleaseWait {
  public:
-  PleaseWait(UserInterface& ui, const std::string& text) : ui_(ui) { ui_.PleaseWaitShow(text, kWaitWidth); }
+  PleaseWait(UserInterface& ui, const std::string& text) : ui_(ui) {
+    ui_.PleaseWaitShow(text, kWaitWidth);
+  }
   ~PleaseWait() { Hide(); }
   void Hide() {
     if (shown_) ui_.PleaseWaitHide();
@@ -69,11 +71,13 @@ std::string DefFile(const XmlExchangeContext& ctx) {
 
 std::string StartDirectory(const XmlExchangeContext& ctx, const char* key) {
   std::error_code ec;
-  return DefaultDirectoriesIn(DefFile(ctx), key, DirectoryMode::Read, fs::current_path(ec).string());
+  return DefaultDirectoriesIn(DefFile(ctx), key, DirectoryMode::Read,
+                              fs::current_path(ec).string());
 }
 
 void Remember(const XmlExchangeContext& ctx, const char* key, const std::string& file) {
-  DefaultDirectoriesIn(DefFile(ctx), key, DirectoryMode::Write, fs::path(file).parent_path().string());
+  DefaultDirectoriesIn(DefFile(ctx), key, DirectoryMode::Write,
+                       fs::path(file).parent_path().string());
 }
 
 // The overwrite question; true to go on.
@@ -91,7 +95,8 @@ void FinishLog(XmlExchangeContext& ctx, XmlOperationResult& result, const char* 
 }
 
 void ShowLogIfNeeded(XmlExchangeContext& ctx, const XmlOperationResult& result) {
-  if (result.log.HasProblems() && !result.logFile.empty()) ctx.ui.ShowTextFile(result.logFile.string());
+  if (result.log.HasProblems() && !result.logFile.empty())
+    ctx.ui.ShowTextFile(result.logFile.string());
 }
 
 std::string Lower(std::string s) {
@@ -145,7 +150,8 @@ XmlOperationResult ExportKindTo(XmlExchangeContext& ctx, XmlKind kind, const std
   }
   ShowLogIfNeeded(ctx, result);
   if (result.count > 0)
-    ctx.ui.MessageBox(t.exportTitle, {t.exportComplete, std::to_string(result.count) + t.exportedCount});
+    ctx.ui.MessageBox(t.exportTitle,
+                      {t.exportComplete, std::to_string(result.count) + t.exportedCount});
   else
     ctx.ui.MessageBox(t.exportTitle, {t.noneExported});
   return result;
@@ -195,8 +201,9 @@ XmlOperationResult ExportAllTo(XmlExchangeContext& ctx, const std::string& file)
     FinishLog(ctx, result, "ExportElements.log");
   }
   ShowLogIfNeeded(ctx, result);
-  ctx.ui.MessageBox(xml_text::kAllExportTitle,
-                    {xml_text::kAllComplete, std::to_string(result.count) + xml_text::kAllExported});
+  ctx.ui.MessageBox(
+      xml_text::kAllExportTitle,
+      {xml_text::kAllComplete, std::to_string(result.count) + xml_text::kAllExported});
   return result;
 }
 
@@ -243,7 +250,8 @@ XmlOperationResult ImportKindFrom(XmlExchangeContext& ctx, XmlKind kind,
   }
   FinishImport(ctx, result, t.importLog);
   if (result.count > 0)
-    ctx.ui.MessageBox(t.importTitle, {t.importComplete, std::to_string(result.count) + t.importedCount});
+    ctx.ui.MessageBox(t.importTitle,
+                      {t.importComplete, std::to_string(result.count) + t.importedCount});
   else
     ctx.ui.MessageBox(t.importTitle, {t.noneImported});
   return result;
@@ -271,9 +279,9 @@ XmlOperationResult ImportAllFrom(XmlExchangeContext& ctx, const std::vector<std:
       const std::string extension = ExtensionOfFile(file);
       const std::optional<XmlKind> kind = XmlKindFromExtension(extension);
       if (!kind) {
-        ctx.ui.MessageBox(xml_text::kUnrecognizedTitle,
-                          {"Skipping file with unknown extension '" + extension + "': '" + file + "'",
-                           xml_text::kExpecting});
+        ctx.ui.MessageBox(xml_text::kUnrecognizedTitle, {"Skipping file with unknown extension '" +
+                                                             extension + "': '" + file + "'",
+                                                         xml_text::kExpecting});
         continue;
       }
       result.count +=
@@ -284,8 +292,9 @@ XmlOperationResult ImportAllFrom(XmlExchangeContext& ctx, const std::vector<std:
   }
   FinishImport(ctx, result, "ImportElements.log");
   if (result.count > 0)
-    ctx.ui.MessageBox(xml_text::kImportAllTitle, {xml_text::kImportAllComplete,
-                                                  std::to_string(result.count) + xml_text::kImportAllCount});
+    ctx.ui.MessageBox(
+        xml_text::kImportAllTitle,
+        {xml_text::kImportAllComplete, std::to_string(result.count) + xml_text::kImportAllCount});
   else
     ctx.ui.MessageBox(xml_text::kNothingTitle, {xml_text::kNoElements});
   return result;

@@ -38,8 +38,8 @@ struct XmlExchangeContext {
 
 // What an operation did, for a caller that reports it (tarnocmd).
 struct XmlOperationResult {
-  bool ran = false;            // false: cancelled at a file dialog or an overwrite question
-  int count = 0;               // elements exported or imported
+  bool ran = false;  // false: cancelled at a file dialog or an overwrite question
+  int count = 0;     // elements exported or imported
   ExchangeLog log;
   std::filesystem::path logFile;  // empty when no log was written
 };
@@ -48,10 +48,10 @@ struct XmlOperationResult {
 namespace xml_text {
 inline constexpr const char* kAllFilter = "XML element files (*.xml)|*.xml";
 inline constexpr const char* kBarrierFilter = "Horizontal barrier files (*.brr.xml)|*.brr.xml";
-inline constexpr const char* kInhomogeneityFilter =
-    "Inhomgoeneities files (*.inh.xml)|*.inh.xml";
+inline constexpr const char* kInhomogeneityFilter = "Inhomgoeneities files (*.inh.xml)|*.inh.xml";
 inline constexpr const char* kLinesinkFilter = "Line-sink string files (*.lss.xml)|*.lss.xml";
-inline constexpr const char* kAllImportFilter = "XML element files (*.xml)|*.xml|All files (*.*)|*.*";
+inline constexpr const char* kAllImportFilter =
+    "XML element files (*.xml)|*.xml|All files (*.*)|*.*";
 inline constexpr const char* kBarrierImportFilter =
     "Horizontal barrier files (*.brr.xml)|*.brr.xml|All files (*.*)|*.*";
 inline constexpr const char* kInhomogeneityImportFilter =
@@ -86,24 +86,24 @@ inline constexpr const char* kImportAllDialogTitle = "Import XML element files";
 // The texts of one kind's operations.
 struct XmlKindOperationText {
   XmlKind kind;
-  const char* exportLog;        // "ExportLinesinkStrings.log"
-  const char* importLog;        // "ImportLinesinkStrings.log"
-  const char* exportTitle;      // "LSS.XML Export"
-  const char* importTitle;      // "LSS.XML Import"
-  const char* exportDialog;     // the save dialog's title
-  const char* importDialog;     // the open dialog's title
-  const char* filter;           // the save dialog's filter
-  const char* importFilter;     // the open dialog's filter
-  const char* key;              // TARNO.def key of the folder
-  const char* aborted;          // "Export of linesink strings aborted"
-  const char* exporting;        // "Exporting linesink strings..."
-  const char* importing;        // "Importing linesink strings..."
-  const char* exportComplete;   // "Export of linesink strings complete!"
-  const char* exportedCount;    // " linesink strings exported."
-  const char* noneExported;     // "No linesink strings were found in the model domain ..."
-  const char* importComplete;   // "Import of linesink strings complete!"
-  const char* importedCount;    // " linesink strings imported."
-  const char* noneImported;     // "No linesink strings were imported."
+  const char* exportLog;       // "ExportLinesinkStrings.log"
+  const char* importLog;       // "ImportLinesinkStrings.log"
+  const char* exportTitle;     // "LSS.XML Export"
+  const char* importTitle;     // "LSS.XML Import"
+  const char* exportDialog;    // the save dialog's title
+  const char* importDialog;    // the open dialog's title
+  const char* filter;          // the save dialog's filter
+  const char* importFilter;    // the open dialog's filter
+  const char* key;             // TARNO.def key of the folder
+  const char* aborted;         // "Export of linesink strings aborted"
+  const char* exporting;       // "Exporting linesink strings..."
+  const char* importing;       // "Importing linesink strings..."
+  const char* exportComplete;  // "Export of linesink strings complete!"
+  const char* exportedCount;   // " linesink strings exported."
+  const char* noneExported;    // "No linesink strings were found in the model domain ..."
+  const char* importComplete;  // "Import of linesink strings complete!"
+  const char* importedCount;   // " linesink strings imported."
+  const char* noneImported;    // "No linesink strings were imported."
 };
 const XmlKindOperationText& OperationText(XmlKind kind);
 
@@ -132,11 +132,23 @@ XmlOperationResult ImportKindFrom(XmlExchangeContext& ctx, XmlKind kind,
 XmlOperationResult ToolsImportAllElements(XmlExchangeContext& ctx);
 XmlOperationResult ImportAllFrom(XmlExchangeContext& ctx, const std::vector<std::string>& files);
 
-inline XmlOperationResult ToolsExportBarriers(XmlExchangeContext& c) { return ToolsExportKind(c, XmlKind::Barrier); }
-inline XmlOperationResult ToolsExportInhomogeneities(XmlExchangeContext& c) { return ToolsExportKind(c, XmlKind::Inhomogeneity); }
-inline XmlOperationResult ToolsExportLinesinkStrings(XmlExchangeContext& c) { return ToolsExportKind(c, XmlKind::Linesink); }
-inline XmlOperationResult ToolsImportBarriers(XmlExchangeContext& c) { return ToolsImportKind(c, XmlKind::Barrier); }
-inline XmlOperationResult ToolsImportInhomogeneities(XmlExchangeContext& c) { return ToolsImportKind(c, XmlKind::Inhomogeneity); }
-inline XmlOperationResult ToolsImportLinesinkStrings(XmlExchangeContext& c) { return ToolsImportKind(c, XmlKind::Linesink); }
+inline XmlOperationResult ToolsExportBarriers(XmlExchangeContext& c) {
+  return ToolsExportKind(c, XmlKind::Barrier);
+}
+inline XmlOperationResult ToolsExportInhomogeneities(XmlExchangeContext& c) {
+  return ToolsExportKind(c, XmlKind::Inhomogeneity);
+}
+inline XmlOperationResult ToolsExportLinesinkStrings(XmlExchangeContext& c) {
+  return ToolsExportKind(c, XmlKind::Linesink);
+}
+inline XmlOperationResult ToolsImportBarriers(XmlExchangeContext& c) {
+  return ToolsImportKind(c, XmlKind::Barrier);
+}
+inline XmlOperationResult ToolsImportInhomogeneities(XmlExchangeContext& c) {
+  return ToolsImportKind(c, XmlKind::Inhomogeneity);
+}
+inline XmlOperationResult ToolsImportLinesinkStrings(XmlExchangeContext& c) {
+  return ToolsImportKind(c, XmlKind::Linesink);
+}
 
 }  // namespace tarno::exchange

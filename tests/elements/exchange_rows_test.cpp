@@ -55,11 +55,15 @@ TEST_F(ExchangeRowsTest, RowsComeAsTextsByFieldTypeWithTheirVertices) {
 
 TEST_F(ExchangeRowsTest, TextsBuildAnElementAndReportUnknownFieldsAndBadValues) {
   const Points pts{{1, 2}, {3, 4}};
-  const auto made = MakeElementFromTexts(
-      ElementKind::Linesink,
-      {{"Label", "S1"}, {"PID", "77"}, {"Width", "2.5"}, {"Lake", "-1"}, {"chkScenario", "True"},
-       {"Colour", "3"}, {"Depth", "deep"}},
-      pts);
+  const auto made = MakeElementFromTexts(ElementKind::Linesink,
+                                         {{"Label", "S1"},
+                                          {"PID", "77"},
+                                          {"Width", "2.5"},
+                                          {"Lake", "-1"},
+                                          {"chkScenario", "True"},
+                                          {"Colour", "3"},
+                                          {"Depth", "deep"}},
+                                         pts);
   EXPECT_EQ(made.unknownFields, std::vector<std::string>{"Colour"});
   EXPECT_EQ(made.badValues, std::vector<std::string>{"Depth=deep"});
   Element e = made.element;

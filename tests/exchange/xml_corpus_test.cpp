@@ -25,17 +25,18 @@ TEST(XmlCorpusTest, EverySeedLoadsOrFailsWithAReasonAndRoundTrips) {
     const auto first = static_cast<unsigned char>(bytes[0]);
     const XmlKind kind = static_cast<XmlKind>((first & 0x7f) % 3);
     const fs::path schema = schemas / KindText(kind).schema;
-    const LoadedDocument doc =
-        LoadElementDocument(std::string_view(bytes).substr(1), kind, (first & 0x80) ? &schema : nullptr);
+    const LoadedDocument doc = LoadElementDocument(std::string_view(bytes).substr(1), kind,
+                                                   (first & 0x80) ? &schema : nullptr);
     if (doc.status != LoadStatus::Loaded) {
       EXPECT_FALSE(doc.reason.empty()) << entry.path();
       continue;
     }
     ++loaded;
     std::vector<DocumentElement> elements;
-    for (const ReadElement& e : doc.document.elements) elements.push_back({e.label, e.fields, e.vertices});
-    const LoadedDocument back = LoadElementDocument(ElementDocumentText(kind, true, true, elements), kind,
-                                                    (first & 0x80) ? &schema : nullptr);
+    for (const ReadElement& e : doc.document.elements)
+      elements.push_back({e.label, e.fields, e.vertices});
+    const LoadedDocument back = LoadElementDocument(ElementDocumentText(kind, true, true, elements),
+                                                    kind, (first & 0x80) ? &schema : nullptr);
     ASSERT_EQ(back.status, LoadStatus::Loaded) << entry.path() << ": " << back.reason;
     ASSERT_EQ(back.document.elements.size(), elements.size());
     for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -63,10 +64,11 @@ TEST(XmlCorpusTest, ReaderKeepsWhatTheFileSaysAndNamesBadVertices) {
   ASSERT_EQ(doc.document.elements.size(), 1u);
   const ReadElement& e = doc.document.elements[0];
   EXPECT_EQ(e.label, " a b ");
-  EXPECT_EQ(e.fields, (std::vector<std::pair<std::string, std::string>>{{"PID", "9"}, {"Width", "2"}}));
+  EXPECT_EQ(e.fields,
+            (std::vector<std::pair<std::string, std::string>>{{"PID", "9"}, {"Width", "2"}}));
   EXPECT_EQ(e.vertices, (std::vector<std::pair<double, double>>{{1, 2}}));
-  EXPECT_EQ(e.badVertices,
-            (std::vector<std::string>{"vertex 2: Y is missing", "vertex 3: X 'x1' is not a number"}));
+  EXPECT_EQ(e.badVertices, (std::vector<std::string>{"vertex 2: Y is missing",
+                                                     "vertex 3: X 'x1' is not a number"}));
   // Another root holds none of the kind's elements.
   EXPECT_TRUE(LoadElementDocument(text, XmlKind::Barrier, nullptr).document.elements.empty());
 }

@@ -150,8 +150,9 @@ TEST_F(XmlExchangeTest, XmllintValidatesTheExportsAgainstTheShippedSchemas) {
   for (XmlKind kind : {XmlKind::Barrier, XmlKind::Inhomogeneity, XmlKind::Linesink}) {
     const std::string file = File(std::string("e.") + KindText(kind).extension);
     WriteElementFile(db_, kind, file, log_);
-    const std::string command = "xmllint --noout --schema '" + (kSchemas / KindText(kind).schema).string() +
-                                "' '" + file + "' > /dev/null 2>&1";
+    const std::string command = "xmllint --noout --schema '" +
+                                (kSchemas / KindText(kind).schema).string() + "' '" + file +
+                                "' > /dev/null 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
     // And a file of the wrong kind fails the other's schema.
     const XmlKind otherKind = kind == XmlKind::Barrier ? XmlKind::Linesink : XmlKind::Barrier;
@@ -163,7 +164,8 @@ TEST_F(XmlExchangeTest, XmllintValidatesTheExportsAgainstTheShippedSchemas) {
 }
 
 TEST_F(XmlExchangeTest, SchemasStandBesideTheProgramsOfTheBuild) {
-  for (const char* xsd : {"LSS_XML_File_Format.xsd", "INH_XML_File_Format.xsd", "BRR_XML_File_Format.xsd"})
+  for (const char* xsd :
+       {"LSS_XML_File_Format.xsd", "INH_XML_File_Format.xsd", "BRR_XML_File_Format.xsd"})
     EXPECT_EQ(test::ReadFile(fs::path(TARNO_BIN_DIR) / xsd), test::ReadFile(kSchemas / xsd)) << xsd;
 }
 
@@ -188,28 +190,29 @@ std::string BarrierFile(std::map<std::string, std::string> values) {
 
 TEST_F(XmlExchangeTest, AFileOfVersionTwoIsSkippedAsNewer) {
   Write("v2.brr.xml", BarrierFile({{"%V", "2"}}));
-  const ImportCount c = ImportElementFile(db_, XmlKind::Barrier, File("v2.brr.xml"), kSchemas, log_);
+  const ImportCount c =
+      ImportElementFile(db_, XmlKind::Barrier, File("v2.brr.xml"), kSchemas, log_);
   EXPECT_TRUE(c.skipped);
   EXPECT_EQ(c.accepted, 0);
-  EXPECT_EQ(log_.Errors(),
-            (std::vector<std::string>{
-                "Version in the file " + File("v2.brr.xml") +
-                    " is 2 but this version of Tarno expects version 1.",
-                "Skipped import of file " + File("v2.brr.xml") +
-                    " because the file is newer than the current version. "}));
+  EXPECT_EQ(log_.Errors(), (std::vector<std::string>{
+                               "Version in the file " + File("v2.brr.xml") +
+                                   " is 2 but this version of Tarno expects version 1.",
+                               "Skipped import of file " + File("v2.brr.xml") +
+                                   " because the file is newer than the current version. "}));
   EXPECT_EQ(CountElements(db_, ElementKind::Barrier), 0);
 
   ExchangeLog older;
   Write("v0.brr.xml", BarrierFile({{"%V", "0"}}));
   ImportElementFile(db_, XmlKind::Barrier, File("v0.brr.xml"), kSchemas, older);
-  EXPECT_TRUE(Contains(older.Errors(), "Skipped import of file " + File("v0.brr.xml") +
-                                           " because the file is older than the current version. "));
+  EXPECT_TRUE(
+      Contains(older.Errors(), "Skipped import of file " + File("v0.brr.xml") +
+                                   " because the file is older than the current version. "));
 }
 
 TEST_F(XmlExchangeTest, MissingUnitsAreWarnedAndTheFileIsImported) {
-  Write("nu.brr.xml",
-        BarrierFile({{"%U", "<ComputationalUnits>Meters</ComputationalUnits>"}}));
-  const ImportCount c = ImportElementFile(db_, XmlKind::Barrier, File("nu.brr.xml"), kSchemas, log_);
+  Write("nu.brr.xml", BarrierFile({{"%U", "<ComputationalUnits>Meters</ComputationalUnits>"}}));
+  const ImportCount c =
+      ImportElementFile(db_, XmlKind::Barrier, File("nu.brr.xml"), kSchemas, log_);
   EXPECT_EQ(c.accepted, 1);
   EXPECT_EQ(log_.Warnings(),
             std::vector<std::string>{"Basemap units are not specified in " + File("nu.brr.xml") +
@@ -252,7 +255,8 @@ TEST_F(XmlExchangeTest, ImportingTwiceRejectsEveryElementAsTheSameSetOfVertices)
   const std::string text = test::ReadFile(dir_ / "ImportLinesinkStrings.log");
   EXPECT_NE(text.find("\r\nSummary:\r\nErrors:\r\nWarnings:\r\nDid not import"), std::string::npos);
   EXPECT_NE(text.find("\r\nDetails:\r\nImported 0 from the"), std::string::npos);
-  EXPECT_EQ(ui.TextFilesShown(), std::vector<std::string>{(dir_ / "ImportLinesinkStrings.log").string()});
+  EXPECT_EQ(ui.TextFilesShown(),
+            std::vector<std::string>{(dir_ / "ImportLinesinkStrings.log").string()});
 }
 
 TEST_F(XmlExchangeTest, SameLabelWithOtherVerticesIsImportedWithAWarning) {
@@ -260,8 +264,9 @@ TEST_F(XmlExchangeTest, SameLabelWithOtherVerticesIsImportedWithAWarning) {
   Write("b.brr.xml", BarrierFile({}));
   const ImportCount c = ImportElementFile(db_, XmlKind::Barrier, File("b.brr.xml"), kSchemas, log_);
   EXPECT_EQ(c.accepted, 1);
-  EXPECT_EQ(log_.Warnings(), std::vector<std::string>{"The horizontal barrier 'B1' was imported but a "
-                                                      "horizontal barrier already exists with this label!"});
+  EXPECT_EQ(log_.Warnings(),
+            std::vector<std::string>{"The horizontal barrier 'B1' was imported but a "
+                                     "horizontal barrier already exists with this label!"});
   EXPECT_TRUE(Contains(log_.Details(), "Horizontal Barrier 'B1' was successfully imported."));
   EXPECT_EQ(CountElements(db_, ElementKind::Barrier), 2);
 }
@@ -271,24 +276,24 @@ TEST_F(XmlExchangeTest, AnUnknownChildFailsTheSchemaAndWithoutItIsDroppedAlone) 
   const ImportCount c = ImportElementFile(db_, XmlKind::Barrier, File("u.brr.xml"), kSchemas, log_);
   EXPECT_TRUE(c.skipped);
   ASSERT_EQ(log_.Errors().size(), 2u);
-  EXPECT_EQ(log_.Errors()[0].rfind("The file " + File("u.brr.xml") +
-                                       " is not valid according to the schema (" +
-                                       (kSchemas / "BRR_XML_File_Format.xsd").string() +
-                                       ") because: line 3: ",
-                                   0),
+  EXPECT_EQ(log_.Errors()[0].rfind(
+                "The file " + File("u.brr.xml") + " is not valid according to the schema (" +
+                    (kSchemas / "BRR_XML_File_Format.xsd").string() + ") because: line 3: ",
+                0),
             0u)
       << log_.Errors()[0];
   EXPECT_NE(log_.Errors()[0].find("Colour"), std::string::npos);
-  EXPECT_EQ(log_.Errors()[1],
-            "Skipped import of " + File("u.brr.xml") + " because it was not a valid .BRR.XML file!");
+  EXPECT_EQ(log_.Errors()[1], "Skipped import of " + File("u.brr.xml") +
+                                  " because it was not a valid .BRR.XML file!");
 
   // Without a schema the reader itself reports the child and uses the rest.
   ExchangeLog unchecked;
   const ImportCount d = ImportElementFile(db_, XmlKind::Barrier, File("u.brr.xml"), {}, unchecked);
   EXPECT_EQ(d.accepted, 1);
-  EXPECT_EQ(unchecked.Warnings(),
-            std::vector<std::string>{"Ignored the field 'Colour' while importing horizontal barrier "
-                                     "because Tarno does not recognize this field."});
+  EXPECT_EQ(
+      unchecked.Warnings(),
+      std::vector<std::string>{"Ignored the field 'Colour' while importing horizontal barrier "
+                               "because Tarno does not recognize this field."});
   const auto rows = LoadAll(db_, ElementKind::Barrier);
   ASSERT_EQ(rows.size(), 1u);
   EXPECT_DOUBLE_EQ(rows[0].row.Number("HydCond"), 0.5);
@@ -296,12 +301,14 @@ TEST_F(XmlExchangeTest, AnUnknownChildFailsTheSchemaAndWithoutItIsDroppedAlone) 
 }
 
 TEST_F(XmlExchangeTest, NotWellFormedAndBadValuesAreSkippedNamingFileAndLine) {
-  Write("broken.lss.xml", "<?xml version='1.0'?>\n<LinesinkStringFile version=\"1\">\n"
-                          "<LinesinkString><Label>A</LinesinkString>\n");
+  Write("broken.lss.xml",
+        "<?xml version='1.0'?>\n<LinesinkStringFile version=\"1\">\n"
+        "<LinesinkString><Label>A</LinesinkString>\n");
   ImportCount c = ImportElementFile(db_, XmlKind::Linesink, File("broken.lss.xml"), kSchemas, log_);
   EXPECT_TRUE(c.skipped);
   ASSERT_EQ(log_.Errors().size(), 2u);
-  EXPECT_EQ(log_.Errors()[0].rfind("Could not open file " + File("broken.lss.xml") + "! line ", 0), 0u)
+  EXPECT_EQ(log_.Errors()[0].rfind("Could not open file " + File("broken.lss.xml") + "! line ", 0),
+            0u)
       << log_.Errors()[0];
   EXPECT_EQ(log_.Errors()[1], "Skipped import of " + File("broken.lss.xml") +
                                   " because it was not a valid .lss.xml file!");
@@ -328,7 +335,8 @@ TEST_F(XmlExchangeTest, NotWellFormedAndBadValuesAreSkippedNamingFileAndLine) {
   EXPECT_TRUE(c.skipped);
   EXPECT_EQ(missing.Errors().front(), "Could not open file " + File("nowhere.brr.xml") + "!");
   ExchangeLog noSchema;
-  c = ImportElementFile(db_, XmlKind::Barrier, File("bad.brr.xml"), dir_ / "no-such-folder", noSchema);
+  c = ImportElementFile(db_, XmlKind::Barrier, File("bad.brr.xml"), dir_ / "no-such-folder",
+                        noSchema);
   EXPECT_TRUE(c.skipped);
   EXPECT_EQ(noSchema.Errors().front().rfind("Load XSD failed: ", 0), 0u);
   EXPECT_EQ(CountElements(db_, ElementKind::Barrier), 0);
@@ -339,18 +347,22 @@ TEST_F(XmlExchangeTest, ElementsWithoutVerticesOrLabelAreNotImported) {
         "<?xml version='1.0'?>\n<InhomogeneitiesFile version=\"1\">"
         "<Inhomogeneity><Label>Empty</Label><Vertices/></Inhomogeneity>"
         "<Inhomogeneity><HydCond>3</HydCond><Vertices><Vertex><X>0</X><Y>0</Y></Vertex>"
-        "<Vertex><X>1</X><Y>0</Y></Vertex><Vertex><X>1</X><Y>1</Y></Vertex></Vertices></Inhomogeneity>"
+        "<Vertex><X>1</X><Y>0</Y></Vertex><Vertex><X>1</X><Y>1</Y></Vertex></Vertices></"
+        "Inhomogeneity>"
         "<Inhomogeneity><Label>Two</Label><Vertices><Vertex><X>0</X><Y>0</Y></Vertex>"
         "<Vertex><X>1</X><Y>0</Y></Vertex></Vertices></Inhomogeneity>"
         "</InhomogeneitiesFile>");
-  const ImportCount c = ImportElementFile(db_, XmlKind::Inhomogeneity, File("n.inh.xml"), kSchemas, log_);
+  const ImportCount c =
+      ImportElementFile(db_, XmlKind::Inhomogeneity, File("n.inh.xml"), kSchemas, log_);
   EXPECT_EQ(c.total, 3);
   EXPECT_EQ(c.accepted, 0);
-  EXPECT_TRUE(Contains(log_.Warnings(),
-                       "The inhomogeneity 'Empty'was not imported because it did not have any vertices!"));
+  EXPECT_TRUE(
+      Contains(log_.Warnings(),
+               "The inhomogeneity 'Empty'was not imported because it did not have any vertices!"));
   EXPECT_EQ(log_.Errors(), std::vector<std::string>{"Error: imported element has no label!"});
-  EXPECT_TRUE(Contains(log_.Warnings(),
-                       "Did not import inhomogeneity 'Two' because it has 2 vertices and needs at least 3."));
+  EXPECT_TRUE(Contains(
+      log_.Warnings(),
+      "Did not import inhomogeneity 'Two' because it has 2 vertices and needs at least 3."));
 }
 
 TEST_F(XmlExchangeTest, HydrologicUnitsDecideWhatIsExportedAndImported) {
@@ -359,22 +371,23 @@ TEST_F(XmlExchangeTest, HydrologicUnitsDecideWhatIsExportedAndImported) {
   Domain("Unit", At({{0, 0}, {10, 0}, {10, 10}, {0, 10}}));
   const std::string file = File("w.brr.xml");
   EXPECT_EQ(WriteElementFile(db_, XmlKind::Barrier, file, log_), 1);
-  EXPECT_EQ(log_.Warnings(),
-            std::vector<std::string>{"Did not export horizontal barrier 'Outside' because it was not "
-                                     "within one of the defined Hydrologic Unit Boundaries."});
+  EXPECT_EQ(log_.Warnings(), std::vector<std::string>{
+                                 "Did not export horizontal barrier 'Outside' because it was not "
+                                 "within one of the defined Hydrologic Unit Boundaries."});
 
   // Into a project whose only domain is a model boundary, nothing comes.
   Database other = OtherProject("model-only.trn", true, true);
   {
-    Element m = NewElement(ElementKind::Domain, At({{-100, -100}, {100, -100}, {100, 100}, {-100, 100}}));
+    Element m =
+        NewElement(ElementKind::Domain, At({{-100, -100}, {100, -100}, {100, 100}, {-100, 100}}));
     m.row.Set("Label", "Model_All");
     Insert(other, m);
   }
   ExchangeLog in;
   EXPECT_EQ(ImportElementFile(other, XmlKind::Barrier, file, kSchemas, in).accepted, 0);
-  EXPECT_EQ(in.Warnings(),
-            std::vector<std::string>{"Did not import horizontal barrier 'Inside' becuase it was not "
-                                     "within one of the defined Hydrologic Unit Barriers."});
+  EXPECT_EQ(in.Warnings(), std::vector<std::string>{
+                               "Did not import horizontal barrier 'Inside' becuase it was not "
+                               "within one of the defined Hydrologic Unit Barriers."});
 }
 
 TEST_F(XmlExchangeTest, AnImportIntoAProjectOfOtherUnitsConvertsTheLengths) {
@@ -391,16 +404,19 @@ TEST_F(XmlExchangeTest, AnImportIntoAProjectOfOtherUnitsConvertsTheLengths) {
   }
   const std::string file = File("feet.lss.xml");
   WriteElementFile(feet, XmlKind::Linesink, file, log_);
-  EXPECT_NE(test::ReadFile(file).find("<ComputationalUnits>Feet</ComputationalUnits>"), std::string::npos);
+  EXPECT_NE(test::ReadFile(file).find("<ComputationalUnits>Feet</ComputationalUnits>"),
+            std::string::npos);
 
   ExchangeLog in;
   EXPECT_EQ(ImportElementFile(db_, XmlKind::Linesink, file, kSchemas, in).accepted, 1);
   EXPECT_TRUE(Contains(in.Warnings(),
                        "Units do not match! The units used for computation in your model is set as "
-                       "Meters but the units specified in the file " + file + " are in Feet."));
-  EXPECT_TRUE(Contains(in.Warnings(), "Units do not match! The distance units for basemaps in your model is "
-                                      "set as Meters but the units specified in the file " + file +
-                                      " are in Feet."));
+                       "Meters but the units specified in the file " +
+                           file + " are in Feet."));
+  EXPECT_TRUE(Contains(in.Warnings(),
+                       "Units do not match! The distance units for basemaps in your model is "
+                       "set as Meters but the units specified in the file " +
+                           file + " are in Feet."));
   const auto rows = LoadAll(db_, ElementKind::Linesink);
   ASSERT_EQ(rows.size(), 1u);
   EXPECT_NEAR(rows[0].row.Number("StartingHead"), 152.4, 1e-9);
@@ -413,10 +429,12 @@ TEST_F(XmlExchangeTest, AnImportIntoAProjectOfOtherUnitsConvertsTheLengths) {
   // Refused instead, the file is skipped with the error.
   ExchangeLog refused;
   Database other = OtherProject("m2.trn", true, true);
-  const ImportCount c = ImportElementFile(other, XmlKind::Linesink, file, kSchemas, refused, UnitPolicy::Refuse);
+  const ImportCount c =
+      ImportElementFile(other, XmlKind::Linesink, file, kSchemas, refused, UnitPolicy::Refuse);
   EXPECT_TRUE(c.skipped);
-  EXPECT_EQ(refused.Errors().back(), "Skipped import of file " + file +
-                                         " because the units did not match those specified in this model.");
+  EXPECT_EQ(refused.Errors().back(),
+            "Skipped import of file " + file +
+                " because the units did not match those specified in this model.");
   EXPECT_EQ(CountElements(other, ElementKind::Linesink), 0);
 }
 
@@ -428,16 +446,19 @@ TEST_F(XmlExchangeTest, ExportAsksBeforeOverwritingAndEndsWithItsMessage) {
   const std::string file = File("out.brr.xml");
   Write("out.brr.xml", "old");
   ui.ExpectSaveFile(file);
-  ui.ExpectMessage("File Exists", {"File " + file + " already exists.", "Do you want to overwrite it?"},
+  ui.ExpectMessage("File Exists",
+                   {"File " + file + " already exists.", "Do you want to overwrite it?"},
                    Answer::No);
   ui.ExpectMessage("Abort", {"Export of horizontal barriers aborted"});
   EXPECT_FALSE(ToolsExportBarriers(ctx).ran);
   EXPECT_EQ(test::ReadFile(file), "old");
 
   ui.ExpectSaveFile(file);
-  ui.ExpectMessage("File Exists", {"File " + file + " already exists.", "Do you want to overwrite it?"},
+  ui.ExpectMessage("File Exists",
+                   {"File " + file + " already exists.", "Do you want to overwrite it?"},
                    Answer::Yes);
-  ui.ExpectMessage("BRR.XML Export", {"Export of horizontal barriers complete!", "1 barriers exported."});
+  ui.ExpectMessage("BRR.XML Export",
+                   {"Export of horizontal barriers complete!", "1 barriers exported."});
   const XmlOperationResult r = ToolsExportBarriers(ctx);
   ui.Verify();
   EXPECT_EQ(r.count, 1);
@@ -446,11 +467,13 @@ TEST_F(XmlExchangeTest, ExportAsksBeforeOverwritingAndEndsWithItsMessage) {
   EXPECT_TRUE(fs::exists(dir_ / "ExportHorizontalBarriers.log"));
   EXPECT_TRUE(ui.TextFilesShown().empty());
   // The save dialog started in the folder remembered for the key.
-  EXPECT_NE(test::ReadFile(dir_ / "TARNO.def").find("Default Export Barriers path"), std::string::npos);
+  EXPECT_NE(test::ReadFile(dir_ / "TARNO.def").find("Default Export Barriers path"),
+            std::string::npos);
 
   ui.ExpectSaveFile(File("none.lss.xml"));
-  ui.ExpectMessage("LSS.XML Export", {"No linesink strings were found in the model domain defined by a "
-                                      "Hydroligic Unit Boundary"});
+  ui.ExpectMessage("LSS.XML Export",
+                   {"No linesink strings were found in the model domain defined by a "
+                    "Hydroligic Unit Boundary"});
   ToolsExportLinesinkStrings(ctx);
   ui.Verify();
 }
@@ -468,7 +491,8 @@ TEST_F(XmlExchangeTest, ExportOfAllWritesThreeFilesAndImportOfAllDispatchesByExt
   XmlExchangeContext ctx{ui, ProjectPath().string(), kSchemas};
   ctx.defaultDirectoriesFile = File("TARNO.def");
   ui.ExpectSaveFile(File("all.xml"));
-  ui.ExpectMessage("XML Export", {"Export of elements complete!", std::to_string(all) + " elements exported."});
+  ui.ExpectMessage("XML Export",
+                   {"Export of elements complete!", std::to_string(all) + " elements exported."});
   EXPECT_EQ(ToolsExportAllElements(ctx).count, all);
   ui.Verify();
   for (const char* ext : {"brr.xml", "inh.xml", "lss.xml"})
@@ -484,11 +508,13 @@ TEST_F(XmlExchangeTest, ExportOfAllWritesThreeFilesAndImportOfAllDispatchesByExt
   into.invalidate = [&] { invalidated = true; };
   into.zoom = [&] { zoomed = true; };
   Write("notes.txt", "x");
-  ui.ExpectOpenFiles({File("all.lss.xml"), File("notes.txt"), File("all.brr.xml"), File("all.inh.xml")});
+  ui.ExpectOpenFiles(
+      {File("all.lss.xml"), File("notes.txt"), File("all.brr.xml"), File("all.inh.xml")});
   ui.ExpectMessage("Unrecognized extension",
                    {"Skipping file with unknown extension 'txt': '" + File("notes.txt") + "'",
                     "Expecting one of the following: .brr.xml, .inh.xml, .lss.xml"});
-  ui.ExpectMessage("BRR.XML Import", {"Import of Elements complete!", std::to_string(all) + " elements imported."});
+  ui.ExpectMessage("BRR.XML Import",
+                   {"Import of Elements complete!", std::to_string(all) + " elements imported."});
   const XmlOperationResult r = ToolsImportAllElements(into);
   ui.Verify();
   EXPECT_EQ(r.count, all);

@@ -46,13 +46,15 @@ TEST_F(TarnocmdXml, ExportThenImportIntoAnotherProject) {
                        "BRR.XML Export: 1 barriers exported.\n"),
             std::string::npos)
       << r.out;
-  EXPECT_NE(r.out.find("  Horizontal barrier 'Wall' was successfully exported.\n"), std::string::npos);
+  EXPECT_NE(r.out.find("  Horizontal barrier 'Wall' was successfully exported.\n"),
+            std::string::npos);
   EXPECT_TRUE(fs::exists(dir_ / "ExportHorizontalBarriers.log"));
 
   // A second export is refused unless --yes.
   r = Run({"export", project_, "brr.xml", brr});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.out.find("Abort: Export of horizontal barriers aborted\n"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("Abort: Export of horizontal barriers aborted\n"), std::string::npos)
+      << r.out;
   r = Run({"export", project_, "BRR.XML", brr, "--yes"});
   EXPECT_EQ(r.status, 0) << r.out << r.err;
 
@@ -63,10 +65,13 @@ TEST_F(TarnocmdXml, ExportThenImportIntoAnotherProject) {
   ASSERT_EQ(Run({"new", other, "--yes", "--base-name", "other"}).status, 0);
   r = Run({"import", other, brr, lss});
   ASSERT_EQ(r.status, 0) << r.out << r.err;
-  EXPECT_NE(r.out.find("BRR.XML Import: Import of Elements complete!\nBRR.XML Import: 2 elements imported.\n"),
-            std::string::npos)
+  EXPECT_NE(
+      r.out.find(
+          "BRR.XML Import: Import of Elements complete!\nBRR.XML Import: 2 elements imported.\n"),
+      std::string::npos)
       << r.out;
-  EXPECT_NE(r.out.find("  Imported 1 from the 1 horizontal barriers in " + brr + "\n"), std::string::npos);
+  EXPECT_NE(r.out.find("  Imported 1 from the 1 horizontal barriers in " + brr + "\n"),
+            std::string::npos);
   EXPECT_EQ(Count(other, "NoFlowStrings"), 1);
   EXPECT_EQ(Count(other, "LinesinkStrings"), 1);
   EXPECT_EQ(Count(other, "Vertices"), 5);
@@ -74,23 +79,25 @@ TEST_F(TarnocmdXml, ExportThenImportIntoAnotherProject) {
   // Again: each element already exists with its vertices, nothing comes in.
   r = Run({"import", other, lss});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.out.find("Import: No elements were imported.\n"), std::string::npos)
-      << r.out;
+  EXPECT_NE(r.out.find("Import: No elements were imported.\n"), std::string::npos) << r.out;
   EXPECT_EQ(Count(other, "LinesinkStrings"), 1);
 }
 
 TEST_F(TarnocmdXml, ASchemaFailureIsPrintedWithTheFileAndLine) {
   const std::string bad = (dir_ / "bad.inh.xml").string();
-  ASSERT_TRUE(WriteFile(bad, "<?xml version='1.0'?>\n<InhomogeneitiesFile version=\"1\">\n"
-                             "<Inhomogeneity><HydCond>high</HydCond></Inhomogeneity>\n"
-                             "</InhomogeneitiesFile>\n"));
+  ASSERT_TRUE(WriteFile(bad,
+                        "<?xml version='1.0'?>\n<InhomogeneitiesFile version=\"1\">\n"
+                        "<Inhomogeneity><HydCond>high</HydCond></Inhomogeneity>\n"
+                        "</InhomogeneitiesFile>\n"));
   const RunResult r = Run({"import", project_, bad});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.out.find("  The file " + bad + " is not valid according to the schema ("), std::string::npos)
+  EXPECT_NE(r.out.find("  The file " + bad + " is not valid according to the schema ("),
+            std::string::npos)
       << r.out;
   EXPECT_NE(r.out.find("INH_XML_File_Format.xsd) because: line 3: "), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("  Skipped import of " + bad + " because it was not a valid .INH.XML file!\n"),
-            std::string::npos);
+  EXPECT_NE(
+      r.out.find("  Skipped import of " + bad + " because it was not a valid .INH.XML file!\n"),
+      std::string::npos);
   EXPECT_NE(r.out.find("Import: No elements were imported.\n"), std::string::npos);
 }
 

@@ -43,8 +43,8 @@ std::string XmlExchangeOperation(const std::string& key) {
   return {};
 }
 
-void RunXmlExchangeCommand(const std::string& key, UserInterface& ui, const std::string& projectPath,
-                           const std::string& programDirectory,
+void RunXmlExchangeCommand(const std::string& key, UserInterface& ui,
+                           const std::string& projectPath, const std::string& programDirectory,
                            const std::function<void()>& invalidate,
                            const std::function<void()>& zoom) {
   for (const XmlCommand& c : kCommands) {

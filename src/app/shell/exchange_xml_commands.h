@@ -20,8 +20,8 @@ std::string XmlExchangeOperation(const std::string& key);
 // Runs the operation of `key` on the project `projectPath`. `invalidate` removes a
 // present solution and `zoom` redraws the map, after an import that added elements.
 // Failures throw; the caller's trap reports them.
-void RunXmlExchangeCommand(const std::string& key, UserInterface& ui, const std::string& projectPath,
-                           const std::string& programDirectory,
+void RunXmlExchangeCommand(const std::string& key, UserInterface& ui,
+                           const std::string& projectPath, const std::string& programDirectory,
                            const std::function<void()>& invalidate,
                            const std::function<void()>& zoom);
 
