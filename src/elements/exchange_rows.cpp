@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
 
 #include "core/error.h"
 #include "core/text.h"
@@ -27,15 +26,6 @@ std::string TableOf(ElementKind kind) {
     throw InvalidArgumentError(std::string(info.name) +
                                " is not kept in a table keyed by PID or VID");
   return std::string(info.table);
-}
-
-// Two coordinates are one point when they differ by no more than rounding does.
-bool SameCoordinate(double a, double b) {
-  return std::fabs(a - b) <= 1e-9 * std::max({1.0, std::fabs(a), std::fabs(b)});
-}
-
-bool SamePoint(const MapPoint& p, const Vertex& v) {
-  return SameCoordinate(p.first, v.X) && SameCoordinate(p.second, v.Y);
 }
 
 }  // namespace
@@ -109,46 +99,43 @@ NewRowResult MakeElementFromTexts(ElementKind kind, const FieldTexts& fields,
   return made;
 }
 
+namespace {
+
+// The distinct points of a set, sorted: two sets are the same when these are equal.
+std::vector<MapPoint> SetOf(std::span<const MapPoint> points) {
+  std::vector<MapPoint> set(points.begin(), points.end());
+  std::sort(set.begin(), set.end());
+  set.erase(std::unique(set.begin(), set.end()), set.end());
+  return set;
+}
+
+}  // namespace
+
+VertexSets::VertexSets(Database& db, ElementKind kind) {
+  const std::string table = TableOf(kind);
+  std::map<std::int64_t, std::vector<MapPoint>> points;
+  {
+    Statement st = db.PrepareRaw("select PID, X, Y from Vertices where PID in (select PID from " +
+                                 table + ") order by PID, Seq");
+    while (st.Step()) points[st.GetInt64(0)].emplace_back(st.GetDouble(1), st.GetDouble(2));
+  }
+  for (const auto& [pid, p] : points) Added(pid, p);
+}
+
+std::optional<std::int64_t> VertexSets::Find(std::span<const MapPoint> points) const {
+  if (points.empty()) return std::nullopt;
+  const auto it = byPoints_.find(SetOf(points));
+  if (it == byPoints_.end()) return std::nullopt;
+  return it->second;
+}
+
+void VertexSets::Added(std::int64_t key, std::span<const MapPoint> points) {
+  if (!points.empty()) byPoints_.emplace(SetOf(points), key);
+}
+
 std::optional<std::int64_t> FindSameVertexSet(Database& db, ElementKind kind,
                                               std::span<const MapPoint> points) {
-  if (points.empty()) return std::nullopt;
-  const std::string table = TableOf(kind);
-  double x0 = points.front().first, x1 = x0, y0 = points.front().second, y1 = y0;
-  for (const auto& [x, y] : points) {
-    x0 = std::min(x0, x);
-    x1 = std::max(x1, x);
-    y0 = std::min(y0, y);
-    y1 = std::max(y1, y);
-  }
-  // The candidates: the elements of the kind that have a vertex inside the box.
-  std::set<std::int64_t> candidates;
-  {
-    Statement st = db.PrepareRaw(
-        "select distinct PID from Vertices where X >= ? and X <= ? and Y >= ? "
-        "and Y <= ? and PID in (select PID from " +
-        table + ") order by PID");
-    st.Bind(1, x0).Bind(2, x1).Bind(3, y0).Bind(4, y1);
-    while (st.Step()) candidates.insert(st.GetInt64(0));
-  }
-  for (const std::int64_t pid : candidates) {
-    const std::vector<Vertex> theirs = LoadVertices(db, pid);
-    const bool allInBox = std::all_of(theirs.begin(), theirs.end(), [&](const Vertex& v) {
-      return v.X >= x0 && v.X <= x1 && v.Y >= y0 && v.Y <= y1;
-    });
-    if (!allInBox || theirs.empty()) continue;
-    // The box alone would take a small element inside a large one for the same:
-    // the sets must hold each other's points.
-    const bool oursInTheirs = std::all_of(points.begin(), points.end(), [&](const MapPoint& p) {
-      return std::any_of(theirs.begin(), theirs.end(),
-                         [&](const Vertex& v) { return SamePoint(p, v); });
-    });
-    const bool theirsInOurs = std::all_of(theirs.begin(), theirs.end(), [&](const Vertex& v) {
-      return std::any_of(points.begin(), points.end(),
-                         [&](const MapPoint& p) { return SamePoint(p, v); });
-    });
-    if (oursInTheirs && theirsInOurs) return pid;
-  }
-  return std::nullopt;
+  return VertexSets(db, kind).Find(points);
 }
 
 std::optional<std::int64_t> FindSameLabel(Database& db, ElementKind kind, std::string_view label) {
@@ -168,18 +155,27 @@ bool AreVerticesInDomain(Database& db, std::span<const MapPoint> points, std::in
   return false;
 }
 
-bool InHydrologicUnit(Database& db, std::span<const MapPoint> points) {
-  std::vector<std::pair<std::int64_t, std::string>> units;
+HydrologicUnits::HydrologicUnits(Database& db) {
+  std::vector<std::pair<std::int64_t, std::string>> domains;
   {
     Statement st = db.Prepare("Select * from Domains where FarFieldBoundary=False");
-    while (st.Step()) units.emplace_back(st.GetInt64("PID"), st.GetText("Label"));
+    while (st.Step()) domains.emplace_back(st.GetInt64("PID"), st.GetText("Label"));
   }
-  if (units.empty()) return true;
-  for (const auto& [pid, label] : units) {
-    if (label.rfind("Model_", 0) == 0) continue;
-    if (AreVerticesInDomain(db, points, pid)) return true;
-  }
+  none_ = domains.empty();
+  for (const auto& [pid, label] : domains)
+    if (label.rfind("Model_", 0) != 0) units_.push_back(LoadVertices(db, pid));
+}
+
+bool HydrologicUnits::Holds(std::span<const MapPoint> points) const {
+  if (none_) return true;
+  for (const std::vector<Vertex>& unit : units_)
+    for (const auto& [x, y] : points)
+      if (PointInPolygon(unit, x, y)) return true;  // areVerticesInDomain
   return false;
+}
+
+bool InHydrologicUnit(Database& db, std::span<const MapPoint> points) {
+  return HydrologicUnits(db).Holds(points);
 }
 
 ProjectUnits LoadProjectUnits(Database& db) {

@@ -17,6 +17,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -71,9 +72,9 @@ NewRowResult MakeElementFromTexts(ElementKind kind, const FieldTexts& fields,
                                   std::span<const MapPoint> points);
 
 // The key of an element of `kind` whose vertices are the same set of points as
-// `points`: the vertices inside the bounding box of `points` name the candidates;
-// a candidate matches when all its vertices lie in that box and each point of the
-// one is a point of the other. None if there is none.
+// `points`: each point of the one is a point of the other (so all of its vertices
+// lie in the box of `points`, and a small element inside a large one's box is no
+// match). Points are the same when their coordinates are equal. None if there is none.
 std::optional<std::int64_t> FindSameVertexSet(Database& db, ElementKind kind,
                                               std::span<const MapPoint> points);
 
@@ -92,6 +93,34 @@ bool AreVerticesInDomain(Database& db, std::span<const MapPoint> points, std::in
 // holds the points gives yes. A project whose only domains are model boundaries
 // holds nothing.
 bool InHydrologicUnit(Database& db, std::span<const MapPoint> points);
+
+// The two searches of the conflict rules for a whole import, each reading the
+// project once instead of once an element: the hydrologic units with their
+// vertices, and the vertex sets of the kind's elements. The answers are those of
+// InHydrologicUnit and FindSameVertexSet on the project as it stands, as long as
+// every element the import adds is told to Added. (The tables are read once,
+// because the Vertices table has no index on PID: a query per element would read
+// all of it each time.)
+class HydrologicUnits {
+ public:
+  explicit HydrologicUnits(Database& db);
+  bool Holds(std::span<const MapPoint> points) const;
+
+ private:
+  bool none_ = true;                        // no unit or boundary at all
+  std::vector<std::vector<Vertex>> units_;  // the units not labelled Model_*
+};
+
+class VertexSets {
+ public:
+  VertexSets(Database& db, ElementKind kind);
+  std::optional<std::int64_t> Find(std::span<const MapPoint> points) const;
+  void Added(std::int64_t key, std::span<const MapPoint> points);
+
+ private:
+  // Each element's distinct points, sorted, with its key.
+  std::multimap<std::vector<MapPoint>, std::int64_t> byPoints_;
+};
 
 // The units of the project's lengths (the Model row's BasemapMeters and
 // ComputeMeters).

@@ -71,6 +71,7 @@ int WriteElementFile(Database& db, XmlKind kind, const std::string& file, Exchan
   const XmlKindText& k = KindText(kind);
   const ProjectUnits units = LoadProjectUnits(db);
   std::vector<DocumentElement> elements;
+  const HydrologicUnits hydrologicUnits(db);
   for (const ExchangeRow& row : LoadExchangeRows(db, k.element)) {
     if (row.vertices.empty()) {
       log.Error("Element has no vertices! Did not export " + std::string(k.word) + " '" +
@@ -79,7 +80,7 @@ int WriteElementFile(Database& db, XmlKind kind, const std::string& file, Exchan
     }
     std::vector<MapPoint> points;
     for (const Vertex& v : row.vertices) points.emplace_back(v.X, v.Y);
-    if (!InHydrologicUnit(db, points)) {
+    if (!hydrologicUnits.Holds(points)) {
       log.Warning("Did not export " + std::string(k.word) + " '" + row.label +
                   "' because it was not " +
                   "within one of the defined Hydrologic Unit Boundaries.");
@@ -191,6 +192,8 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
   // added in its own savepoint, and a failed one leaves the others in place.
   count.total = static_cast<int>(doc.elements.size());
   Transaction tx(db);
+  const HydrologicUnits hydrologicUnits(db);
+  VertexSets vertexSets(db, k.element);
   for (const ReadElement& e : doc.elements) {
     const std::string& label = e.label;
     if (!e.badVertices.empty()) {
@@ -228,12 +231,12 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
     }
     try {
       // The conflict rules, in their order.
-      if (!InHydrologicUnit(db, points)) {
+      if (!hydrologicUnits.Holds(points)) {
         log.Warning("Did not import " + word + " '" + label + "' becuase it was not " +
                     "within one of the defined Hydrologic Unit Barriers.");
         continue;
       }
-      if (FindSameVertexSet(db, k.element, points)) {
+      if (vertexSets.Find(points)) {
         log.Warning("Did not import " + word + " '" + label + "' because " + k.article + " " +
                     word + " already exists with the same set of vertices!");
         continue;
@@ -247,6 +250,7 @@ ImportCount ImportElementText(Database& db, XmlKind kind, std::string_view text,
         continue;
       }
       Insert(db, made.element);
+      vertexSets.Added(made.element.key, points);
     } catch (const Error& ex) {
       log.Error("Did not import " + word + " '" + label + "': " + ex.what());
       continue;
