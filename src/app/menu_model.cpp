@@ -147,10 +147,10 @@ std::vector<MenuEntry> BuildEntries() {
   // Import and Export: the element files, the geometry and grid exports and the GIS
   // formats. An entry stays disabled until its reader or writer is built.
   e.push_back(Sub("TOOLS_CMDS(2)", "TOOLSMENU", "&Import"));
-  e.push_back(Later("IMPORT(0)", "TOOLS_CMDS(2)", "All XML Element Files..."));
-  e.push_back(Later("IMPORT(1)", "TOOLS_CMDS(2)", "Line-sink Strings (.lss.xml)..."));
-  e.push_back(Later("IMPORT(2)", "TOOLS_CMDS(2)", "Inhomogeneities (.inh.xml)..."));
-  e.push_back(Later("IMPORT(3)", "TOOLS_CMDS(2)", "Horizontal Barriers (.brr.xml)..."));
+  e.push_back(Cmd("IMPORT(0)", "TOOLS_CMDS(2)", "All XML Element Files..."));
+  e.push_back(Cmd("IMPORT(1)", "TOOLS_CMDS(2)", "Line-sink Strings (.lss.xml)..."));
+  e.push_back(Cmd("IMPORT(2)", "TOOLS_CMDS(2)", "Inhomogeneities (.inh.xml)..."));
+  e.push_back(Cmd("IMPORT(3)", "TOOLS_CMDS(2)", "Horizontal Barriers (.brr.xml)..."));
   e.push_back(Later("IMPORT(4)", "TOOLS_CMDS(2)", "Hydrologic Unit (.huc)...", true));
   e.push_back(Later("IMPORT(5)", "TOOLS_CMDS(2)", "Line-sink Strings (.lss)..."));
   e.push_back(Later("IMPORT(6)", "TOOLS_CMDS(2)", "Inhomogeneities (.inh)..."));
@@ -160,10 +160,10 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("IMPORT(10)", "TOOLS_CMDS(2)", "Text Labels (.tx)..."));
   e.push_back(Later("IMPORT(11)", "TOOLS_CMDS(2)", "GIS Vector File...", true));
   e.push_back(Sub("TOOLS_CMDS(3)", "TOOLSMENU", "&Export"));
-  e.push_back(Later("EXPORT(0)", "TOOLS_CMDS(3)", "All XML Element Files..."));
-  e.push_back(Later("EXPORT(1)", "TOOLS_CMDS(3)", "Line-sink Strings (.lss.xml)..."));
-  e.push_back(Later("EXPORT(2)", "TOOLS_CMDS(3)", "Inhomogeneities (.inh.xml)..."));
-  e.push_back(Later("EXPORT(3)", "TOOLS_CMDS(3)", "Horizontal Barriers (.brr.xml)..."));
+  e.push_back(Cmd("EXPORT(0)", "TOOLS_CMDS(3)", "All XML Element Files..."));
+  e.push_back(Cmd("EXPORT(1)", "TOOLS_CMDS(3)", "Line-sink Strings (.lss.xml)..."));
+  e.push_back(Cmd("EXPORT(2)", "TOOLS_CMDS(3)", "Inhomogeneities (.inh.xml)..."));
+  e.push_back(Cmd("EXPORT(3)", "TOOLS_CMDS(3)", "Horizontal Barriers (.brr.xml)..."));
   e.push_back(Later("EXPORT(4)", "TOOLS_CMDS(3)", "Hydrologic Unit (.lss)...", true));
   e.push_back(Later("EXPORT(5)", "TOOLS_CMDS(3)", "Inhomogeneities (.inh)..."));
   e.push_back(Later("EXPORT(6)", "TOOLS_CMDS(3)", "Discharge Specified Wells (.wl)..."));

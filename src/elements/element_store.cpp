@@ -299,11 +299,17 @@ std::int64_t Insert(Database& db, Element& e) {
       e.key = AddPolygon(db, closed);
       e.row.Set("PID", e.key);
       std::int64_t seq = 0;
+      // One statement for all the vertices: preparing the insert (with the table's
+      // checks) costs more than running it.
+      Statement vertex = db.PrepareRaw("insert into Vertices (PID, Seq, X, Y) values (?, ?, ?, ?)");
       for (Vertex& v : e.vertices) {
         seq += 100;
         v.PID = e.key;
         v.Seq = seq;
-        v.VID = AddVertex(db, v.X, v.Y, v.PID, v.Seq);
+        vertex.Reset();
+        vertex.Bind(1, v.PID).Bind(2, v.Seq).Bind(3, v.X).Bind(4, v.Y);
+        vertex.Run();
+        v.VID = db.LastInsertId();
       }
       WriteRow(db, Table(e.kind), e.row, e.key, "PID", true);
       break;

@@ -210,6 +210,45 @@ TEST_F(ShellControllerTest, ConvertEntriesRunTheirTools) {
   ui_.Verify();
 }
 
+TEST_F(ShellControllerTest, XmlElementFileEntriesExportImportAndUndo) {
+  OpenExample();
+  const std::string file = (work_ / "rivers.lss.xml").string();
+  ui_.ExpectSaveFile(file);
+  ui_.ExpectMessage("LSS.XML Export", {"Export of linesink strings complete!", "6 linesink strings exported."});
+  ASSERT_TRUE(shell_->Commands().Run("EXPORT(1)"));
+  ui_.Verify();
+  ASSERT_TRUE(fs::exists(file));
+
+  // Into the project it came from: every string is there already.
+  ui_.ExpectOpenFiles({file});
+  ui_.ExpectMessage("LSS.XML Import", {"No linesink strings were imported."});
+  ASSERT_TRUE(shell_->Commands().Run("IMPORT(1)"));
+  ui_.Verify();
+
+  // A new barrier comes in through the import of all, and Undo takes it out again.
+  const std::string brr = (work_ / "new.brr.xml").string();
+  ASSERT_TRUE(test::WriteFile(brr, "<?xml version='1.0'?>\n<HorizontalBarriersFile version=\"1\">"
+                                   "<HorizontalBarrier><Label>NewWall</Label><HydCond>0.1</HydCond>"
+                                   "<Vertices><Vertex><X>450000</X><Y>4390000</Y></Vertex>"
+                                   "<Vertex><X>451000</X><Y>4391000</Y></Vertex></Vertices>"
+                                   "</HorizontalBarrier></HorizontalBarriersFile>"));
+  auto barriers = [&] {
+    Database db = Database::Open(project_);
+    Statement st = db.PrepareRaw("select count(*) from NoFlowStrings where Label = 'NewWall'");
+    st.Step();
+    return st.GetInt64(0);
+  };
+  ui_.ExpectOpenFiles({brr});
+  ui_.ExpectMessage("BRR.XML Import", {"Import of Elements complete!", "1 elements imported."});
+  ASSERT_TRUE(shell_->Commands().Run("IMPORT(0)"));
+  ui_.Verify();
+  EXPECT_EQ(barriers(), 1);
+  EXPECT_TRUE(Exists("ImportElements.log"));
+  ASSERT_TRUE(shell_->Commands().Run("EDIT_UNDO"));
+  ui_.Verify();
+  EXPECT_EQ(barriers(), 0) << Describe();
+}
+
 TEST_F(ShellControllerTest, WithoutAProjectOnlyProjectAndHelpCommandsAreOffered) {
   shell_->StartUp("", false);
   EXPECT_FALSE(host_.menus.projectOpen);

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "app/help_model.h"
+#include "app/shell/exchange_xml_commands.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
@@ -204,6 +205,17 @@ void ShellController::RegisterCommands() {
       "CONVERT(", [this](const std::string& key) { ConvertCommand(key); }, "CONVERT_Click");
   c.Register(
       "ReprojectMaps", [this] { ReprojectCommand(); }, "REPROJECT_Click");
+  // Tools > Import and Export: the XML element files.
+  for (const std::string& key : XmlExchangeKeys()) {
+    c.Register(
+        key,
+        [this, key] {
+          RunXmlExchangeCommand(
+              key, port_, session_->Settings().DBName, ProgramDirectory(),
+              [this] { InvalidateSolution(false); }, [this] { Zoom(kZoomRedraw); });
+        },
+        XmlExchangeOperation(key));
+  }
   c.Register("About", [this] { About(); });
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
