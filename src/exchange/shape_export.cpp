@@ -18,6 +18,7 @@
 //                     STARTHEAD, ENDHEAD, RESIST, WIDTH, DEPTH, ROUTING, FARFIELD (N)
 //   no-flow           LABEL (C), HYDCOND, THICKNESS, POROSITY, BOTTOMELEV, CLOSED (N)
 //
+// Numbers ("N") keep up to ten decimals; flags and counts are whole numbers.
 // Polygons are written with their first point repeated and the ring clockwise, as
 // the format wants an outer ring; closed barriers repeat their first point too.
 #include <algorithm>
@@ -74,9 +75,13 @@ struct ShapeTable {
     return columns.back();
   }
   void Text(const std::string& name, const std::string& v) { Column(name, "C").Values.push_back(v); }
-  void Number(const std::string& name, double v, const std::string& mask = "") {
+  // Numbers keep up to ten decimals (the field's decimals come from the mask, and a
+  // field without decimals would read back as whole numbers).
+  void Number(const std::string& name, double v, const std::string& mask = "0.0#########") {
     Column(name, "N", mask).Values.push_back(v);
   }
+  // A flag or a count: a whole number.
+  void Whole(const std::string& name, double v) { Number(name, v, "0"); }
 };
 
 std::unique_ptr<IShape> Point(double x, double y) { return std::make_unique<CPoint>(x, y); }
@@ -150,7 +155,7 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.shapes.push_back(Line(l.points));
         t.Text("LABEL", l.label.empty() ? "Path " + std::to_string(n) : l.label);
         t.Number("ENDTIME", l.endTime);
-        t.Number("POINTS", static_cast<double>(l.points.size()));
+        t.Number("POINTS", static_cast<double>(l.points.size()), "0");
       }
       if (t.shapes.empty()) throw Error("The pathline file has no pathlines");
       break;
@@ -172,7 +177,7 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
           t.Text("INTERVAL", timeMarkStep > 0.0 ? GeneralNumber(timeMarkStep) + " Days" : "");
         } else {
           t.Text("DIRECTION", m.direction > 0 ? "Up" : "Down");
-          t.Number("DIR", m.direction);
+          t.Number("DIR", m.direction, "0");
         }
       }
       if (t.shapes.empty()) throw Error("The mark file " + file.string() + " has no marks");
@@ -183,7 +188,7 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
       for (const GeometryElement& e : Elements(p, ElementKind::Capzone)) {
         t.shapes.push_back(Ring(Outline(e)));
         t.Text("LABEL", e.label);
-        t.Number("PID", static_cast<double>(e.key));
+        t.Number("PID", static_cast<double>(e.key), "0");
       }
       break;
     case ShapeKind::Particles:
@@ -192,8 +197,8 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.shapes.push_back(Point(e.vertices[0].X, e.vertices[0].Y));
         t.Text("ID", std::to_string(e.key));
         t.Number("ELEVATION", e.row.Number("Elevation"));
-        t.Number("SATDTHICK", e.row.Number("SatdThick"));
-        t.Number("FORWARD", e.row.Number("Forward"));
+        t.Whole("SATDTHICK", e.row.Number("SatdThick"));
+        t.Whole("FORWARD", e.row.Number("Forward"));
       }
       break;
     case ShapeKind::TestPoints:
@@ -213,13 +218,13 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
       for (const GeometryElement& e : Elements(p, ElementKind::Well)) {
         t.shapes.push_back(Point(e.vertices[0].X, e.vertices[0].Y));
         t.Text("LABEL", e.label);
-        t.Number("HEADSPEC", e.row.Number("HeadSpecified"));
+        t.Whole("HEADSPEC", e.row.Number("HeadSpecified"));
         t.Number("HEAD", e.row.Number("Head"));
         t.Number("RADIUS", e.row.Number("Radius"));
         t.Number("TOPELEV", e.row.Number("TopElev"));
         t.Number("BOTTOMELEV", e.row.Number("BottomElev"));
-        t.Number("PPWELL", e.row.Number("PPWell"));
-        t.Number("PARTICLES", e.row.Number("NParticles"));
+        t.Whole("PPWELL", e.row.Number("PPWell"));
+        t.Whole("PARTICLES", e.row.Number("NParticles"));
       }
       break;
     case ShapeKind::Inhomogeneities:
@@ -231,10 +236,13 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
              std::initializer_list<std::pair<const char*, const char*>>{
                  {"HYDCOND", "HydCond"},   {"BOTTOMELEV", "BottomElevation"},
                  {"RECHARGE", "Recharge"}, {"POROSITY", "Porosity"},
-                 {"AVGHEAD", "AverageHead"}, {"CHANGEK", "ChangeK"},
-                 {"CHANGEB", "ChangeB"},   {"CHANGER", "ChangeR"},
-                 {"CHANGEP", "ChangeP"},   {"CHANGEA", "ChangeA"}})
+                 {"AVGHEAD", "AverageHead"}})
           t.Number(column, e.row.Number(field));
+        for (const auto& [column, field] :
+             std::initializer_list<std::pair<const char*, const char*>>{
+                 {"CHANGEK", "ChangeK"}, {"CHANGEB", "ChangeB"}, {"CHANGER", "ChangeR"},
+                 {"CHANGEP", "ChangeP"}, {"CHANGEA", "ChangeA"}})
+          t.Whole(column, e.row.Number(field));
       }
       break;
     case ShapeKind::LineSinks:
@@ -245,11 +253,14 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.Text("KIND", LinesinkKind(e.row));
         for (const auto& [column, field] :
              std::initializer_list<std::pair<const char*, const char*>>{
-                 {"HEADSPEC", "HeadSpecified"}, {"STARTHEAD", "StartingHead"},
-                 {"ENDHEAD", "EndingHead"},     {"RESIST", "Resistance"},
-                 {"WIDTH", "Width"},            {"DEPTH", "Depth"},
-                 {"ROUTING", "Routing"},        {"FARFIELD", "Farfield"}})
+                 {"STARTHEAD", "StartingHead"}, {"ENDHEAD", "EndingHead"},
+                 {"RESIST", "Resistance"},      {"WIDTH", "Width"},
+                 {"DEPTH", "Depth"}})
           t.Number(column, e.row.Number(field));
+        for (const auto& [column, field] :
+             std::initializer_list<std::pair<const char*, const char*>>{
+                 {"HEADSPEC", "HeadSpecified"}, {"ROUTING", "Routing"}, {"FARFIELD", "Farfield"}})
+          t.Whole(column, e.row.Number(field));
       }
       break;
     case ShapeKind::NoFlows:
@@ -262,9 +273,9 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
                  {"HYDCOND", "HydCond"},
                  {"THICKNESS", "Thickness"},
                  {"POROSITY", "Porosity"},
-                 {"BOTTOMELEV", "BottomElevation"},
-                 {"CLOSED", "Closed"}})
+                 {"BOTTOMELEV", "BottomElevation"}})
           t.Number(column, e.row.Number(field));
+        t.Whole("CLOSED", e.row.Number("Closed"));
       }
       break;
   }
