@@ -95,13 +95,13 @@ TEST_F(GeometryExampleTest, BeforeTheSolveNoContoursAndAfterItEveryExportReadsBa
   ASSERT_TRUE(fs::exists(dir_ / "example.CTR"));
 
   ASSERT_EQ(Cmd({"export", project_, "dxf", "c.dxf", "contours"}).status, 0);
-  const Layered contours = Read(dir_ / "c.dxf");
+  Layered contours = Read(dir_ / "c.dxf");
   EXPECT_EQ(contours.features, DrawableLevels(dir_ / "example.CTR"));
   EXPECT_EQ(contours.byLayer["Contours"], contours.features);
 
   const auto elements = Cmd({"export", project_, "dxf", "e.dxf", "elements"});
   ASSERT_EQ(elements.status, 0) << elements.out << elements.err;
-  const Layered e = Read(dir_ / "e.dxf");
+  Layered e = Read(dir_ / "e.dxf");
   EXPECT_EQ(e.byLayer["Wells"], 5);
   EXPECT_EQ(e.byLayer["Inhomogeneities"], 1);
   EXPECT_EQ(e.byLayer["No Flow Strings"], 1);
