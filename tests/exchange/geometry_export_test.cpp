@@ -654,3 +654,32 @@ TEST(TicMarkFileTest, MarksAreReadFromPrintZonesAndABadDirectionNamesTheLine) {
 }  // namespace
 
 }  // namespace tarno::exchange
+
+namespace tarno::exchange {
+namespace {
+
+// ezdxf's recovery reader and its audit check the structure of a DXF file (handles,
+// owners, tables, dictionaries, layouts) as a CAD program does on loading it.
+TEST_F(GeometryExportTest, EzdxfAuditsTheDxfSkeletonWithoutAnError) {
+  const char* python = "/usr/bin/python3";
+  if (!fs::exists(python) || test::RunExecutable(python, {"-c", "import ezdxf"}).status != 0)
+    GTEST_SKIP() << "python3-ezdxf is not installed";
+  AddStrings();
+  Add(ElementKind::Well, "W1", Point(10, 20));
+  auto ctx = Context();
+  ui_.ExpectSaveFile((dir_ / "e.dxf").string());
+  ui_.ExpectMessageTitled(gt::kCompleteTitle);
+  ASSERT_TRUE(ExportDxf(ctx, VectorMode::Elements, ""));
+  const auto audit = test::RunExecutable(
+      python, {"-c",
+               "import sys\nfrom ezdxf import recover\n"
+               "doc, rec = recover.readfile(sys.argv[1])\na = doc.audit()\n"
+               "print(doc.dxfversion, len(rec.errors), len(rec.fixes), len(a.errors), len(a.fixes),"
+               " len(doc.modelspace()))\n",
+               (dir_ / "e.dxf").string()});
+  ASSERT_EQ(audit.status, 0) << audit.err;
+  EXPECT_EQ(audit.out, "AC1015 0 0 0 0 5\n");
+}
+
+}  // namespace
+}  // namespace tarno::exchange
