@@ -74,7 +74,8 @@ int ExportGeometry(const ExportOptions& o, std::ostream& out, std::ostream& err)
   if (o.format == "dxf" || o.format == "bln") {
     mode = exchange::ModeFromWord([&] {
       std::string w = o.what;
-      std::transform(w.begin(), w.end(), w.begin(), [](unsigned char c) { return std::toupper(c); });
+      std::transform(w.begin(), w.end(), w.begin(),
+                     [](unsigned char c) { return std::toupper(c); });
       return w;
     }());
     if (mode == VectorMode::None)

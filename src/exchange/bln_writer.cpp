@@ -35,7 +35,8 @@ void BlnFile::Write(const std::filesystem::path& file) const {
 std::string SurferLevelScript(const std::vector<double>& levels) {
   std::string text;
   for (double level : levels)
-    text += FormatNumber(level, "####0 ") + "  1" + " " + FormatNumber(0.0, "0.000000e+00 ") + "\r\n";
+    text +=
+        FormatNumber(level, "####0 ") + "  1" + " " + FormatNumber(0.0, "0.000000e+00 ") + "\r\n";
   return text;
 }
 

@@ -121,7 +121,8 @@ void LtypeTable(Out& o) {
     const char* handle;
     const char* name;
     const char* description;
-  } types[] = {{kByBlock, "ByBlock", ""}, {kByLayer, "ByLayer", ""},
+  } types[] = {{kByBlock, "ByBlock", ""},
+               {kByLayer, "ByLayer", ""},
                {kContinuous, "Continuous", "Solid line"}};
   for (const auto& t : types) {
     o.G(0, "LTYPE").G(5, t.handle).G(330, kLtypeTable);

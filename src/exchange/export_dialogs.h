@@ -27,8 +27,8 @@ class VectorExport : public DialogModel {
   static constexpr const char* kLayerCaption = "Layer Name";
   // The captions of chkExportSelection, in the order of the modes Contours to
   // Elements.
-  static constexpr std::array<const char*, 4> kOptions = {
-      "Contour Lines", "Particle Paths", "Wellhead Protection Areas", "Elements"};
+  static constexpr std::array<const char*, 4> kOptions = {"Contour Lines", "Particle Paths",
+                                                          "Wellhead Protection Areas", "Elements"};
   static constexpr const char* kChooseTitle = "Choose Type";
   static constexpr const char* kChooseText = "Please choose a type to export.";
 
@@ -72,8 +72,9 @@ class ExportShapefile : public DialogModel {
   static constexpr const char* kName = "ExportShapefile";
   static constexpr const char* kTitle = "Export Shapefiles";
   static constexpr std::array<const char*, 9> kOptions = {
-      "Contours",   "Path Lines, TicMarks", "WHP Areas",       "Wells",       "TestPoints",
-      "Particles",  "Inhomogeneities",      "Line Sinks",      "No Flow Boundaries"};
+      "Contours",        "Path Lines, TicMarks", "WHP Areas",
+      "Wells",           "TestPoints",           "Particles",
+      "Inhomogeneities", "Line Sinks",           "No Flow Boundaries"};
 
   std::string DialogName() const override { return kName; }
 

@@ -44,8 +44,8 @@ std::optional<fs::path> AskFile(GeometryExportContext& ctx, FileDialogRequest re
                                 const char* directoryKey) {
   std::error_code ec;
   if (directoryKey != nullptr)
-    request.initialDirectory =
-        DefaultDirectoriesIn(DefFile(ctx), directoryKey, DirectoryMode::Read, fs::current_path(ec).string());
+    request.initialDirectory = DefaultDirectoriesIn(DefFile(ctx), directoryKey, DirectoryMode::Read,
+                                                    fs::current_path(ec).string());
   const std::optional<std::string> chosen = ctx.ui.SaveFileDialog(request);
   if (!chosen || chosen->empty()) return std::nullopt;
   fs::path file = *chosen;
@@ -87,7 +87,8 @@ std::vector<GeometryElement> Load(const GeometryProject& p, ElementKind kind) {
 
 void AddTics(DxfDrawing& d, const GeometryProject& p, double radius) {
   if (const fs::path t = TicFile(p, kTimeTicFile); !t.empty())
-    for (const TicMark& m : ReadTicMarkFile(t, false)) d.AddCircle("Time Ticmarks", m.x, m.y, radius);
+    for (const TicMark& m : ReadTicMarkFile(t, false))
+      d.AddCircle("Time Ticmarks", m.x, m.y, radius);
   if (const fs::path z = TicFile(p, kElevationTicFile); !z.empty()) {
     for (const TicMark& m : ReadTicMarkFile(z, true)) {
       const char* layer = m.direction > 0   ? "Vertical Ticmarks Up"
@@ -112,7 +113,8 @@ DxfDrawing BuildDxf(const GeometryProject& p, VectorMode mode, const std::string
       break;
     }
     case VectorMode::Pathlines: {
-      for (const MapLine& l : DrawableLines(PathlinesInMap(p))) d.AddPolyline("Pathlines", l.points);
+      for (const MapLine& l : DrawableLines(PathlinesInMap(p)))
+        d.AddPolyline("Pathlines", l.points);
       empty = d.EntityCount() == 0;
       if (!empty) AddTics(d, p, radius);
       break;
@@ -134,9 +136,7 @@ DxfDrawing BuildDxf(const GeometryProject& p, VectorMode mode, const std::string
                       Outline(e));
       empty = d.EntityCount() == 0;
       break;
-    case VectorMode::None:
-      empty = true;
-      break;
+    case VectorMode::None: empty = true; break;
   }
   return d;
 }
@@ -155,18 +155,19 @@ BlnFile BuildBln(const GeometryProject& p, VectorMode mode, const MapWindow& win
       for (const MapLine& l : DrawableLines(PathlinesInMap(p))) b.AddRecord(l.points, 1, l.label);
       break;
     case VectorMode::Capzones:
-      for (const GeometryElement& e : Load(p, ElementKind::Capzone)) b.AddRecord(Outline(e), 1, e.label);
+      for (const GeometryElement& e : Load(p, ElementKind::Capzone))
+        b.AddRecord(Outline(e), 1, e.label);
       break;
     case VectorMode::Elements: {
       const double half = MarkRadius(window);
       for (const GeometryElement& e : Load(p, ElementKind::Well))
         b.AddSquare(e.vertices[0].X, e.vertices[0].Y, half);
-      for (ElementKind k : {ElementKind::Inhomogeneity, ElementKind::Linesink, ElementKind::Barrier})
+      for (ElementKind k :
+           {ElementKind::Inhomogeneity, ElementKind::Linesink, ElementKind::Barrier})
         for (const GeometryElement& e : Load(p, k)) b.AddRecord(Outline(e), 1, e.label);
       break;
     }
-    case VectorMode::None:
-      break;
+    case VectorMode::None: break;
   }
   return b;
 }
@@ -205,7 +206,7 @@ const char* DxfDone(VectorMode mode) {
 
 // The VectorExport dialog of a file mode; its choice, or nothing on Cancel.
 std::optional<std::pair<VectorMode, std::string>> AskVectorMode(UserInterface& ui,
-                                                               const char* fileMode) {
+                                                                const char* fileMode) {
   VectorExport dialog;
   dialog.FileMode = fileMode;
   ui.ShowModal(dialog);
@@ -341,9 +342,10 @@ bool ToolsExportGrid(GeometryExportContext& ctx) {
       ctx.ui.MessageBox(gt::kCantExportLower, {gt::kNoGrid}, Buttons::OK, Icon::Exclamation);
       return;
     }
-    if (ctx.ui.MessageBox(gt::kGridTitle,
-                          {gt::kGridLine1, std::string(gt::kGridLine2) + ContourKindName(p.contourKind)},
-                          Buttons::OKCancel, Icon::Information) != Answer::OK)
+    if (ctx.ui.MessageBox(
+            gt::kGridTitle,
+            {gt::kGridLine1, std::string(gt::kGridLine2) + ContourKindName(p.contourKind)},
+            Buttons::OKCancel, Icon::Information) != Answer::OK)
       return;
     FileDialogRequest request;
     request.title = gt::kGridDialogTitle;

@@ -68,13 +68,16 @@ struct ShapeTable {
   std::vector<std::unique_ptr<IShape>> shapes;
   std::vector<DbfColumn> columns;
 
-  DbfColumn& Column(const std::string& name, const std::string& type, const std::string& mask = "") {
+  DbfColumn& Column(const std::string& name, const std::string& type,
+                    const std::string& mask = "") {
     for (DbfColumn& c : columns)
       if (c.Name == name) return c;
     columns.push_back(DbfColumn{name, type, mask, {}});
     return columns.back();
   }
-  void Text(const std::string& name, const std::string& v) { Column(name, "C").Values.push_back(v); }
+  void Text(const std::string& name, const std::string& v) {
+    Column(name, "C").Values.push_back(v);
+  }
   // Numbers keep up to ten decimals (the field's decimals come from the mask, and a
   // field without decimals would read back as whole numbers).
   void Number(const std::string& name, double v, const std::string& mask = "0.0#########") {
@@ -112,7 +115,8 @@ std::vector<GeometryElement> Elements(const GeometryProject& p, ElementKind kind
   Database db = Database::OpenReadOnly(p.projectFile);
   std::vector<GeometryElement> out = LoadGeometry(db, kind);
   db.Close();
-  if (out.empty()) throw Error("The project has no " + std::string(Info(kind).table) + " to export");
+  if (out.empty())
+    throw Error("The project has no " + std::string(Info(kind).table) + " to export");
   return out;
 }
 
@@ -234,14 +238,18 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.Text("LABEL", e.label);
         for (const auto& [column, field] :
              std::initializer_list<std::pair<const char*, const char*>>{
-                 {"HYDCOND", "HydCond"},   {"BOTTOMELEV", "BottomElevation"},
-                 {"RECHARGE", "Recharge"}, {"POROSITY", "Porosity"},
+                 {"HYDCOND", "HydCond"},
+                 {"BOTTOMELEV", "BottomElevation"},
+                 {"RECHARGE", "Recharge"},
+                 {"POROSITY", "Porosity"},
                  {"AVGHEAD", "AverageHead"}})
           t.Number(column, e.row.Number(field));
         for (const auto& [column, field] :
-             std::initializer_list<std::pair<const char*, const char*>>{
-                 {"CHANGEK", "ChangeK"}, {"CHANGEB", "ChangeB"}, {"CHANGER", "ChangeR"},
-                 {"CHANGEP", "ChangeP"}, {"CHANGEA", "ChangeA"}})
+             std::initializer_list<std::pair<const char*, const char*>>{{"CHANGEK", "ChangeK"},
+                                                                        {"CHANGEB", "ChangeB"},
+                                                                        {"CHANGER", "ChangeR"},
+                                                                        {"CHANGEP", "ChangeP"},
+                                                                        {"CHANGEA", "ChangeA"}})
           t.Whole(column, e.row.Number(field));
       }
       break;
@@ -253,8 +261,10 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.Text("KIND", LinesinkKind(e.row));
         for (const auto& [column, field] :
              std::initializer_list<std::pair<const char*, const char*>>{
-                 {"STARTHEAD", "StartingHead"}, {"ENDHEAD", "EndingHead"},
-                 {"RESIST", "Resistance"},      {"WIDTH", "Width"},
+                 {"STARTHEAD", "StartingHead"},
+                 {"ENDHEAD", "EndingHead"},
+                 {"RESIST", "Resistance"},
+                 {"WIDTH", "Width"},
                  {"DEPTH", "Depth"}})
           t.Number(column, e.row.Number(field));
         for (const auto& [column, field] :
@@ -327,8 +337,10 @@ int ExportShapeKinds(GeometryExportContext& ctx, const std::vector<ShapeKind>& k
   try {
     project = LoadGeometryProject(ctx.projectFile);
   } catch (const std::exception& e) {
-    ctx.ui.MessageBox(gt::kExportFailedTitle, {std::string(ShapeInfo(kinds.empty() ? ShapeKind::Contours : kinds[0]).failure) + e.what()},
-                      Buttons::OK, Icon::Critical);
+    ctx.ui.MessageBox(
+        gt::kExportFailedTitle,
+        {std::string(ShapeInfo(kinds.empty() ? ShapeKind::Contours : kinds[0]).failure) + e.what()},
+        Buttons::OK, Icon::Critical);
     return 0;
   }
   const GeometryProject& p = *project;
@@ -355,8 +367,8 @@ int ExportShapeKinds(GeometryExportContext& ctx, const std::vector<ShapeKind>& k
     } catch (const UiPortFailure&) {
       throw;
     } catch (const std::exception& e) {
-      ctx.ui.MessageBox(gt::kExportFailedTitle, {std::string(info.failure) + e.what()},
-                        Buttons::OK, Icon::Critical);
+      ctx.ui.MessageBox(gt::kExportFailedTitle, {std::string(info.failure) + e.what()}, Buttons::OK,
+                        Icon::Critical);
       continue;
     }
     ++written;

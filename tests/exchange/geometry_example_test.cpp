@@ -27,7 +27,8 @@ struct Layered {
 Layered Read(const fs::path& file) {
   GDALAllRegister();
   Layered out;
-  GDALDatasetH ds = GDALOpenEx(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+  GDALDatasetH ds =
+      GDALOpenEx(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
   if (ds == nullptr) {
     ADD_FAILURE() << "OGR cannot open " << file;
     return out;
@@ -54,8 +55,10 @@ long DrawableLevels(const fs::path& ctr) {
     points = 0;
   };
   while (std::getline(in, line)) {
-    if (line.rfind("LEVEL", 0) == 0) close();
-    else if (line.find_first_not_of(" \r") != std::string::npos) ++points;
+    if (line.rfind("LEVEL", 0) == 0)
+      close();
+    else if (line.find_first_not_of(" \r") != std::string::npos)
+      ++points;
   }
   close();
   return lines;
@@ -87,7 +90,8 @@ class GeometryExampleTest : public ::testing::Test {
 TEST_F(GeometryExampleTest, BeforeTheSolveNoContoursAndAfterItEveryExportReadsBack) {
   const auto early = Cmd({"export", project_, "dxf", "early.dxf", "contours"});
   EXPECT_EQ(early.status, 1);
-  EXPECT_NE(early.out.find("Can't export: No Contours to be exported"), std::string::npos) << early.out;
+  EXPECT_NE(early.out.find("Can't export: No Contours to be exported"), std::string::npos)
+      << early.out;
   EXPECT_FALSE(fs::exists(dir_ / "early.dxf"));
 
   const auto solved = Cmd({"solve", project_, "--yes"});
@@ -117,7 +121,8 @@ TEST_F(GeometryExampleTest, BeforeTheSolveNoContoursAndAfterItEveryExportReadsBa
   EXPECT_EQ(Read(dir_ / "k.shp").features, contours.features);
   const auto none = Cmd({"export", project_, "shp", "z.shp", "whpareas"});
   EXPECT_EQ(none.status, 1);
-  EXPECT_NE(none.out.find("Export Failed: CapZone Export Failed - "), std::string::npos) << none.out;
+  EXPECT_NE(none.out.find("Export Failed: CapZone Export Failed - "), std::string::npos)
+      << none.out;
 
   ASSERT_EQ(Cmd({"export", project_, "bln", "b.bln", "contours"}).status, 0);
   EXPECT_TRUE(fs::exists(dir_ / "TARNO.SCR"));

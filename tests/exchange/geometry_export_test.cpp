@@ -42,13 +42,15 @@ void CollectPoints(OGRGeometryH g, std::vector<std::pair<double, double>>& out) 
     for (int i = 0; i < parts; ++i) CollectPoints(OGR_G_GetGeometryRef(g, i), out);
     return;
   }
-  for (int i = 0; i < OGR_G_GetPointCount(g); ++i) out.push_back({OGR_G_GetX(g, i), OGR_G_GetY(g, i)});
+  for (int i = 0; i < OGR_G_GetPointCount(g); ++i)
+    out.push_back({OGR_G_GetX(g, i), OGR_G_GetY(g, i)});
 }
 
 std::vector<Feature> ReadFeatures(const fs::path& file) {
   GDALAllRegister();
   std::vector<Feature> out;
-  GDALDatasetH ds = GDALOpenEx(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+  GDALDatasetH ds =
+      GDALOpenEx(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
   if (ds == nullptr) {
     ADD_FAILURE() << "OGR cannot open " << file;
     return out;
@@ -59,7 +61,8 @@ std::vector<Feature> ReadFeatures(const fs::path& file) {
     Feature feature;
     OGRFeatureDefnH defn = OGR_L_GetLayerDefn(layer);
     for (int i = 0; i < OGR_FD_GetFieldCount(defn); ++i)
-      feature.fields[OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(defn, i))] = OGR_F_GetFieldAsString(f, i);
+      feature.fields[OGR_Fld_GetNameRef(OGR_FD_GetFieldDefn(defn, i))] =
+          OGR_F_GetFieldAsString(f, i);
     if (feature.fields.count("Layer")) feature.layer = feature.fields["Layer"];
     if (OGRGeometryH g = OGR_F_GetGeometryRef(f)) {
       feature.type = wkbFlatten(OGR_G_GetGeometryType(g));
@@ -131,8 +134,9 @@ class GeometryExportTest : public testing::ScratchProject {
     // The solver files lie beside the project, under the base name "m"; the model
     // origin is (1000, 2000).
     db_.Execute("update Project set TARNOBaseName='m', TARNOBasePath='" + dir_.string() + "'");
-    db_.Execute("update Model set SOLVERX0=1000, SOLVERY0=2000, WINDOWX1=0, WINDOWY1=0, "
-                "WINDOWX2=5000, WINDOWY2=5000");
+    db_.Execute(
+        "update Model set SOLVERX0=1000, SOLVERY0=2000, WINDOWX1=0, WINDOWY1=0, "
+        "WINDOWX2=5000, WINDOWY2=5000");
   }
 
   GeometryExportContext Context() {
@@ -142,7 +146,8 @@ class GeometryExportTest : public testing::ScratchProject {
   }
 
   // Contour lines in model coordinates: LEVEL records and their points.
-  void WriteContours(const std::vector<std::pair<double, std::vector<std::pair<double, double>>>>& lines) {
+  void WriteContours(
+      const std::vector<std::pair<double, std::vector<std::pair<double, double>>>>& lines) {
     std::string text;
     for (const auto& [level, points] : lines) {
       text += "LEVEL" + Fixed14(level) + "\r\n";
@@ -165,7 +170,8 @@ class GeometryExportTest : public testing::ScratchProject {
   void AddStrings() {
     Add(ElementKind::Barrier, "Ring", At({{100, 100}, {200, 100}, {200, 200}, {100, 200}}),
         [](Row& r) { r.Set("Closed", 1); });
-    Add(ElementKind::Barrier, "Wall", At({{300, 300}, {400, 400}}), [](Row& r) { r.Set("HydCond", 0.5); });
+    Add(ElementKind::Barrier, "Wall", At({{300, 300}, {400, 400}}),
+        [](Row& r) { r.Set("HydCond", 0.5); });
     Add(ElementKind::Linesink, "Drain1", At({{0, 0}, {50, 50}}), [](Row& r) { r.Set("Drain", 1); });
     Add(ElementKind::Linesink, "Creek", At({{0, 10}, {50, 60}, {80, 90}}),
         [](Row& r) { r.Set("Routing", 1); });
@@ -209,7 +215,8 @@ TEST(DxfWriterTest, TheSkeletonHoldsTheSectionsTablesAndUniqueHandlesBelowTheSee
     ASSERT_EQ(code.size(), 3u) << "line " << i + 1;
     if (code == "  2" && i >= 2 && lines[i - 1] == "SECTION") sections.push_back(value);
     if (code == "  2" && i >= 2 && lines[i - 1] == "TABLE") tables.push_back(value);
-    if (code == "  3" && !dictionaries.empty() && dictionaries.size() < 5) dictionaries.push_back(value);
+    if (code == "  3" && !dictionaries.empty() && dictionaries.size() < 5)
+      dictionaries.push_back(value);
     if (code == "  3" && value == "ACAD_GROUP") dictionaries.push_back(value);
     if ((code == "  5" || code == "105") && lines[i - 1] != "$HANDSEED") {
       const unsigned long h = std::stoul(value, nullptr, 16);
@@ -217,7 +224,8 @@ TEST(DxfWriterTest, TheSkeletonHoldsTheSectionsTablesAndUniqueHandlesBelowTheSee
     }
     if (code == "  5" && lines[i - 1] == "$HANDSEED") seed = std::stoul(value, nullptr, 16);
   }
-  EXPECT_EQ(sections, (std::vector<std::string>{"HEADER", "CLASSES", "TABLES", "BLOCKS", "ENTITIES", "OBJECTS"}));
+  EXPECT_EQ(sections, (std::vector<std::string>{"HEADER", "CLASSES", "TABLES", "BLOCKS", "ENTITIES",
+                                                "OBJECTS"}));
   EXPECT_EQ(tables, (std::vector<std::string>{"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW", "UCS",
                                               "APPID", "DIMSTYLE", "BLOCK_RECORD"}));
   EXPECT_EQ(dictionaries, (std::vector<std::string>{"ACAD_GROUP", "ACAD_LAYOUT", "ACAD_MLINESTYLE",
@@ -253,7 +261,9 @@ TEST_F(GeometryExportTest, ContoursBeforeAnySolveSayNoContoursAndWriteNoFile) {
 TEST_F(GeometryExportTest, DxfContoursStandInMapCoordinatesOnTheNamedLayerAtTheirLevels) {
   MakeProject(false, true);  // map in feet, model in metres: BasemapConvert 0.3048
   Prepare();
-  WriteContours({{101.5, {{0, 0}, {30.48, 0}, {30.48, 304.8}}}, {102, {{1, 1}}}, {102.5, {{0, 0}, {3.048, 3.048}}}});
+  WriteContours({{101.5, {{0, 0}, {30.48, 0}, {30.48, 304.8}}},
+                 {102, {{1, 1}}},
+                 {102.5, {{0, 0}, {3.048, 3.048}}}});
   auto ctx = Context();
   ui_.ExpectSaveFile((dir_ / "c").string()).Title(gt::kDxfDialogTitle);
   ui_.ExpectMessage(gt::kCompleteTitle, {gt::kDxfContoursDone, gt::kDxfVersion});
@@ -379,11 +389,13 @@ TEST_F(GeometryExportTest, BlnElementsRepeatTheFirstPointOfClosedStringsAndSquar
   EXPECT_EQ(well.points.front(), well.points.back());
   EXPECT_EQ(well.points[0], (std::pair<double, double>{9, 19}));
   EXPECT_EQ(well.points[2], (std::pair<double, double>{11, 21}));
-  const auto ring = std::find_if(records.begin(), records.end(), [](const BlnRecord& r) { return r.name == "Ring"; });
+  const auto ring = std::find_if(records.begin(), records.end(),
+                                 [](const BlnRecord& r) { return r.name == "Ring"; });
   ASSERT_NE(ring, records.end());
   ASSERT_EQ(ring->count, 5);
   EXPECT_EQ(ring->points.front(), ring->points.back()) << "the closing segment is there";
-  const auto wall = std::find_if(records.begin(), records.end(), [](const BlnRecord& r) { return r.name == "Wall"; });
+  const auto wall = std::find_if(records.begin(), records.end(),
+                                 [](const BlnRecord& r) { return r.name == "Wall"; });
   ASSERT_NE(wall, records.end());
   EXPECT_EQ(wall->count, 2) << "an open barrier is not closed";
 }
@@ -429,15 +441,18 @@ TEST_F(GeometryExportTest, TheGridIsExportedInMapCoordinates) {
   const auto info = test::RunExecutable("gdalinfo", {(dir_ / "out.grd").string()});
   ASSERT_EQ(info.status, 0) << info.err;
   // Cells of 100 by 100 about the nodes: the corners lie half a cell outside them.
-  EXPECT_NE(info.out.find("Upper Left  (     850.000,    2100.000)"), std::string::npos) << info.out;
-  EXPECT_NE(info.out.find("Lower Right (    1150.000,    1900.000)"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("Upper Left  (     850.000,    2100.000)"), std::string::npos)
+      << info.out;
+  EXPECT_NE(info.out.find("Lower Right (    1150.000,    1900.000)"), std::string::npos)
+      << info.out;
 }
 
 TEST_F(GeometryExportTest, NoGridBeforeASolveAndACancelledGridBoxWritesNothing) {
   auto ctx = Context();
   ui_.ExpectMessage(gt::kCantExportLower, {gt::kNoGrid});
   EXPECT_FALSE(ToolsExportGrid(ctx));
-  ASSERT_TRUE(test::WriteFile(dir_ / "m.GRD", "DSAA\r\n2 2\r\n0 1\r\n0 1\r\n0 0\r\n0 0\r\n0 0\r\n"));
+  ASSERT_TRUE(
+      test::WriteFile(dir_ / "m.GRD", "DSAA\r\n2 2\r\n0 1\r\n0 1\r\n0 0\r\n0 0\r\n0 0\r\n"));
   ui_.ExpectMessageTitled(gt::kGridTitle, Answer::Cancel);
   EXPECT_FALSE(ToolsExportGrid(ctx));
   ui_.Verify();
@@ -469,9 +484,9 @@ TEST_F(GeometryExportTest, EveryElementKindGoesToAShapefileWithItsAttributes) {
   Add(ElementKind::Inhomogeneity, "Zone", At({{0, 0}, {100, 0}, {100, 100}}));
   Add(ElementKind::Capzone, "Area", At({{0, 0}, {0, 50}, {50, 50}, {50, 0}}));
   auto ctx = Context();
-  const std::vector<ShapeKind> kinds = {ShapeKind::Wells, ShapeKind::TestPoints, ShapeKind::Particles,
-                                        ShapeKind::Inhomogeneities, ShapeKind::Capzones,
-                                        ShapeKind::LineSinks, ShapeKind::NoFlows};
+  const std::vector<ShapeKind> kinds = {
+      ShapeKind::Wells,    ShapeKind::TestPoints, ShapeKind::Particles, ShapeKind::Inhomogeneities,
+      ShapeKind::Capzones, ShapeKind::LineSinks,  ShapeKind::NoFlows};
   for (ShapeKind k : kinds) {
     const std::string name = (dir_ / (std::string("k") + ShapeInfo(k).suffix + ".shp")).string();
     ui_.ExpectSaveFile(name).Title(ShapeInfo(k).dialogTitle);
@@ -492,7 +507,8 @@ TEST_F(GeometryExportTest, EveryElementKindGoesToAShapefileWithItsAttributes) {
   const DbfTable table = ReadDBF(dir_ / "k_wells.dbf");
   EXPECT_EQ(table.Fields.at(0).Type, 'C') << "the first column is a character column";
 
-  EXPECT_DOUBLE_EQ(std::stod(ReadFeatures(dir_ / "k_testpts.shp").at(0).fields.at("OBSHEAD")), 101.25);
+  EXPECT_DOUBLE_EQ(std::stod(ReadFeatures(dir_ / "k_testpts.shp").at(0).fields.at("OBSHEAD")),
+                   101.25);
   EXPECT_EQ(ReadFeatures(dir_ / "k_ptcls.shp").size(), 1u);
 
   const auto zone = ReadFeatures(dir_ / "k_inhomos.shp").at(0);
@@ -501,7 +517,8 @@ TEST_F(GeometryExportTest, EveryElementKindGoesToAShapefileWithItsAttributes) {
   EXPECT_EQ(zone.points.front(), zone.points.back());
   double twiceArea = 0;
   for (std::size_t i = 1; i < zone.points.size(); ++i)
-    twiceArea += zone.points[i - 1].first * zone.points[i].second - zone.points[i].first * zone.points[i - 1].second;
+    twiceArea += zone.points[i - 1].first * zone.points[i].second -
+                 zone.points[i].first * zone.points[i - 1].second;
   EXPECT_LT(twiceArea, 0.0) << "the outer ring runs clockwise";
   EXPECT_EQ(ReadFeatures(dir_ / "k_whps.shp").at(0).fields.at("LABEL"), "Area");
 
@@ -525,7 +542,8 @@ TEST_F(GeometryExportTest, ResultShapefilesHoldTheLinesAndMarksInMapCoordinates)
   ctx.timeMarkStep = 365;
   GeometryProject p = LoadGeometryProject(ProjectPath());
   const auto kinds = KindsOfOption(p, ShapeOption::PathsAndTics);
-  ASSERT_EQ(kinds, (std::vector<ShapeKind>{ShapeKind::Paths, ShapeKind::TimeTics, ShapeKind::ElevationTics}));
+  ASSERT_EQ(kinds, (std::vector<ShapeKind>{ShapeKind::Paths, ShapeKind::TimeTics,
+                                           ShapeKind::ElevationTics}));
   std::vector<ShapeKind> all = {ShapeKind::Contours};
   all.insert(all.end(), kinds.begin(), kinds.end());
   for (const char* name : {"c.shp", "p.shp", "t.shp", "z.shp"}) {
@@ -557,9 +575,8 @@ TEST_F(GeometryExportTest, AFailingKindShowsItsWordsAndTheNextKindGoesOn) {
   ASSERT_TRUE(test::WriteFile(dir_ / "w.dbf", "old"));
   auto ctx = Context();
   ui_.ExpectSaveFile((dir_ / "c.shp").string());
-  ui_.ExpectMessage(gt::kExportFailedTitle,
-                    {"Contours Export Failed - The contour file " + (dir_ / "m.CTR").string() +
-                     " does not exist"});
+  ui_.ExpectMessage(gt::kExportFailedTitle, {"Contours Export Failed - The contour file " +
+                                             (dir_ / "m.CTR").string() + " does not exist"});
   ui_.ExpectSaveFile((dir_ / "w.shp").string());
   ui_.ExpectMessageTitled(gt::kFileExistsTitle, Answer::Yes);
   ui_.ExpectMessageTitled(gt::kCompleteTitle);
@@ -625,7 +642,8 @@ TEST_F(GeometryExportTest, TheToolsEntriesAskWhatToExportFirst) {
     d.SfOption = static_cast<int>(ShapeOption::NoFlows);
     d.Result = 1;
   });
-  ui_.ExpectSaveFile((dir_ / "n.shp").string()).Title("Output ShapeFile name for no-flow boundaries");
+  ui_.ExpectSaveFile((dir_ / "n.shp").string())
+      .Title("Output ShapeFile name for no-flow boundaries");
   ui_.ExpectMessageTitled(gt::kCompleteTitle);
   EXPECT_EQ(ToolsExportShape(ctx), 1);
   ui_.Verify();
@@ -633,7 +651,8 @@ TEST_F(GeometryExportTest, TheToolsEntriesAskWhatToExportFirst) {
 
 TEST(TicMarkFileTest, MarksAreReadFromPrintZonesAndABadDirectionNamesTheLine) {
   test::TempDir tmp;
-  ASSERT_TRUE(test::WriteFile(tmp / "z.tic", " 1005.5        2002          1 \r\n\r\n-.5  .25  -1\r\n"));
+  ASSERT_TRUE(
+      test::WriteFile(tmp / "z.tic", " 1005.5        2002          1 \r\n\r\n-.5  .25  -1\r\n"));
   const auto marks = ReadTicMarkFile(tmp / "z.tic", true);
   ASSERT_EQ(marks.size(), 2u);
   EXPECT_DOUBLE_EQ(marks[0].x, 1005.5);

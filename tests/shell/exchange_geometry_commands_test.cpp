@@ -33,8 +33,8 @@ class GeometryCommandsTest : public ::testing::Test {
     project_ = (dir_ / "example.trn").string();
     test::RunOptions made;
     made.cwd = dir_.Path();
-    const test::RunResult created = test::RunProgram(
-        "tarnocmd", {"new", project_, "--yes", "--base-name", "example"}, made);
+    const test::RunResult created =
+        test::RunProgram("tarnocmd", {"new", project_, "--yes", "--base-name", "example"}, made);
     ASSERT_EQ(created.status, 0) << created.err;
     test::RunOptions script;
     script.input = fs::path(TARNO_SOURCE_DIR) / "examples" / "vincennes.sql";
