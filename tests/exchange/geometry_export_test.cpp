@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "basemaps/dbf.h"
+#include "core/error_trap.h"
 #include "exchange/bln_writer.h"
 #include "exchange/dxf_writer.h"
 #include "support/program_runner.h"
@@ -698,6 +699,28 @@ TEST_F(GeometryExportTest, EzdxfAuditsTheDxfSkeletonWithoutAnError) {
                (dir_ / "e.dxf").string()});
   ASSERT_EQ(audit.status, 0) << audit.err;
   EXPECT_EQ(audit.out, "AC1015 0 0 0 0 5\n");
+}
+
+}  // namespace
+}  // namespace tarno::exchange
+
+namespace tarno::exchange {
+namespace {
+
+// A damaged solver file ends the export in the general error message, which names
+// the file, the line and what stands there; no file is asked for.
+TEST_F(GeometryExportTest, ADamagedContourFileIsReportedWithItsLineAndNothingIsWritten) {
+  ASSERT_TRUE(test::WriteFile(dir_ / "m.CTR", "LEVEL  1.0E+02\r\n      garbage here\r\n"));
+  auto ctx = Context();
+  ui_.ExpectMessageTitled(kUnhandledErrorTitle);
+  EXPECT_FALSE(ExportDxf(ctx, VectorMode::Contours, ""));
+  ui_.Verify();
+  const std::vector<std::string> lines = ui_.Messages().at(0).lines;
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines[0], "Unhandled error in ToolsExportDXF");
+  EXPECT_NE(lines[1].find("m.CTR, line 2"), std::string::npos) << lines[1];
+  EXPECT_NE(lines[1].find("garbage here"), std::string::npos) << lines[1];
+  EXPECT_TRUE(ui_.CallsOf(UiCallKind::SaveFile).empty());
 }
 
 }  // namespace
