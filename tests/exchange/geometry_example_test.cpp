@@ -124,6 +124,16 @@ TEST_F(GeometryExampleTest, BeforeTheSolveNoContoursAndAfterItEveryExportReadsBa
   EXPECT_NE(none.out.find("Export Failed: CapZone Export Failed - "), std::string::npos)
       << none.out;
 
+  // The marks the desktop program's pathline drawing leaves beside the path file.
+  std::ofstream(dir_ / "TICMARKST.TIC") << " 450000        4390000 \r\n 450100 4390100\r\n";
+  std::ofstream(dir_ / "TICMARKSZ.TIC") << " 450000 4390000 -1\r\n";
+  const auto tics = Cmd({"export", project_, "shp", "t.shp", "tics"});
+  ASSERT_EQ(tics.status, 0) << tics.out << tics.err;
+  EXPECT_EQ(Read(dir_ / "t.shp").features, 2);
+  EXPECT_EQ(Read(dir_ / "t-elevation.shp").features, 1);
+  ASSERT_EQ(Cmd({"export", project_, "shp", "p.shp", "pathlines"}).status, 0);
+  EXPECT_GT(Read(dir_ / "p.shp").features, 0);
+
   ASSERT_EQ(Cmd({"export", project_, "bln", "b.bln", "contours"}).status, 0);
   EXPECT_TRUE(fs::exists(dir_ / "TARNO.SCR"));
 
