@@ -76,12 +76,12 @@ struct ShapeTable {
     return columns.back();
   }
   void Text(const std::string& name, const std::string& v) {
-    Column(name, "C").Values.push_back(v);
+    Column(name, "C").Values.emplace_back(std::in_place_type<std::string>, v);
   }
   // Numbers keep up to ten decimals (the field's decimals come from the mask, and a
   // field without decimals would read back as whole numbers).
   void Number(const std::string& name, double v, const std::string& mask = "0.0#########") {
-    Column(name, "N", mask).Values.push_back(v);
+    Column(name, "N", mask).Values.emplace_back(std::in_place_type<double>, v);
   }
   // A flag or a count: a whole number.
   void Whole(const std::string& name, double v) { Number(name, v, "0"); }
