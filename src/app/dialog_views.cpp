@@ -5,6 +5,7 @@
 #include "app/dialog_registry.h"
 #include "app/shell_models.h"
 #include "app/views/barrier_view.h"
+#include "app/views/export_views.h"
 #include "app/views/basemap_views.h"
 #include "app/views/flux_inspect_view.h"
 #include "app/views/gui_options_view.h"
@@ -182,6 +183,12 @@ auto MakeView(TemplatePrompt& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(OptWeight& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<OptWeightView>(m, *c.port, parent);
+}
+auto MakeView(exchange::VectorExport& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<VectorExportView>(m, *c.port, parent);
+}
+auto MakeView(exchange::ExportShapefile& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<ExportShapefileView>(m, *c.port, parent);
 }
 
 }  // namespace

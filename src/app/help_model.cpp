@@ -78,6 +78,8 @@ const std::vector<DialogPage>& DialogPages() {
       {"UCODE", "", "estimation.md#the-ucode-dialog"},
       {"TPLIterPrompt", "", "estimation.md#template-advice"},
       {"OPTWeight", "", "estimation.md#test-point-weights"},
+      {"VectorExport", "", "exporting-geometry.md#exporting-a-dxf-or-boundary-line-file"},
+      {"ExportShapefile", "", "exporting-geometry.md#exporting-shapefiles"},
   };
   return pages;
 }
@@ -131,6 +133,9 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Parameter Estimation with PEST and UCODE",
        {S("The PEST dialog"), S("The UCODE dialog"), S("Template advice"),
         S("Test point weights")}},
+      {"exporting-geometry.md",
+       "Exporting Geometry",
+       {S("Exporting a DXF or boundary line file"), S("Exporting shapefiles")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

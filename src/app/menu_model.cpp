@@ -170,10 +170,10 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("EXPORT(7)", "TOOLS_CMDS(3)", "Head Specified Wells (.wl)..."));
   e.push_back(Later("EXPORT(8)", "TOOLS_CMDS(3)", "Test Points (.tp)..."));
   e.push_back(Later("EXPORT(9)", "TOOLS_CMDS(3)", "Text Labels (.tx)..."));
-  e.push_back(Later("EXPORT(10)", "TOOLS_CMDS(3)", "DXF File...", true));
-  e.push_back(Later("EXPORT(11)", "TOOLS_CMDS(3)", "SURFER Boundary Line File..."));
-  e.push_back(Later("EXPORT(12)", "TOOLS_CMDS(3)", "SURFER Grid File..."));
-  e.push_back(Later("EXPORT(13)", "TOOLS_CMDS(3)", "Shapefiles..."));
+  e.push_back(Cmd("EXPORT(10)", "TOOLS_CMDS(3)", "DXF File...", N::Project, true, "", true));
+  e.push_back(Cmd("EXPORT(11)", "TOOLS_CMDS(3)", "SURFER Boundary Line File..."));
+  e.push_back(Cmd("EXPORT(12)", "TOOLS_CMDS(3)", "SURFER Grid File..."));
+  e.push_back(Cmd("EXPORT(13)", "TOOLS_CMDS(3)", "Shapefiles..."));
   e.push_back(Later("EXPORT(14)", "TOOLS_CMDS(3)", "GeoPackage...", true));
   e.push_back(Later("TOOLS_CMDS(4)", "TOOLSMENU", "TARNO Database &Viewer"));
   e.push_back(Cmd("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));

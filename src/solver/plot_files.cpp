@@ -195,4 +195,31 @@ std::vector<Pathline> ReadPathFile(const std::filesystem::path& file) {
   return paths;
 }
 
+std::vector<TicMark> ReadTicMarkFile(const std::filesystem::path& file, bool withDirection) {
+  std::vector<TicMark> marks;
+  if (!std::filesystem::exists(file)) return marks;
+  LineReader r(file);
+  if (!r.IsOpen()) throw PlotFileError(file, 0, "cannot open the mark file");
+  std::string line;
+  const std::size_t wanted = withDirection ? 3 : 2;
+  while (r.Next(line)) {
+    if (IsBlankLine(line)) continue;
+    const auto f = SplitBlanks(line);
+    TicMark m;
+    double direction = 0.0;
+    if (f.size() < wanted || !ParseNumber(f[0], m.x) || !ParseNumber(f[1], m.y) ||
+        (withDirection && !ParseNumber(f[2], direction)))
+      r.Fail(std::string("expected X, Y") + (withDirection ? " and the direction" : "") +
+             ", found \"" + line + "\"");
+    if (withDirection) {
+      if (direction != 1.0 && direction != -1.0)
+        r.Fail("the direction of a mark is 1 or -1, found \"" + f[2] + "\"");
+      m.direction = static_cast<int>(direction);
+    }
+    marks.push_back(m);
+  }
+  return marks;
+}
+
 }  // namespace tarno
+

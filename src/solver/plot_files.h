@@ -100,4 +100,20 @@ inline constexpr std::size_t kMaxPathPoints = solver_files::path_file::kMaxPoint
 // error. A missing file gives an empty list.
 std::vector<Pathline> ReadPathFile(const std::filesystem::path& file);
 
+// One mark of the mark files that the pathline drawing writes beside the path
+// file: TICMARKST.TIC (time marks: X and Y) and TICMARKSZ.TIC (elevation marks: X,
+// Y and the direction, 1 upward or -1 downward). The positions are map
+// coordinates, as drawn.
+struct TicMark {
+  double x = 0.0;
+  double y = 0.0;
+  int direction = 0;  // 0 for a time mark
+};
+
+// Reads a mark file: one mark a line, its numbers separated by blanks (the print
+// zones of the writer); with `withDirection` the third number is the direction.
+// Blank lines are skipped; a line with too few or bad numbers throws
+// PlotFileError. A missing file gives an empty list.
+std::vector<TicMark> ReadTicMarkFile(const std::filesystem::path& file, bool withDirection);
+
 }  // namespace tarno

@@ -8,6 +8,7 @@
 
 #include "app/help_model.h"
 #include "app/shell/exchange_xml_commands.h"
+#include "app/shell/exchange_geometry_commands.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
@@ -217,6 +218,8 @@ void ShellController::RegisterCommands() {
         XmlExchangeOperation(key));
   }
   c.Register("About", [this] { About(); });
+  // Tools > Export: the DXF, SURFER and shapefile exports.
+  RegisterGeometryExportCommands(*this);
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
   c.Register(
