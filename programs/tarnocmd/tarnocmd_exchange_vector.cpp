@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "core/console_ui.h"
+#include "core/text.h"
 #include "elements/kind.h"
 #include "exchange/gpkg_export.h"
 #include "exchange/vector_import.h"
@@ -46,24 +47,35 @@ int ImportVector(const ImportOptions& o, const std::vector<std::string>& files, 
       exchange::VectorImportOptions options;
       options.file = file;
       options.layer = o.layer;
-      // The kind: --kind, else what the layer's geometry makes.
-      if (kind) {
-        options.kind = *kind;
-      } else {
-        const auto layers = exchange::ReadVectorLayers(file);
-        const exchange::VectorLayerInfo* layer = nullptr;
-        for (const auto& l : layers)
-          if (o.layer.empty() ? layer == nullptr : l.name == o.layer) layer = &l;
-        const auto k = layer ? exchange::KindForGeometry(layer->geometry) : std::nullopt;
-        if (!k) {
-          err << "tarnocmd: " << file << ": the layer's geometry "
-              << (layer ? "\"" + layer->geometry + "\" " : "") << "gives no kind of element; name one with --kind\n";
-          status = 1;
-          continue;
-        }
-        options.kind = *k;
+      // The layer: --layer, else the first.
+      const auto layers = exchange::ReadVectorLayers(file);
+      const exchange::VectorLayerInfo* layer = nullptr;
+      for (const auto& l : layers)
+        if (o.layer.empty() ? layer == nullptr : l.name == o.layer) layer = &l;
+      if (layer == nullptr) {
+        err << "tarnocmd: " << file << " has no layer"
+            << (o.layer.empty() ? std::string() : " \"" + o.layer + "\"") << "\n";
+        status = 1;
+        continue;
       }
-      for (const auto& [role, attribute] : o.fields) options.mapping[role] = attribute;
+      // The kind: --kind, else what the layer makes (by its name or geometry).
+      const auto k = kind ? kind : exchange::KindForLayer(*layer);
+      if (!k) {
+        err << "tarnocmd: " << file << ": the layer's geometry \"" << layer->geometry
+            << "\" gives no kind of element; name one with --kind\n";
+        status = 1;
+        continue;
+      }
+      options.kind = *k;
+      options.layer = layer->name;
+      // The attributes named as a role or a field map by themselves, as the dialog
+      // proposes them; --field adds to them or changes them.
+      options.mapping = exchange::ProposedMapping(options.kind, *layer);
+      for (const auto& [role, attribute] : o.fields) {
+        for (auto it = options.mapping.begin(); it != options.mapping.end();)
+          it = EqualsIgnoreCase(it->first, role) ? options.mapping.erase(it) : std::next(it);
+        options.mapping[role] = attribute;
+      }
       exchange::VectorImportReport report;
       {
         Database db = Database::Open(o.project);

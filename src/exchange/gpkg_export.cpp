@@ -79,6 +79,12 @@ class GpkgWriter {
     if (!ds_) throw Error("Cannot create the GeoPackage " + file.string() + capture.Detail());
     if (crs) {
       srs_ = std::make_unique<OGRSpatialReference>(SpatialReferenceOf(crs->wkt));
+    } else {
+      // Without a system GDAL would mark the layers "undefined geographic", and GIS
+      // programs would read map metres as degrees: the GeoPackage's undefined
+      // Cartesian system says what they are.
+      srs_ = std::make_unique<OGRSpatialReference>();
+      srs_->SetFromUserInput("LOCAL_CS[\"Undefined Cartesian SRS\"]");
     }
   }
 

@@ -206,6 +206,8 @@ std::vector<FieldRole> RolesOf(ElementKind kind) {
   for (const FieldDef& f : table->fields) {
     const std::string name(f.name);
     if (EqualsIgnoreCase(name, info.key)) continue;
+    // Keys of other elements of the project the file came from.
+    if (EqualsIgnoreCase(name, "RoutePID") || EqualsIgnoreCase(name, "RouteVID")) continue;
     const bool named = std::any_of(roles.begin(), roles.end(),
                                    [&](const FieldRole& r) { return EqualsIgnoreCase(r.role, name); });
     if (named) continue;
@@ -228,6 +230,31 @@ std::optional<ElementKind> KindForGeometry(const std::string& geometry) {
     return ElementKind::Linesink;
   if (g.find("point") != std::string::npos) return ElementKind::Well;
   return std::nullopt;
+}
+
+std::optional<ElementKind> KindForLayer(const VectorLayerInfo& layer) {
+  static const std::vector<std::pair<std::string, ElementKind>> exported = {
+      {"linesink_strings", ElementKind::Linesink},
+      {"barriers", ElementKind::Barrier},
+      {"inhomogeneities", ElementKind::Inhomogeneity},
+      {"wells", ElementKind::Well}};
+  for (const auto& [name, kind] : exported)
+    if (EqualsIgnoreCase(layer.name, name)) return kind;
+  return KindForGeometry(layer.geometry);
+}
+
+std::map<std::string, std::string> ProposedMapping(ElementKind kind, const VectorLayerInfo& layer) {
+  std::map<std::string, std::string> mapping;
+  for (const FieldRole& role : RolesOf(kind)) {
+    for (const std::string& a : layer.attributes) {
+      if (EqualsIgnoreCase(a, role.role) ||
+          (role.fields.size() == 1 && role.alsoSets.empty() && EqualsIgnoreCase(a, role.fields.front()))) {
+        mapping[role.role] = a;
+        break;
+      }
+    }
+  }
+  return mapping;
 }
 
 std::vector<VectorLayerInfo> ReadVectorLayers(const std::string& file) {
@@ -460,7 +487,7 @@ void VectorImport::Load(const std::string& f) {
 void VectorImport::ChooseLayer(int index) {
   if (index < 0 || index >= static_cast<int>(layers.size())) return;
   layer = index;
-  if (auto k = KindForGeometry(layers[index].geometry)) kind = *k;
+  if (auto k = KindForLayer(layers[index])) kind = *k;
   ProposeMapping();
 }
 
@@ -471,18 +498,7 @@ void VectorImport::ChooseKind(ElementKind k) {
 
 void VectorImport::ProposeMapping() {
   mapping.clear();
-  const VectorLayerInfo* l = CurrentLayer();
-  if (l == nullptr) return;
-  for (const FieldRole& role : RolesOf(kind)) {
-    // The attribute of the role's name, or of its one field's name.
-    for (const std::string& a : l->attributes) {
-      if (EqualsIgnoreCase(a, role.role) ||
-          (role.fields.size() == 1 && role.alsoSets.empty() && EqualsIgnoreCase(a, role.fields.front()))) {
-        mapping[role.role] = a;
-        break;
-      }
-    }
-  }
+  if (const VectorLayerInfo* l = CurrentLayer()) mapping = ProposedMapping(kind, *l);
 }
 
 void VectorImport::Map(const std::string& role, const std::string& attribute) {

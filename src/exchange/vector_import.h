@@ -78,13 +78,20 @@ struct FieldRole {
 // The kinds that can be imported, in the dialog's order: line-sink string,
 // barrier, inhomogeneity, well.
 const std::vector<ElementKind>& ImportKinds();
-// The roles of a kind: the named ones first, then one per field of its table.
+// The roles of a kind: the named ones first, then one per field of its table (but
+// the key and a line-sink's RoutePID and RouteVID, keys of another project).
 std::vector<FieldRole> RolesOf(ElementKind kind);
 // The role of a name (without regard to case); none for an unknown one.
 std::optional<FieldRole> FindRole(ElementKind kind, const std::string& role);
 // The kind whose elements a layer's geometry makes: points wells, lines line-sink
 // strings, polygons inhomogeneities. None for another geometry.
 std::optional<ElementKind> KindForGeometry(const std::string& geometry);
+// The kind for a layer: by its name when it is one of the GeoPackage export's
+// ("linesink_strings", "barriers", "inhomogeneities", "wells"), else by its geometry.
+std::optional<ElementKind> KindForLayer(const VectorLayerInfo& layer);
+// For each role of `kind`, the attribute of the layer named as the role or as the
+// role's one field (without regard to case): the mapping the dialog proposes.
+std::map<std::string, std::string> ProposedMapping(ElementKind kind, const VectorLayerInfo& layer);
 
 struct VectorImportOptions {
   std::string file;
