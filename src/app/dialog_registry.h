@@ -30,6 +30,7 @@
 #include "elements/text_label_dialog.h"
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
+#include "exchange/vector_import.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
@@ -63,6 +64,7 @@ using ShownDialogs =
                Scenarios,            // scenarios
                MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics,  // base maps
                ReprojectMapsDialog, MapTargetDialog,  // reprojection of maps
-               PestDialog, UcodeDialog, TemplatePrompt, OptWeight>;  // estimation files
+               PestDialog, UcodeDialog, TemplatePrompt, OptWeight,  // estimation files
+               exchange::VectorImport>;                              // element exchange
 
 }  // namespace tarno

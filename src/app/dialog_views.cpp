@@ -27,6 +27,7 @@
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
 #include "app/views/uniform_flow_view.h"
+#include "app/views/vector_import_view.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
 #include "app/views/well_view.h"
@@ -182,6 +183,9 @@ auto MakeView(TemplatePrompt& m, const ViewContext&, QWidget* parent) {
 }
 auto MakeView(OptWeight& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<OptWeightView>(m, *c.port, parent);
+}
+auto MakeView(exchange::VectorImport& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<VectorImportView>(m, *c.port, parent);
 }
 
 }  // namespace

@@ -78,6 +78,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"UCODE", "", "estimation.md#the-ucode-dialog"},
       {"TPLIterPrompt", "", "estimation.md#template-advice"},
       {"OPTWeight", "", "estimation.md#test-point-weights"},
+      {"VectorImport", "", "gis-files.md#importing-a-gis-vector-file"},
   };
   return pages;
 }
@@ -131,6 +132,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
        "Parameter Estimation with PEST and UCODE",
        {S("The PEST dialog"), S("The UCODE dialog"), S("Template advice"),
         S("Test point weights")}},
+      {"gis-files.md",
+       "GIS Files: GeoPackage Export and Vector Import",
+       {S("Importing a GIS vector file"), S("The field mapping"), S("Coordinate systems"),
+        S("Exporting to a GeoPackage")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

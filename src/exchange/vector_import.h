@@ -130,7 +130,7 @@ std::vector<std::string> ImportSummaryLines(const VectorImportReport& report);
 // The dialog: the file's layers, the chosen layer, the kind and the mapping.
 class VectorImport : public DialogModel {
  public:
-  static constexpr const char* kName = vector_import_text::kDialogName;
+  static constexpr const char* kName = "VectorImport";
   std::string DialogName() const override { return kName; }
 
   // Reads the file's layers and chooses the first (ChooseLayer). Throws as

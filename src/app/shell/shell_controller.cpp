@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "app/help_model.h"
+#include "app/shell/exchange_gis_commands.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
@@ -205,6 +206,9 @@ void ShellController::RegisterCommands() {
   c.Register(
       "ReprojectMaps", [this] { ReprojectCommand(); }, "REPROJECT_Click");
   c.Register("About", [this] { About(); });
+  // Tools > Import and Export: GIS vector files and the GeoPackage.
+  c.Register("IMPORT(11)", [this] { ImportGisVectorCommand(*this); });
+  c.Register("EXPORT(14)", [this] { ExportGeoPackageCommand(*this); });
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
   c.Register(
