@@ -78,7 +78,8 @@ int Import(const std::vector<std::string>& args, std::ostream& out, std::ostream
     }
     if (args[i] == "--kind" || args[i] == "--layer") {
       if (i + 1 >= args.size()) return Usage(err, args[i] + " needs a value");
-      (args[i] == "--kind" ? o.kind : o.layer) = args[++i];
+      std::string& value = args[i] == "--kind" ? o.kind : o.layer;
+      value = args[++i];
       continue;
     }
     if (args[i].size() > 2 && args[i].compare(0, 2, "--") == 0)
