@@ -10,6 +10,7 @@
 #include "exchange/gpkg_export.h"
 #include "exchange/vector_import.h"
 #include "gis_test_support.h"
+#include "store/undo_history.h"
 #include "support/scripted_ui.h"
 
 namespace tarno::testing {
@@ -289,6 +290,28 @@ TEST_F(VectorImportTest, TheMenuShowsTheDialogAndTheSummary) {
   EXPECT_EQ(ui.WaitTexts(), std::vector<std::string>{"Importing GIS features..."});
   db_ = Database::Open(ProjectPath());
   EXPECT_TRUE(FindByLabel(db_, ElementKind::Well, "A1"));
+}
+
+TEST_F(VectorImportTest, TheWholeImportIsOneEntryOfTheEditHistory) {
+  const auto json = dir_ / "two.geojson";
+  {
+    VectorFileWriter w("GeoJSON", json, "two", wkbPoint);
+    w.Field("name", OFTString);
+    w.Add("POINT (1 1)", [](OGRFeature& f) { f.SetField("name", "A"); });
+    w.Add("POINT (2 2)", [](OGRFeature& f) { f.SetField("name", "B"); });
+  }
+  UndoHistory history;
+  history.Attach(ProjectPath().string());
+  ASSERT_EQ(Import(json, ElementKind::Well, {{"label", "name"}}).Taken(), 2u);
+  ASSERT_EQ(history.UndoCount(), 1u);
+  EXPECT_EQ(history.UndoEntries()[0].name, "Import GIS Vector File");
+  ASSERT_TRUE(history.Undo(db_));
+  EXPECT_EQ(CountElements(db_, ElementKind::Well), 0);
+  // An import that took nothing leaves no entry.
+  history.Clear();
+  EXPECT_EQ(Import(json, ElementKind::Inhomogeneity, {}).Taken(), 0u);
+  EXPECT_EQ(history.UndoCount(), 0u);
+  history.Detach();
 }
 
 // Elements -> GeoPackage -> import into a new project with the same aquifer gives
