@@ -37,7 +37,8 @@ int ImportVector(const ImportOptions& o, const std::vector<std::string>& files, 
     kind = KindFromWord(o.kind);
     const auto& kinds = exchange::ImportKinds();
     if (!kind || std::find(kinds.begin(), kinds.end(), *kind) == kinds.end())
-      return BadUsage(err, "--kind takes linesink, barrier, inhomogeneity or well, not \"" + o.kind + "\"");
+      return BadUsage(
+          err, "--kind takes linesink, barrier, inhomogeneity or well, not \"" + o.kind + "\"");
   }
   if (!CheckProject(o.project, err)) return 1;
   int status = 0;

@@ -213,7 +213,8 @@ std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& 
   } else {
     std::vector<SkippedElement> left;
     elements = LoadAll(db, spec.kind, &left);
-    for (const SkippedElement& s : left) skipped.push_back(std::string(spec.name) + ": " + s.label + ": " + s.reason);
+    for (const SkippedElement& s : left)
+      skipped.push_back(std::string(spec.name) + ": " + s.label + ": " + s.reason);
   }
   std::int64_t count = 0, number = 0;
   for (const Element& e : elements) {
@@ -306,8 +307,8 @@ GpkgExportReport WriteGeoPackage(Database& db, const fs::path& projectFile, cons
     report.crsSource = crs->source;
   }
   const AquiferFrame aquifer = LoadAquiferFrame(db);
-  const ModelFrame frame =
-      ModelRestoreModelOrigin(db, BasemapConvertFactor(aquifer.basemapMeters, aquifer.computeMeters));
+  const ModelFrame frame = ModelRestoreModelOrigin(
+      db, BasemapConvertFactor(aquifer.basemapMeters, aquifer.computeMeters));
   fs::path dir;
   std::string base;
   {
@@ -343,9 +344,8 @@ std::vector<std::string> GpkgReportLines(const GpkgExportReport& report) {
   std::vector<std::string> lines;
   for (const auto& l : report.layers)
     if (l.features > 0) lines.push_back(l.layer + ": " + std::to_string(l.features));
-  lines.push_back(report.crsName.empty()
-                      ? "The project has no coordinate reference system."
-                      : "Coordinate reference system: " + report.crsName);
+  lines.push_back(report.crsName.empty() ? "The project has no coordinate reference system."
+                                         : "Coordinate reference system: " + report.crsName);
   for (const auto& s : report.skipped) lines.push_back("Not written: " + s);
   return lines;
 }

@@ -38,7 +38,8 @@ std::optional<ProjectCrs> CrsOfMap(const std::string& path) {
   if (ext == ".bbm" || !std::filesystem::exists(path)) return std::nullopt;
   EnsureGdalRegistered();
   GdalErrorCapture quiet;
-  GdalDatasetPtr ds(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_RASTER | GDAL_OF_READONLY));
+  GdalDatasetPtr ds(
+      GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_RASTER | GDAL_OF_READONLY));
   if (!ds) return std::nullopt;
   if (const OGRSpatialReference* srs = ds->GetSpatialRef(); srs != nullptr && !srs->IsEmpty())
     return FromReference(*srs, path);

@@ -40,7 +40,10 @@ std::vector<FieldRole> NamedRoles(ElementKind kind) {
     case ElementKind::Linesink:
       return {{"label", "Label", {"Label"}, {}, true},
               {"head", "Head (both ends)", {"StartingHead", "EndingHead"}, {"HeadSpecified=1"}},
-              {"discharge", "Discharge (both ends)", {"StartingHead", "EndingHead"}, {"HeadSpecified=0"}},
+              {"discharge",
+               "Discharge (both ends)",
+               {"StartingHead", "EndingHead"},
+               {"HeadSpecified=0"}},
               {"resistance", "Resistance", {"Resistance"}, {}},
               {"width", "Width", {"Width"}, {}},
               {"depth", "Depth", {"Depth"}, {}}};
@@ -64,8 +67,7 @@ std::vector<FieldRole> NamedRoles(ElementKind kind) {
               {"radius", "Radius", {"Radius"}, {}},
               {"top", "Top of screen", {"TopElev"}, {}},
               {"bottom", "Bottom of screen", {"BottomElev"}, {}}};
-    default:
-      return {};
+    default: return {};
   }
 }
 
@@ -84,8 +86,8 @@ std::string KindPlural(ElementKind kind) {
 // question with its first button.
 class CollectingPort : public UserInterface {
  public:
-  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines, Buttons buttons,
-                    Icon) override {
+  Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
+                    Buttons buttons, Icon) override {
     std::string text = title + ":";
     for (const auto& l : lines)
       if (!TrimST(l).empty()) text += " " + TrimST(l);
@@ -96,8 +98,12 @@ class CollectingPort : public UserInterface {
                                       const std::string&) override {
     return std::nullopt;
   }
-  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override { return std::nullopt; }
-  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override { return std::nullopt; }
+  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override {
+    return std::nullopt;
+  }
+  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override {
+    return std::nullopt;
+  }
   std::vector<std::string> OpenFilesDialog(const FileDialogRequest&) override { return {}; }
   std::optional<std::uint32_t> ColourDialog(std::uint32_t) override { return std::nullopt; }
   void ShowModal(DialogModel&) override {}
@@ -157,8 +163,10 @@ void Parts(const OGRGeometry* g, std::vector<Part>& parts, std::string& unknown)
 std::string LabelFrom(const std::string& text) {
   std::string out;
   for (unsigned char c : text) {
-    if (std::isalnum(c) || c == '_' || c == '-' || c == '.') out += static_cast<char>(c);
-    else if (c == ' ') out += '_';
+    if (std::isalnum(c) || c == '_' || c == '-' || c == '.')
+      out += static_cast<char>(c);
+    else if (c == ' ')
+      out += '_';
   }
   return out.substr(0, 20);
 }
@@ -208,8 +216,9 @@ std::vector<FieldRole> RolesOf(ElementKind kind) {
     if (EqualsIgnoreCase(name, info.key)) continue;
     // Keys of other elements of the project the file came from.
     if (EqualsIgnoreCase(name, "RoutePID") || EqualsIgnoreCase(name, "RouteVID")) continue;
-    const bool named = std::any_of(roles.begin(), roles.end(),
-                                   [&](const FieldRole& r) { return EqualsIgnoreCase(r.role, name); });
+    const bool named = std::any_of(roles.begin(), roles.end(), [&](const FieldRole& r) {
+      return EqualsIgnoreCase(r.role, name);
+    });
     if (named) continue;
     roles.push_back({name, name, {name}, {}, f.type == FieldType::Text});
   }
@@ -247,8 +256,8 @@ std::map<std::string, std::string> ProposedMapping(ElementKind kind, const Vecto
   std::map<std::string, std::string> mapping;
   for (const FieldRole& role : RolesOf(kind)) {
     for (const std::string& a : layer.attributes) {
-      if (EqualsIgnoreCase(a, role.role) ||
-          (role.fields.size() == 1 && role.alsoSets.empty() && EqualsIgnoreCase(a, role.fields.front()))) {
+      if (EqualsIgnoreCase(a, role.role) || (role.fields.size() == 1 && role.alsoSets.empty() &&
+                                             EqualsIgnoreCase(a, role.fields.front()))) {
         mapping[role.role] = a;
         break;
       }
@@ -282,8 +291,9 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
   report.file = o.file;
   report.kind = o.kind;
   if (std::find(ImportKinds().begin(), ImportKinds().end(), o.kind) == ImportKinds().end())
-    throw Error("A GIS vector file gives line-sink strings, barriers, inhomogeneities or wells, not " +
-                std::string(Info(o.kind).word) + " elements");
+    throw Error(
+        "A GIS vector file gives line-sink strings, barriers, inhomogeneities or wells, not " +
+        std::string(Info(o.kind).word) + " elements");
   GdalDatasetPtr ds = OpenVector(o.file);
   OGRLayer* layer = nullptr;
   if (o.layer.empty()) {
@@ -328,21 +338,24 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
     source.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
     OGRSpatialReference target = SpatialReferenceOf(projectCrs->wkt);
     if (source.IsSame(&target)) {
-      report.notes.push_back("The layer is in the project's coordinate system (" + projectCrs->name + ").");
+      report.notes.push_back("The layer is in the project's coordinate system (" +
+                             projectCrs->name + ").");
     } else {
       GdalErrorCapture capture;
       transform.reset(OGRCreateCoordinateTransformation(&source, &target));
       if (!transform)
         throw Error("No transformation from " + std::string(source.GetName()) + " to " +
                     projectCrs->name + capture.Detail());
-      report.notes.push_back("Coordinates reprojected from " + std::string(source.GetName()) + " to " +
-                             projectCrs->name + ".");
+      report.notes.push_back("Coordinates reprojected from " + std::string(source.GetName()) +
+                             " to " + projectCrs->name + ".");
     }
   } else if (layerHasCrs) {
     report.notes.push_back("The project has no coordinate reference system: the coordinates in " +
                            std::string(layerSrs->GetName()) + " are taken as map coordinates.");
   } else {
-    report.notes.push_back("The layer has no coordinate reference system: its coordinates are taken as map coordinates.");
+    report.notes.push_back(
+        "The layer has no coordinate reference system: its coordinates are taken as map "
+        "coordinates.");
   }
 
   // The whole import is one entry of the edit history; each element is written in
@@ -350,7 +363,8 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
   UndoScope undo(db, "Import GIS Vector File");
   layer->ResetReading();
   GdalErrorCapture quiet;
-  for (std::unique_ptr<OGRFeature> f(layer->GetNextFeature()); f; f.reset(layer->GetNextFeature())) {
+  for (std::unique_ptr<OGRFeature> f(layer->GetNextFeature()); f;
+       f.reset(layer->GetNextFeature())) {
     ++report.features;
     const std::int64_t fid = f->GetFID();
     auto skip = [&](const std::string& why) { report.skipped.push_back({fid, why}); };
@@ -434,8 +448,7 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
             part.points.push_back(part.points.front());
           }
           break;
-        default:
-          break;
+        default: break;
       }
       if (transform) {
         bool ok = true;
@@ -502,8 +515,10 @@ void VectorImport::ProposeMapping() {
 }
 
 void VectorImport::Map(const std::string& role, const std::string& attribute) {
-  if (attribute.empty()) mapping.erase(role);
-  else mapping[role] = attribute;
+  if (attribute.empty())
+    mapping.erase(role);
+  else
+    mapping[role] = attribute;
 }
 
 std::string VectorImport::AttributeOf(const std::string& role) const {
@@ -525,9 +540,10 @@ bool VectorImport::OK(UserInterface& ui) {
   }
   for (const auto& [role, attribute] : mapping) {
     if (!FindRole(kind, role)) {
-      ui.MessageBox(kBadMappingTitle,
-                    {"A " + std::string(Info(kind).name) + " has no field or role " + Quote(role) + "."},
-                    Buttons::OK, Icon::Exclamation);
+      ui.MessageBox(
+          kBadMappingTitle,
+          {"A " + std::string(Info(kind).name) + " has no field or role " + Quote(role) + "."},
+          Buttons::OK, Icon::Exclamation);
       return false;
     }
     if (std::find(l->attributes.begin(), l->attributes.end(), attribute) == l->attributes.end()) {

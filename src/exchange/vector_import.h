@@ -57,7 +57,7 @@ struct VectorLayerInfo {
   std::string geometry;       // OGR's name of the layer's type: "Point", "Line String", ...
   std::int64_t features = 0;  // -1 when the driver cannot tell without reading
   std::vector<std::string> attributes;
-  std::string crsName;        // empty when the layer has no coordinate system
+  std::string crsName;  // empty when the layer has no coordinate system
 };
 
 // Opens `file` and lists its vector layers. Throws Error naming the file and GDAL's
@@ -72,7 +72,7 @@ struct FieldRole {
   // ("HeadSpecified=0" for a discharge).
   std::vector<std::string> fields;
   std::vector<std::string> alsoSets;
-  bool text = false;    // the value is text (the label); else a number
+  bool text = false;  // the value is text (the label); else a number
 };
 
 // The kinds that can be imported, in the dialog's order: line-sink string,
@@ -110,10 +110,10 @@ struct VectorImportReport {
   std::string file;
   std::string layer;
   ElementKind kind = ElementKind::Linesink;
-  std::int64_t features = 0;  // features read
+  std::int64_t features = 0;        // features read
   std::vector<std::string> labels;  // of the elements taken, in order
   std::vector<SkippedFeature> skipped;
-  std::vector<std::string> notes;   // the reprojection, or why there was none
+  std::vector<std::string> notes;  // the reprojection, or why there was none
   std::size_t Taken() const { return labels.size(); }
 };
 

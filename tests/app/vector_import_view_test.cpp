@@ -51,7 +51,8 @@ TEST(VectorImportViewTest, TheLayerSetsTheKindAndTheChosenAttributesBecomeTheMap
   view.attributes()[RoleIndex(ElementKind::Well, "discharge")]->setCurrentText(QStringLiteral("Q"));
   view.okButton()->click();
   EXPECT_EQ(model.Result, 1);
-  EXPECT_EQ(model.mapping, (std::map<std::string, std::string>{{"label", "ID"}, {"discharge", "Q"}}));
+  EXPECT_EQ(model.mapping,
+            (std::map<std::string, std::string>{{"label", "ID"}, {"discharge", "Q"}}));
   EXPECT_EQ(model.Options().layer, "pumps");
   ui.Verify();
 }

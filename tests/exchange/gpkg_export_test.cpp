@@ -32,15 +32,21 @@ class GpkgExampleTest : public GisProject, public ::testing::WithParamInterface<
     db_.ExecuteRaw("update Model set SOLVERX0=455000, SOLVERY0=4391000");
     std::ofstream ctr(dir_ / "m.CTR", std::ios::binary);
     ctr << "LEVEL  1.150000E+02\r\n"
-        << PlotLine({0, 0}) << "\r\n" << PlotLine({100, 50}) << "\r\n" << PlotLine({200, 0}) << "\r\n"
+        << PlotLine({0, 0}) << "\r\n"
+        << PlotLine({100, 50}) << "\r\n"
+        << PlotLine({200, 0}) << "\r\n"
         << "LEVEL  1.160000E+02\r\n"
-        << PlotLine({-100, -100}) << "\r\n" << PlotLine({-50, -80}) << "\r\n";
+        << PlotLine({-100, -100}) << "\r\n"
+        << PlotLine({-50, -80}) << "\r\n";
     std::ofstream pth(dir_ / "m.PTH", std::ios::binary);
     pth << "LABEL WL_0001\r\nSTART\r\n"
-        << PlotLine({10, 20, 0, 110, 117}) << "\r\n" << PlotLine({30, 40, 5, 111, 117}) << "\r\n"
-        << PlotLine({50, 60, 9, 112, 116}) << "\r\nEND\r\n"
+        << PlotLine({10, 20, 0, 110, 117}) << "\r\n"
+        << PlotLine({30, 40, 5, 111, 117}) << "\r\n"
+        << PlotLine({50, 60, 9, 112, 116})
+        << "\r\nEND\r\n"
         // A path of one point is no line.
-        << "START\r\n" << PlotLine({1, 1, 0, 0, 0}) << "\r\nEND\r\n";
+        << "START\r\n"
+        << PlotLine({1, 1, 0, 0, 0}) << "\r\nEND\r\n";
     // The test points' results, but for the last one.
     db_.ExecuteRaw(
         "insert into TPResults(Label, VID, ObsHead, ModelHead, Difference, Type) "
@@ -71,11 +77,14 @@ TEST_P(GpkgExampleTest, EveryKindAndTheResultsStandInMapCoordinatesWithTheProjec
   EXPECT_EQ(names, expected);
 
   // One feature per element, its id the element's key.
-  const std::map<std::string, ElementKind> kinds = {
-      {"wells", ElementKind::Well},           {"linesink_strings", ElementKind::Linesink},
-      {"barriers", ElementKind::Barrier},     {"inhomogeneities", ElementKind::Inhomogeneity},
-      {"test_points", ElementKind::TestPoint}, {"particles", ElementKind::Particle},
-      {"flux_lines", ElementKind::FluxLine},  {"lakes", ElementKind::Lake}};
+  const std::map<std::string, ElementKind> kinds = {{"wells", ElementKind::Well},
+                                                    {"linesink_strings", ElementKind::Linesink},
+                                                    {"barriers", ElementKind::Barrier},
+                                                    {"inhomogeneities", ElementKind::Inhomogeneity},
+                                                    {"test_points", ElementKind::TestPoint},
+                                                    {"particles", ElementKind::Particle},
+                                                    {"flux_lines", ElementKind::FluxLine},
+                                                    {"lakes", ElementKind::Lake}};
   for (const auto& [name, kind] : kinds) {
     SCOPED_TRACE(name);
     OGRLayer* layer = ds->GetLayerByName(name.c_str());
@@ -172,15 +181,17 @@ TEST_P(GpkgExampleTest, EveryKindAndTheResultsStandInMapCoordinatesWithTheProjec
   EXPECT_NE(all.out.find("linesink_strings (Line String)"), std::string::npos) << all.out;
   EXPECT_NE(all.out.find("inhomogeneities (Polygon)"), std::string::npos) << all.out;
   const auto wells = test::RunExecutable("ogrinfo", {"-ro", "-so", file.string(), "wells"});
-  EXPECT_NE(wells.out.find("Feature Count: " + std::to_string(CountElements(db_, ElementKind::Well))),
-            std::string::npos)
+  EXPECT_NE(
+      wells.out.find("Feature Count: " + std::to_string(CountElements(db_, ElementKind::Well))),
+      std::string::npos)
       << wells.out;
-  EXPECT_NE(wells.out.find("ID[\"EPSG\"," + std::to_string(GetParam().epsg) + "]"), std::string::npos)
+  EXPECT_NE(wells.out.find("ID[\"EPSG\"," + std::to_string(GetParam().epsg) + "]"),
+            std::string::npos)
       << wells.out;
   // The vertices of the first line-sink string, as ogrinfo prints its geometry.
   const Element river = LoadAll(db_, ElementKind::Linesink).front();
-  const auto one = test::RunExecutable(
-      "ogrinfo", {"-ro", "-q", file.string(), "linesink_strings", "-fid", std::to_string(river.key)});
+  const auto one = test::RunExecutable("ogrinfo", {"-ro", "-q", file.string(), "linesink_strings",
+                                                   "-fid", std::to_string(river.key)});
   const auto at = one.out.find("LINESTRING (");
   ASSERT_NE(at, std::string::npos) << one.out;
   const std::string coords = one.out.substr(at, one.out.find(')', at) - at);
@@ -217,8 +228,9 @@ TEST_F(GpkgExportTest, AProjectWithoutASystemAndWithoutResultsGivesEmptyResultLa
   ASSERT_EQ(line->getNumPoints(), 4);
   EXPECT_EQ(line->getX(3), 0.0);
   EXPECT_EQ(f->GetFieldAsInteger("Closed"), 2);
-  EXPECT_EQ(exchange::GpkgReportLines(report),
-            (std::vector<std::string>{"barriers: 1", "The project has no coordinate reference system."}));
+  EXPECT_EQ(
+      exchange::GpkgReportLines(report),
+      (std::vector<std::string>{"barriers: 1", "The project has no coordinate reference system."}));
 }
 
 TEST_F(GpkgExportTest, ABadCoordinateSystemFileIsNamedWithItsLine) {
@@ -242,7 +254,8 @@ TEST_F(GpkgExportTest, TheMenuAsksBeforeReplacingAFileAndTellsWhatItWrote) {
   {
     ScriptedUserInterface ui;
     ui.ExpectSaveFile(file).Title("Write GeoPackage File");
-    ui.ExpectMessage("File Exists", {"File " + file + " already exists.", "Do you want to overwrite it?"},
+    ui.ExpectMessage("File Exists",
+                     {"File " + file + " already exists.", "Do you want to overwrite it?"},
                      Answer::No);
     ui.ExpectMessage("Abort", {"GeoPackage export aborted"});
     EXPECT_FALSE(exchange::ToolsExportGeoPackage(ui, ProjectPath().string()));
@@ -252,9 +265,8 @@ TEST_F(GpkgExportTest, TheMenuAsksBeforeReplacingAFileAndTellsWhatItWrote) {
   ScriptedUserInterface ui;
   ui.ExpectSaveFile(file);
   ui.ExpectMessageTitled("File Exists", Answer::Yes);
-  ui.ExpectMessage("Export Complete",
-                   {file + " has been written.", "wells: 1",
-                    "The project has no coordinate reference system."});
+  ui.ExpectMessage("Export Complete", {file + " has been written.", "wells: 1",
+                                       "The project has no coordinate reference system."});
   EXPECT_TRUE(exchange::ToolsExportGeoPackage(ui, ProjectPath().string()));
   ui.Verify();
   EXPECT_EQ(ui.WaitTexts(), std::vector<std::string>{"Exporting GeoPackage..."});

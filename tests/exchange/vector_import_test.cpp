@@ -23,7 +23,8 @@ using exchange::VectorImportReport;
 class VectorImportTest : public GisProject {
  protected:
   VectorImportReport Import(const std::filesystem::path& file, ElementKind kind,
-                            std::map<std::string, std::string> mapping, const std::string& layer = "") {
+                            std::map<std::string, std::string> mapping,
+                            const std::string& layer = "") {
     VectorImportOptions o;
     o.file = file.string();
     o.layer = layer;
@@ -65,8 +66,8 @@ TEST_F(VectorImportTest, AShapefileOfLinesGivesLineSinkStringsWithTheMappedField
       f.SetField("STAGE", 1.0);  // no name: a mapped label that is empty
     });
   }
-  const VectorImportReport r =
-      Import(shp, ElementKind::Linesink, {{"label", "NAME"}, {"head", "STAGE"}, {"resistance", "RES"}});
+  const VectorImportReport r = Import(
+      shp, ElementKind::Linesink, {{"label", "NAME"}, {"head", "STAGE"}, {"resistance", "RES"}});
   EXPECT_EQ(r.features, 4);
   EXPECT_EQ(r.labels, (std::vector<std::string>{"Big_River", "Creek"}));
   const auto skipped = Skipped(r);
@@ -89,10 +90,12 @@ TEST_F(VectorImportTest, AShapefileOfLinesGivesLineSinkStringsWithTheMappedField
   EXPECT_EQ(creek.row.Number("StartingHead"), 14.0);
   EXPECT_EQ(creek.row.Number("Resistance"), 0.5);
   // An unmapped field keeps the kind's default.
-  EXPECT_EQ(creek.row.Number("Width"), NewElementAt(db_, ElementKind::Linesink, {{0, 0}, {1, 1}}).row.Number("Width"));
+  EXPECT_EQ(creek.row.Number("Width"),
+            NewElementAt(db_, ElementKind::Linesink, {{0, 0}, {1, 1}}).row.Number("Width"));
   EXPECT_EQ(creek.vertices.size(), 2u);
   EXPECT_EQ(exchange::ImportSummaryLines(r)[0],
-            "Imported 2 line-sink strings from 4 features of the layer 'rivers' in " + shp.string() + ".");
+            "Imported 2 line-sink strings from 4 features of the layer 'rivers' in " +
+                shp.string() + ".");
 }
 
 TEST_F(VectorImportTest, AGeoJsonFileOfPointsGivesWellsAndSaysWhatItSkipped) {
@@ -108,8 +111,10 @@ TEST_F(VectorImportTest, AGeoJsonFileOfPointsGivesWellsAndSaysWhatItSkipped) {
       w.Add(wkt, [&](OGRFeature& f) {
         f.SetFID(id);
         f.SetField("name", name);
-        if (q) f.SetField("q", *q);
-        else f.SetFieldNull(f.GetFieldIndex("q"));
+        if (q)
+          f.SetField("q", *q);
+        else
+          f.SetFieldNull(f.GetFieldIndex("q"));
         f.SetField("qtext", qtext);
       });
     };
@@ -171,7 +176,7 @@ TEST_F(VectorImportTest, PolygonsGiveInhomogeneitiesByTheirOuterRing) {
 }
 
 TEST_F(VectorImportTest, APointIsReprojectedToTheProjectsSystem) {
-  SetCrs("EPSG:26916");  // NAD83 / UTM zone 16N
+  SetCrs("EPSG:26916");                   // NAD83 / UTM zone 16N
   const auto json = dir_ / "ll.geojson";  // GeoJSON is longitude and latitude on WGS 84
   {
     VectorFileWriter w("GeoJSON", json, "ll", wkbPoint, 4326);
@@ -198,9 +203,10 @@ TEST_F(VectorImportTest, WithoutAProjectSystemTheCoordinatesAreTakenAsTheyStand)
   }
   const VectorImportReport r = Import(json, ElementKind::Well, {});
   ASSERT_EQ(r.Taken(), 1u);
-  EXPECT_EQ(r.notes[0],
-            "The project has no coordinate reference system: the coordinates in WGS 84 are taken as "
-            "map coordinates.");
+  EXPECT_EQ(
+      r.notes[0],
+      "The project has no coordinate reference system: the coordinates in WGS 84 are taken as "
+      "map coordinates.");
   const auto w = FindByLabel(db_, ElementKind::Well, r.labels[0]);
   EXPECT_EQ(w->X(), -87.0);
 }
@@ -334,14 +340,16 @@ TEST_F(VectorImportTest, ARoundTripThroughTheGeoPackageKeepsGeometryAndFields) {
   db_.ExecuteRaw(
       "delete from Wells; delete from LinesinkStrings; delete from NoFlowStrings; "
       "delete from Inhomogeneities; delete from Vertices; delete from Polygons;");
-  const std::map<ElementKind, std::string> layers = {{ElementKind::Linesink, "linesink_strings"},
-                                                     {ElementKind::Barrier, "barriers"},
-                                                     {ElementKind::Inhomogeneity, "inhomogeneities"},
-                                                     {ElementKind::Well, "wells"}};
+  const std::map<ElementKind, std::string> layers = {
+      {ElementKind::Linesink, "linesink_strings"},
+      {ElementKind::Barrier, "barriers"},
+      {ElementKind::Inhomogeneity, "inhomogeneities"},
+      {ElementKind::Well, "wells"}};
   for (const auto& [kind, layer] : layers) {
     SCOPED_TRACE(layer);
     const auto infos = exchange::ReadVectorLayers(gpkg.string());
-    const auto info = std::find_if(infos.begin(), infos.end(), [&](const auto& l) { return l.name == layer; });
+    const auto info =
+        std::find_if(infos.begin(), infos.end(), [&](const auto& l) { return l.name == layer; });
     ASSERT_NE(info, infos.end());
     ASSERT_EQ(exchange::KindForLayer(*info), kind);
     auto mapping = exchange::ProposedMapping(kind, *info);
@@ -362,9 +370,11 @@ TEST_F(VectorImportTest, ARoundTripThroughTheGeoPackageKeepsGeometryAndFields) {
         EXPECT_EQ(a.vertices[v].Y, b.vertices[v].Y);
       }
       for (const auto& [field, value] : b.row.Fields()) {
-        if (field == "PID" || field == "VID" || field == "RoutePID" || field == "RouteVID") continue;
+        if (field == "PID" || field == "VID" || field == "RoutePID" || field == "RouteVID")
+          continue;
         if (kind == ElementKind::Barrier && field == "Porosity") continue;
-        EXPECT_EQ(a.row.Normalised(field, a.row.Get(field)), b.row.Normalised(field, value)) << field;
+        EXPECT_EQ(a.row.Normalised(field, a.row.Get(field)), b.row.Normalised(field, value))
+            << field;
       }
     }
   }

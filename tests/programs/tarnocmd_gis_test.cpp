@@ -35,13 +35,15 @@ TEST_F(TarnocmdGis, AGeoJsonFileComesInWithItsMappingAndGoesOutToAGeoPackage) {
   RunResult r = Run({"import", project_, json.string(), "--field", "label=name", "--field",
                      "discharge=q", "--kind", "well"});
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out,
-            "Imported 1 wells from 3 features of the layer 'pumps' in " + json.string() + ".\n"
-            "Skipped 2:\n"
-            "Feature 2: the attribute 'q' (discharge) has no value\n"
-            "Feature 3: a line cannot make a well\n"
-            "The project has no coordinate reference system: the coordinates in WGS 84 are taken "
-            "as map coordinates.\n");
+  EXPECT_EQ(
+      r.out,
+      "Imported 1 wells from 3 features of the layer 'pumps' in " + json.string() +
+          ".\n"
+          "Skipped 2:\n"
+          "Feature 2: the attribute 'q' (discharge) has no value\n"
+          "Feature 3: a line cannot make a well\n"
+          "The project has no coordinate reference system: the coordinates in WGS 84 are taken "
+          "as map coordinates.\n");
   EXPECT_EQ(Count("Wells"), 1);
 
   // A kind that the file cannot give is bad usage; a missing attribute a failure.
@@ -53,15 +55,17 @@ TEST_F(TarnocmdGis, AGeoJsonFileComesInWithItsMappingAndGoesOutToAGeoPackage) {
   // Points and lines in one layer: the kind must be named.
   r = Run({"import", project_, json.string()});
   EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.err.find("gives no kind of element; name one with --kind"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("gives no kind of element; name one with --kind"), std::string::npos)
+      << r.err;
   EXPECT_EQ(Count("Wells"), 1);
 
   const auto gpkg = dir_ / "gis.gpkg";
   r = Run({"export", project_, "gpkg", gpkg.string()});
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "Export Complete: " + gpkg.string() + " has been written.\n"
-                   "Export Complete: wells: 1\n"
-                   "Export Complete: The project has no coordinate reference system.\n");
+  EXPECT_EQ(r.out, "Export Complete: " + gpkg.string() +
+                       " has been written.\n"
+                       "Export Complete: wells: 1\n"
+                       "Export Complete: The project has no coordinate reference system.\n");
   // An existing file is kept with --no.
   r = Run({"export", project_, "gpkg", gpkg.string(), "--no"});
   EXPECT_EQ(r.status, 1);

@@ -21,7 +21,8 @@ namespace {
 const QString kNone = QStringLiteral("(none)");
 }
 
-VectorImportView::VectorImportView(exchange::VectorImport& model, UserInterface& ui, QWidget* parent)
+VectorImportView::VectorImportView(exchange::VectorImport& model, UserInterface& ui,
+                                   QWidget* parent)
     : QDialog(parent), model_(model), ui_(ui) {
   setWindowTitle(QString::fromUtf8(exchange::vector_import_text::kTitle));
   auto* layout = new QVBoxLayout(this);
@@ -29,7 +30,8 @@ VectorImportView::VectorImportView(exchange::VectorImport& model, UserInterface&
   form->addRow(QStringLiteral("File"), new QLabel(Q(model.file)));
   layers_ = new QComboBox;
   for (const auto& l : model.layers) {
-    const std::string count = l.features >= 0 ? std::to_string(l.features) + " features" : "features";
+    const std::string count =
+        l.features >= 0 ? std::to_string(l.features) + " features" : "features";
     layers_->addItem(Q(l.name + " (" + l.geometry + ", " + count + ")"));
   }
   layers_->setCurrentIndex(model.layer);
@@ -41,7 +43,8 @@ VectorImportView::VectorImportView(exchange::VectorImport& model, UserInterface&
   form->addRow(QStringLiteral("Import as"), kinds_);
   layout->addLayout(form);
 
-  layout->addWidget(new QLabel(QStringLiteral("Attribute for each field (unmapped fields take the defaults):")));
+  layout->addWidget(
+      new QLabel(QStringLiteral("Attribute for each field (unmapped fields take the defaults):")));
   auto* scroll = new QScrollArea;
   scroll->setWidgetResizable(true);
   mapping_ = new QWidget;
@@ -81,7 +84,8 @@ void VectorImportView::ShowMapping() {
       if (kinds[i] == model_.kind) kinds_->setCurrentIndex(static_cast<int>(i));
   }
   const exchange::VectorLayerInfo* layer = model_.CurrentLayer();
-  crs_->setText(layer == nullptr || layer->crsName.empty() ? QStringLiteral("none") : Q(layer->crsName));
+  crs_->setText(layer == nullptr || layer->crsName.empty() ? QStringLiteral("none")
+                                                           : Q(layer->crsName));
   // The rows of the kind's roles, built anew.
   while (QLayoutItem* item = grid_->takeAt(0)) {
     delete item->widget();
