@@ -79,7 +79,7 @@ struct VectorFileWriter {
   }
   void Field(const std::string& name, OGRFieldType type) {
     OGRFieldDefn defn(name.c_str(), type);
-    layer->CreateField(&defn);
+    EXPECT_EQ(layer->CreateField(&defn), OGRERR_NONE);
   }
   // A feature from WKT; `set` fills its attributes.
   template <typename Set>
@@ -91,7 +91,7 @@ struct VectorFileWriter {
       f.SetGeometryDirectly(g);
     }
     set(f);
-    layer->CreateFeature(&f);
+    EXPECT_EQ(layer->CreateFeature(&f), OGRERR_NONE);
   }
   void Close() { ds.reset(); }
   GdalDatasetPtr ds;

@@ -162,10 +162,13 @@ TEST_F(VectorImportTest, PolygonsGiveInhomogeneitiesByTheirOuterRing) {
           [](OGRFeature& f) { f.SetField("K", 8.0); });
     w.Add("LINESTRING (0 0, 10 0, 10 10)", [](OGRFeature& f) { f.SetField("K", 1.0); });
     w.Add("LINESTRING (200 0, 210 0, 210 10, 200 0)", [](OGRFeature& f) { f.SetField("K", 2.0); });
+    // A ring of two distinct points: too few for an area.
+    w.Add("POLYGON ((0 0, 5 5, 5 5, 0 0))", [](OGRFeature& f) { f.SetField("K", 3.0); });
   }
   const VectorImportReport r = Import(json, ElementKind::Inhomogeneity, {{"conductivity", "K"}});
   ASSERT_EQ(r.Taken(), 2u);
   EXPECT_EQ(Skipped(r).at(1), "an open line cannot make an inhomogeneity");
+  EXPECT_EQ(Skipped(r).at(3).rfind("Wrong Number of Vertices:", 0), 0u) << Skipped(r).at(3);
   const std::vector<Element> inh = LoadAll(db_, ElementKind::Inhomogeneity);
   ASSERT_EQ(inh.size(), 2u);
   EXPECT_EQ(inh[0].vertices.size(), 4u) << "the ring without its closing point, no hole";
@@ -355,7 +358,9 @@ TEST_F(VectorImportTest, ARoundTripThroughTheGeoPackageKeepsGeometryAndFields) {
     auto mapping = exchange::ProposedMapping(kind, *info);
     // The example's impermeable barrier has a porosity of 0, which the barrier's
     // checks refuse: it comes in with the default porosity.
-    if (kind == ElementKind::Barrier) EXPECT_EQ(mapping.erase("porosity"), 1u);
+    if (kind == ElementKind::Barrier) {
+      EXPECT_EQ(mapping.erase("porosity"), 1u);
+    }
     const VectorImportReport r = Import(gpkg, kind, mapping, layer);
     EXPECT_TRUE(r.skipped.empty()) << (r.skipped.empty() ? "" : r.skipped[0].reason);
     const std::vector<Element> after = LoadAll(db_, kind);
