@@ -358,9 +358,12 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
         "coordinates.");
   }
 
-  // The whole import is one entry of the edit history; each element is written in
-  // a transaction of its own, so that a refused one leaves the others.
+  // The whole import is one entry of the edit history and one transaction of the
+  // project file (one write to the disk, not one per element); each element is a
+  // transaction of its own inside it, so that a refused one leaves the others. A
+  // failure of the file itself takes the whole import back.
   UndoScope undo(db, "Import GIS Vector File");
+  Transaction all(db);
   layer->ResetReading();
   GdalErrorCapture quiet;
   for (std::unique_ptr<OGRFeature> f(layer->GetNextFeature()); f;
@@ -469,6 +472,7 @@ VectorImportReport ImportVectorLayer(Database& db, const fs::path& projectFile,
       report.labels.push_back(partLabel);
     }
   }
+  all.Commit();
   if (!report.labels.empty()) undo.Commit();
   return report;
 }
