@@ -208,9 +208,22 @@ class GpkgExportTest : public GisProject {};
 TEST_F(GpkgExportTest, AProjectWithoutASystemAndWithoutResultsGivesEmptyResultLayers) {
   Add(ElementKind::Barrier, "Wall", At({{0, 0}, {10, 0}, {10, 10}}),
       [](Row& r) { r.Set("Closed", 2); });
+  // The kinds without a vertex of their own: a text label and the uniform flow.
+  Element text = NewElement(ElementKind::Text);
+  text.row.Set("Text", "Town");
+  text.row.Set("X", 3.0);
+  text.row.Set("Y", 4.0);
+  Insert(db_, text);
+  Element uniform = NewElement(ElementKind::UniformFlow);
+  uniform.row.Set("UNIFLOWRefX", 300.0);
+  uniform.row.Set("UNIFLOWRefY", -5.0);
+  uniform.row.Set("UNIFLOWGradient", 0.002);
+  Insert(db_, uniform);
   const auto file = dir_ / "plain.gpkg";
   const GpkgExportReport report = WriteGeoPackage(db_, ProjectPath(), file);
   EXPECT_TRUE(report.crsName.empty());
+  EXPECT_EQ(report.Count("text_labels"), 1);
+  EXPECT_EQ(report.Count("uniform_flow"), 1);
   EXPECT_EQ(report.Count("contours"), 0);
   EXPECT_EQ(report.Count("pathlines"), 0);
   EXPECT_EQ(report.Count("barriers"), 1);
@@ -228,9 +241,23 @@ TEST_F(GpkgExportTest, AProjectWithoutASystemAndWithoutResultsGivesEmptyResultLa
   ASSERT_EQ(line->getNumPoints(), 4);
   EXPECT_EQ(line->getX(3), 0.0);
   EXPECT_EQ(f->GetFieldAsInteger("Closed"), 2);
-  EXPECT_EQ(
-      exchange::GpkgReportLines(report),
-      (std::vector<std::string>{"barriers: 1", "The project has no coordinate reference system."}));
+  {
+    OGRLayer* labels = ds->GetLayerByName("text_labels");
+    labels->ResetReading();
+    std::unique_ptr<OGRFeature> t(labels->GetNextFeature());
+    EXPECT_STREQ(t->GetFieldAsString("Text"), "Town");
+    EXPECT_EQ(t->GetGeometryRef()->toPoint()->getX(), 3.0);
+    EXPECT_EQ(t->GetGeometryRef()->toPoint()->getY(), 4.0);
+    OGRLayer* flow = ds->GetLayerByName("uniform_flow");
+    flow->ResetReading();
+    std::unique_ptr<OGRFeature> u(flow->GetNextFeature());
+    EXPECT_DOUBLE_EQ(u->GetFieldAsDouble("UNIFLOWGradient"), 0.002);
+    EXPECT_EQ(u->GetGeometryRef()->toPoint()->getX(), 300.0);
+    EXPECT_EQ(u->GetGeometryRef()->toPoint()->getY(), -5.0);
+  }
+  EXPECT_EQ(exchange::GpkgReportLines(report),
+            (std::vector<std::string>{"barriers: 1", "text_labels: 1", "uniform_flow: 1",
+                                      "The project has no coordinate reference system."}));
 }
 
 TEST_F(GpkgExportTest, ABadCoordinateSystemFileIsNamedWithItsLine) {
