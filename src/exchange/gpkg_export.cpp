@@ -179,14 +179,14 @@ std::map<std::int64_t, TestPointResult> LoadTestPointResults(Database& db) {
   return results;
 }
 
-std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& spec,
+std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& layerDef,
                                const std::map<std::int64_t, TestPointResult>& tp,
                                std::vector<std::string>& skipped) {
-  OGRLayer* layer = w.NewLayer(spec.name, spec.type);
-  const KindInfo& info = Info(spec.kind);
+  OGRLayer* layer = w.NewLayer(layerDef.name, layerDef.type);
+  const KindInfo& info = Info(layerDef.kind);
   // The fields: those of the table, or the uniform flow's of the Model row.
   std::vector<std::pair<std::string, const FieldDef*>> fields;
-  if (spec.kind == ElementKind::UniformFlow) {
+  if (layerDef.kind == ElementKind::UniformFlow) {
     const TableDef* model = FindTable("Model");
     for (std::string_view name : UniformFlowFields())
       fields.emplace_back(std::string(name), FindField(*model, name));
@@ -200,7 +200,7 @@ std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& 
     const OGRFieldType type = OgrType(def->type, sub);
     w.AddField(layer, name, type, sub, def->type == FieldType::Text ? def->size : 0);
   }
-  const bool testPoints = spec.kind == ElementKind::TestPoint;
+  const bool testPoints = layerDef.kind == ElementKind::TestPoint;
   if (testPoints) {
     w.AddField(layer, "ModelHead", OFTReal);
     w.AddField(layer, "Residual", OFTReal);
@@ -208,13 +208,13 @@ std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& 
   }
 
   std::vector<Element> elements;
-  if (spec.kind == ElementKind::UniformFlow) {
+  if (layerDef.kind == ElementKind::UniformFlow) {
     if (auto u = LoadUniformFlow(db)) elements.push_back(std::move(*u));
   } else {
     std::vector<SkippedElement> left;
-    elements = LoadAll(db, spec.kind, &left);
+    elements = LoadAll(db, layerDef.kind, &left);
     for (const SkippedElement& s : left)
-      skipped.push_back(std::string(spec.name) + ": " + s.label + ": " + s.reason);
+      skipped.push_back(std::string(layerDef.name) + ": " + s.label + ": " + s.reason);
   }
   std::int64_t count = 0, number = 0;
   for (const Element& e : elements) {
@@ -233,7 +233,7 @@ std::int64_t WriteElementLayer(GpkgWriter& w, Database& db, const ElementLayer& 
         for (int k = 0; k < 3; ++k) feature.SetFieldNull(first + k);
       }
     }
-    feature.SetGeometryDirectly(GeometryOf(e, spec.type).release());
+    feature.SetGeometryDirectly(GeometryOf(e, layerDef.type).release());
     w.Write(layer, feature);
     ++count;
   }
@@ -331,8 +331,9 @@ GpkgExportReport WriteGeoPackage(Database& db, const fs::path& projectFile, cons
   const auto tp = LoadTestPointResults(db);
   GpkgWriter w(file, crs);
   w.Begin();
-  for (const ElementLayer& spec : ElementLayers())
-    report.layers.push_back({spec.name, WriteElementLayer(w, db, spec, tp, report.skipped)});
+  for (const ElementLayer& layerDef : ElementLayers())
+    report.layers.push_back(
+        {layerDef.name, WriteElementLayer(w, db, layerDef, tp, report.skipped)});
   report.layers.push_back({"contours", WriteContours(w, ctr, frame)});
   report.layers.push_back({"pathlines", WritePathlines(w, pth, frame)});
   w.Commit();
