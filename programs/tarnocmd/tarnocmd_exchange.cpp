@@ -76,6 +76,12 @@ int Import(const std::vector<std::string>& args, std::ostream& out, std::ostream
       o.fields.emplace_back(Lower(v.substr(0, eq)), v.substr(eq + 1));
       continue;
     }
+    if (args[i] == "--kind" || args[i] == "--layer") {
+      if (i + 1 >= args.size()) return Usage(err, args[i] + " needs a value");
+      std::string& value = args[i] == "--kind" ? o.kind : o.layer;
+      value = args[++i];
+      continue;
+    }
     if (args[i].size() > 2 && args[i].compare(0, 2, "--") == 0)
       return Usage(err, "unknown option \"" + args[i] + "\"");
     positional.push_back(args[i]);
@@ -106,7 +112,8 @@ std::string ExchangeUsageText() {
          "      format: lss.xml inh.xml brr.xml lss inh huc wl tp tx dxf bln grd shp gpkg;\n"
          "      what: contours pathlines capzones elements (dxf, bln), a shapefile kind (shp),\n"
          "      discharge or head (wl)\n"
-         "  tarnocmd import <path> <file>... [--field ROLE=ATTRIBUTE]... [--yes | --no]\n"
+         "  tarnocmd import <path> <file>... [--field ROLE=ATTRIBUTE]... [--kind K] [--layer L]\n"
+         "      [--yes | --no]\n"
          "      the reader follows the file's extension; other vector files through GDAL/OGR\n";
 }
 

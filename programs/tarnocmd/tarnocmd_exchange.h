@@ -1,7 +1,8 @@
 // The exchange commands of tarnocmd: elements and results to and from other files.
 //
 //   tarnocmd export <project> <format> <file> [<what>] [--yes | --no]
-//   tarnocmd import <project> <file>... [--field ROLE=ATTRIBUTE]... [--yes | --no]
+//   tarnocmd import <project> <file>... [--field ROLE=ATTRIBUTE]... [--kind K] [--layer L]
+//                   [--yes | --no]
 //
 // <format> is one of lss.xml, inh.xml, brr.xml, lss, inh, huc, wl, tp, tx, dxf, bln,
 // grd, shp, gpkg. <what> says what a geometry export holds: contours, pathlines,
@@ -34,6 +35,8 @@ struct ImportOptions {
   std::string project;
   std::vector<std::string> files;
   std::vector<std::pair<std::string, std::string>> fields;  // --field ROLE=ATTRIBUTE
+  std::string kind;   // --kind K (GIS vector files): linesink, barrier, inhomogeneity, well
+  std::string layer;  // --layer L (GIS vector files): the layer; "" the first
   Answers answers = Answers::Defaults;
 };
 

@@ -31,6 +31,7 @@
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well_dialog.h"
 #include "exchange/export_dialogs.h"
+#include "exchange/vector_import.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
@@ -65,6 +66,7 @@ using ShownDialogs =
                MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics,  // base maps
                ReprojectMapsDialog, MapTargetDialog,  // reprojection of maps
                PestDialog, UcodeDialog, TemplatePrompt, OptWeight,  // estimation files
-               exchange::VectorExport, exchange::ExportShapefile>;  // geometry exports
+               exchange::VectorExport, exchange::ExportShapefile,  // geometry exports
+               exchange::VectorImport>;                              // element exchange
 
 }  // namespace tarno

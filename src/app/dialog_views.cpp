@@ -28,6 +28,7 @@
 #include "app/views/test_point_view.h"
 #include "app/views/text_label_view.h"
 #include "app/views/uniform_flow_view.h"
+#include "app/views/vector_import_view.h"
 #include "app/views/unit_change_view.h"
 #include "app/views/welcome_view.h"
 #include "app/views/well_view.h"
@@ -189,6 +190,9 @@ auto MakeView(exchange::VectorExport& m, const ViewContext& c, QWidget* parent) 
 }
 auto MakeView(exchange::ExportShapefile& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<ExportShapefileView>(m, *c.port, parent);
+}
+auto MakeView(exchange::VectorImport& m, const ViewContext& c, QWidget* parent) {
+  return std::make_unique<VectorImportView>(m, *c.port, parent);
 }
 
 }  // namespace

@@ -80,6 +80,7 @@ const std::vector<DialogPage>& DialogPages() {
       {"OPTWeight", "", "estimation.md#test-point-weights"},
       {"VectorExport", "", "exporting-geometry.md#exporting-a-dxf-or-boundary-line-file"},
       {"ExportShapefile", "", "exporting-geometry.md#exporting-shapefiles"},
+      {"VectorImport", "", "gis-files.md#importing-a-gis-vector-file"},
   };
   return pages;
 }
@@ -136,6 +137,10 @@ const std::vector<HelpTopic>& HelpIndex::Contents() {
       {"exporting-geometry.md",
        "Exporting Geometry",
        {S("Exporting a DXF or boundary line file"), S("Exporting shapefiles")}},
+      {"gis-files.md",
+       "GIS Files: GeoPackage Export and Vector Import",
+       {S("Importing a GIS vector file"), S("The field mapping"), S("Coordinate systems"),
+        S("Exporting to a GeoPackage")}},
       {"batch.md",
        "The Batch Program tarnocmd",
        {S("Creating a project"), S("Describing a project"), S("Solving a project"),

@@ -158,7 +158,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Later("IMPORT(8)", "TOOLS_CMDS(2)", "Head Specified Wells (.wl)..."));
   e.push_back(Later("IMPORT(9)", "TOOLS_CMDS(2)", "Test Points (.tp)..."));
   e.push_back(Later("IMPORT(10)", "TOOLS_CMDS(2)", "Text Labels (.tx)..."));
-  e.push_back(Later("IMPORT(11)", "TOOLS_CMDS(2)", "GIS Vector File...", true));
+  e.push_back(Cmd("IMPORT(11)", "TOOLS_CMDS(2)", "GIS Vector File...", N::Project, true, "", true));
   e.push_back(Sub("TOOLS_CMDS(3)", "TOOLSMENU", "&Export"));
   e.push_back(Cmd("EXPORT(0)", "TOOLS_CMDS(3)", "All XML Element Files..."));
   e.push_back(Cmd("EXPORT(1)", "TOOLS_CMDS(3)", "Line-sink Strings (.lss.xml)..."));
@@ -174,7 +174,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Cmd("EXPORT(11)", "TOOLS_CMDS(3)", "SURFER Boundary Line File..."));
   e.push_back(Cmd("EXPORT(12)", "TOOLS_CMDS(3)", "SURFER Grid File..."));
   e.push_back(Cmd("EXPORT(13)", "TOOLS_CMDS(3)", "Shapefiles..."));
-  e.push_back(Later("EXPORT(14)", "TOOLS_CMDS(3)", "GeoPackage...", true));
+  e.push_back(Cmd("EXPORT(14)", "TOOLS_CMDS(3)", "GeoPackage...", N::Project, true, "", true));
   e.push_back(Later("TOOLS_CMDS(4)", "TOOLSMENU", "TARNO Database &Viewer"));
   e.push_back(Cmd("TOOLS_CMDS(5)", "TOOLSMENU", "TARNO Base Map Browser"));
   e.push_back(Cmd("InspectorSettings", "TOOLSMENU", "Instant Inspector Settings...", N::Project, true, "", true));

@@ -29,6 +29,7 @@
 #include "elements/linesink_dialog.h"
 #include "elements/test_point_dialog.h"
 #include "elements/well_dialog.h"
+#include "exchange/vector_import.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
 #include "solver/solve_dialogs.h"
@@ -796,6 +797,45 @@ TEST_F(ShellControllerTest, AModelDrawnByClicksOnAnEmptyProjectIsSolvedAndContou
   EXPECT_GT(levels, 3);
   EXPECT_GT(CountPolylinesOf(map_.Ops(), shell_->State().options.ContourColor), 3);
   ui_.Verify();
+}
+
+// Tools > Export > GeoPackage writes the solved model; Tools > Import > GIS Vector
+// File brings a well in, which removes the solution.
+TEST_F(ShellControllerTest, TheGeoPackageExportAndTheGisImportRunFromTheMenus) {
+  OpenExample();
+  SolveExample();
+  ui_.ClearRecord();
+  const std::string gpkg = (work_ / "example.gpkg").string();
+  ui_.ExpectSaveFile(gpkg).Title("Write GeoPackage File");
+  ui_.ExpectMessageTitled("Export Complete");
+  ASSERT_TRUE(shell_->Commands().Run("EXPORT(14)"));
+  ui_.Verify();
+  const std::vector<std::string> said = ui_.Messages().back().lines;
+  EXPECT_EQ(said.front(), gpkg + " has been written.");
+  EXPECT_TRUE(std::any_of(said.begin(), said.end(),
+                          [](const std::string& l) { return l.rfind("contours: ", 0) == 0; }))
+      << Describe();
+  EXPECT_TRUE(shell_->Solution().SolutionPresent) << "an export leaves the solution";
+
+  // The wells of the GeoPackage come in again at their places, labelled by the
+  // layer's name and their feature id.
+  ui_.ExpectOpenFile(gpkg);
+  ui_.ExpectModal<exchange::VectorImport>("VectorImport", [&](exchange::VectorImport& d) {
+    for (int i = 0; i < static_cast<int>(d.layers.size()); ++i)
+      if (d.layers[i].name == "wells") d.ChooseLayer(i);
+    EXPECT_EQ(d.kind, ElementKind::Well);
+    d.Map("label", "");  // labels of the layer and feature id
+    ASSERT_TRUE(d.OK(ui_));
+  });
+  ui_.ExpectMessageTitled("GIS Import");
+  ASSERT_TRUE(shell_->Commands().Run("IMPORT(11)"));
+  ui_.Verify();
+  EXPECT_EQ(ui_.Messages().back().lines.front().rfind("Imported 5 wells from 5 features", 0), 0u)
+      << Describe();
+  EXPECT_FALSE(shell_->Solution().SolutionPresent);
+  EXPECT_FALSE(Exists("example.SOL"));
+  Database db = Database::Open(project_);
+  EXPECT_EQ(CountElements(db, ElementKind::Well), 10);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "app/help_model.h"
 #include "app/shell/exchange_xml_commands.h"
 #include "app/shell/exchange_geometry_commands.h"
+#include "app/shell/exchange_gis_commands.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
@@ -220,6 +221,9 @@ void ShellController::RegisterCommands() {
   c.Register("About", [this] { About(); });
   // Tools > Export: the DXF, SURFER and shapefile exports.
   RegisterGeometryExportCommands(*this);
+  // Tools > Import and Export: GIS vector files and the GeoPackage.
+  c.Register("IMPORT(11)", [this] { ImportGisVectorCommand(*this); });
+  c.Register("EXPORT(14)", [this] { ExportGeoPackageCommand(*this); });
   // Model > Implement Scenario: like a solve, it starts from the select state; a
   // model changed by it loses its solution.
   c.Register(
