@@ -1,7 +1,7 @@
 // The exchange commands of tarnocmd: elements and results to and from other files.
 //
 //   tarnocmd export <project> <format> <file> [<what>] [--yes | --no]
-//   tarnocmd import <project> <file>... [--field ROLE=ATTRIBUTE]... [--yes | --no]
+//   tarnocmd import <project> <file>... [--field ROLE=ATTRIBUTE]... [--wells KIND] [--yes | --no]
 //
 // <format> is one of lss.xml, inh.xml, brr.xml, lss, inh, huc, wl, tp, tx, dxf, bln,
 // grd, shp, gpkg. <what> says what a geometry export holds: contours, pathlines,
@@ -34,6 +34,7 @@ struct ImportOptions {
   std::string project;
   std::vector<std::string> files;
   std::vector<std::pair<std::string, std::string>> fields;  // --field ROLE=ATTRIBUTE
+  std::string wells;  // --wells discharge|head: the kind of the wells of a .wl file; "" discharge
   Answers answers = Answers::Defaults;
 };
 
