@@ -401,7 +401,8 @@ std::optional<int> ExportHuc(Database& db, UserInterface& ui, const std::string&
   const std::string inhName = base + ".inh";
   std::vector<std::pair<std::string, std::string>> files;  // path, content
   std::ostringstream list;
-  list << "path " << (dir.empty() ? std::string(".") : dir.string()) << "\r\n";
+  list << "path " << fs::absolute(dir.empty() ? fs::path(".") : dir).lexically_normal().string()
+       << "\r\n";
   files.emplace_back((dir / nearName).string(), near);
   list << "nearfield " << nearName << "\r\n";
   if (farStrings > 0) {
@@ -582,7 +583,10 @@ TextImportResult ImportHuc(Database& db, UserInterface& ui, const std::string& f
       break;
     }
     const fs::path named(portable(value));
-    const std::string path = (named.is_absolute() ? named : dir / named).string();
+    std::string path = (named.is_absolute() ? named : dir / named).string();
+    // A unit moved with its files: the file beside the .huc serves.
+    const fs::path beside = fs::path(file).parent_path() / named.filename();
+    if (!FileExists(path) && FileExists(beside.string())) path = beside.string();
     const TextImportResult r = inh ? ImportInh(db, ui, path, true) : ImportLss(db, ui, path, true);
     total.read += r.read;
     total.skipped += r.skipped;

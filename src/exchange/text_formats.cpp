@@ -120,8 +120,14 @@ std::optional<double> WholeNumber(std::string_view text) {
 
 std::string ExactNumber(double value) {
   if (value == 0) return "0";  // minus zero too
-  char buffer[64];
-  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+  // Plain digits for the sizes of coordinates, heads and rates ("600000", not
+  // "6e+05"); the shortest exponent form beyond them.
+  char buffer[400];
+  const double size = std::fabs(value);
+  const auto [end, ec] =
+      size >= 1e-5 && size < 1e16
+          ? std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed)
+          : std::to_chars(buffer, buffer + sizeof buffer, value);
   if (ec != std::errc()) return GeneralNumber(value);
   return std::string(buffer, end);
 }
@@ -385,15 +391,25 @@ char DetectDelimiter(std::string_view firstLine) {
 }
 
 std::vector<std::string> RecordFields(std::string_view line, char delimiter) {
-  std::string text(line);
-  if (delimiter == ' ')
-    for (char& c : text)
-      if (c == '\t') c = ' ';
-  std::vector<std::string> parsed = ParseString(text, std::string(1, delimiter == 0 ? ' ' : delimiter));
   std::vector<std::string> fields;
+  if (delimiter == ',') {
+    // Each comma ends a field, so that an empty field (a well without a label) keeps
+    // its place; empty fields at the end of the line are dropped.
+    std::size_t start = 0;
+    for (;;) {
+      const std::size_t comma = line.find(',', start);
+      fields.push_back(TrimST(line.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
+      if (comma == std::string_view::npos) break;
+      start = comma + 1;
+    }
+    while (!fields.empty() && fields.back().empty()) fields.pop_back();
+    return fields;
+  }
+  std::string text(line);
+  for (char& c : text)
+    if (c == '\t') c = ' ';
+  const std::vector<std::string> parsed = ParseString(text, " ");
   for (std::size_t i = 1; i < parsed.size(); ++i) fields.push_back(TrimST(parsed[i]));
-  // A comma-delimited line may still leave fields that are only blanks.
-  std::erase_if(fields, [](const std::string& f) { return f.empty(); });
   return fields;
 }
 

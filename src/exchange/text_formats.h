@@ -156,8 +156,9 @@ void WriteLinesinkBlock(std::ostream& out, const char* header, const Element& li
 // The delimiter of a record file from its first line: ',' if it holds a comma, else
 // ' ' if it holds a blank or a tab, else none (0).
 char DetectDelimiter(std::string_view firstLine);
-// The fields of a record line: split at the delimiter by ParseString (a run counts as
-// one), each trimmed; a blank delimiter splits at tabs too. Zero-based.
+// The fields of a record line, each trimmed, zero-based. Blanks and tabs: split by
+// ParseString, a run counting as one. Commas: each comma ends a field, so an empty
+// field keeps its place (trailing empty fields are dropped).
 std::vector<std::string> RecordFields(std::string_view line, char delimiter);
 // A line that ends a well file: "Quit", "quit", "end", "End", "Exit" or "exit" as
 // its first field.

@@ -28,9 +28,11 @@ TEST(TextFormatsTest, NumbersAreReadWholeAndWrittenExactly) {
   EXPECT_EQ(WholeNumber("-1e3"), -1000.0);
   for (const char* bad : {"", "12abc", "1,5", "0x10", "inf", "nan", "1e999", "--1", "."})
     EXPECT_FALSE(WholeNumber(bad).has_value()) << bad;
-  for (double v : {0.1, 4393400.0, 1e-7, -123.456, 1.0 / 3.0})
+  for (double v : {0.1, 4393400.0, 1e-7, -123.456, 1.0 / 3.0, 1e300, -4.9e-324})
     EXPECT_EQ(WholeNumber(ExactNumber(v)), v) << ExactNumber(v);
   EXPECT_EQ(ExactNumber(-0.0), "0");
+  EXPECT_EQ(ExactNumber(600000), "600000") << "plain digits where they are short";
+  EXPECT_EQ(ExactNumber(0.002), "0.002");
 }
 
 TEST(TextFormatsTest, FieldsTakeOnlyValuesOfTheirType) {
@@ -185,6 +187,13 @@ TEST(RecordLinesTest, WellLinesReadWithEitherDelimiterAndShortOrBadLinesAreRefus
   EXPECT_FALSE(ParseWellLine("100,200x,500,0.3", ','));
   EXPECT_FALSE(ParseWellLine("100,200,500,0.3,PW1,top,90", ','));
   EXPECT_FALSE(ParseWellLine("1,2,3,4,5,6,7,8", ','));
+
+  // A well without a label keeps the places of its screen.
+  const auto unnamed = ParseWellLine(WellLine({1, 2, 3, 4, "", 130.0, 90.0}), ',');
+  ASSERT_TRUE(unnamed);
+  EXPECT_EQ(unnamed->label, "");
+  EXPECT_EQ(unnamed->top, 130.0);
+  EXPECT_EQ(unnamed->bottom, 90.0);
 
   WellRecord r{457300.0, 4393400.0, 2500.0, 0.3, "CityWell1", 135.0, 100.0};
   EXPECT_EQ(WellLine(r),
