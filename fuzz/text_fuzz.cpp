@@ -77,7 +77,8 @@ void CheckRecords(const std::vector<TextLine>& lines) {
         if (!back) Fail("a well line written does not read again");
       }
       if (const auto t = ParseTestPointLine(text, delimiter)) {
-        if (t->label.find_first_of(" ,") != std::string::npos) Fail("a label kept a blank or comma");
+        if (t->label.find_first_of(" ,") != std::string::npos)
+          Fail("a label kept a blank or comma");
         const auto back = ParseTestPointLine(TestPointLine(*t), ',');
         if (!back || back->type != t->type || back->label != t->label)
           Fail("a test point line written reads again as another");

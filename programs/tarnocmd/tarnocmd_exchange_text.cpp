@@ -68,7 +68,8 @@ std::string VertexLog(const std::string& project) {
 int ExportText(const ExportOptions& o, std::ostream& out, std::ostream& err) {
   WellKind kind = WellKind::Discharge;
   if (o.format == "wl") {
-    if (o.what == "head") kind = WellKind::Head;
+    if (o.what == "head")
+      kind = WellKind::Head;
     else if (!o.what.empty() && o.what != "discharge")
       return BadUsage(err, "the wells to export are discharge or head, not \"" + o.what + "\"");
   } else if (!o.what.empty()) {
@@ -79,12 +80,18 @@ int ExportText(const ExportOptions& o, std::ostream& out, std::ostream& err) {
   TextCommandPort ui(out, err, o.answers);
   std::optional<int> written;
   const bool ran = RunOperation(ui, "ToolsExport", [&] {
-    if (o.format == "lss") written = exchange::ExportLss(*db, ui, o.file);
-    else if (o.format == "inh") written = exchange::ExportInh(*db, ui, o.file);
-    else if (o.format == "huc") written = exchange::ExportHuc(*db, ui, o.file);
-    else if (o.format == "wl") written = exchange::ExportWells(*db, ui, o.file, kind);
-    else if (o.format == "tp") written = exchange::ExportTestPoints(*db, ui, o.file);
-    else written = exchange::ExportTextLabels(*db, ui, o.file);
+    if (o.format == "lss")
+      written = exchange::ExportLss(*db, ui, o.file);
+    else if (o.format == "inh")
+      written = exchange::ExportInh(*db, ui, o.file);
+    else if (o.format == "huc")
+      written = exchange::ExportHuc(*db, ui, o.file);
+    else if (o.format == "wl")
+      written = exchange::ExportWells(*db, ui, o.file, kind);
+    else if (o.format == "tp")
+      written = exchange::ExportTestPoints(*db, ui, o.file);
+    else
+      written = exchange::ExportTextLabels(*db, ui, o.file);
   });
   return ran && written ? 0 : 1;
 }
@@ -104,9 +111,12 @@ int ImportText(const ImportOptions& o, const std::vector<std::string>& files, st
     TextImportResult r;
     bool asked = true;
     const bool ran = RunOperation(ui, "ToolsImport", [&] {
-      if (ext == "lss") r = exchange::ImportLss(*db, ui, file);
-      else if (ext == "inh") r = exchange::ImportInh(*db, ui, file);
-      else if (ext == "huc") r = exchange::ImportHuc(*db, ui, file);
+      if (ext == "lss")
+        r = exchange::ImportLss(*db, ui, file);
+      else if (ext == "inh")
+        r = exchange::ImportInh(*db, ui, file);
+      else if (ext == "huc")
+        r = exchange::ImportHuc(*db, ui, file);
       else if (ext == "wl") {
         asked = kind == WellKind::Discharge || exchange::ConfirmHeadWells(ui);
         if (asked) r = exchange::ImportWells(*db, ui, file, kind, options);
@@ -117,7 +127,9 @@ int ImportText(const ImportOptions& o, const std::vector<std::string>& files, st
         r = exchange::ImportTextLabels(*db, ui, file);
       }
     });
-    if (!ran || !asked || r.stopped || ((ext == "huc" || ext == "lss" || ext == "inh") && r.filesRead == 0)) ok = false;
+    if (!ran || !asked || r.stopped ||
+        ((ext == "huc" || ext == "lss" || ext == "inh") && r.filesRead == 0))
+      ok = false;
     if (ext != "tp" && ext != "tx" && r.read > 0) flowChanged = true;
   }
   db->Close();

@@ -57,7 +57,9 @@ void WriteFile(const std::string& file, const std::string& content) {
 // Hides the wait window however the import ends.
 class WaitWindow {
  public:
-  WaitWindow(UserInterface& ui, const std::string& text) : ui_(ui) { ui_.PleaseWaitShow(text, kWaitWidth); }
+  WaitWindow(UserInterface& ui, const std::string& text) : ui_(ui) {
+    ui_.PleaseWaitShow(text, kWaitWidth);
+  }
   ~WaitWindow() { ui_.PleaseWaitHide(); }
   WaitWindow(const WaitWindow&) = delete;
   WaitWindow& operator=(const WaitWindow&) = delete;
@@ -109,9 +111,8 @@ HydrologicUnit LoadUnit(Database& db) {
 // An element is in the unit when one of its vertices is (everything is, without one).
 bool InUnit(const HydrologicUnit& hu, const Element& e) {
   if (!hu.unit) return true;
-  return std::any_of(e.vertices.begin(), e.vertices.end(), [&](const Vertex& v) {
-    return PointInPolygon(hu.unit->vertices, v.X, v.Y);
-  });
+  return std::any_of(e.vertices.begin(), e.vertices.end(),
+                     [&](const Vertex& v) { return PointInPolygon(hu.unit->vertices, v.X, v.Y); });
 }
 
 // The .lss text of the near-field file (boundaries and the near-field strings in the
@@ -171,16 +172,16 @@ bool SameVertices(const std::vector<Vertex>& a, const std::vector<Vertex>& b) {
 }
 
 bool AskContinue(UserInterface& ui, const std::string& file, const BlockProblem& p) {
-  return ui.MessageBox(kErrorInImportTitle,
-                       {"Error in file " + file + " line " + std::to_string(p.line) + ": " +
-                            p.reason,
-                        kContinueImport},
-                       Buttons::YesNo, Icon::Exclamation) == Answer::Yes;
+  return ui.MessageBox(
+             kErrorInImportTitle,
+             {"Error in file " + file + " line " + std::to_string(p.line) + ": " + p.reason,
+              kContinueImport},
+             Buttons::YesNo, Icon::Exclamation) == Answer::Yes;
 }
 
 void ShowFileNotFound(UserInterface& ui, const std::string& file) {
-  ui.MessageBox(kFileNotFoundTitle, {"File " + file + " does not exist!", kIgnoreFile},
-                Buttons::OK, Icon::Exclamation);
+  ui.MessageBox(kFileNotFoundTitle, {"File " + file + " does not exist!", kIgnoreFile}, Buttons::OK,
+                Icon::Exclamation);
 }
 
 void ShowReadFail(UserInterface& ui, const std::string& file) {
@@ -205,7 +206,8 @@ TextImportResult ImportBlocks(Database& db, UserInterface& ui, const std::string
     return result;
   }
   PropertyBlockReader reader(kind, ReadTextLines(file));
-  UndoScope scope(db, kind == BlockFile::Lss ? "Import Line-sink Strings" : "Import Inhomogeneities");
+  UndoScope scope(db,
+                  kind == BlockFile::Lss ? "Import Line-sink Strings" : "Import Inhomogeneities");
   struct Routed {
     Element element;
     std::int64_t block, seq;
@@ -318,10 +320,11 @@ std::optional<RecordFile> OpenRecordFile(UserInterface& ui, const std::string& f
 }
 
 bool AskContinueRecord(UserInterface& ui, const TextLine& line) {
-  return ui.MessageBox(kErrorInImportTitle,
-                       {"Error in record " + std::to_string(line.number) + " bad syntax " + line.text,
-                        kContinueImport},
-                       Buttons::YesNo, Icon::Exclamation) == Answer::Yes;
+  return ui.MessageBox(
+             kErrorInImportTitle,
+             {"Error in record " + std::to_string(line.number) + " bad syntax " + line.text,
+              kContinueImport},
+             Buttons::YesNo, Icon::Exclamation) == Answer::Yes;
 }
 
 }  // namespace
@@ -360,11 +363,11 @@ std::optional<int> ExportLss(Database& db, UserInterface& ui, const std::string&
   }
   if (!MayWrite(ui, file, kHucAborted)) return std::nullopt;
   WriteFile(file, content);
-  ui.MessageBox(kHucExportTitle,
-                {"Export of " + file + " complete.",
-                 Count(boundaries) + " hydrologic unit boundaries and " + Count(strings) +
-                     " linesink strings were written."},
-                Buttons::OK, Icon::Information);
+  ui.MessageBox(
+      kHucExportTitle,
+      {"Export of " + file + " complete.", Count(boundaries) + " hydrologic unit boundaries and " +
+                                               Count(strings) + " linesink strings were written."},
+      Buttons::OK, Icon::Information);
   return strings + boundaries;
 }
 
@@ -376,7 +379,8 @@ std::optional<int> ExportInh(Database& db, UserInterface& ui, const std::string&
   }
   if (!MayWrite(ui, file, kInhAborted)) return std::nullopt;
   WriteFile(file, InhContent(all));
-  ui.MessageBox(kInhWrittenTitle, {Count(static_cast<int>(all.size())) + " Inhomogeneities were written."},
+  ui.MessageBox(kInhWrittenTitle,
+                {Count(static_cast<int>(all.size())) + " Inhomogeneities were written."},
                 Buttons::OK, Icon::Information);
   return static_cast<int>(all.size());
 }
@@ -436,7 +440,8 @@ const char* WellKindWords(WellKind kind) {
 std::vector<Element> WellsOfKind(Database& db, WellKind kind) {
   std::vector<Element> wells;
   for (Element& w : LoadAll(db, ElementKind::Well))
-    if ((w.row.Integer("HeadSpecified") != 0) == (kind == WellKind::Head)) wells.push_back(std::move(w));
+    if ((w.row.Integer("HeadSpecified") != 0) == (kind == WellKind::Head))
+      wells.push_back(std::move(w));
   return wells;
 }
 
@@ -499,8 +504,9 @@ std::optional<int> ExportTestPoints(Database& db, UserInterface& ui, const std::
   }
   WriteFile(file, content);
   const int n = static_cast<int>(points.size());
-  ui.MessageBox(kTestPointsWrittenTitle, {"Export Complete: " + Count(n) + " Test Points were written."},
-                Buttons::OK, Icon::Information);
+  ui.MessageBox(kTestPointsWrittenTitle,
+                {"Export Complete: " + Count(n) + " Test Points were written."}, Buttons::OK,
+                Icon::Information);
   return n;
 }
 
@@ -530,9 +536,9 @@ TextImportResult ImportLss(Database& db, UserInterface& ui, const std::string& f
   BlockCounts counts;
   TextImportResult r = ImportBlocks(db, ui, file, BlockFile::Lss, counts);
   if (!quiet && r.filesRead > 0) {
-    std::vector<std::string> lines = {Count(counts.strings) + " linesink strings were read in.",
-                                      Count(counts.boundaries) +
-                                          " hydrologic unit boundaries were read in."};
+    std::vector<std::string> lines = {
+        Count(counts.strings) + " linesink strings were read in.",
+        Count(counts.boundaries) + " hydrologic unit boundaries were read in."};
     for (std::string& l : SkippedLine(r.skipped)) lines.push_back(std::move(l));
     ui.MessageBox(kImportCompleteTitle, lines, Buttons::OK, Icon::Information);
   }
@@ -714,12 +720,12 @@ TextImportResult ImportTestPoints(Database& db, UserInterface& ui, const std::st
     if (vid) here = Load(db, ElementKind::TestPoint, *vid);
     const std::optional<Element> named = FindByLabel(db, ElementKind::TestPoint, t->label);
     if (named && (!here || named->key != here->key)) {
-      if (ui.MessageBox(kDuplicateLabelTitle,
-                        {"Test Point Label ('" + t->label + "') already exists!",
-                         "Record " + std::to_string(line.number) + " of " + file +
-                             " was not imported.",
-                         kContinueImport},
-                        Buttons::YesNo, Icon::Exclamation) == Answer::Yes)
+      if (ui.MessageBox(
+              kDuplicateLabelTitle,
+              {"Test Point Label ('" + t->label + "') already exists!",
+               "Record " + std::to_string(line.number) + " of " + file + " was not imported.",
+               kContinueImport},
+              Buttons::YesNo, Icon::Exclamation) == Answer::Yes)
         continue;
       result.stopped = true;
       break;
@@ -763,7 +769,8 @@ TextImportResult ImportTextLabels(Database& db, UserInterface& ui, const std::st
     }
     const bool identical = std::any_of(labels.begin(), labels.end(), [&](const Element& e) {
       return e.row.Number("X") == t->x && e.row.Number("Y") == t->y &&
-             e.row.Integer("LabelType") == t->labelType && EqualsIgnoreCase(e.row.Text("Text"), t->text);
+             e.row.Integer("LabelType") == t->labelType &&
+             EqualsIgnoreCase(e.row.Text("Text"), t->text);
     });
     if (identical) {
       ++result.skipped;
@@ -783,8 +790,8 @@ TextImportResult ImportTextLabels(Database& db, UserInterface& ui, const std::st
                    Count(result.skipped) + kIdenticalLabels, kIdenticalLabels2},
                   Buttons::OK, Icon::Information);
   } else {
-    ui.MessageBox(kLabelsCompleteTitle, {Count(result.read) + " labels were read in."},
-                  Buttons::OK, Icon::Information);
+    ui.MessageBox(kLabelsCompleteTitle, {Count(result.read) + " labels were read in."}, Buttons::OK,
+                  Icon::Information);
   }
   return result;
 }
@@ -802,7 +809,8 @@ struct MenuFile {
 
 constexpr MenuFile kMenuFiles[] = {
     {"IMPORT(4)", "Open HUC file", "huc", "HUC files (*.huc)|*.huc"},
-    {"IMPORT(5)", "Line-sink String File to be Imported", "lss", "Line-sink string files (*.lss)|*.lss"},
+    {"IMPORT(5)", "Line-sink String File to be Imported", "lss",
+     "Line-sink string files (*.lss)|*.lss"},
     {"IMPORT(6)", "Inhomogeneity File to be Imported", "inh", "Inhomogeneity files (*.inh)|*.inh"},
     {"IMPORT(7)", "Well File to be Imported", "wl", "Well Files (*.wl)|*.wl"},
     {"IMPORT(8)", "Well File to be Imported", "wl", "Well Files (*.wl)|*.wl"},
@@ -856,8 +864,10 @@ TextImportResult RunTextExchangeCommand(const std::string& key, Database& db, Us
   if (!file || file->empty()) return {};
   if (ExtensionOfFile(*file).empty()) *file += std::string(".") + m->extension;
   if (k == "EXPORT(4)") {
-    if (ExtensionOfFile(*file) == "huc") ExportHuc(db, ui, *file);
-    else ExportLss(db, ui, *file);
+    if (ExtensionOfFile(*file) == "huc")
+      ExportHuc(db, ui, *file);
+    else
+      ExportLss(db, ui, *file);
   } else if (k == "EXPORT(5)") {
     ExportInh(db, ui, *file);
   } else if (k == "EXPORT(6)" || k == "EXPORT(7)") {

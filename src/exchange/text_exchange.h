@@ -38,9 +38,9 @@ struct TextExchangeOptions {
 };
 
 struct TextImportResult {
-  int read = 0;       // elements written
-  int skipped = 0;    // identical elements left out
-  int filesRead = 0;  // .huc: the files read
+  int read = 0;          // elements written
+  int skipped = 0;       // identical elements left out
+  int filesRead = 0;     // .huc: the files read
   bool stopped = false;  // the user stopped, or the file could not be read to its end
 };
 

@@ -138,14 +138,10 @@ std::optional<std::string> SetFieldFromFile(Row& row, std::string_view table,
   if (f == nullptr) throw InvalidArgumentError("No field " + std::string(field));
   const std::string value = TrimST(text);
   const std::string name = row.CanonicalName(field);
-  auto bad = [&](const char* what) {
-    return Quoted(value) + " is not " + what + " for " + name;
-  };
+  auto bad = [&](const char* what) { return Quoted(value) + " is not " + what + " for " + name; };
   switch (f->type) {
     case FieldType::Text:
-    case FieldType::Date:
-      row.Set(field, value);
-      return std::nullopt;
+    case FieldType::Date: row.Set(field, value); return std::nullopt;
     case FieldType::Double: {
       const auto v = WholeNumber(value);
       if (!v) return bad("a number");
@@ -183,9 +179,9 @@ std::optional<std::string> SetFieldFromFile(Row& row, std::string_view table,
 
 const std::vector<std::string_view>& InhomogeneityFields(bool versionTwo) {
   static const std::vector<std::string_view> kOne = {
-      "Label",   "HydCond", "BottomElevation", "AverageHead", "Recharge",
-      "Porosity", "Color",  "ChangeK",         "ChangeR",     "ChangeP",
-      "ChangeB", "ChangeA", "ScenHydCond",     "ScenRecharge"};
+      "Label",    "HydCond", "BottomElevation", "AverageHead", "Recharge",
+      "Porosity", "Color",   "ChangeK",         "ChangeR",     "ChangeP",
+      "ChangeB",  "ChangeA", "ScenHydCond",     "ScenRecharge"};
   static const std::vector<std::string_view> kTwo = [] {
     std::vector<std::string_view> v = kOne;
     for (std::string_view f :
@@ -198,18 +194,18 @@ const std::vector<std::string_view>& InhomogeneityFields(bool versionTwo) {
 
 const std::vector<std::string_view>& LinesinkFields() {
   static const std::vector<std::string_view> kFields = {
-      "Label",          "HeadSpecified",  "StartingHead", "EndingHead",        "Resistance",
-      "Width",          "Depth",          "Routing",      "EndStream",         "OverlandFlow",
-      "EndInflow",      "RoutePID",       "RouteVID",     "ScenResistance",    "Drain",
-      "ScenFluxName",   "Gallery",        "TotalDischarge", "InletStream",     "OutletStream",
-      "OutletTable",    "Lake",           "Precipitation", "Evapotranspiration", "Farfield",
-      "chkScenario",    "AutoSWIZC",      "DefaultResistance"};
+      "Label",        "HeadSpecified", "StartingHead",     "EndingHead",         "Resistance",
+      "Width",        "Depth",         "Routing",          "EndStream",          "OverlandFlow",
+      "EndInflow",    "RoutePID",      "RouteVID",         "ScenResistance",     "Drain",
+      "ScenFluxName", "Gallery",       "TotalDischarge",   "InletStream",        "OutletStream",
+      "OutletTable",  "Lake",          "Precipitation",    "Evapotranspiration", "Farfield",
+      "chkScenario",  "AutoSWIZC",     "DefaultResistance"};
   return kFields;
 }
 
 const std::vector<std::string_view>& BoundaryFields() {
-  static const std::vector<std::string_view> kFields = {"Label", "FarFieldBoundary",
-                                                        "NearFieldHU", "Color"};
+  static const std::vector<std::string_view> kFields = {"Label", "FarFieldBoundary", "NearFieldHU",
+                                                        "Color"};
   return kFields;
 }
 
@@ -276,10 +272,10 @@ BlockResult PropertyBlockReader::Next() {
   b.line = header.number;
   b.element = NewElement(ElementKindOf(*kind));
   const std::string table = TableOf(*kind);
-  const std::vector<std::string_view>& fields =
-      *kind == BlockKind::Inhomogeneity ? InhomogeneityFields(versionTwo_)
-      : *kind == BlockKind::Linesink    ? LinesinkFields()
-                                        : BoundaryFields();
+  const std::vector<std::string_view>& fields = *kind == BlockKind::Inhomogeneity
+                                                    ? InhomogeneityFields(versionTwo_)
+                                                : *kind == BlockKind::Linesink ? LinesinkFields()
+                                                                               : BoundaryFields();
   for (std::string_view field : fields) {
     if (next_ >= lines_.size()) {
       done_ = true;
@@ -316,8 +312,7 @@ BlockResult PropertyBlockReader::Next() {
       done_ = true;
       BlockResult p;
       p.status = BlockStatus::Problem;
-      p.problem = {header.number, header.text,
-                   "the block of " + Quoted(label) + " has no \"end\""};
+      p.problem = {header.number, header.text, "the block of " + Quoted(label) + " has no \"end\""};
       return p;
     }
     const TextLine& line = lines_[next_++];
@@ -398,7 +393,8 @@ std::vector<std::string> RecordFields(std::string_view line, char delimiter) {
     std::size_t start = 0;
     for (;;) {
       const std::size_t comma = line.find(',', start);
-      fields.push_back(TrimST(line.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
+      fields.push_back(TrimST(line.substr(
+          start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
       if (comma == std::string_view::npos) break;
       start = comma + 1;
     }
@@ -452,11 +448,27 @@ std::optional<WellRecord> ParseWellLine(std::string_view line, char delimiter) {
 }
 
 std::string WellLine(const WellRecord& w) {
-  return FormatNumber(w.x, "0.000000000E+00 ") + "," + FormatNumber(w.y, "0.000000000E+00 ") +
-         "," + FormatNumber(w.head, "0.00000E+00 ") + "," + FormatNumber(w.radius, "0.00000E+00") +
-         "," + StripString(OneLine(w.label), ",") + "," + ExactNumber(w.top.value_or(0)) + "," +
+  return FormatNumber(w.x, "0.000000000E+00 ") + "," + FormatNumber(w.y, "0.000000000E+00 ") + "," +
+         FormatNumber(w.head, "0.00000E+00 ") + "," + FormatNumber(w.radius, "0.00000E+00") + "," +
+         StripString(OneLine(w.label), ",") + "," + ExactNumber(w.top.value_or(0)) + "," +
          ExactNumber(w.bottom.value_or(0));
 }
+
+namespace {
+
+// A test point label without blanks, commas and control characters: the estimation
+// files use blanks and commas as delimiters.
+std::string CleanLabel(std::string_view label) {
+  std::string out;
+  for (char c : label) {
+    const auto u = static_cast<unsigned char>(c);
+    if (c == ' ' || c == ',' || u < 0x20 || u == 0x7f) continue;
+    out.push_back(c);
+  }
+  return out;
+}
+
+}  // namespace
 
 std::optional<std::string> TestPointType(std::string_view word) {
   const std::string w = TrimST(word);
@@ -494,15 +506,14 @@ std::optional<TestPointRecord> ParseTestPointLine(std::string_view line, char de
     labelFrom = 3;
   }
   for (std::size_t i = labelFrom; i < f.size(); ++i) t.label += f[i];
-  t.label = StripString(t.label, " ,\t");
+  t.label = CleanLabel(t.label);
   if (t.label.empty()) return std::nullopt;
   return t;
 }
 
 std::string TestPointLine(const TestPointRecord& t) {
   return ExactNumber(t.x) + "," + ExactNumber(t.y) + "," + ExactNumber(t.obsHead) + "," +
-         ExactNumber(t.obsStreamFlow) + " , " + t.type + " , " +
-         StripString(OneLine(t.label), " ,\t");
+         ExactNumber(t.obsStreamFlow) + " , " + t.type + " , " + CleanLabel(t.label);
 }
 
 std::optional<TextLabelRecord> ParseTextLabelLine(std::string_view line) {

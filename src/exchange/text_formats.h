@@ -186,7 +186,7 @@ struct TestPointRecord {
   double obsHead = 0;
   double obsStreamFlow = 0;
   std::string type;   // "Piezometer", "Gage" or "Lake Stage"
-  std::string label;  // spaces and commas removed
+  std::string label;  // spaces, commas and control characters removed
   bool olderForm = false;
 };
 // The type of a word in any case: "Piezometer", "Gage" (also "Gauge"), "Lake Stage";
@@ -194,7 +194,8 @@ struct TestPointRecord {
 std::optional<std::string> TestPointType(std::string_view word);
 // The full record X, Y, ObsHead, ObsStreamFlow, Type, Label (a blank-delimited
 // "Lake Stage" takes two fields; a label split by blanks is joined), or the older
-// form X, Y, ObsHead, Label, a piezometer. The label loses its spaces and commas.
+// form X, Y, ObsHead, Label, a piezometer. The label loses its spaces, commas and
+// control characters.
 // Nothing for a line that is neither, or a label that comes out empty.
 std::optional<TestPointRecord> ParseTestPointLine(std::string_view line, char delimiter);
 std::string TestPointLine(const TestPointRecord& t);

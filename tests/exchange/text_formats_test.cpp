@@ -82,8 +82,8 @@ TEST(PropertyBlockReaderTest, AnInhWithoutVersionTwoLeavesTheScenarioFieldsAtThe
 }
 
 TEST(PropertyBlockReaderTest, ABadValueIsReportedWithItsLineAndTheNextBlockStillReads) {
-  PropertyBlockReader reader(BlockFile::Inh,
-                             Lines("version 2\n" + InhBlock("A", true, "5x") + InhBlock("B", true)));
+  PropertyBlockReader reader(
+      BlockFile::Inh, Lines("version 2\n" + InhBlock("A", true, "5x") + InhBlock("B", true)));
   BlockResult r = reader.Next();
   ASSERT_EQ(r.status, BlockStatus::Problem);
   EXPECT_EQ(r.problem.line, 4);

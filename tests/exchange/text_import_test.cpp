@@ -52,12 +52,12 @@ TEST_F(TextImportTest, ScreensAreCorrectedWithANoteForEachLine) {
             "500 200 117 0.3 High 150 110\n"
             "700 200 117 0.3 Low 130 90\n");
   ScriptedUserInterface ui;
-  ui.ExpectMessage("Import Complete",
-                   {"4 wells were read in.",
-                    "Top and bottom of screen reversed in line 1 Has been corrected.",
-                    "Zero screen length in line2 Screen set to default.",
-                    "Screen above aquifer top in line3 Set to aquifer top.",
-                    "Screen below aquifer bottom in line4 Set to aquifer bottom."});
+  ui.ExpectMessage(
+      "Import Complete",
+      {"4 wells were read in.", "Top and bottom of screen reversed in line 1 Has been corrected.",
+       "Zero screen length in line2 Screen set to default.",
+       "Screen above aquifer top in line3 Set to aquifer top.",
+       "Screen below aquifer bottom in line4 Set to aquifer bottom."});
   exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Head);
   ui.Verify();
   std::map<std::string, std::pair<double, double>> screen;
@@ -72,16 +72,18 @@ TEST_F(TextImportTest, ScreensAreCorrectedWithANoteForEachLine) {
 }
 
 TEST_F(TextImportTest, TheLocalBaseOfAnInhomogeneityBoundsTheScreen) {
-  Element inh = NewElement(ElementKind::Inhomogeneity,
-                           {{0, 0, 0, 0, 0}, {0, 0, 0, 1000, 0}, {0, 0, 0, 1000, 1000}, {0, 0, 0, 0, 1000}});
+  Element inh =
+      NewElement(ElementKind::Inhomogeneity,
+                 {{0, 0, 0, 0, 0}, {0, 0, 0, 1000, 0}, {0, 0, 0, 1000, 1000}, {0, 0, 0, 0, 1000}});
   inh.row.Set("Label", "Raised");
   inh.row.Set("ChangeB", true);
   inh.row.Set("BottomElevation", 105.0);
   Insert(target_, inh);
   WriteText("w.wl", "500,500,100,0.3,Inside,130,101\n");
   ScriptedUserInterface ui;
-  ui.ExpectMessage("Import Complete",
-                   {"1 wells were read in.", "Screen below aquifer bottom in line1 Set to aquifer bottom."});
+  ui.ExpectMessage(
+      "Import Complete",
+      {"1 wells were read in.", "Screen below aquifer bottom in line1 Set to aquifer bottom."});
   exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Discharge);
   ui.Verify();
   EXPECT_EQ(Wells().front().row.Number("BottomElev"), 105.0);
@@ -126,8 +128,9 @@ TEST_F(TextImportTest, ABadRecordAsksAndNoStopsTheImportKeepingWhatWasRead) {
   {
     ScriptedUserInterface ui;
     ui.ExpectMessageTitled("Error in import", Answer::Yes);
-    ui.ExpectMessage("Identical Wells", {"1 wells were read in.", "1 were ignored because identical",
-                                         "wells existed at those locations."});
+    ui.ExpectMessage("Identical Wells",
+                     {"1 wells were read in.", "1 were ignored because identical",
+                      "wells existed at those locations."});
     exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Discharge);
     ui.Verify();
     EXPECT_EQ(Wells().size(), 2u);
@@ -138,7 +141,8 @@ TEST_F(TextImportTest, BlankUndelimitedAndMissingWellFilesAreRefused) {
   WriteText("blank.wl", "\r\n  \r\n");
   WriteText("one.wl", "12345\n");
   ScriptedUserInterface ui;
-  ui.ExpectMessage("Import Failed", {"File: " + File("blank.wl") + " is blank.", "Could not import wells."});
+  ui.ExpectMessage("Import Failed",
+                   {"File: " + File("blank.wl") + " is blank.", "Could not import wells."});
   ui.ExpectMessage("Bad File", {"No valid file delimeter found!", "Either file is not valid or is",
                                 "not comma or space delimeted."});
   ui.ExpectMessage("File Not Found", {"File " + File("none.wl") + " does not exist!",
@@ -191,8 +195,9 @@ TEST_F(TextImportTest, ATextLabelAtTheSamePlaceWithTheSameTextAndTypeIsSkipped) 
   ui.ExpectMessage("Import Comlpete", {"2 labels were read in."});
   exchange::ImportTextLabels(target_, ui, File("a.tx"));
   WriteText("b.tx", "100 200 0 Well field\n100 200 0 Other text\n");
-  ui.ExpectMessage("Identical Labels", {"1 labels were read in.", "1 were skipped because identical",
-                                        "labels existed in those locations."});
+  ui.ExpectMessage("Identical Labels",
+                   {"1 labels were read in.", "1 were skipped because identical",
+                    "labels existed in those locations."});
   exchange::ImportTextLabels(target_, ui, File("b.tx"));
   ui.Verify();
   const auto labels = LoadAll(target_, ElementKind::Text);
@@ -206,13 +211,12 @@ TEST_F(TextImportTest, AForeignFileFailsToReadAndABadBlockAsksToGoOn) {
   ui.ExpectMessage("Read Fail", {"The file: " + File("wells.inh") + " is not of the proper format",
                                  "cannot be read in. File read aborted."});
   EXPECT_TRUE(exchange::ImportInh(target_, ui, File("wells.inh")).stopped);
-  WriteText("bad.lss",
-            "version 2\nnearfield\nCreek\n1\nhigh\n");
-  ui.ExpectMessage("Error in import",
-                   {"Error in file " + File("bad.lss") +
-                        " line 5: \"high\" is not a number for StartingHead",
-                    "Continue import?"},
-                   Answer::Yes);
+  WriteText("bad.lss", "version 2\nnearfield\nCreek\n1\nhigh\n");
+  ui.ExpectMessage(
+      "Error in import",
+      {"Error in file " + File("bad.lss") + " line 5: \"high\" is not a number for StartingHead",
+       "Continue import?"},
+      Answer::Yes);
   ui.ExpectMessage("Import Complete", {"0 linesink strings were read in.",
                                        "0 hydrologic unit boundaries were read in."});
   exchange::ImportLss(target_, ui, File("bad.lss"));
@@ -246,9 +250,9 @@ TEST_F(TextImportTest, TheHucListReadsItsFilesAndToleratesAMissingOne) {
   ui.ExpectMessageTitled("HUC Export");
   exchange::ExportLss(source_, ui, (dir_ / "parts" / "near.lss").string());
   WriteText("unit.huc", "path parts\r\nnearfield  near.lss \r\ninhomogeneities areas.inh\r\n");
-  ui.ExpectMessage("File Not Found", {"File " + (dir_ / "parts" / "areas.inh").string() +
-                                          " does not exist!",
-                                      "TARNO will ignore this file and continue."});
+  ui.ExpectMessage("File Not Found",
+                   {"File " + (dir_ / "parts" / "areas.inh").string() + " does not exist!",
+                    "TARNO will ignore this file and continue."});
   ui.ExpectMessage("HUC Import Complete", {"Import of " + File("unit.huc") + " complete.",
                                            "1 Nearfield linesink files (.lss) were read in.",
                                            "0 Farfield linesink files (.lss) were read in."});
@@ -277,8 +281,8 @@ TEST_F(TextImportTest, ExportsAskBeforeReplacingAFileAndSayWhenThereIsNothing) {
   w.row.Set("Label", "PW1");
   Insert(target_, w);
   WriteText("w.wl", "keep me");
-  ui.ExpectMessage("File Exists", {"File " + File("w.wl") + " already exists.",
-                                   "Do you want to overwrite it?"},
+  ui.ExpectMessage("File Exists",
+                   {"File " + File("w.wl") + " already exists.", "Do you want to overwrite it?"},
                    Answer::No);
   ui.ExpectMessage("Abort", {"Export canceled by user"});
   EXPECT_FALSE(exchange::ExportWells(target_, ui, File("w.wl"), WellKind::Discharge));

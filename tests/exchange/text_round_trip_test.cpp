@@ -56,10 +56,9 @@ TEST_P(TextRoundTripTest, HucCarriesBothFieldsOfStringsAndTheInhomogeneities) {
   ScriptedUserInterface ui;
   ui.ExpectMessageTitled("HUC Export");
   ASSERT_TRUE(exchange::ExportHuc(source_, ui, File("model.huc")).has_value());
-  ui.ExpectMessage("HUC Import Complete",
-                   {"Import of " + File("model.huc") + " complete.",
-                    "1 Nearfield linesink files (.lss) were read in.",
-                    "1 Farfield linesink files (.lss) were read in."});
+  ui.ExpectMessage("HUC Import Complete", {"Import of " + File("model.huc") + " complete.",
+                                           "1 Nearfield linesink files (.lss) were read in.",
+                                           "1 Farfield linesink files (.lss) were read in."});
   exchange::ImportHuc(target_, ui, File("model.huc"));
   ui.Verify();
   EXPECT_EQ(ElementLines(target_, ElementKind::Linesink),
@@ -101,9 +100,10 @@ TEST_P(TextRoundTripTest, BoundariesRoutingLinksAndTextLabelsComeBack) {
   // The examples have neither boundaries nor text labels: a unit around everything
   // with its far-field and model boundaries, a routing link, two labels.
   auto domain = [&](const std::string& label, bool far, bool near, double pad) {
-    Element d = NewElement(ElementKind::Domain,
-                           {{0, 0, 0, -1e7 - pad, -1e7 - pad}, {0, 0, 0, 1e7 + pad, -1e7 - pad},
-                            {0, 0, 0, 1e7 + pad, 1e8 + pad}, {0, 0, 0, -1e7 - pad, 1e8 + pad}});
+    Element d = NewElement(ElementKind::Domain, {{0, 0, 0, -1e7 - pad, -1e7 - pad},
+                                                 {0, 0, 0, 1e7 + pad, -1e7 - pad},
+                                                 {0, 0, 0, 1e7 + pad, 1e8 + pad},
+                                                 {0, 0, 0, -1e7 - pad, 1e8 + pad}});
     d.row.Set("Label", label);
     d.row.Set("FarFieldBoundary", far);
     d.row.Set("NearFieldHU", near);
@@ -133,9 +133,10 @@ TEST_P(TextRoundTripTest, BoundariesRoutingLinksAndTextLabelsComeBack) {
   }
 
   ScriptedUserInterface ui;
-  ui.ExpectMessage("HUC Export", {"Export of " + File("unit.lss") + " complete.",
-                                  "3 hydrologic unit boundaries and " +
-                                      std::to_string(near.size()) + " linesink strings were written."});
+  ui.ExpectMessage("HUC Export",
+                   {"Export of " + File("unit.lss") + " complete.",
+                    "3 hydrologic unit boundaries and " + std::to_string(near.size()) +
+                        " linesink strings were written."});
   exchange::ExportLss(source_, ui, File("unit.lss"));
   ui.ExpectMessageTitled("Labels Written");
   exchange::ExportTextLabels(source_, ui, File("labels.tx"));

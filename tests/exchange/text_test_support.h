@@ -29,7 +29,8 @@ inline void LoadExampleSql(Database& db, const std::string& name) {
 }
 
 inline std::string ValueText(const Value& v) {
-  if (const auto* s = std::get_if<std::string>(&v)) return std::string(1, '\'').append(*s).append(1, '\'');
+  if (const auto* s = std::get_if<std::string>(&v))
+    return std::string(1, '\'').append(*s).append(1, '\'');
   if (const auto* i = std::get_if<std::int64_t>(&v)) return std::to_string(*i);
   if (const auto* d = std::get_if<double>(&v)) {
     char buf[64];
@@ -60,8 +61,7 @@ inline std::string ElementLine(Database& db, const Element& e,
     line += " route=" + (target ? target->Label() : std::string("?"));
     if (target)
       for (std::size_t i = 0; i < target->vertices.size(); ++i)
-        if (target->vertices[i].VID == e.row.Integer("RouteVID"))
-          line += "@" + std::to_string(i);
+        if (target->vertices[i].VID == e.row.Integer("RouteVID")) line += "@" + std::to_string(i);
   }
   line += " |";
   for (const Vertex& v : e.vertices) line += " " + ValueText(v.X) + "," + ValueText(v.Y);

@@ -41,8 +41,8 @@ TEST_F(TarnocmdTextExchange, WellsAndTestPointsTravelBetweenProjects) {
   Ok({"model", project_, "AQBase=100", "AQThickness=35"});
   Ok({"model", other_, "AQBase=100", "AQThickness=35"});
   Ok({"add", project_, "well", "1000", "2000", "--set", "Label=PW1", "Head=500", "Radius=0.3"});
-  Ok({"add", project_, "well", "1500", "2000", "--set", "Label=Pit", "HeadSpecified=1",
-      "Head=120", "Radius=2"});
+  Ok({"add", project_, "well", "1500", "2000", "--set", "Label=Pit", "HeadSpecified=1", "Head=120",
+      "Radius=2"});
   Ok({"add", project_, "testpoint", "1200", "2100", "--set", "Label=MW1", "ObsHead=118.5"});
   const std::string wl = (dir_ / "pumping.wl").string();
   EXPECT_EQ(Ok({"export", project_, "wl", wl}),

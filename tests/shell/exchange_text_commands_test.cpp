@@ -32,8 +32,8 @@ class TextExchangeCommandsTest : public ::testing::Test {
     project_ = (temp_.Path() / "example.trn").string();
     test::RunOptions made;
     made.cwd = temp_.Path();
-    const test::RunResult created = test::RunProgram(
-        "tarnocmd", {"new", project_, "--yes", "--base-name", "example"}, made);
+    const test::RunResult created =
+        test::RunProgram("tarnocmd", {"new", project_, "--yes", "--base-name", "example"}, made);
     ASSERT_EQ(created.status, 0) << created.err;
     test::RunOptions script;
     script.input = fs::path(TARNO_SOURCE_DIR) / "examples" / "vincennes.sql";
