@@ -569,6 +569,7 @@ TextImportResult ImportHuc(Database& db, UserInterface& ui, const std::string& f
   };
   fs::path dir = fs::path(file).parent_path();
   int nearFiles = 0, farFiles = 0;
+  UndoScope scope(db, "Import Hydrologic Unit");  // the files' imports join it
   for (const TextLine& line : ReadTextLines(file)) {
     if (IsBlankLine(line.text)) continue;
     const std::vector<std::string> f = ParseString(line.text, " ");
@@ -604,6 +605,7 @@ TextImportResult ImportHuc(Database& db, UserInterface& ui, const std::string& f
       break;
     }
   }
+  scope.Commit();
   if (total.filesRead == 0) {
     ui.MessageBox(kHucCompleteTitle,
                   {"Import of '" + file + "' finished but no files were read in!"}, Buttons::OK,
@@ -715,9 +717,13 @@ TextImportResult ImportTestPoints(Database& db, UserInterface& ui, const std::st
       result.stopped = true;
       break;
     }
-    const std::optional<std::int64_t> vid = FindPointVertexAt(db, t->x, t->y);
+    // The vertex at this place is reused when it is a test point's (which takes the
+    // file's values) or nobody's; a well's or a particle's vertex stays its own, since
+    // deleting that element deletes its vertex.
+    const std::int64_t vid = FindPointVertexAt(db, t->x, t->y).value_or(0);
     std::optional<Element> here;
-    if (vid) here = Load(db, ElementKind::TestPoint, *vid);
+    if (vid != 0) here = Load(db, ElementKind::TestPoint, vid);
+    const bool freeVertex = vid != 0 && !here && !OwnerOfPoint(db, vid);
     const std::optional<Element> named = FindByLabel(db, ElementKind::TestPoint, t->label);
     if (named && (!here || named->key != here->key)) {
       if (ui.MessageBox(
@@ -738,8 +744,8 @@ TextImportResult ImportTestPoints(Database& db, UserInterface& ui, const std::st
     ApplyDefaultWeights(e);
     if (here)
       Update(db, e);  // the test point at this place takes the file's observation
-    else if (vid)
-      InsertPointOnVertex(db, e, *vid);
+    else if (freeVertex)
+      InsertPointOnVertex(db, e, vid);
     else
       Insert(db, e);
     ++result.read;

@@ -153,7 +153,7 @@ TEST_F(TextImportTest, BlankUndelimitedAndMissingWellFilesAreRefused) {
   EXPECT_TRUE(Wells().empty());
 }
 
-TEST_F(TextImportTest, TestPointsReuseAVertexUpdateTheirPlaceAndRefuseADuplicateLabel) {
+TEST_F(TextImportTest, TestPointsUpdateTheTestPointAtTheirPlaceAndRefuseADuplicateLabel) {
   Element well = NewElement(ElementKind::Well, {{0, -1, 0, 10, 20}});
   well.row.Set("Label", "PW1");
   Insert(target_, well);
@@ -174,9 +174,18 @@ TEST_F(TextImportTest, TestPointsReuseAVertexUpdateTheirPlaceAndRefuseADuplicate
   ui.ExpectMessage("Import Complete", {"3 test points were read in."});
   exchange::ImportTestPoints(target_, ui, File("t.tp"));
   ui.Verify();
+  // A vertex that no element holds any more is taken.
+  const std::int64_t orphan = AddVertex(target_, 200, 300, -1, 0);
+  WriteText("u.tp", "200 300 119.1 MW-10\n");
+  ui.ExpectMessageTitled("Import Complete");
+  exchange::ImportTestPoints(target_, ui, File("u.tp"));
+  ui.Verify();
+  EXPECT_EQ(FindByLabel(target_, ElementKind::TestPoint, "MW-10")->key, orphan);
   const auto atWell = FindByLabel(target_, ElementKind::TestPoint, "AtWell");
   ASSERT_TRUE(atWell);
-  EXPECT_EQ(atWell->key, well.key) << "the well's vertex is reused";
+  EXPECT_NE(atWell->key, well.key) << "a well's vertex stays the well's own";
+  EXPECT_EQ(atWell->X(), 10.0);
+  EXPECT_EQ(atWell->Y(), 20.0);
   const auto gage = FindByLabel(target_, ElementKind::TestPoint, "Old");
   ASSERT_TRUE(gage);
   EXPECT_EQ(gage->key, old.key);
@@ -186,7 +195,7 @@ TEST_F(TextImportTest, TestPointsReuseAVertexUpdateTheirPlaceAndRefuseADuplicate
   ASSERT_TRUE(older);
   EXPECT_EQ(older->row.Text("Type"), "Piezometer");
   EXPECT_EQ(older->row.Number("ObsHead"), 118.0);
-  EXPECT_EQ(CountElements(target_, ElementKind::TestPoint), 3);
+  EXPECT_EQ(CountElements(target_, ElementKind::TestPoint), 4);
 }
 
 TEST_F(TextImportTest, ATextLabelAtTheSamePlaceWithTheSameTextAndTypeIsSkipped) {

@@ -82,6 +82,8 @@ TEST_F(TextExchangeCommandsTest, ImportsChangeTheModelOrOnlyItsObservationsAndEx
   ASSERT_TRUE(shell_->Commands().Run("IMPORT(7)"));
   EXPECT_FALSE(shell_->Solution().SolutionPresent) << "a new well changes the flow";
   EXPECT_EQ(Count(ElementKind::Well), 6);
+  ASSERT_TRUE(shell_->Commands().Run("EDIT_UNDO"));
+  EXPECT_EQ(Count(ElementKind::Well), 5) << "the import is one entry of the edit history";
 
   ui_.ExpectSaveFile(File("observations.tp")).Title("Export Test Points");
   ui_.ExpectMessage("Test Points Written", {"Export Complete: 8 Test Points were written."});
