@@ -54,6 +54,36 @@ void WriteFile(const std::string& file, const std::string& content) {
   if (!out) throw Error("Cannot write the file \"" + file + "\"");
 }
 
+// The writes of one import: one entry of the edit history and one transaction, so
+// that a file of thousands of elements is not thousands of commits to the disk. Each
+// element is still written in a transaction of its own inside it, whole or not at
+// all. What was written stands however the import ends: stopped by the user, or by a
+// failure on the way, which the caller's error trap then reports.
+class ImportWrites {
+ public:
+  ImportWrites(Database& db, std::string name) : scope_(db, std::move(name)), tx_(db) {}
+  ~ImportWrites() {
+    if (done_) return;
+    try {
+      Commit();
+    } catch (...) {
+      // Unwinding already: the first failure is the one reported.
+    }
+  }
+  ImportWrites(const ImportWrites&) = delete;
+  ImportWrites& operator=(const ImportWrites&) = delete;
+  void Commit() {
+    done_ = true;
+    tx_.Commit();
+    scope_.Commit();
+  }
+
+ private:
+  UndoScope scope_;
+  Transaction tx_;
+  bool done_ = false;
+};
+
 // Hides the wait window however the import ends.
 class WaitWindow {
  public:
@@ -206,7 +236,7 @@ TextImportResult ImportBlocks(Database& db, UserInterface& ui, const std::string
     return result;
   }
   PropertyBlockReader reader(kind, ReadTextLines(file));
-  UndoScope scope(db,
+  ImportWrites scope(db,
                   kind == BlockFile::Lss ? "Import Line-sink Strings" : "Import Inhomogeneities");
   struct Routed {
     Element element;
@@ -569,7 +599,7 @@ TextImportResult ImportHuc(Database& db, UserInterface& ui, const std::string& f
   };
   fs::path dir = fs::path(file).parent_path();
   int nearFiles = 0, farFiles = 0;
-  UndoScope scope(db, "Import Hydrologic Unit");  // the files' imports join it
+  ImportWrites scope(db, "Import Hydrologic Unit");  // the files' imports join it
   for (const TextLine& line : ReadTextLines(file)) {
     if (IsBlankLine(line.text)) continue;
     const std::vector<std::string> f = ParseString(line.text, " ");
@@ -628,7 +658,7 @@ TextImportResult ImportWells(Database& db, UserInterface& ui, const std::string&
     result.stopped = true;
     return result;
   }
-  UndoScope scope(db, "Import Wells");
+  ImportWrites scope(db, "Import Wells");
   std::vector<std::string> notes;
   {
     WaitWindow wait(ui, kImportingWells);
@@ -708,7 +738,7 @@ TextImportResult ImportTestPoints(Database& db, UserInterface& ui, const std::st
     result.stopped = true;
     return result;
   }
-  UndoScope scope(db, "Import Test Points");
+  ImportWrites scope(db, "Import Test Points");
   for (const TextLine& line : f->lines) {
     if (IsBlankLine(line.text) || IsCommentLine(line.text)) continue;
     const std::optional<TestPointRecord> t = ParseTestPointLine(line.text, f->delimiter);
@@ -763,7 +793,7 @@ TextImportResult ImportTextLabels(Database& db, UserInterface& ui, const std::st
     result.stopped = true;
     return result;
   }
-  UndoScope scope(db, "Import Text Labels");
+  ImportWrites scope(db, "Import Text Labels");
   std::vector<Element> labels = LoadAll(db, ElementKind::Text);
   for (const TextLine& line : f->lines) {
     if (IsBlankLine(line.text) || IsCommentLine(line.text)) continue;

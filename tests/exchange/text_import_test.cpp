@@ -137,6 +137,19 @@ TEST_F(TextImportTest, ABadRecordAsksAndNoStopsTheImportKeepingWhatWasRead) {
   }
 }
 
+TEST_F(TextImportTest, WhatWasReadBeforeAFailureStands) {
+  WriteText("w.wl", "100,200,500,0.3,PW1\n100,abc,500,0.3,PW2\n");
+  ScriptedUserInterface ui;  // the question of line 2 is not scripted: the port fails there
+  EXPECT_THROW(exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Discharge),
+               UnexpectedUiCall);
+  EXPECT_FALSE(ui.WaitWindowVisible());
+  target_.Close();
+  target_ = Database::Open(dir_ / "target.trn");
+  const auto wells = Wells();
+  ASSERT_EQ(wells.size(), 1u);
+  EXPECT_EQ(wells[0].Label(), "PW1");
+}
+
 TEST_F(TextImportTest, BlankUndelimitedAndMissingWellFilesAreRefused) {
   WriteText("blank.wl", "\r\n  \r\n");
   WriteText("one.wl", "12345\n");
