@@ -236,8 +236,8 @@ TextImportResult ImportBlocks(Database& db, UserInterface& ui, const std::string
     return result;
   }
   PropertyBlockReader reader(kind, ReadTextLines(file));
-  ImportWrites scope(db,
-                  kind == BlockFile::Lss ? "Import Line-sink Strings" : "Import Inhomogeneities");
+  ImportWrites scope(
+      db, kind == BlockFile::Lss ? "Import Line-sink Strings" : "Import Inhomogeneities");
   struct Routed {
     Element element;
     std::int64_t block, seq;

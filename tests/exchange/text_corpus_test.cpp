@@ -27,12 +27,4 @@ TEST(TextCorpusTest, EverySeedPassesTheChecksOfTheFuzzTarget) {
   EXPECT_GE(files, 10);
 }
 
-TEST(TextCorpusTest, TheChecksCatchABlockThatDoesNotComeBack) {
-  // A label with a carriage return inside is written with a blank: the check leaves
-  // such a block alone rather than report it.
-  EXPECT_NO_THROW(
-      CheckTextReaders("Inhomogeneity\nA\rB\n5\n90\n-9999\n0.001\n0.3\n255\nTrue\n"
-                       "True\nFalse\nFalse\nFalse\nx\ny\n0 0\n1 0\n1 1\nend\n"));
-}
-
 }  // namespace
