@@ -82,6 +82,13 @@ int Import(const std::vector<std::string>& args, std::ostream& out, std::ostream
       value = args[++i];
       continue;
     }
+    if (args[i] == "--wells") {
+      if (i + 1 >= args.size()) return Usage(err, "--wells needs discharge or head");
+      o.wells = Lower(args[++i]);
+      if (o.wells != "discharge" && o.wells != "head")
+        return Usage(err, "--wells needs discharge or head, not \"" + args[i] + "\"");
+      continue;
+    }
     if (args[i].size() > 2 && args[i].compare(0, 2, "--") == 0)
       return Usage(err, "unknown option \"" + args[i] + "\"");
     positional.push_back(args[i]);
@@ -113,8 +120,9 @@ std::string ExchangeUsageText() {
          "      what: contours pathlines capzones elements (dxf, bln), a shapefile kind (shp),\n"
          "      discharge or head (wl)\n"
          "  tarnocmd import <path> <file>... [--field ROLE=ATTRIBUTE]... [--kind K] [--layer L]\n"
-         "      [--yes | --no]\n"
-         "      the reader follows the file's extension; other vector files through GDAL/OGR\n";
+         "      [--wells KIND] [--yes | --no]\n"
+         "      the reader follows the file's extension; other vector files through GDAL/OGR;\n"
+         "      --wells discharge (the default) or head: the kind of the wells of .wl files\n";
 }
 
 std::optional<int> RunExchangeCommand(const std::vector<std::string>& args, std::ostream& out,

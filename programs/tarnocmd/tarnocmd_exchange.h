@@ -2,7 +2,7 @@
 //
 //   tarnocmd export <project> <format> <file> [<what>] [--yes | --no]
 //   tarnocmd import <project> <file>... [--field ROLE=ATTRIBUTE]... [--kind K] [--layer L]
-//                   [--yes | --no]
+//                   [--wells KIND] [--yes | --no]
 //
 // <format> is one of lss.xml, inh.xml, brr.xml, lss, inh, huc, wl, tp, tx, dxf, bln,
 // grd, shp, gpkg. <what> says what a geometry export holds: contours, pathlines,
@@ -37,6 +37,7 @@ struct ImportOptions {
   std::vector<std::pair<std::string, std::string>> fields;  // --field ROLE=ATTRIBUTE
   std::string kind;   // --kind K (GIS vector files): linesink, barrier, inhomogeneity, well
   std::string layer;  // --layer L (GIS vector files): the layer; "" the first
+  std::string wells;  // --wells discharge|head: the kind of the wells of a .wl file; "" discharge
   Answers answers = Answers::Defaults;
 };
 

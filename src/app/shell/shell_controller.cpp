@@ -10,6 +10,7 @@
 #include "app/shell/exchange_xml_commands.h"
 #include "app/shell/exchange_geometry_commands.h"
 #include "app/shell/exchange_gis_commands.h"
+#include "app/shell/exchange_text_commands.h"
 #include "app/shell_models.h"
 #include "app/undo_model.h"
 #include "calibration/stats_model.h"
@@ -198,6 +199,11 @@ void ShellController::RegisterCommands() {
       Zoom(kZoomRedraw);
     });
   }
+  // Tools > Import and Export: the text element files.
+  c.Register(
+      {"IMPORT(4)", "IMPORT(5)", "IMPORT(6)", "IMPORT(7)", "IMPORT(8)", "IMPORT(9)", "IMPORT(10)",
+       "EXPORT(4)", "EXPORT(5)", "EXPORT(6)", "EXPORT(7)", "EXPORT(8)", "EXPORT(9)"},
+      [this](const std::string& key) { TextExchangeCommand(*this, key); }, "TOOLS_CMDS");
   c.Register("PestMenu", [this] { PestCommand(); });
   c.Register("UcodeMenu", [this] { UcodeCommand(); });
   c.Register("TOOLS_CMDS(0)", [this] { GuiOptionsCommand(); });
