@@ -20,7 +20,9 @@
 
 #include "engine/state.h"
 
+#include <algorithm>
 #include <complex>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,6 +71,45 @@ const UnknownElement& elementOf(UnknownKind kind);
 inline const UnknownElement& elementOf(const Solution::State& s, int j) {
   return elementOf(s.ukind[j]);
 }
+
+// ---- Elements in the water balance -----------------------------------------------
+
+// A group of elements seen from the water balance (Solution::waterBalance,
+// engine/balance.cpp): the wells, the line-sinks, the area sinks of inhomogeneities,
+// the ponds, the leakage cells, the line-doublets and the transient wells. Each adds its
+// terms (`add(kind, extraction)`, extraction > 0 takes water out of the aquifer) and
+// the points it covers to the box around which the far field's circle is drawn; a
+// group whose term depends on that circle (the transient wells, whose storage change
+// is counted inside it) adds it after the far field. The balance asks every group in
+// the order of balanceElements() instead of gathering each kind itself; the order fixes
+// the order of the balance's lines.
+using AddBalanceTerm = std::function<void(const std::string& kind, double extraction)>;
+
+struct BalanceBox {
+  double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
+  void grow(double x, double y) {
+    xmin = std::min(xmin, x);
+    xmax = std::max(xmax, x);
+    ymin = std::min(ymin, y);
+    ymax = std::max(ymax, y);
+  }
+};
+
+class BalanceElement {
+ public:
+  virtual ~BalanceElement() = default;
+  // The group's terms of the balance.
+  virtual void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const {}
+  // The terms that follow the far field: the flow within the circle of centre (cx, cy)
+  // and radius R.
+  virtual void termsWithin(const Solution::State& s, double cx, double cy, double R,
+                           const AddBalanceTerm& add) const {}
+  // Grows `box` by the points the group covers.
+  virtual void extent(const Solution::State& s, BalanceBox& box) const = 0;
+};
+
+// Every group, in the order of the balance's lines.
+const std::vector<const BalanceElement*>& balanceElements();
 
 // ---- Segment conditions --------------------------------------------------------
 

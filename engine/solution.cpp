@@ -963,50 +963,19 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
 WaterBalance Solution::waterBalance() const {
     const State& s = *s_;
     WaterBalance b;
-    auto add = [&](const std::string& kind, double extraction) {
+    const AddBalanceTerm add = [&](const std::string& kind, double extraction) {
         auto it = std::find_if(b.terms.begin(), b.terms.end(), [&](const BalanceTerm& t) { return t.kind == kind; });
         if (it == b.terms.end()) { b.terms.push_back({kind, 0.0, 0.0}); it = b.terms.end() - 1; }
         if (extraction > 0) it->out += extraction; else it->in -= extraction;
     };
-    for (const auto& w : s.wells) {
-        if (w.partial >= 0) add(w.headSpecified ? "partial wells, head specified" : "partial wells, discharge specified", w.q);
-        else add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
-    }
-    for (size_t i = 0; i < s.segs.size(); ++i) {
-        const SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        std::string kind;
-        switch (e.kind) {
-        case LineSinkKind::Discharge: kind = "line-sinks, discharge specified"; break;
-        case LineSinkKind::Head: kind = "line-sinks, head specified"; break;
-        case LineSinkKind::Drain: kind = "drains"; break;
-        case LineSinkKind::Gallery: kind = "galleries"; break;
-        case LineSinkKind::Stream: kind = "streams"; break;
-        }
-        add(kind, s.ssig[i] * L);
-    }
-    for (const auto& d : s.domains)
-        if (d.hasSink) add("area sinks, inhomogeneities", d.extraction * d.sink.area);
-    for (const auto& p : s.ponds) add(p.headSpecified ? "ponds, head specified" : "ponds, discharge specified", -p.rate * kPi * p.R * p.R);
-    for (const auto& c : s.model.leakage) add("leakage to the model below", c.rate * (c.x2 - c.x1) * (c.y2 - c.y1));
+    for (const BalanceElement* e : balanceElements()) e->balanceTerms(s, add);
     // The far field: inflow across a circle around every element, by the trapezoidal
     // rule, which converges geometrically for this periodic, analytic integrand.
-    double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
-    auto grow = [&](double x, double y) {
-        xmin = std::min(xmin, x); xmax = std::max(xmax, x);
-        ymin = std::min(ymin, y); ymax = std::max(ymax, y);
-    };
-    for (const auto& w : s.wells) grow(w.x, w.y);
-    for (const auto& e : s.segs) { grow(e.x1, e.y1); grow(e.x2, e.y2); }
-    for (const auto& e : s.edges) { grow(e.g.x1, e.g.y1); grow(e.g.x2, e.g.y2); }
-    for (const auto& d : s.domains)
-        for (const auto& v : d.poly) grow(v.x, v.y);
-    for (const auto& p : s.ponds) { grow(p.x - p.R, p.y - p.R); grow(p.x + p.R, p.y + p.R); }
-    for (const auto& c : s.model.leakage) { grow(c.x1, c.y1); grow(c.x2, c.y2); }
-    for (const auto& g : s.theisGroups) grow(g.x, g.y);
-    if (xmin <= xmax) {
-        const double cx = 0.5 * (xmin + xmax), cy = 0.5 * (ymin + ymax);
-        const double R = std::max(std::hypot(xmax - xmin, ymax - ymin), 1e-3);  // twice the enclosing radius
+    BalanceBox box;
+    for (const BalanceElement* e : balanceElements()) e->extent(s, box);
+    if (box.xmin <= box.xmax) {
+        const double cx = 0.5 * (box.xmin + box.xmax), cy = 0.5 * (box.ymin + box.ymax);
+        const double R = std::max(std::hypot(box.xmax - box.xmin, box.ymax - box.ymin), 1e-3);  // twice the enclosing radius
         const int m = 256;
         double inflow = 0.0, gross = 0.0;
 #pragma omp parallel for reduction(+ : inflow, gross)
@@ -1021,7 +990,7 @@ WaterBalance Solution::waterBalance() const {
         // circle (uniform flow around doublets) is no flow.
         if (std::fabs(inflow) <= 1e-11 * gross) inflow = 0.0;
         add("far field", -inflow);
-        for (const auto& [kind, extraction] : s.theisBalance(cx, cy, R)) add(kind, extraction);
+        for (const BalanceElement* e : balanceElements()) e->termsWithin(s, cx, cy, R, add);
     }
     for (const auto& t : b.terms) { b.totalIn += t.in; b.totalOut += t.out; }
     b.difference = b.totalIn - b.totalOut;

@@ -359,6 +359,11 @@ TEST(CommandFile, StreamsListVerticesAndEndWithABareVertex) {
   EXPECT_DOUBLE_EQ(s.segments[1].x1, 100.0);
   EXPECT_DOUBLE_EQ(s.segments[1].x2, 200.0);
   EXPECT_EQ(s.segments[1].label, "LS_000020_0300");
+  // Each element keeps the line it came from, for the run's messages.
+  EXPECT_EQ(s.line, 3);
+  EXPECT_EQ(s.linkLine, 5);
+  EXPECT_EQ(s.segments[0].line, 13);
+  EXPECT_EQ(s.segments[1].line, 14);
   ASSERT_EQ(e.lineSinks[1].segments.size(), 1u);
   // The vertex after the bare last one is reported and skipped.
   ASSERT_EQ(f.problems.size(), 1u);
