@@ -29,21 +29,11 @@ class WellBalance final : public BalanceElement {
 // Line-sink segments, by the kind of their string.
 class LineSinkBalance final : public BalanceElement {
  public:
-  static const char* kindOf(LineSinkKind k) {
-    switch (k) {
-      case LineSinkKind::Discharge: return "line-sinks, discharge specified";
-      case LineSinkKind::Head: return "line-sinks, head specified";
-      case LineSinkKind::Drain: return "drains";
-      case LineSinkKind::Gallery: return "galleries";
-      case LineSinkKind::Stream: return "streams";
-    }
-    return "";
-  }
   void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const override {
     for (size_t i = 0; i < s.segs.size(); ++i) {
       const SegEl& e = s.segs[i];
       const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-      add(kindOf(e.kind), s.ssig[i] * L);
+      add(wordsOf(e.kind).balance, s.ssig[i] * L);
     }
   }
   void extent(const Solution::State& s, BalanceBox& box) const override {

@@ -15,6 +15,21 @@ using detail::kPi;
 
 namespace segment_conditions {
 
+double headError(const Solution::State& s, const SegEl& e, double h, double sigma) {
+  switch (e.state) {
+    case SegState::Free:
+    case SegState::Held: {
+      double target = e.value;
+      if (followsGallery(e)) target = s.aqOf(e.dom).headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
+      return e.resist ? h - target - e.c * sigma / e.w : h - target;
+    }
+    case SegState::Percolating: return std::max(0.0, h - (e.value - e.d));
+    case SegState::Off: return std::max(0.0, h - e.value);
+    case SegState::Limited: return 0.0;
+  }
+  return 0.0;
+}
+
 // A limited (dry) stream reach takes exactly the flow that reaches it, so that the flow
 // at its downstream end is zero. That flow is linear in the strengths of the reach and
 // of every segment upstream of it:
@@ -182,12 +197,10 @@ class SegmentElement final : public UnknownElement {
     const auto& aq = s.aqOf(e.dom);
     const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
     const double sig = s.x[e.unknown];
-    double target = e.value;
-    if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
     switch (e.state) {
       case SegState::Free:
       case SegState::Held: {
-        const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
+        const double res = segment_conditions::headError(s, e, h, sig);
         residual = std::max(residual, std::fabs(res));
         if (e.kind == LineSinkKind::Drain && sig < 0.0) {
           e.state = SegState::Off;

@@ -128,6 +128,15 @@ inline bool fixedForm(const SegEl& e) {
   return e.state == SegState::Percolating || e.state == SegState::Off;
 }
 
+// The error in head of the segment's condition in its present state, with h the head at
+// its centre and sigma its strength: for a row of potential form the head less the head
+// it must hold (its own, or the gallery's common head), less the drop through the
+// resistance; for a percolating reach or a drain that is off how far the head stands
+// above the level where the fixed strength stops holding (0 below it); 0 for a limited
+// reach, whose row is checked against the flow reaching it. The update after a solve
+// and the segment's results both use it.
+double headError(const Solution::State& s, const SegEl& e, double h, double sigma);
+
 // The limited reach of a stream: the sum of L_j sigma_j over the reach and every segment
 // upstream of it (up to the nearest limited reaches) equals minus their end inflows and
 // overland flows. `coef` gets (unknown, coefficient) pairs, the reach's own first; the

@@ -38,15 +38,20 @@ using segment_conditions::limitedRow;
 
 }  // namespace
 
-const char* kindName(LineSinkKind k) {
+const LineSinkKindWords& wordsOf(LineSinkKind k) {
+    static const LineSinkKindWords kDischarge{"discharge", "discharge specified", "line-sinks, discharge specified"};
+    static const LineSinkKindWords kHead{"head", "head specified", "line-sinks, head specified"};
+    static const LineSinkKindWords kDrain{"drain", "drain", "drains"};
+    static const LineSinkKindWords kGallery{"gallery", "gallery", "galleries"};
+    static const LineSinkKindWords kStream{"stream", "stream", "streams"};
     switch (k) {
-    case LineSinkKind::Discharge: return "discharge";
-    case LineSinkKind::Head: return "head";
-    case LineSinkKind::Drain: return "drain";
-    case LineSinkKind::Gallery: return "gallery";
-    case LineSinkKind::Stream: return "stream";
+    case LineSinkKind::Discharge: return kDischarge;
+    case LineSinkKind::Head: return kHead;
+    case LineSinkKind::Drain: return kDrain;
+    case LineSinkKind::Gallery: return kGallery;
+    case LineSinkKind::Stream: return kStream;
     }
-    return "?";
+    return kHead;
 }
 
 void Solution::State::warn(const std::string& w) {
@@ -829,19 +834,8 @@ std::vector<SegmentResult> Solution::segmentResults() const {
         o.depth = ls.farField ? 0.0 : ls.depth;
         o.percolating = e.state == SegState::Percolating;
         o.inactive = e.state == SegState::Off || e.state == SegState::Limited || e.state == SegState::Held;
-        if (e.kind != LineSinkKind::Discharge && hc[i] != kDryHead) {
-            double target = e.value;
-            if (followsGallery(e)) target = s.aqOf(e.dom).headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
-            switch (e.state) {
-            case SegState::Free:
-            case SegState::Held:
-                o.error = e.resist ? hc[i] - target - e.c * o.strength / e.w : hc[i] - target;
-                break;
-            case SegState::Percolating: o.error = std::max(0.0, hc[i] - (e.value - e.d)); break;
-            case SegState::Off: o.error = std::max(0.0, hc[i] - e.value); break;
-            case SegState::Limited: o.error = 0.0; break;
-            }
-        }
+        if (e.kind != LineSinkKind::Discharge && hc[i] != kDryHead)
+            o.error = segment_conditions::headError(s, e, hc[i], o.strength);
         if (e.kind == LineSinkKind::Stream) {
             o.baseFlow = e.baseDown;
             o.overlandFlow = e.overDown;
