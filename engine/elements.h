@@ -143,6 +143,23 @@ double headError(const Solution::State& s, const SegEl& e, double h, double sigm
 // returned value is the right-hand side.
 double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, double>>& coef);
 
+// The routing of streams, the other side of the limited reach: the flows along the
+// network and the switches of the outer loop (engine/elements.cpp).
+//
+// Stream flows along the network from the current strengths (State::route, the flow
+// into, out of and along each segment). Returns the largest difference, in head,
+// between a limited segment's strength and the one the flow reaching it asks for.
+double route(Solution::State& s);
+
+// A limited reach whose own condition would take less than the flow `avail` that
+// reaches it (L its length): it flows again.
+bool limitedReleases(const Solution::State& s, const SegEl& e, double avail, double L);
+
+// The outer loop's step for streams: reaches whose flow would become negative are
+// limited, limited reaches that release are freed. With apply false nothing is changed;
+// the count of switches that are due is returned either way.
+int updateStreams(Solution::State& s, bool apply);
+
 }  // namespace segment_conditions
 
 }  // namespace tarno::engine

@@ -35,6 +35,7 @@ double seconds(std::chrono::steady_clock::time_point a) {
 
 using segment_conditions::followsGallery;
 using segment_conditions::limitedRow;
+using segment_conditions::updateStreams;
 
 }  // namespace
 
@@ -441,45 +442,6 @@ void buildRhs(Solution::State& s) {
 
 }  // namespace
 
-// Stream flows along the network from the current strengths. Returns the largest
-// difference, in head, between a limited segment's strength and the one the flow
-// reaching it asks for (round-off once its row is solved, unless the flow reaching it
-// is negative: then an upstream reach is due to be limited in the outer loop).
-double Solution::State::route() {
-    State& s = *this;
-    const int ns = (int)s.segs.size();
-    double mismatch = 0.0;
-    std::vector<double> inQ(ns, 0.0), inBase(ns, 0.0), inOver(ns, 0.0);
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        if (e.index == 0) {
-            inQ[i] += s.model.lineSinks[e.string].endInflow;
-            inOver[i] += s.model.lineSinks[e.string].endInflow;
-        }
-    }
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
-        e.qUp = inQ[i];
-        if (e.state == SegState::Limited) {
-            const double want = -std::max(e.qUp + ql, 0.0) / L;
-            const double scale = e.resist ? e.c / e.w : L / (s.aq.k * s.aq.H);
-            mismatch = std::max(mismatch, std::fabs(want - s.ssig[i]) * scale);
-        }
-        const double sig = s.ssig[i];
-        e.qDown = e.qUp + ql + sig * L;
-        e.baseDown = inBase[i] + sig * L;
-        e.overDown = inOver[i] + ql;
-        if (e.downstream >= 0) {
-            inQ[e.downstream] += e.qDown;
-            inBase[e.downstream] += e.baseDown;
-            inOver[e.downstream] += e.overDown;
-        }
-    }
-    return mismatch;
-}
-
 namespace {
 
 struct UpdateResult {
@@ -512,50 +474,6 @@ UpdateResult updateStates(Solution::State& s) {
     // The nonlinear conditions: drains, percolating reaches, gallery segments held.
     for (int i = 0; i < s.n; ++i) u.switches += elementOf(s, i).update(s, i, u.residual);
     return u;
-}
-
-// Outer loop step for streams: reaches whose flow would become negative are limited,
-// limited reaches whose own condition would take less than the flow they get are freed.
-// The flows are followed downstream as if the switches were made. With apply false
-// nothing is changed; the count of switches that are due is returned either way.
-int updateStreams(Solution::State& s, bool apply) {
-    int switches = 0;
-    const int ns = (int)s.segs.size();
-    std::vector<double> inQ(ns, 0.0);
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        if (e.index == 0) inQ[i] += s.model.lineSinks[e.string].endInflow;
-    }
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
-        const double avail = std::max(inQ[i] + ql, 0.0);
-        double sig = s.ssig[i];
-        if (e.state == SegState::Limited) {
-            const double h = s.aqOf(e.dom).headFromPhiExtended(s.phiPts[e.unknown]);
-            bool release;
-            if (e.resist) {
-                double free = e.w * (h - e.value) / e.c;
-                if (e.d > 0.0) free = std::max(free, -e.w * e.d / e.c);
-                release = free * L > -avail + 1e-12 * (1.0 + avail);
-            } else {
-                release = h >= e.value;
-            }
-            if (release) {
-                ++switches;
-                if (apply) e.state = SegState::Free;
-            } else {
-                sig = -avail / L;
-            }
-        } else if (avail + sig * L < -1e-12 * (1.0 + avail)) {
-            sig = -avail / L;
-            ++switches;
-            if (apply) { e.state = SegState::Limited; e.fixedValue = sig; }
-        }
-        if (e.downstream >= 0) inQ[e.downstream] += avail + sig * L;
-    }
-    return switches;
 }
 
 }  // namespace

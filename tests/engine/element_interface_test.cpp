@@ -240,5 +240,42 @@ TEST(BalanceElements, AreaSinksPondsAndLeakageHaveLinesOfTheirOwn) {
   EXPECT_DOUBLE_EQ(box.ymax, 100.0);
 }
 
+// A limited (dry) stream reach flows again when its own condition would take less than
+// the flow that reaches it: without resistance once the aquifer's head reaches the
+// stream's; with resistance when its loss to the aquifer, w (h - hs) / c per length,
+// capped at w d / c by the percolation depth, is smaller than the flow arriving.
+TEST(StreamRouting, ALimitedReachIsReleasedWhenItsConditionTakesLessThanTheFlowReachingIt) {
+  Solution::State s;
+  s.model = aquiferModel(0.0, 10.0, 20.0, -2000.0, 0.0, 30.0);
+  LineSinkString bare = straightString(LineSinkKind::Stream, 0.0, 0.0, 100.0, 0.0, 1, 25.0, 25.0, "LS_BARE");
+  LineSinkString resistant = straightString(LineSinkKind::Stream, 0.0, 50.0, 100.0, 50.0, 1, 25.0, 25.0, "LS_RES");
+  resistant.resistance = 2.0;
+  resistant.width = 4.0;
+  LineSinkString shallow = straightString(LineSinkKind::Stream, 0.0, 100.0, 100.0, 100.0, 1, 25.0, 25.0, "LS_SHALLOW");
+  shallow.resistance = 2.0;
+  shallow.width = 4.0;
+  shallow.depth = 0.5;
+  s.model.lineSinks = {bare, resistant, shallow};
+  s.prepare();
+  ASSERT_EQ(s.segs.size(), 3u);
+  const double L = 100.0;
+  auto releases = [&](int seg, double head, double avail) {
+    SegEl& e = s.segs[seg];
+    e.state = SegState::Limited;
+    s.phiPts[e.unknown] = s.aqOf(e.dom).phiFromHead(head);
+    return segment_conditions::limitedReleases(s, e, avail, L);
+  };
+  // No resistance: the stream's head decides alone.
+  EXPECT_TRUE(releases(0, 25.01, 0.0));
+  EXPECT_FALSE(releases(0, 24.9, 1000.0));
+  // Resistance 2, width 4: at a head 1 below the stream it loses 2 per length, 200 in all.
+  EXPECT_TRUE(releases(1, 24.0, 250.0));
+  EXPECT_FALSE(releases(1, 24.0, 150.0));
+  EXPECT_TRUE(releases(1, 25.5, 0.0));  // it gains water: flows with nothing arriving
+  // Depth 0.5 caps the loss at 4 * 0.5 / 2 = 1 per length, 100 in all, however deep the head.
+  EXPECT_TRUE(releases(2, 20.0, 150.0));
+  EXPECT_FALSE(releases(2, 20.0, 50.0));
+}
+
 }  // namespace
 }  // namespace tarno::engine
