@@ -57,8 +57,10 @@ void Runner::apply(int, const WindowInput& w) {
 
 // The one place where the elements of a menu enter the model: each is checked by the
 // check of its kind (below), which reports what is wrong, mends what can be mended and
-// says whether the element is kept. The kinds are checked in this order, so that the
-// error log's lines of one line of the command file keep their order.
+// says whether the element is kept. The checks of the syntax (numbers, vertices of a
+// stream, location codes) are the reader's; the solve's preparation checks the shapes
+// of area elements. The kinds are checked in the order wells, partially penetrating
+// wells, transient wells, lakes, strings: the order of the problems the run keeps.
 void Runner::apply(int, const ModelElements& e) {
   ModelElements kept = e;
   std::erase_if(kept.wells, [this](Well& w) { return !check(w); });
