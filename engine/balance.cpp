@@ -16,7 +16,9 @@ class WellBalance final : public BalanceElement {
   void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const override {
     for (const auto& w : s.wells) {
       if (w.partial >= 0)
-        add(w.headSpecified ? "partial wells, head specified" : "partial wells, discharge specified", w.q);
+        add(w.headSpecified ? "partial wells, head specified"
+                            : "partial wells, discharge specified",
+            w.q);
       else
         add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
     }
@@ -73,7 +75,8 @@ class PondBalance final : public BalanceElement {
  public:
   void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const override {
     for (const auto& p : s.ponds)
-      add(p.headSpecified ? "ponds, head specified" : "ponds, discharge specified", -p.rate * kPi * p.R * p.R);
+      add(p.headSpecified ? "ponds, head specified" : "ponds, discharge specified",
+          -p.rate * kPi * p.R * p.R);
   }
   void extent(const Solution::State& s, BalanceBox& box) const override {
     for (const auto& p : s.ponds) {
@@ -87,7 +90,8 @@ class PondBalance final : public BalanceElement {
 class LeakageBalance final : public BalanceElement {
  public:
   void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const override {
-    for (const auto& c : s.model.leakage) add("leakage to the model below", c.rate * (c.x2 - c.x1) * (c.y2 - c.y1));
+    for (const auto& c : s.model.leakage)
+      add("leakage to the model below", c.rate * (c.x2 - c.x1) * (c.y2 - c.y1));
   }
   void extent(const Solution::State& s, BalanceBox& box) const override {
     for (const auto& c : s.model.leakage) {
@@ -120,7 +124,7 @@ const std::vector<const BalanceElement*>& balanceElements() {
   static const DoubletBalance doublets;
   static const TheisBalance theis;
   static const std::vector<const BalanceElement*> all = {&wells, &lineSinks, &doublets, &areaSinks,
-                                                         &ponds, &leakage, &theis};
+                                                         &ponds, &leakage,   &theis};
   return all;
 }
 
