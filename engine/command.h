@@ -20,6 +20,8 @@
 // - an unknown command or an unreadable data line is reported and skipped;
 // - " stop" ends the file; later lines are not read.
 
+#include "engine/model.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -37,101 +39,25 @@ struct Diagnostic {
   std::string message;   // what is wrong and what was done about it
 };
 
-// ---- Element data, exactly as the command file gives it -------------------
+// ---- Elements, in the model's own types ------------------------------------
 
-struct WellInput {
-  int line = 0;
-  double x = 0, y = 0;
-  double value = 0;  // discharge Q (> 0 pumps) or the specified head
-  double radius = 0;
-  bool headSpecified = false;
-  std::string label;
-};
-
-// Partially penetrating well: x y top bottom Q|h rw label.
-struct PartialWellInput {
-  int line = 0;
-  double x = 0, y = 0, top = 0, bottom = 0, value = 0, radius = 0;
-  bool headSpecified = false;
-  std::string label;
-};
-
-// Transient (Theis) well, one line of a pumping schedule: x y Q t0 h0 S rw label.
-struct TheisWellInput {
-  int line = 0;
-  double x = 0, y = 0, discharge = 0, startTime = 0, startHead = 0, storage = 0, radius = 0;
-  std::string label;
-};
-
-// Pond: centre (x1, y1), radius the distance to (x2, y2); value is the rate per
-// area (discharge mode) or the head (head mode).
-struct SinkDiskInput {
-  int line = 0;
-  double x1 = 0, y1 = 0, x2 = 0, y2 = 0, value = 0;
-  bool headSpecified = false;
-  std::string label;
-};
-
-enum class StringKind { Discharge, Head, Drain, Gallery, Stream };
-
-struct SegmentInput {
-  int line = 0;
-  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
-  double value = 0;  // strength sigma (discharge strings) or specified head
-  std::string label;
-};
-
-// A line-sink string. Discharge segments that follow one another end to start
-// form one string; a head, drain, gallery or stream string is everything from
-// its mode word to the next mode word or the end of the menu.
-struct StringInput {
-  int line = 0;  // line of the word that opened the string
-  StringKind kind = StringKind::Discharge;
-  double resistance = 0, width = 0, depth = 0;
-  int locationCode = 0;
-  double pumping = 0;        // gallery: total discharge
-  bool pumpingGiven = false;
-  double endInflow = 0;      // stream: inflow at the upstream end
-  double overlandFlow = 0;   // stream
-  bool endFlag = false;      // stream: " end"
-  // Stream links to lakes and outlets, read but not computed by this version.
-  bool inlet = false;
-  std::optional<std::string> outletTable, lakeTable;
-  std::optional<std::array<double, 2>> levels;
-  int lakeLinkLine = 0;      // first line of Inlet/Outlet/Lake/Levels
-  std::vector<SegmentInput> segments;
-};
-
-enum class PolygonKind { Transmissivity, WallOpen, WallClosed, WallOutside, WallInside, Lake };
-
-struct VertexInput {
-  int line = 0;
-  double x = 0, y = 0;
-  std::string label;
-};
-
-// Area elements and walls: the opening line and its vertices.
-// Transmissivity: params K B A N P; walls: K T P Bw; lake: K Nadd E R (+ table).
-struct PolygonInput {
-  int line = 0;
-  PolygonKind kind = PolygonKind::Transmissivity;
-  std::vector<double> params;
-  std::string table;  // lake stage table file (may be empty)
-  std::string label;
-  std::vector<VertexInput> vertices;
-};
-
-// Everything an element menu added to the model.
-struct ElementsInput {
-  std::vector<WellInput> wells;
-  std::vector<PartialWellInput> partialWells;
-  std::vector<TheisWellInput> theisWells;
-  std::vector<SinkDiskInput> sinkDisks;
-  std::vector<StringInput> strings;
-  std::vector<PolygonInput> polygons;
+// Everything an element menu added to the model, as the command file gives it: the
+// reader fills the model's types (engine/model.h) with the line of each element; the
+// run checks each element once (engine/run_model.cpp) and adds those it keeps. A
+// string's lake links stay as given (`lakeName`, `levels`) until the run makes it a
+// lake edge; its label is set by the run from its first segment's.
+struct ModelElements {
+  std::vector<Well> wells;
+  std::vector<PartialWell> partialWells;
+  std::vector<TheisWell> theisWells;
+  std::vector<Pond> ponds;
+  std::vector<LineSinkString> lineSinks;
+  std::vector<Inhomogeneity> inhomogeneities;
+  std::vector<Wall> walls;
+  std::vector<Lake> lakes;
   bool empty() const {
-    return wells.empty() && partialWells.empty() && theisWells.empty() && sinkDisks.empty() &&
-           strings.empty() && polygons.empty();
+    return wells.empty() && partialWells.empty() && theisWells.empty() && ponds.empty() && lineSinks.empty() &&
+           inhomogeneities.empty() && walls.empty() && lakes.empty();
   }
 };
 
@@ -269,7 +195,7 @@ struct LoadCommand { std::string name; };
 struct StopCommand {};
 
 using StepData = std::variant<LogCommand, TitleCommand, BaseNameCommand, OriginCommand, PictureCommand,
-                              AquiferInput, WindowInput, ElementsInput, SolveCommand, TimeCommand,
+                              AquiferInput, WindowInput, ModelElements, SolveCommand, TimeCommand,
                               SaveCommand, LoadCommand, ExtractInput, GridInput, TraceInput,
                               LeakageInput, StopCommand>;
 

@@ -13,8 +13,8 @@ namespace tarno::engine::reader {
 
 void Reader::closeString() {
   if (!string_) return;
-  StringInput& s = elements_.strings[*string_];
-  if (s.kind == StringKind::Stream) {
+  LineSinkString& s = elements_.lineSinks[*string_];
+  if (s.kind == LineSinkKind::Stream) {
     if (streamVertices_.size() == 1) {
       int saved = lineNo_;
       lineNo_ = streamVertices_[0].line;
@@ -24,7 +24,7 @@ void Reader::closeString() {
     for (size_t i = 0; i + 1 < streamVertices_.size(); ++i) {
       const StreamVertex& a = streamVertices_[i];
       const StreamVertex& b = streamVertices_[i + 1];
-      s.segments.push_back(SegmentInput{a.line, a.x, a.y, b.x, b.y, a.head.value_or(0), a.label});
+      s.segments.push_back(Segment{a.x, a.y, b.x, b.y, a.head.value_or(0), a.label, a.line});
     }
     if (!streamVertices_.empty() && streamVertices_.back().head && streamVertices_.size() > 1) {
       int saved = lineNo_;
@@ -35,20 +35,20 @@ void Reader::closeString() {
     streamVertices_.clear();
     streamClosed_ = false;
   }
-  if (s.segments.empty() && s.kind != StringKind::Discharge) {
+  if (s.segments.empty() && s.kind != LineSinkKind::Discharge) {
     // A string without segments adds nothing to the model.
-    elements_.strings.erase(elements_.strings.begin() + static_cast<std::ptrdiff_t>(*string_));
+    elements_.lineSinks.erase(elements_.lineSinks.begin() + static_cast<std::ptrdiff_t>(*string_));
   }
   string_.reset();
 }
 
-void Reader::startString(StringKind kind) {
+void Reader::startString(LineSinkKind kind) {
   closeString();
-  StringInput s;
+  LineSinkString s;
   s.line = lineNo_;
   s.kind = kind;
-  elements_.strings.push_back(std::move(s));
-  string_ = elements_.strings.size() - 1;
+  elements_.lineSinks.push_back(std::move(s));
+  string_ = elements_.lineSinks.size() - 1;
   lineSinkDischarge_ = false;
 }
 
@@ -59,7 +59,7 @@ bool Reader::readLineSinkCommand(const std::string& w) {
     return true;
   }
   if (w == "head" || w == "drain" || w == "gallery") {
-    startString(w == "head" ? StringKind::Head : w == "drain" ? StringKind::Drain : StringKind::Gallery);
+    startString(w == "head" ? LineSinkKind::Head : w == "drain" ? LineSinkKind::Drain : LineSinkKind::Gallery);
     return true;
   }
   if (w == "stream") {
@@ -68,7 +68,7 @@ bool Reader::readLineSinkCommand(const std::string& w) {
       report("the end inflow of \"stream\" cannot be read; taken as 0");
       q = 0;
     }
-    startString(StringKind::Stream);
+    startString(LineSinkKind::Stream);
     openString()->endInflow = q;
     return true;
   }
@@ -77,8 +77,8 @@ bool Reader::readLineSinkCommand(const std::string& w) {
   bool property = false;
   for (const char* p : kProperties) property = property || w == p;
   if (!property) return false;
-  StringInput* s = openString();
-  if (!s || s->kind == StringKind::Discharge) {
+  LineSinkString* s = openString();
+  if (!s || s->kind == LineSinkKind::Discharge) {
     report(quoted(items_[0]) + " stands where no head-specified or stream string is open; line skipped");
     return true;
   }
@@ -110,14 +110,14 @@ bool Reader::readLineSinkCommand(const std::string& w) {
     return true;
   }
   if (w == "end") {
-    s->endFlag = true;
+    s->end = true;
     return true;
   }
   // Links of streams to lakes and outlets.
-  if (s->lakeLinkLine == 0) s->lakeLinkLine = lineNo_;
+  if (s->linkLine == 0) s->linkLine = lineNo_;
   if (w == "inlet") s->inlet = true;
   else if (w == "outlet") s->outletTable = argumentText();
-  else if (w == "lake") s->lakeTable = argumentText();
+  else if (w == "lake") s->lakeName = argumentText();
   else {  // levels
     if (!numbers(1, 2, v)) {
       report("\"Levels\" needs two numbers (discharge and head); line skipped");
@@ -129,19 +129,19 @@ bool Reader::readLineSinkCommand(const std::string& w) {
 }
 
 void Reader::readLineSinkData() {
-  StringInput* s = openString();
-  if (lineSinkDischarge_ || (s && s->kind == StringKind::Discharge)) {
+  LineSinkString* s = openString();
+  if (lineSinkDischarge_ || (s && s->kind == LineSinkKind::Discharge)) {
     double v[5];
     if (!numbers(0, 5, v)) return unreadable("x1 y1 x2 y2 sigma label");
-    SegmentInput seg{lineNo_, v[0], v[1], v[2], v[3], v[4], rest(5)};
+    Segment seg{v[0], v[1], v[2], v[3], v[4], rest(5), lineNo_};
     // Segments that join end to start make one string.
     if (!s || s->segments.empty() || s->segments.back().x2 != seg.x1 || s->segments.back().y2 != seg.y1) {
       string_.reset();
-      StringInput fresh;
+      LineSinkString fresh;
       fresh.line = lineNo_;
-      fresh.kind = StringKind::Discharge;
-      elements_.strings.push_back(std::move(fresh));
-      string_ = elements_.strings.size() - 1;
+      fresh.kind = LineSinkKind::Discharge;
+      elements_.lineSinks.push_back(std::move(fresh));
+      string_ = elements_.lineSinks.size() - 1;
       s = openString();
     }
     s->segments.push_back(std::move(seg));
@@ -151,7 +151,7 @@ void Reader::readLineSinkData() {
     report("data line in the linesink menu before a mode word (discharge, head, drain, gallery or stream); line skipped");
     return;
   }
-  if (s->kind == StringKind::Stream) {
+  if (s->kind == LineSinkKind::Stream) {
     if (streamClosed_) {
       report("vertex after the last vertex of a stream (the line \"x y\" without head ends a stream); line skipped");
       return;
@@ -171,7 +171,7 @@ void Reader::readLineSinkData() {
   }
   double v[5];
   if (!numbers(0, 5, v)) return unreadable("x1 y1 x2 y2 h label");
-  s->segments.push_back(SegmentInput{lineNo_, v[0], v[1], v[2], v[3], v[4], rest(5)});
+  s->segments.push_back(Segment{v[0], v[1], v[2], v[3], v[4], rest(5), lineNo_});
 }
 
 }  // namespace tarno::engine::reader

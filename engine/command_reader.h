@@ -153,13 +153,15 @@ class Reader {
   // Open blocks.
   int blockLine_ = 0;
   AquiferInput aquifer_;
-  ElementsInput elements_;
+  ModelElements elements_;
   WellMode wellMode_ = WellMode::None;
   bool lineSinkDischarge_ = false;  // linesink menu in discharge mode
-  std::optional<size_t> string_;    // index of the open string in elements_.strings
+  std::optional<size_t> string_;    // index of the open string in elements_.lineSinks
   std::vector<StreamVertex> streamVertices_;
   bool streamClosed_ = false;       // the bare last vertex of the stream was read
-  std::optional<size_t> polygon_;   // index of the open polygon in elements_.polygons
+  // The open polygon: its kind and its index in elements_.inhomogeneities, walls or lakes.
+  enum class PolygonKind { Inhomogeneity, Wall, Lake };
+  std::optional<std::pair<PolygonKind, size_t>> polygon_;
   ExtractInput extract_;
   FluxLineInput flux_;
   GridInput grid_;
@@ -168,7 +170,8 @@ class Reader {
 
   Menu menu() const { return menus_.empty() ? Menu::Top : menus_.back(); }
   void pushStep(int line, StepData data) { out_.steps.push_back(Step{line, std::move(data)}); }
-  StringInput* openString() { return string_ ? &elements_.strings[*string_] : nullptr; }
+  LineSinkString* openString() { return string_ ? &elements_.lineSinks[*string_] : nullptr; }
+  std::vector<Vertex>* openVertices();
   // Text after the keyword (the first item), trimmed.
   std::string argumentText() const { return rest(1); }
 
@@ -216,7 +219,7 @@ class Reader {
   // ---- line-sinks (command_linesinks.cpp) ------------------------------------
 
   void closeString();
-  void startString(StringKind kind);
+  void startString(LineSinkKind kind);
   bool readLineSinkCommand(const std::string& w);
   void readLineSinkData();
 

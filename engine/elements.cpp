@@ -1,5 +1,6 @@
-// The elements that own unknowns: their columns, rows, right-hand sides and residuals
-// (see engine/elements.h).
+// The elements that own unknowns: their columns, rows, right-hand sides and residuals,
+// the condition parts of line-sink segments and the routing of streams (see
+// engine/elements.h).
 #include "engine/elements.h"
 
 #include "engine/area.h"
@@ -14,6 +15,21 @@ namespace tarno::engine {
 using detail::kPi;
 
 namespace segment_conditions {
+
+double headError(const Solution::State& s, const SegEl& e, double h, double sigma) {
+  switch (e.state) {
+    case SegState::Free:
+    case SegState::Held: {
+      double target = e.value;
+      if (followsGallery(e)) target = s.aqOf(e.dom).headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
+      return e.resist ? h - target - e.c * sigma / e.w : h - target;
+    }
+    case SegState::Percolating: return std::max(0.0, h - (e.value - e.d));
+    case SegState::Off: return std::max(0.0, h - e.value);
+    case SegState::Limited: return 0.0;
+  }
+  return 0.0;
+}
 
 // A limited (dry) stream reach takes exactly the flow that reaches it, so that the flow
 // at its downstream end is zero. That flow is linear in the strengths of the reach and
@@ -54,7 +70,93 @@ double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, 
   return rhs;
 }
 
+// The flows are followed downstream in the order of the network (State::streamOrder):
+// each segment's inflow is its string's end inflow (first segment) plus what the
+// segments upstream pass on.
+double route(Solution::State& s) {
+  const int ns = (int)s.segs.size();
+  double mismatch = 0.0;
+  std::vector<double> inQ(ns, 0.0), inBase(ns, 0.0), inOver(ns, 0.0);
+  for (int i : s.streamOrder) {
+    SegEl& e = s.segs[i];
+    if (e.index == 0) {
+      inQ[i] += s.model.lineSinks[e.string].endInflow;
+      inOver[i] += s.model.lineSinks[e.string].endInflow;
+    }
+  }
+  for (int i : s.streamOrder) {
+    SegEl& e = s.segs[i];
+    const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+    const double ql = s.model.lineSinks[e.string].overlandFlow * L;
+    e.qUp = inQ[i];
+    if (e.state == SegState::Limited) {
+      const double want = -std::max(e.qUp + ql, 0.0) / L;
+      const double scale = e.resist ? e.c / e.w : L / (s.aq.k * s.aq.H);
+      mismatch = std::max(mismatch, std::fabs(want - s.ssig[i]) * scale);
+    }
+    const double sig = s.ssig[i];
+    e.qDown = e.qUp + ql + sig * L;
+    e.baseDown = inBase[i] + sig * L;
+    e.overDown = inOver[i] + ql;
+    if (e.downstream >= 0) {
+      inQ[e.downstream] += e.qDown;
+      inBase[e.downstream] += e.baseDown;
+      inOver[e.downstream] += e.overDown;
+    }
+  }
+  return mismatch;
+}
+
+bool limitedReleases(const Solution::State& s, const SegEl& e, double avail, double L) {
+  const double h = s.aqOf(e.dom).headFromPhiExtended(s.phiPts[e.unknown]);
+  if (e.resist) {
+    double free = e.w * (h - e.value) / e.c;
+    if (e.d > 0.0) free = std::max(free, -e.w * e.d / e.c);
+    return free * L > -avail + 1e-12 * (1.0 + avail);
+  }
+  return h >= e.value;
+}
+
+// The flows are followed downstream as if the switches were made.
+int updateStreams(Solution::State& s, bool apply) {
+  int switches = 0;
+  const int ns = (int)s.segs.size();
+  std::vector<double> inQ(ns, 0.0);
+  for (int i : s.streamOrder) {
+    SegEl& e = s.segs[i];
+    if (e.index == 0) inQ[i] += s.model.lineSinks[e.string].endInflow;
+  }
+  for (int i : s.streamOrder) {
+    SegEl& e = s.segs[i];
+    const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+    const double ql = s.model.lineSinks[e.string].overlandFlow * L;
+    const double avail = std::max(inQ[i] + ql, 0.0);
+    double sig = s.ssig[i];
+    if (e.state == SegState::Limited) {
+      if (limitedReleases(s, e, avail, L)) {
+        ++switches;
+        if (apply) e.state = SegState::Free;
+      } else {
+        sig = -avail / L;
+      }
+    } else if (avail + sig * L < -1e-12 * (1.0 + avail)) {
+      sig = -avail / L;
+      ++switches;
+      if (apply) {
+        e.state = SegState::Limited;
+        e.fixedValue = sig;
+      }
+    }
+    if (e.downstream >= 0) inQ[e.downstream] += avail + sig * L;
+  }
+  return switches;
+}
+
 }  // namespace segment_conditions
+
+// The stream flows of the state (reports, gages, the saved solution's reload).
+double Solution::State::route() { return segment_conditions::route(*this); }
+
 
 namespace {
 
@@ -182,12 +284,10 @@ class SegmentElement final : public UnknownElement {
     const auto& aq = s.aqOf(e.dom);
     const double h = aq.headFromPhiExtended(s.phiPts[e.unknown]);
     const double sig = s.x[e.unknown];
-    double target = e.value;
-    if (followsGallery(e)) target = aq.headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
     switch (e.state) {
       case SegState::Free:
       case SegState::Held: {
-        const double res = e.resist ? h - target - e.c * sig / e.w : h - target;
+        const double res = segment_conditions::headError(s, e, h, sig);
         residual = std::max(residual, std::fabs(res));
         if (e.kind == LineSinkKind::Drain && sig < 0.0) {
           e.state = SegState::Off;
@@ -215,7 +315,7 @@ class SegmentElement final : public UnknownElement {
         }
         return 0;
       case SegState::Limited:
-        return 0;  // its row is checked against the flow reaching it by State::route()
+        return 0;  // its row is checked against the flow reaching it by route()
     }
     return 0;
   }

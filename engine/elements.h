@@ -20,7 +20,9 @@
 
 #include "engine/state.h"
 
+#include <algorithm>
 #include <complex>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -70,6 +72,45 @@ inline const UnknownElement& elementOf(const Solution::State& s, int j) {
   return elementOf(s.ukind[j]);
 }
 
+// ---- Elements in the water balance -----------------------------------------------
+
+// A group of elements seen from the water balance (Solution::waterBalance,
+// engine/balance.cpp): the wells, the line-sinks, the area sinks of inhomogeneities,
+// the ponds, the leakage cells, the line-doublets and the transient wells. Each adds its
+// terms (`add(kind, extraction)`, extraction > 0 takes water out of the aquifer) and
+// the points it covers to the box around which the far field's circle is drawn; a
+// group whose term depends on that circle (the transient wells, whose storage change
+// is counted inside it) adds it after the far field. The balance asks every group in
+// the order of balanceElements() instead of gathering each kind itself; the order fixes
+// the order of the balance's lines.
+using AddBalanceTerm = std::function<void(const std::string& kind, double extraction)>;
+
+struct BalanceBox {
+  double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
+  void grow(double x, double y) {
+    xmin = std::min(xmin, x);
+    xmax = std::max(xmax, x);
+    ymin = std::min(ymin, y);
+    ymax = std::max(ymax, y);
+  }
+};
+
+class BalanceElement {
+ public:
+  virtual ~BalanceElement() = default;
+  // The group's terms of the balance.
+  virtual void balanceTerms(const Solution::State& s, const AddBalanceTerm& add) const {}
+  // The terms that follow the far field: the flow within the circle of centre (cx, cy)
+  // and radius R.
+  virtual void termsWithin(const Solution::State& s, double cx, double cy, double R,
+                           const AddBalanceTerm& add) const {}
+  // Grows `box` by the points the group covers.
+  virtual void extent(const Solution::State& s, BalanceBox& box) const = 0;
+};
+
+// Every group, in the order of the balance's lines.
+const std::vector<const BalanceElement*>& balanceElements();
+
 // ---- Segment conditions --------------------------------------------------------
 
 namespace segment_conditions {
@@ -87,11 +128,37 @@ inline bool fixedForm(const SegEl& e) {
   return e.state == SegState::Percolating || e.state == SegState::Off;
 }
 
+// The error in head of the segment's condition in its present state, with h the head at
+// its centre and sigma its strength: for a row of potential form the head less the head
+// it must hold (its own, or the gallery's common head), less the drop through the
+// resistance; for a percolating reach or a drain that is off how far the head stands
+// above the level where the fixed strength stops holding (0 below it); 0 for a limited
+// reach, whose row is checked against the flow reaching it. The update after a solve
+// and the segment's results both use it.
+double headError(const Solution::State& s, const SegEl& e, double h, double sigma);
+
 // The limited reach of a stream: the sum of L_j sigma_j over the reach and every segment
 // upstream of it (up to the nearest limited reaches) equals minus their end inflows and
 // overland flows. `coef` gets (unknown, coefficient) pairs, the reach's own first; the
 // returned value is the right-hand side.
 double limitedRow(const Solution::State& s, int seg, std::vector<std::pair<int, double>>& coef);
+
+// The routing of streams, the other side of the limited reach: the flows along the
+// network and the switches of the outer loop (engine/elements.cpp).
+//
+// Stream flows along the network from the current strengths (State::route, the flow
+// into, out of and along each segment). Returns the largest difference, in head,
+// between a limited segment's strength and the one the flow reaching it asks for.
+double route(Solution::State& s);
+
+// A limited reach whose own condition would take less than the flow `avail` that
+// reaches it (L its length): it flows again.
+bool limitedReleases(const Solution::State& s, const SegEl& e, double avail, double L);
+
+// The outer loop's step for streams: reaches whose flow would become negative are
+// limited, limited reaches that release are freed. With apply false nothing is changed;
+// the count of switches that are due is returned either way.
+int updateStreams(Solution::State& s, bool apply);
 
 }  // namespace segment_conditions
 

@@ -1,9 +1,12 @@
 #pragma once
-// The model of the solver as plain data. The command-language reader fills a
-// Model; the engine (engine/solution.h) solves it. Units are those of the model:
+// The model of the solver as plain data. The command-language reader fills these
+// types directly (engine/command.h); the run checks each element once and adds it to
+// the Model; the engine (engine/solution.h) solves it. Units are those of the model:
 // lengths in the model's unit, time in days. Signs: a well's discharge > 0 and a
 // line-sink's strength > 0 take water out of the aquifer.
 
+#include <array>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,6 +46,7 @@ struct Well {
     double value = 0.0;
     bool headSpecified = false;
     std::string label;
+    int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
 enum class LineSinkKind {
@@ -62,6 +66,7 @@ struct Segment {
     double y2 = 0.0;
     double value = 0.0;
     std::string label;
+    int line = 0;                     // line of the command file (0: unknown), for reports
 };
 
 struct LineSinkString {
@@ -100,6 +105,14 @@ struct LineSinkString {
         std::vector<std::string> inlets, outlets;
     } lake;
     std::vector<Segment> segments;
+    int line = 0;              // line of the word that opened the string (0: unknown)
+    // As the command file gave them, before the run makes the string a lake edge or a
+    // stream linked to a lake (engine/run_model.cpp): " pumping" given at all, the
+    // name after " Lake", the two numbers of " Levels" and the first line of the links.
+    bool pumpingGiven = false;
+    std::optional<std::string> lakeName;
+    std::optional<std::array<double, 2>> levels;  // bottom, second estimate of the stage
+    int linkLine = 0;
 };
 
 // "As the aquifer" in the properties of an area element.
@@ -109,6 +122,7 @@ struct Vertex {
     double x = 0.0;
     double y = 0.0;
     std::string label;
+    int line = 0;                     // line of the command file (0: unknown)
 };
 
 // A polygon whose interior has its own properties (kAsAquifer: as the aquifer).

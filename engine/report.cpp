@@ -72,16 +72,7 @@ private:
     std::ostream& out_;
 };
 
-const char* kindWords(LineSinkKind k) {
-    switch (k) {
-        case LineSinkKind::Discharge: return "discharge specified";
-        case LineSinkKind::Head: return "head specified";
-        case LineSinkKind::Drain: return "drain";
-        case LineSinkKind::Gallery: return "gallery";
-        case LineSinkKind::Stream: return "stream";
-    }
-    return "head specified";
-}
+const char* kindWords(LineSinkKind k) { return wordsOf(k).report; }
 
 void writeModel(Writer& w, const Model& m, const SolveReport& r) {
     const Aquifer& a = m.aquifer;

@@ -38,10 +38,6 @@ struct UnsupportedKind {
 };
 std::vector<UnsupportedKind> findUnsupported(const CommandFile& file);
 
-// Adds the elements an element menu read to the model: wells and line-sink
-// strings. Kinds this version does not compute are left out (see findUnsupported).
-void addElements(Model& model, const ElementsInput& elements);
-
 // Applies what an aquifer menu set.
 void applyAquifer(Model& model, const AquiferInput& aquifer);
 

@@ -1,12 +1,12 @@
 // Step handlers that build the model: title, base name, origin, aquifer, window and the
-// element menus (with the checks of partially penetrating and transient wells, stage
-// tables and outlet ratings).
+// element menus, with the one check of each kind of element (wells, partially
+// penetrating and transient wells, lakes with their stage tables, line-sink strings with
+// their lake links and outlet ratings).
 #include "engine/run_steps.h"
 
-namespace tarno::engine {
+#include <iterator>
 
-using running::toKind;
-using running::stringLabelOf;
+namespace tarno::engine {
 
 namespace running {
 
@@ -55,26 +55,103 @@ void Runner::apply(int, const WindowInput& w) {
   logs_.message("Window: " + number(w.x1) + " " + number(w.y1) + " " + number(w.x2) + " " + number(w.y2));
 }
 
-void Runner::apply(int, const ElementsInput& e) {
-  for (const WellInput& w : e.wells)
-    if (!(w.radius > 0))
-      logs_.problem(w.line, "", "well " + w.label + " has a radius that is not positive; the well was skipped");
-  ElementsInput kept = e;
-  std::erase_if(kept.wells, [](const WellInput& w) { return !(w.radius > 0); });
-  checkPartialWells(kept.partialWells);
-  checkTheisWells(kept.theisWells);
-  size_t wellsBefore = model_.wells.size() + model_.partialWells.size() + model_.theisWells.size();
-  size_t stringsBefore = model_.lineSinks.size();
-  size_t areasBefore = model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size();
-  size_t lakesBefore = model_.lakes.size();
-  addElements(model_, kept);
-  for (size_t i = lakesBefore; i < model_.lakes.size(); ++i) readLakeTable(model_.lakes[i]);
-  for (size_t i = stringsBefore; i < model_.lineSinks.size(); ++i) readOutletRating(model_.lineSinks[i]);
-  if (model_.wells.size() + model_.partialWells.size() + model_.theisWells.size() != wellsBefore ||
-      model_.lineSinks.size() != stringsBefore ||
-      model_.inhomogeneities.size() + model_.walls.size() + model_.ponds.size() != areasBefore ||
-      model_.lakes.size() != lakesBefore)
-    modelChanged_ = true;
+// The one place where the elements of a menu enter the model: each is checked by the
+// check of its kind (below), which reports what is wrong, mends what can be mended and
+// says whether the element is kept. The checks of the syntax (numbers, vertices of a
+// stream, location codes) are the reader's; the solve's preparation checks the shapes
+// of area elements. The kinds are checked in the order wells, partially penetrating
+// wells, transient wells, lakes, strings: the order of the problems the run keeps.
+void Runner::apply(int, const ModelElements& e) {
+  ModelElements kept = e;
+  std::erase_if(kept.wells, [this](Well& w) { return !check(w); });
+  std::erase_if(kept.partialWells, [this](PartialWell& w) { return !check(w); });
+  std::erase_if(kept.theisWells, [this](TheisWell& w) { return !check(w); });
+  std::erase_if(kept.lakes, [this](Lake& l) { return !check(l); });
+  std::erase_if(kept.lineSinks, [this](LineSinkString& ls) { return !check(ls); });
+  if (kept.empty()) return;
+  auto append = [](auto& to, auto& from) { std::move(from.begin(), from.end(), std::back_inserter(to)); };
+  append(model_.wells, kept.wells);
+  append(model_.partialWells, kept.partialWells);
+  append(model_.theisWells, kept.theisWells);
+  append(model_.lineSinks, kept.lineSinks);
+  append(model_.ponds, kept.ponds);
+  append(model_.inhomogeneities, kept.inhomogeneities);
+  append(model_.walls, kept.walls);
+  append(model_.lakes, kept.lakes);
+  modelChanged_ = true;
+}
+
+// A well whose radius is not positive is skipped.
+bool Runner::check(const Well& w) {
+  if (w.radius > 0) return true;
+  logs_.problem(w.line, "", "well " + w.label + " has a radius that is not positive; the well was skipped");
+  return false;
+}
+
+// Partially penetrating wells: a radius that is not positive skips the well (as for
+// plain wells); a screen whose top lies below its bottom is mended by swapping the two.
+// A screen that reaches outside the saturated zone is clipped by the solve, which
+// reports it.
+bool Runner::check(PartialWell& w) {
+  if (!(w.radius > 0)) {
+    logs_.problem(w.line, "", "partially penetrating well " + w.label + ": radius " + number(w.radius) +
+                                  " is not positive; the well was skipped");
+    return false;
+  }
+  if (w.top < w.bottom) {
+    logs_.problem(w.line, "", "partially penetrating well " + w.label + ": the top of the screen " + number(w.top) +
+                                  " lies below its bottom " + number(w.bottom) + "; the two were swapped");
+    std::swap(w.top, w.bottom);
+  }
+  return true;
+}
+
+// Transient wells: a schedule line whose storage coefficient or radius is not positive
+// is skipped. A line that starts after the time of evaluation is no error (a cyclic
+// schedule lists every switch); the solve counts such lines in the message log.
+bool Runner::check(const TheisWell& w) {
+  std::string why;
+  if (!(w.storage > 0)) why = "storage coefficient " + number(w.storage) + " is not positive";
+  else if (!(w.radius > 0)) why = "radius " + number(w.radius) + " is not positive";
+  if (!why.empty()) {
+    logs_.problem(w.line, "", "transient well " + w.label + ": " + why + "; the schedule line was skipped");
+    return false;
+  }
+  if (w.storage > 1)
+    logs_.problem(w.line, "", "transient well " + w.label + ": storage coefficient " + number(w.storage) +
+                                  " is above 1; it is used as given");
+  return true;
+}
+
+// A lake of fewer than three vertices is reported (the solve leaves it out); its stage
+// table is read.
+bool Runner::check(Lake& l) {
+  readLakeTable(l);
+  return true;
+}
+
+// A line-sink string: the string is named after its first segment; a stream with a
+// " Lake" or " Levels" line becomes a lake edge; a stream's outlet rating table is read.
+bool Runner::check(LineSinkString& ls) {
+  if (ls.segments.empty()) return false;
+  if (ls.kind == LineSinkKind::Stream && (ls.lakeName || ls.levels)) {
+    // A lake edge: the end inflow of a routed string is here the lake's evaporation
+    // less its precipitation; the name after " Lake" is not used (it groups nothing).
+    ls.lake.on = true;
+    ls.lake.netEvaporation = ls.endInflow;
+    ls.endInflow = 0.0;
+    ls.outletTable.clear();
+    ls.inlet = false;
+    if (ls.levels) {
+      ls.lake.bottom = (*ls.levels)[0];
+      ls.lake.estimate = (*ls.levels)[1];
+    } else {
+      ls.lake.estimate = ls.segments.front().value;
+    }
+  }
+  ls.label = stringLabelOf(ls.segments.front().label);
+  readOutletRating(ls);
+  return true;
 }
 
 // The rating table of a stream that flows out of a lake (read here; the link to the
@@ -109,43 +186,6 @@ void Runner::readLakeTable(Lake& l) {
                                 "); the lake is solved without it, its water surface is its polygon");
 }
 
-// Partially penetrating wells: a radius that is not positive skips the well (as for
-// plain wells); a screen whose top lies below its bottom is mended by swapping the two.
-// A screen that reaches outside the saturated zone is clipped by the solve, which
-// reports it.
-void Runner::checkPartialWells(std::vector<PartialWellInput>& wells) {
-  std::erase_if(wells, [this](const PartialWellInput& w) {
-    if (w.radius > 0) return false;
-    logs_.problem(w.line, "", "partially penetrating well " + w.label + ": radius " + number(w.radius) +
-                                  " is not positive; the well was skipped");
-    return true;
-  });
-  for (PartialWellInput& w : wells)
-    if (w.top < w.bottom) {
-      logs_.problem(w.line, "", "partially penetrating well " + w.label + ": the top of the screen " + number(w.top) +
-                                    " lies below its bottom " + number(w.bottom) + "; the two were swapped");
-      std::swap(w.top, w.bottom);
-    }
-}
-
-// Transient wells: a schedule line whose storage coefficient or radius is not positive
-// is skipped. A line that starts after the time of evaluation is no error (a cyclic
-// schedule lists every switch); the solve counts such lines in the message log.
-void Runner::checkTheisWells(std::vector<TheisWellInput>& wells) {
-  std::erase_if(wells, [this](const TheisWellInput& w) {
-    std::string why;
-    if (!(w.storage > 0)) why = "storage coefficient " + number(w.storage) + " is not positive";
-    else if (!(w.radius > 0)) why = "radius " + number(w.radius) + " is not positive";
-    if (why.empty()) return false;
-    logs_.problem(w.line, "", "transient well " + w.label + ": " + why + "; the schedule line was skipped");
-    return true;
-  });
-  for (const TheisWellInput& w : wells)
-    if (w.storage > 1)
-      logs_.problem(w.line, "", "transient well " + w.label + ": storage coefficient " + number(w.storage) +
-                                    " is above 1; it is used as given");
-}
-
 }  // namespace running
 
 void applyAquifer(Model& model, const AquiferInput& a) {
@@ -169,141 +209,6 @@ void applyAquifer(Model& model, const AquiferInput& a) {
     q.freshGravity = (*a.interface)[0];
     q.saltGravity = (*a.interface)[1];
     q.seaLevel = (*a.interface)[2];
-  }
-}
-
-void addElements(Model& model, const ElementsInput& e) {
-  for (const WellInput& w : e.wells) {
-    Well well;
-    well.x = w.x;
-    well.y = w.y;
-    well.radius = w.radius;
-    well.value = w.value;
-    well.headSpecified = w.headSpecified;
-    well.label = w.label;
-    model.wells.push_back(std::move(well));
-  }
-  for (const PartialWellInput& w : e.partialWells) {
-    PartialWell p;
-    p.x = w.x;
-    p.y = w.y;
-    p.top = w.top;
-    p.bottom = w.bottom;
-    p.radius = w.radius;
-    p.value = w.value;
-    p.headSpecified = w.headSpecified;
-    p.label = w.label;
-    p.line = w.line;
-    model.partialWells.push_back(std::move(p));
-  }
-  for (const TheisWellInput& w : e.theisWells) {
-    TheisWell t;
-    t.x = w.x;
-    t.y = w.y;
-    t.discharge = w.discharge;
-    t.startTime = w.startTime;
-    t.startHead = w.startHead;
-    t.storage = w.storage;
-    t.radius = w.radius;
-    t.label = w.label;
-    t.line = w.line;
-    model.theisWells.push_back(std::move(t));
-  }
-  for (const StringInput& s : e.strings) {
-    if (s.segments.empty()) continue;
-    LineSinkString ls;
-    ls.kind = toKind(s.kind);
-    ls.resistance = s.resistance;
-    ls.width = s.width;
-    ls.locationCode = s.locationCode;
-    ls.depth = s.depth;
-    ls.pumping = s.pumping;
-    ls.endInflow = s.endInflow;
-    ls.end = s.endFlag;
-    ls.overlandFlow = s.overlandFlow;
-    ls.inlet = s.inlet;
-    if (s.outletTable) ls.outletTable = *s.outletTable;
-    if (s.kind == StringKind::Stream && (s.lakeTable || s.levels)) {
-      // A lake edge: the end inflow of a routed string is here the lake's evaporation
-      // less its precipitation; the name after " Lake" is not used (it groups nothing).
-      ls.lake.on = true;
-      ls.lake.netEvaporation = s.endInflow;
-      ls.endInflow = 0.0;
-      ls.outletTable.clear();
-      ls.inlet = false;
-      if (s.levels) {
-        ls.lake.bottom = (*s.levels)[0];
-        ls.lake.estimate = (*s.levels)[1];
-      } else {
-        ls.lake.estimate = s.segments.front().value;
-      }
-    }
-    ls.label = stringLabelOf(s.segments.front().label);
-    for (const SegmentInput& g : s.segments) ls.segments.push_back(Segment{g.x1, g.y1, g.x2, g.y2, g.value, g.label});
-    model.lineSinks.push_back(std::move(ls));
-  }
-  for (const SinkDiskInput& d : e.sinkDisks) {
-    Pond p;
-    p.x = d.x1;
-    p.y = d.y1;
-    p.radius = std::hypot(d.x2 - d.x1, d.y2 - d.y1);
-    p.value = d.value;
-    p.headSpecified = d.headSpecified;
-    p.label = d.label;
-    p.line = d.line;
-    model.ponds.push_back(std::move(p));
-  }
-  for (const PolygonInput& p : e.polygons) {
-    auto param = [&](size_t i, double fallback) { return i < p.params.size() ? p.params[i] : fallback; };
-    std::vector<Vertex> vertices;
-    for (const VertexInput& v : p.vertices) vertices.push_back(Vertex{v.x, v.y, v.label});
-    switch (p.kind) {
-      case PolygonKind::Transmissivity: {
-        Inhomogeneity in;
-        in.conductivity = param(0, kAsAquifer);
-        in.base = param(1, kAsAquifer);
-        in.averageHead = param(2, kAsAquifer);
-        in.extraction = param(3, 0.0);
-        in.porosity = param(4, kAsAquifer);
-        in.label = p.label;
-        in.vertices = std::move(vertices);
-        in.line = p.line;
-        model.inhomogeneities.push_back(std::move(in));
-        break;
-      }
-      case PolygonKind::WallOpen:
-      case PolygonKind::WallClosed:
-      case PolygonKind::WallOutside:
-      case PolygonKind::WallInside: {
-        Wall w;
-        w.kind = p.kind == PolygonKind::WallOpen     ? WallKind::Open
-                 : p.kind == PolygonKind::WallClosed ? WallKind::Closed
-                 : p.kind == PolygonKind::WallOutside ? WallKind::Outside
-                                                      : WallKind::Inside;
-        w.conductivity = param(0, 0.0);
-        w.thickness = param(1, 1.0);
-        w.porosity = param(2, 0.3);
-        w.bottom = param(3, model.aquifer.base);
-        w.label = p.label;
-        w.vertices = std::move(vertices);
-        w.line = p.line;
-        model.walls.push_back(std::move(w));
-        break;
-      }
-      case PolygonKind::Lake: {
-        Lake l;
-        l.conductivity = param(0, kAsAquifer);
-        l.precipitation = param(1, 0.0);
-        l.evaporation = param(2, 0.0);
-        l.resistance = param(3, 0.0);
-        l.tableName = p.table;
-        l.label = p.label;
-        l.vertices = std::move(vertices);
-        l.line = p.line;
-        model.lakes.push_back(std::move(l));
-        break;
-      }
-    }
   }
 }
 

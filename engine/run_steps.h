@@ -65,17 +65,6 @@ inline std::string stringLabelOf(const std::string& segmentLabel) {
   return (us == std::string::npos || us == 0) ? segmentLabel : segmentLabel.substr(0, us);
 }
 
-inline LineSinkKind toKind(StringKind k) {
-  switch (k) {
-    case StringKind::Discharge: return LineSinkKind::Discharge;
-    case StringKind::Head: return LineSinkKind::Head;
-    case StringKind::Drain: return LineSinkKind::Drain;
-    case StringKind::Gallery: return LineSinkKind::Gallery;
-    case StringKind::Stream: return LineSinkKind::Stream;
-  }
-  return LineSinkKind::Head;
-}
-
 inline std::string clockText() {
   std::time_t t = std::time(nullptr);
   char buf[64];
@@ -169,7 +158,14 @@ class Runner {
   void apply(int, const OriginCommand& c);
   void apply(int line, const AquiferInput& a);
   void apply(int, const WindowInput& w);
-  void apply(int, const ElementsInput& e);
+  // The elements of an element menu: each checked by the check of its kind, those kept
+  // added to the model.
+  void apply(int, const ModelElements& e);
+  bool check(const Well& w);
+  bool check(PartialWell& w);
+  bool check(const TheisWell& w);
+  bool check(Lake& l);
+  bool check(LineSinkString& ls);
 
   // The rating table of a stream that flows out of a lake (read here; the link to the
   // lake is made by the solve). Without one nothing flows out through the outlet.
@@ -179,17 +175,6 @@ class Runner {
   // front end writes "0" or nothing for a lake without one. A lake whose table cannot be
   // read is solved without it (its water surface is its polygon).
   void readLakeTable(Lake& l);
-
-  // Partially penetrating wells: a radius that is not positive skips the well (as for
-  // plain wells); a screen whose top lies below its bottom is mended by swapping the two.
-  // A screen that reaches outside the saturated zone is clipped by the solve, which
-  // reports it.
-  void checkPartialWells(std::vector<PartialWellInput>& wells);
-
-  // Transient wells: a schedule line whose storage coefficient or radius is not positive
-  // is skipped. A line that starts after the time of evaluation is no error (a cyclic
-  // schedule lists every switch); the solve counts such lines in the message log.
-  void checkTheisWells(std::vector<TheisWellInput>& wells);
   void apply(int line, const SolveCommand& c);
 
   // A model with lakes is solved afresh by each solve: the lakes' outer iteration

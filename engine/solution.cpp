@@ -35,18 +35,24 @@ double seconds(std::chrono::steady_clock::time_point a) {
 
 using segment_conditions::followsGallery;
 using segment_conditions::limitedRow;
+using segment_conditions::updateStreams;
 
 }  // namespace
 
-const char* kindName(LineSinkKind k) {
+const LineSinkKindWords& wordsOf(LineSinkKind k) {
+    static const LineSinkKindWords kDischarge{"discharge", "discharge specified", "line-sinks, discharge specified"};
+    static const LineSinkKindWords kHead{"head", "head specified", "line-sinks, head specified"};
+    static const LineSinkKindWords kDrain{"drain", "drain", "drains"};
+    static const LineSinkKindWords kGallery{"gallery", "gallery", "galleries"};
+    static const LineSinkKindWords kStream{"stream", "stream", "streams"};
     switch (k) {
-    case LineSinkKind::Discharge: return "discharge";
-    case LineSinkKind::Head: return "head";
-    case LineSinkKind::Drain: return "drain";
-    case LineSinkKind::Gallery: return "gallery";
-    case LineSinkKind::Stream: return "stream";
+    case LineSinkKind::Discharge: return kDischarge;
+    case LineSinkKind::Head: return kHead;
+    case LineSinkKind::Drain: return kDrain;
+    case LineSinkKind::Gallery: return kGallery;
+    case LineSinkKind::Stream: return kStream;
     }
-    return "?";
+    return kHead;
 }
 
 void Solution::State::warn(const std::string& w) {
@@ -436,45 +442,6 @@ void buildRhs(Solution::State& s) {
 
 }  // namespace
 
-// Stream flows along the network from the current strengths. Returns the largest
-// difference, in head, between a limited segment's strength and the one the flow
-// reaching it asks for (round-off once its row is solved, unless the flow reaching it
-// is negative: then an upstream reach is due to be limited in the outer loop).
-double Solution::State::route() {
-    State& s = *this;
-    const int ns = (int)s.segs.size();
-    double mismatch = 0.0;
-    std::vector<double> inQ(ns, 0.0), inBase(ns, 0.0), inOver(ns, 0.0);
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        if (e.index == 0) {
-            inQ[i] += s.model.lineSinks[e.string].endInflow;
-            inOver[i] += s.model.lineSinks[e.string].endInflow;
-        }
-    }
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
-        e.qUp = inQ[i];
-        if (e.state == SegState::Limited) {
-            const double want = -std::max(e.qUp + ql, 0.0) / L;
-            const double scale = e.resist ? e.c / e.w : L / (s.aq.k * s.aq.H);
-            mismatch = std::max(mismatch, std::fabs(want - s.ssig[i]) * scale);
-        }
-        const double sig = s.ssig[i];
-        e.qDown = e.qUp + ql + sig * L;
-        e.baseDown = inBase[i] + sig * L;
-        e.overDown = inOver[i] + ql;
-        if (e.downstream >= 0) {
-            inQ[e.downstream] += e.qDown;
-            inBase[e.downstream] += e.baseDown;
-            inOver[e.downstream] += e.overDown;
-        }
-    }
-    return mismatch;
-}
-
 namespace {
 
 struct UpdateResult {
@@ -507,50 +474,6 @@ UpdateResult updateStates(Solution::State& s) {
     // The nonlinear conditions: drains, percolating reaches, gallery segments held.
     for (int i = 0; i < s.n; ++i) u.switches += elementOf(s, i).update(s, i, u.residual);
     return u;
-}
-
-// Outer loop step for streams: reaches whose flow would become negative are limited,
-// limited reaches whose own condition would take less than the flow they get are freed.
-// The flows are followed downstream as if the switches were made. With apply false
-// nothing is changed; the count of switches that are due is returned either way.
-int updateStreams(Solution::State& s, bool apply) {
-    int switches = 0;
-    const int ns = (int)s.segs.size();
-    std::vector<double> inQ(ns, 0.0);
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        if (e.index == 0) inQ[i] += s.model.lineSinks[e.string].endInflow;
-    }
-    for (int i : s.streamOrder) {
-        SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        const double ql = s.model.lineSinks[e.string].overlandFlow * L;
-        const double avail = std::max(inQ[i] + ql, 0.0);
-        double sig = s.ssig[i];
-        if (e.state == SegState::Limited) {
-            const double h = s.aqOf(e.dom).headFromPhiExtended(s.phiPts[e.unknown]);
-            bool release;
-            if (e.resist) {
-                double free = e.w * (h - e.value) / e.c;
-                if (e.d > 0.0) free = std::max(free, -e.w * e.d / e.c);
-                release = free * L > -avail + 1e-12 * (1.0 + avail);
-            } else {
-                release = h >= e.value;
-            }
-            if (release) {
-                ++switches;
-                if (apply) e.state = SegState::Free;
-            } else {
-                sig = -avail / L;
-            }
-        } else if (avail + sig * L < -1e-12 * (1.0 + avail)) {
-            sig = -avail / L;
-            ++switches;
-            if (apply) { e.state = SegState::Limited; e.fixedValue = sig; }
-        }
-        if (e.downstream >= 0) inQ[e.downstream] += avail + sig * L;
-    }
-    return switches;
 }
 
 }  // namespace
@@ -829,19 +752,8 @@ std::vector<SegmentResult> Solution::segmentResults() const {
         o.depth = ls.farField ? 0.0 : ls.depth;
         o.percolating = e.state == SegState::Percolating;
         o.inactive = e.state == SegState::Off || e.state == SegState::Limited || e.state == SegState::Held;
-        if (e.kind != LineSinkKind::Discharge && hc[i] != kDryHead) {
-            double target = e.value;
-            if (followsGallery(e)) target = s.aqOf(e.dom).headFromPhiExtended(s.x[s.galleries[e.gallery].unknown]);
-            switch (e.state) {
-            case SegState::Free:
-            case SegState::Held:
-                o.error = e.resist ? hc[i] - target - e.c * o.strength / e.w : hc[i] - target;
-                break;
-            case SegState::Percolating: o.error = std::max(0.0, hc[i] - (e.value - e.d)); break;
-            case SegState::Off: o.error = std::max(0.0, hc[i] - e.value); break;
-            case SegState::Limited: o.error = 0.0; break;
-            }
-        }
+        if (e.kind != LineSinkKind::Discharge && hc[i] != kDryHead)
+            o.error = segment_conditions::headError(s, e, hc[i], o.strength);
         if (e.kind == LineSinkKind::Stream) {
             o.baseFlow = e.baseDown;
             o.overlandFlow = e.overDown;
@@ -963,50 +875,19 @@ double Solution::flux(const std::vector<std::pair<double, double>>& pl) const {
 WaterBalance Solution::waterBalance() const {
     const State& s = *s_;
     WaterBalance b;
-    auto add = [&](const std::string& kind, double extraction) {
+    const AddBalanceTerm add = [&](const std::string& kind, double extraction) {
         auto it = std::find_if(b.terms.begin(), b.terms.end(), [&](const BalanceTerm& t) { return t.kind == kind; });
         if (it == b.terms.end()) { b.terms.push_back({kind, 0.0, 0.0}); it = b.terms.end() - 1; }
         if (extraction > 0) it->out += extraction; else it->in -= extraction;
     };
-    for (const auto& w : s.wells) {
-        if (w.partial >= 0) add(w.headSpecified ? "partial wells, head specified" : "partial wells, discharge specified", w.q);
-        else add(w.headSpecified ? "wells, head specified" : "wells, discharge specified", w.q);
-    }
-    for (size_t i = 0; i < s.segs.size(); ++i) {
-        const SegEl& e = s.segs[i];
-        const double L = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
-        std::string kind;
-        switch (e.kind) {
-        case LineSinkKind::Discharge: kind = "line-sinks, discharge specified"; break;
-        case LineSinkKind::Head: kind = "line-sinks, head specified"; break;
-        case LineSinkKind::Drain: kind = "drains"; break;
-        case LineSinkKind::Gallery: kind = "galleries"; break;
-        case LineSinkKind::Stream: kind = "streams"; break;
-        }
-        add(kind, s.ssig[i] * L);
-    }
-    for (const auto& d : s.domains)
-        if (d.hasSink) add("area sinks, inhomogeneities", d.extraction * d.sink.area);
-    for (const auto& p : s.ponds) add(p.headSpecified ? "ponds, head specified" : "ponds, discharge specified", -p.rate * kPi * p.R * p.R);
-    for (const auto& c : s.model.leakage) add("leakage to the model below", c.rate * (c.x2 - c.x1) * (c.y2 - c.y1));
+    for (const BalanceElement* e : balanceElements()) e->balanceTerms(s, add);
     // The far field: inflow across a circle around every element, by the trapezoidal
     // rule, which converges geometrically for this periodic, analytic integrand.
-    double xmin = 1e300, xmax = -1e300, ymin = 1e300, ymax = -1e300;
-    auto grow = [&](double x, double y) {
-        xmin = std::min(xmin, x); xmax = std::max(xmax, x);
-        ymin = std::min(ymin, y); ymax = std::max(ymax, y);
-    };
-    for (const auto& w : s.wells) grow(w.x, w.y);
-    for (const auto& e : s.segs) { grow(e.x1, e.y1); grow(e.x2, e.y2); }
-    for (const auto& e : s.edges) { grow(e.g.x1, e.g.y1); grow(e.g.x2, e.g.y2); }
-    for (const auto& d : s.domains)
-        for (const auto& v : d.poly) grow(v.x, v.y);
-    for (const auto& p : s.ponds) { grow(p.x - p.R, p.y - p.R); grow(p.x + p.R, p.y + p.R); }
-    for (const auto& c : s.model.leakage) { grow(c.x1, c.y1); grow(c.x2, c.y2); }
-    for (const auto& g : s.theisGroups) grow(g.x, g.y);
-    if (xmin <= xmax) {
-        const double cx = 0.5 * (xmin + xmax), cy = 0.5 * (ymin + ymax);
-        const double R = std::max(std::hypot(xmax - xmin, ymax - ymin), 1e-3);  // twice the enclosing radius
+    BalanceBox box;
+    for (const BalanceElement* e : balanceElements()) e->extent(s, box);
+    if (box.xmin <= box.xmax) {
+        const double cx = 0.5 * (box.xmin + box.xmax), cy = 0.5 * (box.ymin + box.ymax);
+        const double R = std::max(std::hypot(box.xmax - box.xmin, box.ymax - box.ymin), 1e-3);  // twice the enclosing radius
         const int m = 256;
         double inflow = 0.0, gross = 0.0;
 #pragma omp parallel for reduction(+ : inflow, gross)
@@ -1021,7 +902,7 @@ WaterBalance Solution::waterBalance() const {
         // circle (uniform flow around doublets) is no flow.
         if (std::fabs(inflow) <= 1e-11 * gross) inflow = 0.0;
         add("far field", -inflow);
-        for (const auto& [kind, extraction] : s.theisBalance(cx, cy, R)) add(kind, extraction);
+        for (const BalanceElement* e : balanceElements()) e->termsWithin(s, cx, cy, R, add);
     }
     for (const auto& t : b.terms) { b.totalIn += t.in; b.totalOut += t.out; }
     b.difference = b.totalIn - b.totalOut;

@@ -293,7 +293,17 @@ private:
 // Log text for a water balance (several lines).
 std::vector<std::string> formatBalance(const WaterBalance& b);
 
+// The words for a kind of line-sink string, in one table: its name in logs ("head",
+// "drain", ...), its words in the output report ("head specified", "drain", ...) and
+// its line of the water balance ("line-sinks, head specified", "drains", ...).
+struct LineSinkKindWords {
+    const char* name;
+    const char* report;
+    const char* balance;
+};
+const LineSinkKindWords& wordsOf(LineSinkKind k);
+
 // The name of a line-sink kind as used in logs ("head", "drain", ...).
-const char* kindName(LineSinkKind k);
+inline const char* kindName(LineSinkKind k) { return wordsOf(k).name; }
 
 }  // namespace tarno::engine

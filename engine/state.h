@@ -236,7 +236,7 @@ struct Solution::State {
     // Copies the unknowns into the strength arrays. With applyFixed, segments whose row
     // fixes their strength get that exact value (right after a solve, whose states they are).
     void syncStrengths(bool applyFixed);
-    double route();  // stream flows along the network (see solution.cpp)
+    double route();  // stream flows along the network (see engine/elements.cpp)
     // Wells (engine/wells.cpp): partially penetrating wells join `wells` after the plain
     // ones; transient wells are prepared apart. updatePartialWells sets the loss factors
     // from the heads at the wells (residual: in head, the effect of the change) and returns

@@ -28,15 +28,18 @@ std::vector<const T*> stepsOf(const CommandFile& f) {
   return r;
 }
 
-ElementsInput allElements(const CommandFile& f) {
-  ElementsInput all;
-  for (const ElementsInput* e : stepsOf<ElementsInput>(f)) {
-    all.wells.insert(all.wells.end(), e->wells.begin(), e->wells.end());
-    all.partialWells.insert(all.partialWells.end(), e->partialWells.begin(), e->partialWells.end());
-    all.theisWells.insert(all.theisWells.end(), e->theisWells.begin(), e->theisWells.end());
-    all.sinkDisks.insert(all.sinkDisks.end(), e->sinkDisks.begin(), e->sinkDisks.end());
-    all.strings.insert(all.strings.end(), e->strings.begin(), e->strings.end());
-    all.polygons.insert(all.polygons.end(), e->polygons.begin(), e->polygons.end());
+ModelElements allElements(const CommandFile& f) {
+  ModelElements all;
+  auto append = [](auto& to, const auto& from) { to.insert(to.end(), from.begin(), from.end()); };
+  for (const ModelElements* e : stepsOf<ModelElements>(f)) {
+    append(all.wells, e->wells);
+    append(all.partialWells, e->partialWells);
+    append(all.theisWells, e->theisWells);
+    append(all.ponds, e->ponds);
+    append(all.lineSinks, e->lineSinks);
+    append(all.inhomogeneities, e->inhomogeneities);
+    append(all.walls, e->walls);
+    append(all.lakes, e->lakes);
   }
   return all;
 }
@@ -181,7 +184,7 @@ TEST(CommandFile, ReadsAFrontEndFileWithoutProblems) {
   EXPECT_DOUBLE_EQ((*aq[0]->reference)[0], 1000.0);
   EXPECT_DOUBLE_EQ((*aq[0]->reference)[2], 15.0);
 
-  ElementsInput e = allElements(f);
+  ModelElements e = allElements(f);
   ASSERT_EQ(e.wells.size(), 2u);
   EXPECT_DOUBLE_EQ(e.wells[0].x, 1234.5678);
   EXPECT_DOUBLE_EQ(e.wells[0].value, 500.0);
@@ -191,9 +194,9 @@ TEST(CommandFile, ReadsAFrontEndFileWithoutProblems) {
   EXPECT_DOUBLE_EQ(e.wells[1].x, -5.0);
   EXPECT_DOUBLE_EQ(e.wells[1].radius, 0.3);
 
-  ASSERT_EQ(e.strings.size(), 1u);
-  const StringInput& s = e.strings[0];
-  EXPECT_EQ(s.kind, StringKind::Head);
+  ASSERT_EQ(e.lineSinks.size(), 1u);
+  const LineSinkString& s = e.lineSinks[0];
+  EXPECT_EQ(s.kind, LineSinkKind::Head);
   EXPECT_DOUBLE_EQ(s.resistance, 5.0);
   EXPECT_DOUBLE_EQ(s.width, 2.0);
   EXPECT_EQ(s.locationCode, 1);
@@ -275,7 +278,7 @@ TEST(CommandFile, UnknownCommandsAndBadDataAreReportedAndSkipped) {
   EXPECT_EQ(f.problems[3].line, 6);
   EXPECT_EQ(f.problems[4].line, 10);
   // The good lines around them are kept.
-  ElementsInput e = allElements(f);
+  ModelElements e = allElements(f);
   ASSERT_EQ(e.wells.size(), 1u);
   EXPECT_EQ(e.wells[0].label, "W3");
   auto aq = stepsOf<AquiferInput>(f);
@@ -313,7 +316,7 @@ TEST(CommandFile, MasksOfOtherElementsAreRead) {
       " sinkdisk ", " discharge ", "  .1000000E+03 .2000000E+03 .1500000E+03 .2000000E+03  12.500000E-03 .000000E+00 WL_000013",
       " quit ", " sinkdisk ", " head ", "  .1E+03 .2E+03 .15E+03 .2E+03 .9E+01 WL_000014", " quit ", " stop"}));
   EXPECT_TRUE(f.problems.empty()) << f.problems.front().message;
-  ElementsInput e = allElements(f);
+  ModelElements e = allElements(f);
   ASSERT_EQ(e.partialWells.size(), 2u);
   EXPECT_DOUBLE_EQ(e.partialWells[0].top, 10.0);
   EXPECT_DOUBLE_EQ(e.partialWells[0].value, 500.0);
@@ -323,11 +326,11 @@ TEST(CommandFile, MasksOfOtherElementsAreRead) {
   EXPECT_DOUBLE_EQ(e.theisWells[1].discharge, -500.0);
   EXPECT_DOUBLE_EQ(e.theisWells[1].startTime, 10.0);
   EXPECT_DOUBLE_EQ(e.theisWells[0].storage, 1e-4);
-  ASSERT_EQ(e.sinkDisks.size(), 2u);
-  EXPECT_DOUBLE_EQ(e.sinkDisks[0].value, 12.5e-3);
-  EXPECT_EQ(e.sinkDisks[0].label, "WL_000013");  // the literal zero is not part of the label
-  EXPECT_TRUE(e.sinkDisks[1].headSpecified);
-  EXPECT_EQ(e.sinkDisks[1].label, "WL_000014");
+  ASSERT_EQ(e.ponds.size(), 2u);
+  EXPECT_DOUBLE_EQ(e.ponds[0].value, 12.5e-3);
+  EXPECT_EQ(e.ponds[0].label, "WL_000013");  // the literal zero is not part of the label
+  EXPECT_TRUE(e.ponds[1].headSpecified);
+  EXPECT_EQ(e.ponds[1].label, "WL_000014");
 }
 
 TEST(CommandFile, StreamsListVerticesAndEndWithABareVertex) {
@@ -338,15 +341,15 @@ TEST(CommandFile, StreamsListVerticesAndEndWithABareVertex) {
       "  .0000000E+00 .0000000E+00 .120000 LS_000020_0200", "  .1000000E+03 .0000000E+00 11.500000 LS_000020_0300",
       " .2000000E+03 .0000000E+00", "  .3000000E+03 .0000000E+00 1 LS_X", " stream 0", "  0 0 5 A", " 0 10",
       " quit", " stop"}));
-  ElementsInput e = allElements(f);
-  ASSERT_EQ(e.strings.size(), 2u);
-  const StringInput& s = e.strings[0];
-  EXPECT_EQ(s.kind, StringKind::Stream);
+  ModelElements e = allElements(f);
+  ASSERT_EQ(e.lineSinks.size(), 2u);
+  const LineSinkString& s = e.lineSinks[0];
+  EXPECT_EQ(s.kind, LineSinkKind::Stream);
   EXPECT_DOUBLE_EQ(s.endInflow, 150.0);
-  EXPECT_TRUE(s.endFlag);
+  EXPECT_TRUE(s.end);
   EXPECT_TRUE(s.inlet);
-  EXPECT_EQ(*s.outletTable, "table1.tab");
-  EXPECT_EQ(*s.lakeTable, "lake.tab");
+  EXPECT_EQ(s.outletTable, "table1.tab");
+  EXPECT_EQ(*s.lakeName, "lake.tab");
   EXPECT_DOUBLE_EQ((*s.levels)[1], 12.5);
   EXPECT_DOUBLE_EQ(s.overlandFlow, 0.01);
   EXPECT_EQ(s.locationCode, 2);
@@ -356,7 +359,12 @@ TEST(CommandFile, StreamsListVerticesAndEndWithABareVertex) {
   EXPECT_DOUBLE_EQ(s.segments[1].x1, 100.0);
   EXPECT_DOUBLE_EQ(s.segments[1].x2, 200.0);
   EXPECT_EQ(s.segments[1].label, "LS_000020_0300");
-  ASSERT_EQ(e.strings[1].segments.size(), 1u);
+  // Each element keeps the line it came from, for the run's messages.
+  EXPECT_EQ(s.line, 3);
+  EXPECT_EQ(s.linkLine, 5);
+  EXPECT_EQ(s.segments[0].line, 13);
+  EXPECT_EQ(s.segments[1].line, 14);
+  ASSERT_EQ(e.lineSinks[1].segments.size(), 1u);
   // The vertex after the bare last one is reported and skipped.
   ASSERT_EQ(f.problems.size(), 1u);
   EXPECT_EQ(f.problems[0].line, 16);
@@ -367,15 +375,15 @@ TEST(CommandFile, DischargeSegmentsJoinIntoStringsAndPropertiesNeedAString) {
                                           "  5 5 6 6 .2 LS_2_1", " resistance 3", " gallery ", " pumping 250",
                                           "  0 0 0 10 4 LS_3_1", " drain ", " resistance 0", "  9 9 9 19 4 LS_4_1",
                                           " quit ", " stop"}));
-  ElementsInput e = allElements(f);
-  ASSERT_EQ(e.strings.size(), 4u);
-  EXPECT_EQ(e.strings[0].segments.size(), 2u);
-  EXPECT_EQ(e.strings[1].segments.size(), 1u);
-  EXPECT_EQ(e.strings[2].kind, StringKind::Gallery);
-  EXPECT_TRUE(e.strings[2].pumpingGiven);
-  EXPECT_DOUBLE_EQ(e.strings[2].pumping, 250.0);
-  EXPECT_EQ(e.strings[3].kind, StringKind::Drain);
-  EXPECT_DOUBLE_EQ(e.strings[3].resistance, 0.0);
+  ModelElements e = allElements(f);
+  ASSERT_EQ(e.lineSinks.size(), 4u);
+  EXPECT_EQ(e.lineSinks[0].segments.size(), 2u);
+  EXPECT_EQ(e.lineSinks[1].segments.size(), 1u);
+  EXPECT_EQ(e.lineSinks[2].kind, LineSinkKind::Gallery);
+  EXPECT_TRUE(e.lineSinks[2].pumpingGiven);
+  EXPECT_DOUBLE_EQ(e.lineSinks[2].pumping, 250.0);
+  EXPECT_EQ(e.lineSinks[3].kind, LineSinkKind::Drain);
+  EXPECT_DOUBLE_EQ(e.lineSinks[3].resistance, 0.0);
   ASSERT_EQ(f.problems.size(), 1u);  // the resistance in discharge mode
   EXPECT_EQ(f.problems[0].line, 6);
 }
@@ -392,25 +400,28 @@ TEST(CommandFile, AreaElementsWallsAndLakes) {
       "  0 0 HB_000005_0100", "slurry inside   1 2 3 4 HB_000006_0000", "slurry outside  1 2 3 4 HB_000007_0000",
       " quit ", " stop"}));
   EXPECT_TRUE(f.problems.empty()) << f.problems.front().message;
-  ElementsInput e = allElements(f);
-  ASSERT_EQ(e.polygons.size(), 7u);
-  EXPECT_EQ(e.polygons[0].kind, PolygonKind::Lake);
-  EXPECT_EQ(e.polygons[0].table, "stage.tab");
-  EXPECT_EQ(e.polygons[0].label, "LK_000001_0000");
-  EXPECT_EQ(e.polygons[0].vertices.size(), 3u);
-  EXPECT_EQ(e.polygons[1].table, "");
-  EXPECT_EQ(e.polygons[1].label, "LK_000002_0000");
-  EXPECT_EQ(e.polygons[2].kind, PolygonKind::Transmissivity);
-  ASSERT_EQ(e.polygons[2].params.size(), 5u);
-  EXPECT_DOUBLE_EQ(e.polygons[2].params[1], -9999.0);
-  EXPECT_DOUBLE_EQ(e.polygons[2].params[3], -0.001);
-  EXPECT_EQ(e.polygons[2].vertices[1].label, "IN_000003_0200");
-  EXPECT_EQ(e.polygons[3].kind, PolygonKind::WallOpen);
-  EXPECT_DOUBLE_EQ(e.polygons[3].params[3], 5.0);
-  EXPECT_EQ(e.polygons[3].vertices.size(), 2u);
-  EXPECT_EQ(e.polygons[4].kind, PolygonKind::WallClosed);
-  EXPECT_EQ(e.polygons[5].kind, PolygonKind::WallInside);
-  EXPECT_EQ(e.polygons[6].kind, PolygonKind::WallOutside);
+  ModelElements e = allElements(f);
+  ASSERT_EQ(e.lakes.size(), 2u);
+  ASSERT_EQ(e.inhomogeneities.size(), 1u);
+  ASSERT_EQ(e.walls.size(), 4u);
+  EXPECT_EQ(e.lakes[0].tableName, "stage.tab");
+  EXPECT_EQ(e.lakes[0].label, "LK_000001_0000");
+  EXPECT_EQ(e.lakes[0].vertices.size(), 3u);
+  EXPECT_DOUBLE_EQ(e.lakes[0].evaporation, 0.002);
+  EXPECT_DOUBLE_EQ(e.lakes[0].resistance, 1.0);
+  EXPECT_EQ(e.lakes[1].tableName, "");
+  EXPECT_EQ(e.lakes[1].label, "LK_000002_0000");
+  EXPECT_DOUBLE_EQ(e.inhomogeneities[0].base, -9999.0);
+  EXPECT_DOUBLE_EQ(e.inhomogeneities[0].extraction, -0.001);
+  EXPECT_EQ(e.inhomogeneities[0].vertices[1].label, "IN_000003_0200");
+  EXPECT_EQ(e.inhomogeneities[0].vertices[1].line, 12);
+  EXPECT_EQ(e.walls[0].kind, WallKind::Open);
+  EXPECT_DOUBLE_EQ(e.walls[0].bottom, 5.0);
+  EXPECT_EQ(e.walls[0].vertices.size(), 2u);
+  EXPECT_EQ(e.walls[1].kind, WallKind::Closed);
+  EXPECT_EQ(e.walls[2].kind, WallKind::Inside);
+  EXPECT_EQ(e.walls[3].kind, WallKind::Outside);
+  EXPECT_EQ(e.walls[3].line, 21);
 }
 
 TEST(CommandFile, ExtractPointsOfInspectionAndGridFiles) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <vector>
@@ -179,6 +180,101 @@ TEST_F(ElementInterface, EveryUnknownNamesItsElementForTheSingularMessage) {
         break;
     }
   }
+}
+
+// The water balance asks every group of balanceElements(): a group left out of the list
+// would drop its lines from the balance, or shrink the far field's circle so that it cuts
+// through elements.
+TEST_F(ElementInterface, BalanceGroupsGiveEveryKindItsLineAndCoverEveryElement) {
+  std::vector<std::string> kinds;
+  const AddBalanceTerm add = [&](const std::string& kind, double) {
+    if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end()) kinds.push_back(kind);
+  };
+  BalanceBox box;
+  for (const BalanceElement* e : balanceElements()) {
+    e->balanceTerms(s, add);
+    e->extent(s, box);
+  }
+  const std::vector<std::string> expected = {
+      "wells, head specified", "partial wells, head specified", "line-sinks, head specified", "drains",
+      "galleries", "streams", "ponds, head specified"};
+  EXPECT_EQ(kinds, expected);
+  // The stream's upstream end lies farthest west, the river sets the east and the south,
+  // the drain's end the north.
+  EXPECT_DOUBLE_EQ(box.xmin, -600.0);
+  EXPECT_DOUBLE_EQ(box.xmax, 500.0);
+  EXPECT_DOUBLE_EQ(box.ymin, -400.0);
+  EXPECT_DOUBLE_EQ(box.ymax, 450.0);
+}
+
+// Recharge inside an inhomogeneity, a discharge-specified pond and leakage cells have
+// lines of their own.
+TEST(BalanceElements, AreaSinksPondsAndLeakageHaveLinesOfTheirOwn) {
+  Solution::State s;
+  s.model = aquiferModel(0.0, 10.0, 20.0, -2000.0, 0.0, 30.0);
+  Inhomogeneity in;
+  in.extraction = -0.001;
+  in.label = "IN_RECHARGE";
+  in.vertices = {{-100, -100, "a"}, {100, -100, "b"}, {100, 100, "c"}, {-100, 100, "d"}};
+  s.model.inhomogeneities.push_back(in);
+  s.model.ponds.push_back(Pond{500.0, 0.0, 50.0, 0.002, false, "WL_POND"});
+  s.model.leakage.push_back(LeakageCell{-900.0, -900.0, -800.0, -850.0, 0.001});
+  s.prepare();
+  std::vector<std::pair<std::string, double>> terms;
+  const AddBalanceTerm add = [&](const std::string& kind, double q) { terms.emplace_back(kind, q); };
+  BalanceBox box;
+  for (const BalanceElement* e : balanceElements()) {
+    e->balanceTerms(s, add);
+    e->extent(s, box);
+  }
+  ASSERT_EQ(terms.size(), 3u);
+  EXPECT_EQ(terms[0].first, "area sinks, inhomogeneities");
+  EXPECT_NEAR(terms[0].second, -0.001 * 200.0 * 200.0, 1e-9);
+  EXPECT_EQ(terms[1].first, "ponds, discharge specified");
+  EXPECT_NEAR(terms[1].second, -0.002 * detail::kPi * 50.0 * 50.0, 1e-9);
+  EXPECT_EQ(terms[2].first, "leakage to the model below");
+  EXPECT_NEAR(terms[2].second, 0.001 * 100.0 * 50.0, 1e-12);
+  EXPECT_DOUBLE_EQ(box.xmin, -900.0);
+  EXPECT_DOUBLE_EQ(box.xmax, 550.0);
+  EXPECT_DOUBLE_EQ(box.ymin, -900.0);
+  EXPECT_DOUBLE_EQ(box.ymax, 100.0);
+}
+
+// A limited (dry) stream reach flows again when its own condition would take less than
+// the flow that reaches it: without resistance once the aquifer's head reaches the
+// stream's; with resistance when its loss to the aquifer, w (h - hs) / c per length,
+// capped at w d / c by the percolation depth, is smaller than the flow arriving.
+TEST(StreamRouting, ALimitedReachIsReleasedWhenItsConditionTakesLessThanTheFlowReachingIt) {
+  Solution::State s;
+  s.model = aquiferModel(0.0, 10.0, 20.0, -2000.0, 0.0, 30.0);
+  LineSinkString bare = straightString(LineSinkKind::Stream, 0.0, 0.0, 100.0, 0.0, 1, 25.0, 25.0, "LS_BARE");
+  LineSinkString resistant = straightString(LineSinkKind::Stream, 0.0, 50.0, 100.0, 50.0, 1, 25.0, 25.0, "LS_RES");
+  resistant.resistance = 2.0;
+  resistant.width = 4.0;
+  LineSinkString shallow = straightString(LineSinkKind::Stream, 0.0, 100.0, 100.0, 100.0, 1, 25.0, 25.0, "LS_SHALLOW");
+  shallow.resistance = 2.0;
+  shallow.width = 4.0;
+  shallow.depth = 0.5;
+  s.model.lineSinks = {bare, resistant, shallow};
+  s.prepare();
+  ASSERT_EQ(s.segs.size(), 3u);
+  const double L = 100.0;
+  auto releases = [&](int seg, double head, double avail) {
+    SegEl& e = s.segs[seg];
+    e.state = SegState::Limited;
+    s.phiPts[e.unknown] = s.aqOf(e.dom).phiFromHead(head);
+    return segment_conditions::limitedReleases(s, e, avail, L);
+  };
+  // No resistance: the stream's head decides alone.
+  EXPECT_TRUE(releases(0, 25.01, 0.0));
+  EXPECT_FALSE(releases(0, 24.9, 1000.0));
+  // Resistance 2, width 4: at a head 1 below the stream it loses 2 per length, 200 in all.
+  EXPECT_TRUE(releases(1, 24.0, 250.0));
+  EXPECT_FALSE(releases(1, 24.0, 150.0));
+  EXPECT_TRUE(releases(1, 25.5, 0.0));  // it gains water: flows with nothing arriving
+  // Depth 0.5 caps the loss at 4 * 0.5 / 2 = 1 per length, 100 in all, however deep the head.
+  EXPECT_TRUE(releases(2, 20.0, 150.0));
+  EXPECT_FALSE(releases(2, 20.0, 50.0));
 }
 
 }  // namespace

@@ -267,6 +267,36 @@ TEST(ProgramRun, UnknownCommandsAreLoggedWithTheirLine) {
   EXPECT_EQ(err[1].rfind("line 5", 0), 0u) << err[1];
 }
 
+TEST(ProgramRun, EachKindOfElementIsCheckedOnceWithItsLine) {
+  // Every element of a menu goes through the one check of its kind: what is skipped and
+  // what is mended is told with the element's own line, in the order of the lines.
+  TempDir dir;
+  writeLines(dir.Path() / "x.dat",
+             {" error ERR.LOG", " message MSG.LOG", " aquifer", " base 0", " permeability 10", " thickness 20",
+              " reference -5000 0 25", " quit", " twell", " discharge", "  0 -500 400 0 25 0 .1 WL_T0",
+              "  0 -500 400 0 25 2 .1 WL_T2", " quit", " ppwell", " discharge", "  -200 300 2 10 100 .15 WL_SWAP",
+              "  -250 320 10 2 100 0 WL_NORADIUS", " quit", " well", " discharge", "  100 200 500 0 WL_0",
+              "  300 200 500 .1 WL_1", " quit", " inhomogeneity", " Lake 1 2 3 4 LK_1", "  5 5 LK_1_1", " quit",
+              " solve 3 3 0 1", " stop"},
+             "\n");
+  ASSERT_EQ(runTarno1(dir.Path(), "61 X.DAT"), 0);
+  auto err = readLines(dir.Path() / "ERR.LOG");
+  const std::vector<std::string> expected = {
+      "line 11: transient well WL_T0: storage coefficient 0 is not positive; the schedule line was skipped",
+      "line 12: transient well WL_T2: storage coefficient 2 is above 1; it is used as given",
+      "line 16: partially penetrating well WL_SWAP: the top of the screen 2 lies below its bottom 10; the two were "
+      "swapped",
+      "line 17: partially penetrating well WL_NORADIUS: radius 0 is not positive; the well was skipped",
+      "line 21: well WL_0 has a radius that is not positive; the well was skipped",
+      "line 25: lake LK_1 has 1 vertices, fewer than three; the lake is skipped"};
+  ASSERT_EQ(err.size(), expected.size()) << readAll(dir.Path() / "ERR.LOG");
+  for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(err[i], expected[i]);
+  // The mended partial well and the good well and schedule line are in the model.
+  const std::string msg = readAll(dir.Path() / "MSG.LOG");
+  EXPECT_NE(msg.find("Partially penetrating wells: 1"), std::string::npos) << msg;
+  EXPECT_NE(msg.find("Transient wells: 1 with 1 schedule line"), std::string::npos) << msg;
+}
+
 TEST(ProgramRun, FatalPathsWriteTheReportAndFail) {
   TempDir dir;
   // No arguments.
