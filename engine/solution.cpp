@@ -701,11 +701,14 @@ std::vector<double> Solution::heads(const std::vector<double>& xs, const std::ve
 }
 
 PointValues Solution::evaluate(double x, double y, std::optional<double> z) const {
-    const State& s = *s_;
+    return s_->pointValues(x, y, z, s_->fieldAt(x, y));
+}
+
+PointValues Solution::State::pointValues(double x, double y, std::optional<double> z, const detail::Field& f) const {
+    const State& s = *this;
     PointValues p;
     p.x = x;
     p.y = y;
-    const detail::Field f = s.fieldAt(x, y);
     p.potential = f.phi;
     p.qx = f.wr;
     p.qy = -f.wi;

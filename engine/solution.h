@@ -287,6 +287,9 @@ public:
     struct State;  // internal
 
 private:
+    friend class FieldEvaluator;  // engine/fast_eval.h: the strengths for the expansions
+    friend void setStandInStrengths(Solution& s, unsigned seed);
+
     std::unique_ptr<State> s_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "core/solver_files.h"
 
+#include "engine/fast_eval.h"
 #include "engine/grid.h"
 
 #include <algorithm>
@@ -57,7 +58,7 @@ struct Sample {
   double head = 0, base = 0, thickness = 0;  // base: the bottom of the water (base or interface)
 };
 
-Sample sample(const Solution& s, double x, double y) {
+Sample sample(const FieldEvaluator& s, double x, double y) {
   Sample r;
   const PointValues p = s.evaluate(x, y);
   r.head = p.head;
@@ -66,7 +67,7 @@ Sample sample(const Solution& s, double x, double y) {
   // where it stands above the base, and the top of the saturated zone (p.z): paths keep
   // their relative elevation in it and so stay above the interface.
   r.base = p.base;
-  if (auto zi = interfaceElevation(s.model().aquifer, p.head, p.base)) r.base = *zi;
+  if (auto zi = interfaceElevation(s.solution().model().aquifer, p.head, p.base)) r.base = *zi;
   r.thickness = p.z - r.base;
   const double n = p.porosity;
   if (!(r.thickness > 0) || !(n > 0)) return r;
@@ -114,7 +115,14 @@ std::vector<WellResult> allWells(const Solution& s) {
 
 class Tracer {
  public:
-  Tracer(const Solution& s, const TraceSettings& st) : s_(s), st_(st) {
+  // A path takes hundreds of samples: unless the settings say, the evaluator's path
+  // follows from the model's size alone.
+  Tracer(const Solution& s, const TraceSettings& st)
+      : s_(s),
+        field_(s, st.evaluation.value_or(FieldEvaluator::multipoleFor(s, FieldEvaluator::kMultipolePoints)
+                                             ? FieldEvaluator::Path::Multipole
+                                             : FieldEvaluator::Path::Direct)),
+        st_(st) {
     for (const WellResult& w : allWells(s))
       if (w.radius > 0 || w.discharge != 0) wells_.push_back(SinkWell{w.x, w.y, w.radius, w.discharge});
     for (const SegmentResult& g : s.segmentResults())
@@ -142,7 +150,7 @@ class Tracer {
     const int dir = p.direction < 0 ? -1 : 1;
     const double step = st_.step;
     double x = p.x, y = p.y, t = 0.0;
-    Sample cur = sample(s_, x, y);
+    Sample cur = sample(field_, x, y);
     if (!cur.wet) {
       path.points.push_back(PathPoint{x, y, 0.0, p.z, cur.head > kDryLimit ? cur.head : kDryHead});
       path.end = s_.ignored(x, y) ? PathEnd::Ignored : PathEnd::Dry;
@@ -180,17 +188,17 @@ class Tracer {
         };
         double k1x, k1y, k1z, k2x, k2y, k2z, k3x, k3y, k3z, k4x, k4y, k4z;
         f(cur, zeta, k1x, k1y, k1z);
-        const Sample s2 = sample(s_, x + 0.5 * h * k1x, y + 0.5 * h * k1y);
+        const Sample s2 = sample(field_, x + 0.5 * h * k1x, y + 0.5 * h * k1y);
         const double z2 = zeta + 0.5 * h * k1z;
         Sample s3, s4;
         double z3 = 0, z4 = 0;
         if (s2.wet) {
           f(s2, z2, k2x, k2y, k2z);
-          s3 = sample(s_, x + 0.5 * h * k2x, y + 0.5 * h * k2y);
+          s3 = sample(field_, x + 0.5 * h * k2x, y + 0.5 * h * k2y);
           z3 = zeta + 0.5 * h * k2z;
           if (s3.wet) {
             f(s3, z3, k3x, k3y, k3z);
-            s4 = sample(s_, x + h * k3x, y + h * k3y);
+            s4 = sample(field_, x + h * k3x, y + h * k3y);
             z4 = zeta + h * k3z;
             if (s4.wet) {
               f(s4, z4, k4x, k4y, k4z);
@@ -237,7 +245,7 @@ class Tracer {
             // Cut: the path goes on from the wall, on the side it came from.
             const double side = (b.tx * (y - b.g.y1) - b.ty * (x - b.g.x1)) >= 0 ? 1.0 : -1.0;
             const double cx = ex - side * eps * b.ty, cy = ey + side * eps * b.tx;
-            const Sample c = sample(s_, cx, cy);
+            const Sample c = sample(field_, cx, cy);
             ++path.steps;
             if (!c.wet) return finish(path, PathEnd::Wall);
             t += wall.u * dt;
@@ -268,7 +276,7 @@ class Tracer {
             sx = x + f * (sx - x) - side * eps * o.ty;
             sy = y + f * (sy - y) + side * eps * o.tx;
           }
-          const Sample c = sample(s_, sx, sy);
+          const Sample c = sample(field_, sx, sy);
           ++path.steps;
           if (!c.wet) return finish(path, PathEnd::Wall);
           t += f * dt;
@@ -287,7 +295,7 @@ class Tracer {
           const double ey = onStep ? y + w * (ny - y) : y + w * (py - y);
           const double ez = onStep ? zeta + w * (nz - zeta) : zeta + w * h * k1z;
           ++path.steps;
-          Sample e = sample(s_, ex, ey);
+          Sample e = sample(field_, ex, ey);
           const double zz = std::clamp(ez, 0.0, 1.0);
           if (e.wet) path.points.push_back(PathPoint{ex, ey, t + w * dt, e.base + zz * e.thickness, e.head});
           return finish(path, PathEnd::LineSink);
@@ -305,7 +313,7 @@ class Tracer {
         continue;
       }
       if (!ok) return finish(path, PathEnd::Dry);
-      const Sample next = sample(s_, nx, ny);
+      const Sample next = sample(field_, nx, ny);
       if (!next.wet) return finish(path, s_.ignored(nx, ny) ? PathEnd::Ignored : PathEnd::Dry);
       ++path.steps;
       t += dt;
@@ -325,6 +333,7 @@ class Tracer {
 
  private:
   const Solution& s_;
+  const FieldEvaluator field_;
   const TraceSettings& st_;
   std::vector<SinkWell> wells_;
   std::vector<SinkSegment> segments_;

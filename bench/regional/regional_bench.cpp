@@ -1,13 +1,28 @@
-// Benchmark of the regional model family (bench/engine/regional_model.h).
-// Usage: tarno-bench-regional [unknowns ...]      (default 20000 50000 100000)
-//        tarno-bench-regional model [unknowns ...] (the models' make-up only, and a
-//                                                  dense solve where it is small)
+// Benchmark of the regional model family (bench/engine/regional_model.h): heads at
+// 10,000 points by direct summation and by the multipole expansions (engine/fast_eval.h).
+//
+// Usage: tarno-bench-regional [unknowns ...]        (default 20000 50000 100000)
+//        tarno-bench-regional model [unknowns ...]  the models' make-up (and a dense
+//                                                   solve where the model is small)
+//        tarno-bench-regional crossover             direct against multipole on small
+//                                                   models: where the multipole path wins
+//        tarno-bench-regional terms [unknowns]      error and time against p and theta
+//
+// Models of this size cannot be solved densely here (100,000 unknowns would need 80 GB
+// for the matrix): the unknowns get random stand-in values of the right size instead.
+// The cost of evaluation does not depend on the values.
 #include "bench/engine/regional_model.h"
+#include "engine/fast_eval.h"
 #include "engine/solution.h"
 
+#include <omp.h>
+
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,6 +32,27 @@ namespace {
 
 double now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// The load of the machine (1-minute average), to read the times against.
+double loadAverage() {
+  std::ifstream in("/proc/loadavg");
+  double l = -1;
+  in >> l;
+  return l;
+}
+
+// A lattice of `side` x `side` points over the model's window, shifted off the
+// elements' round coordinates.
+void lattice(const Model& m, int side, std::vector<double>& xs, std::vector<double>& ys) {
+  xs.clear();
+  ys.clear();
+  const double x0 = m.window.x1, y0 = m.window.y1, dx = (m.window.x2 - x0) / side, dy = (m.window.y2 - y0) / side;
+  for (int j = 0; j < side; ++j)
+    for (int i = 0; i < side; ++i) {
+      xs.push_back(x0 + (i + 0.37) * dx);
+      ys.push_back(y0 + (j + 0.61) * dy);
+    }
 }
 
 void describe(int n) {
@@ -38,19 +74,148 @@ void describe(int n) {
   }
 }
 
+struct Compare {
+  double direct = 0, build = 0, fast = 0;  // seconds
+  double maxHead = 0;                      // largest |head difference|
+  double maxPhiRel = 0;                    // largest |potential difference| / |potential|
+  double maxQRel = 0;                      // largest |Q difference| / max |Q| (on a subset)
+  size_t bytes = 0;
+  int clusters = 0;
+  int elements = 0;
+};
+
+Compare compare(const Solution& s, const std::vector<double>& xs, const std::vector<double>& ys,
+                const MultipoleOptions& o, bool withDirect = true) {
+  Compare c;
+  std::vector<double> hd;
+  if (withDirect) {
+    const double t0 = now();
+    hd = s.heads(xs, ys);
+    c.direct = now() - t0;
+  }
+  const double t1 = now();
+  FieldEvaluator f(s, FieldEvaluator::Path::Multipole, o);
+  c.build = now() - t1;
+  const double t2 = now();
+  const std::vector<double> hf = f.heads(xs, ys);
+  c.fast = now() - t2;
+  c.bytes = f.tree()->bytes();
+  c.clusters = f.tree()->clusters();
+  c.elements = f.tree()->elements();
+  if (!withDirect) return c;
+  for (size_t i = 0; i < xs.size(); ++i) c.maxHead = std::max(c.maxHead, std::fabs(hd[i] - hf[i]));
+  const size_t every = std::max<size_t>(1, xs.size() / 500);
+  double qmax = 0, dq = 0;
+  for (size_t i = 0; i < xs.size(); i += every) {
+    const double pd = s.potential(xs[i], ys[i]), pf = f.potential(xs[i], ys[i]);
+    c.maxPhiRel = std::max(c.maxPhiRel, std::fabs(pd - pf) / std::max(std::fabs(pd), 1e-300));
+    const auto qd = s.discharge(xs[i], ys[i]), qf = f.discharge(xs[i], ys[i]);
+    qmax = std::max(qmax, std::hypot(qd.first, qd.second));
+    dq = std::max(dq, std::hypot(qd.first - qf.first, qd.second - qf.second));
+  }
+  c.maxQRel = qmax > 0 ? dq / qmax : 0;
+  return c;
+}
+
+void headsAtPoints(const std::vector<int>& sizes) {
+  std::printf("Heads at 10,000 points (a 100 x 100 lattice over the basin), direct sum and multipole\n"
+              "expansions (p = %d, theta = %.2f). Strengths: random stand-ins, no solve (evaluation\n"
+              "does not depend on the values). threads: OpenMP %d, load average %.2f\n",
+              MultipoleOptions{}.terms, MultipoleOptions{}.theta, omp_get_max_threads(), loadAverage());
+  std::printf("%8s %9s %9s %9s %9s %8s %8s %10s %10s %10s\n", "unknowns", "elements", "direct", "build", "multipole",
+              "speedup", "tree MB", "max|dh|", "max dPhi/Phi", "max dQ/Q");
+  for (int n : sizes) {
+    Model m = bench::MakeRegionalModel(n, 1u);
+    Solution s(m);
+    setStandInStrengths(s, 7u);
+    std::vector<double> xs, ys;
+    lattice(m, 100, xs, ys);
+    const Compare c = compare(s, xs, ys, MultipoleOptions{});
+    std::printf("%8d %9d %8.3fs %8.3fs %8.3fs %8.1f %8.2f %10.2e %10.2e %10.2e\n", s.unknowns(),
+                c.elements, c.direct,
+                c.build, c.fast, c.direct / (c.build + c.fast), c.bytes / 1048576.0, c.maxHead, c.maxPhiRel,
+                c.maxQRel);
+    std::fflush(stdout);
+  }
+  std::printf("load average after: %.2f\n", loadAverage());
+}
+
+// Direct against multipole on models of a few hundred to a few thousand elements: the
+// time per point of each and the time to build the tree, at 1,000 points.
+void crossover() {
+  std::printf("Crossover: 1,000 points (the build of the tree included in the multipole time)\n");
+  std::printf("%8s %9s %12s %12s %9s %12s\n", "unknowns", "elements", "direct/pt", "multipole/pt", "build",
+              "break-even");
+  for (int n : {500, 1000, 2000, 3000, 5000, 10000}) {
+    Model m = bench::MakeRegionalModel(n, 1u);
+    Solution s(m);
+    setStandInStrengths(s, 7u);
+    std::vector<double> xs, ys;
+    lattice(m, 32, xs, ys);
+    const Compare c = compare(s, xs, ys, MultipoleOptions{});
+    const double pd = c.direct / xs.size(), pf = c.fast / xs.size();
+    const FieldEvaluator f(s, FieldEvaluator::Path::Multipole);
+    char be[32] = "never";
+    if (pd > pf) std::snprintf(be, sizeof be, "%.0f points", c.build / (pd - pf));
+    std::printf("%8d %9d %10.2fus %10.2fus %8.4fs %12s\n", s.unknowns(), f.tree()->elements(), 1e6 * pd, 1e6 * pf,
+                c.build, be);
+    std::fflush(stdout);
+  }
+}
+
+void terms(int n) {
+  Model m = bench::MakeRegionalModel(n, 1u);
+  Solution s(m);
+  setStandInStrengths(s, 7u);
+  std::vector<double> xs, ys;
+  lattice(m, 100, xs, ys);
+  std::printf("%d unknowns, 10,000 points: error and time against the terms p and theta\n", s.unknowns());
+  std::printf("%4s %6s %5s %9s %9s %10s %10s %10s\n", "p", "theta", "leaf", "build", "multipole", "max|dh|",
+              "max dPhi/Phi", "max dQ/Q");
+  bool first = true;
+  double direct = 0;
+  for (double theta : {0.35, 0.5, 0.65})
+    for (int p : {10, 20, 30, 40})
+      for (int leaf : {32}) {
+        MultipoleOptions o;
+        o.terms = p;
+        o.theta = theta;
+        o.leafSize = leaf;
+        const Compare c = compare(s, xs, ys, o);
+        if (first) direct = c.direct;
+        first = false;
+        std::printf("%4d %6.2f %5d %8.3fs %8.3fs %10.2e %10.2e %10.2e\n", p, theta, leaf, c.build, c.fast, c.maxHead,
+                    c.maxPhiRel, c.maxQRel);
+        std::fflush(stdout);
+      }
+  std::printf("direct: %.3f s\n", direct);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::vector<int> sizes;
-  bool model = false;
+  std::string mode;
   for (int i = 1; i < argc; ++i) {
-    if (std::string(argv[i]) == "model") model = true;
+    const std::string a = argv[i];
+    if (a == "model" || a == "crossover" || a == "terms") mode = a;
     else sizes.push_back(std::atoi(argv[i]));
   }
-  if (sizes.empty()) sizes = {20000, 50000, 100000};
-  if (model) {
-    for (int n : sizes) describe(n);
+  if (mode == "model") {
+    for (int n : sizes.empty() ? std::vector<int>{20000, 50000, 100000} : sizes) describe(n);
     return 0;
   }
+  if (mode == "crossover") {
+    crossover();
+    return 0;
+  }
+  if (mode == "terms") {
+    terms(sizes.empty() ? 20000 : sizes.front());
+    return 0;
+  }
+  if (sizes.empty()) sizes = {20000, 50000, 100000};
+  headsAtPoints(sizes);
+  // The solve of these models by the large-model path (compression, iterations, solve
+  // time and memory) belongs here, beside the evaluation figures: not built yet.
   return 0;
 }
