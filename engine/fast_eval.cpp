@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <complex>
+#include <limits>
 #include <random>
 
 namespace tarno::engine {
@@ -138,13 +139,15 @@ MultipoleTree::MultipoleTree(const Wells& wells, const LineSinks& sinks, const D
   gaussLegendre(p / 2 + 3, gx_, gw_);
   are_.assign(nodes_.size() * (size_t)p, 0.0);
   aim_.assign(nodes_.size() * (size_t)p, 0.0);
+  std::vector<int> leaves;
+  for (int i = 0; i < (int)nodes_.size(); ++i)
+    if (nodes_[i].child[0] < 0) leaves.push_back(i);
+#pragma omp parallel for schedule(dynamic, 8)
+  for (long k = 0; k < (long)leaves.size(); ++k) leafExpansion(leaves[k]);
   for (int i = (int)nodes_.size() - 1; i >= 0; --i) {
-    if (nodes_[i].child[0] < 0) {
-      leafExpansion(i);
-    } else {
-      shiftExpansion(nodes_[i].child[0], i);
-      shiftExpansion(nodes_[i].child[1], i);
-    }
+    if (nodes_[i].child[0] < 0) continue;
+    shiftExpansion(nodes_[i].child[0], i);
+    shiftExpansion(nodes_[i].child[1], i);
   }
 }
 
@@ -226,13 +229,28 @@ void MultipoleTree::leafExpansion(int i) {
       a[k] -= q * pw / (double)k;
     }
   }
-  // Line-sink: the integral of sigma ln(z - zeta) / (2 pi) along it, zeta = zc + h X.
+  // Line-sink: the integral of sigma ln(z - zeta) / (2 pi) along it, zeta = zc + h X,
+  // with m[k] the integral of (d + h X)^k over [-1, 1] (scaled by the leaf's radius).
+  // The ends d +- h lie in the unit disc, so the closed form
+  //   m[k] = ((d + h)^(k+1) - (d - h)^(k+1)) / ((k + 1) h)
+  // loses at most about eps / |h| to cancellation; segments short against the leaf
+  // take the quadrature instead.
   for (int j = nd.l0; j < nd.l1; ++j) {
     const double L = 4.0 * kPi * lsc_[j];
     const double s = lsig_[j] * inv2pi;
     a0 += s * L;
     const cplx h = 1.0 / cplx(lihr_[j], lihi_[j]);
     const cplx d = (cplx(lcx_[j], lcy_[j]) - c) / Rs, hh = h / Rs;
+    if (std::abs(hh) >= 1e-3) {
+      const cplx e1 = d + hh, e2 = d - hh, ih = 1.0 / hh;
+      cplx p1 = e1, p2 = e2;
+      for (int k = 1; k <= p; ++k) {
+        p1 *= e1;
+        p2 *= e2;
+        a[k] -= s * 0.5 * L * (p1 - p2) * ih / (double)(k * (k + 1));
+      }
+      continue;
+    }
     std::fill(m.begin(), m.end(), 0.0);
     for (int g = 0; g < nq; ++g) {
       const cplx t = d + hh * gx_[g];
@@ -383,10 +401,18 @@ size_t MultipoleTree::bytes() const {
 
 // ---------------------------------------------------------------------------------
 
-bool FieldEvaluator::multipoleFor(const Solution& s, long points) {
+long FieldEvaluator::multipolePoints(long elements) {
+  if (elements < kMultipoleElements) return std::numeric_limits<long>::max();
+  return std::max(kMultipolePoints, 2000000L / elements);
+}
+
+long FieldEvaluator::expandableElements(const Solution& s) {
   const Solution::State& st = *s.s_;
-  const long elements = (long)st.wq.size() + (long)st.ssig.size() + st.dbArr.size();
-  return elements >= kMultipoleElements && points >= kMultipolePoints;
+  return (long)st.wq.size() + (long)st.ssig.size() + st.dbArr.size();
+}
+
+bool FieldEvaluator::multipoleFor(const Solution& s, long points) {
+  return points >= multipolePoints(expandableElements(s));
 }
 
 FieldEvaluator::FieldEvaluator(const Solution& s, long points)

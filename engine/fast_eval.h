@@ -109,17 +109,23 @@ class FieldEvaluator {
   enum class Path { Direct, Multipole };
 
   // Chooses the path: the expansions when the model has at least kMultipoleElements
-  // wells, line-sinks and line-doublets and at least kMultipolePoints points are to be
-  // evaluated (below, building the tree costs more than it saves).
-  static constexpr int kMultipoleElements = 3000;
-  static constexpr long kMultipolePoints = 200;
+  // wells, line-sinks and line-doublets and at least multipolePoints(elements) points
+  // are to be evaluated. Measured (tarno-bench-regional crossover): a point costs about
+  // 30 ns per element directly and 25 to 50 us by the expansions, and the tree about
+  // 30 ms to build at a few thousand elements, so that the expansions win from about
+  // 2,000 elements on, and from 900 points at 2,000 elements, 600 at 3,000 and 150 at
+  // 10,000: about 2e6 / elements points.
+  static constexpr int kMultipoleElements = 2000;
+  static constexpr long kMultipolePoints = 200;  // the fewest points ever
+  static long multipolePoints(long elements);
+  // The wells, line-sinks and line-doublets of the solution (the elements of the tree).
+  static long expandableElements(const Solution& s);
+  static bool multipoleFor(const Solution& s, long points);
   FieldEvaluator(const Solution& s, long points);
   FieldEvaluator(const Solution& s, Path path, const MultipoleOptions& options = {});
   ~FieldEvaluator();
   FieldEvaluator(const FieldEvaluator&) = delete;
   FieldEvaluator& operator=(const FieldEvaluator&) = delete;
-
-  static bool multipoleFor(const Solution& s, long points);
 
   Path path() const { return tree_ ? Path::Multipole : Path::Direct; }
   const detail::MultipoleTree* tree() const { return tree_.get(); }

@@ -113,13 +113,16 @@ std::vector<WellResult> allWells(const Solution& s) {
   return all;
 }
 
+// The samples a path is taken to need when the evaluator's path is chosen.
+constexpr long kSamplesOfAPath = 1000000;
+
 class Tracer {
  public:
-  // A path takes hundreds of samples: unless the settings say, the evaluator's path
-  // follows from the model's size alone.
+  // A path takes hundreds to thousands of samples: unless the settings say, the
+  // evaluator's path follows from the model's size alone.
   Tracer(const Solution& s, const TraceSettings& st)
       : s_(s),
-        field_(s, st.evaluation.value_or(FieldEvaluator::multipoleFor(s, FieldEvaluator::kMultipolePoints)
+        field_(s, st.evaluation.value_or(FieldEvaluator::multipoleFor(s, kSamplesOfAPath)
                                              ? FieldEvaluator::Path::Multipole
                                              : FieldEvaluator::Path::Direct)),
         st_(st) {

@@ -7,6 +7,7 @@
 //        tarno-bench-regional crossover             direct against multipole on small
 //                                                   models: where the multipole path wins
 //        tarno-bench-regional terms [unknowns]      error and time against p and theta
+//        tarno-bench-regional multipole [unknowns ...] the multipole path only (no direct sums)
 //
 // Models of this size cannot be solved densely here (100,000 unknowns would need 80 GB
 // for the matrix): the unknowns get random stand-in values of the right size instead.
@@ -117,7 +118,7 @@ Compare compare(const Solution& s, const std::vector<double>& xs, const std::vec
   return c;
 }
 
-void headsAtPoints(const std::vector<int>& sizes) {
+void headsAtPoints(const std::vector<int>& sizes, bool withDirect = true) {
   std::printf("Heads at 10,000 points (a 100 x 100 lattice over the basin), direct sum and multipole\n"
               "expansions (p = %d, theta = %.2f). Strengths: random stand-ins, no solve (evaluation\n"
               "does not depend on the values). threads: OpenMP %d, load average %.2f\n",
@@ -130,11 +131,14 @@ void headsAtPoints(const std::vector<int>& sizes) {
     setStandInStrengths(s, 7u);
     std::vector<double> xs, ys;
     lattice(m, 100, xs, ys);
-    const Compare c = compare(s, xs, ys, MultipoleOptions{});
-    std::printf("%8d %9d %8.3fs %8.3fs %8.3fs %8.1f %8.2f %10.2e %10.2e %10.2e\n", s.unknowns(),
-                c.elements, c.direct,
-                c.build, c.fast, c.direct / (c.build + c.fast), c.bytes / 1048576.0, c.maxHead, c.maxPhiRel,
-                c.maxQRel);
+    const Compare c = compare(s, xs, ys, MultipoleOptions{}, withDirect);
+    if (withDirect)
+      std::printf("%8d %9d %8.3fs %8.3fs %8.3fs %8.1f %8.2f %10.2e %10.2e %10.2e\n", s.unknowns(), c.elements,
+                  c.direct, c.build, c.fast, c.direct / (c.build + c.fast), c.bytes / 1048576.0, c.maxHead,
+                  c.maxPhiRel, c.maxQRel);
+    else
+      std::printf("%8d %9d %9s %8.3fs %8.3fs %8s %8.2f\n", s.unknowns(), c.elements, "-", c.build, c.fast, "-",
+                  c.bytes / 1048576.0);
     std::fflush(stdout);
   }
   std::printf("load average after: %.2f\n", loadAverage());
@@ -198,7 +202,7 @@ int main(int argc, char** argv) {
   std::string mode;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if (a == "model" || a == "crossover" || a == "terms") mode = a;
+    if (a == "model" || a == "crossover" || a == "terms" || a == "multipole") mode = a;
     else sizes.push_back(std::atoi(argv[i]));
   }
   if (mode == "model") {
@@ -214,7 +218,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (sizes.empty()) sizes = {20000, 50000, 100000};
-  headsAtPoints(sizes);
+  headsAtPoints(sizes, mode != "multipole");
   // The solve of these models by the large-model path (compression, iterations, solve
   // time and memory) belongs here, beside the evaluation figures: not built yet.
   return 0;

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -276,7 +277,7 @@ TEST(MultipoleEvaluation, RegionalModelSolvedDenselyAgreesWithDefaultOptions) {
 
 TEST(MultipoleEvaluation, SmallModelsStayOnTheDirectPathBitForBit) {
   const Solution s = solved(stringField());
-  ASSERT_LT(s.unknowns(), FieldEvaluator::kMultipoleElements);
+  ASSERT_LT(FieldEvaluator::expandableElements(s), FieldEvaluator::kMultipoleElements);
   const FieldEvaluator f(s, 1000000L);
   EXPECT_EQ(f.path(), FieldEvaluator::Path::Direct);
   EXPECT_EQ(f.tree(), nullptr);
@@ -293,10 +294,15 @@ TEST(MultipoleEvaluation, SmallModelsStayOnTheDirectPathBitForBit) {
 TEST(MultipoleEvaluation, LargeModelsTakeTheExpansionsOnlyForManyPoints) {
   Solution s(bench::MakeRegionalModel(FieldEvaluator::kMultipoleElements + 200, 4u));
   setStandInStrengths(s, 9u);
-  EXPECT_TRUE(FieldEvaluator::multipoleFor(s, FieldEvaluator::kMultipolePoints));
-  EXPECT_FALSE(FieldEvaluator::multipoleFor(s, FieldEvaluator::kMultipolePoints - 1));
+  const long least = FieldEvaluator::multipolePoints(FieldEvaluator::expandableElements(s));
+  EXPECT_GE(least, FieldEvaluator::kMultipolePoints);
+  EXPECT_TRUE(FieldEvaluator::multipoleFor(s, least));
+  EXPECT_FALSE(FieldEvaluator::multipoleFor(s, least - 1));
   EXPECT_EQ(FieldEvaluator(s, 100000L).path(), FieldEvaluator::Path::Multipole);
   EXPECT_EQ(FieldEvaluator(s, 10L).path(), FieldEvaluator::Path::Direct);
+  // Bigger models need fewer points to repay the tree.
+  EXPECT_LT(FieldEvaluator::multipolePoints(100000), FieldEvaluator::multipolePoints(3000));
+  EXPECT_EQ(FieldEvaluator::multipolePoints(FieldEvaluator::kMultipoleElements - 1), std::numeric_limits<long>::max());
   // Stand-in strengths: the evaluation is the same sum whatever the values.
   const FieldEvaluator f(s, 100000L);
   const Model& m = s.model();
@@ -338,11 +344,11 @@ TEST(MultipoleEvaluation, ExtractOfManyPointsOfALargeModelTakesTheExpansions) {
   setStandInStrengths(s, 9u);
   const Model& m = s.model();
   ExtractInput block;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 1000; ++i) {
     ExtractPoint p;
     p.kind = ExtractPoint::Kind::Point;
-    p.x = m.window.x1 + (m.window.x2 - m.window.x1) * (i % 20 + 0.3) / 20.0;
-    p.y = m.window.y1 + (m.window.y2 - m.window.y1) * (i / 20 + 0.6) / 15.0;
+    p.x = m.window.x1 + (m.window.x2 - m.window.x1) * (i % 25 + 0.3) / 25.0;
+    p.y = m.window.y1 + (m.window.y2 - m.window.y1) * (i / 25 + 0.6) / 40.0;
     p.label = "P" + std::to_string(i);
     block.points.push_back(p);
   }
@@ -367,9 +373,9 @@ TEST(MultipoleEvaluation, ExtractOfManyPointsOfALargeModelTakesTheExpansions) {
     EXPECT_NEAR(nums[3], v.potential, 6e-7 * std::fabs(v.potential)) << line;
     ++records;
   }
-  EXPECT_EQ(records, 300);
+  EXPECT_EQ(records, 1000);
   // The source did take the expansions for this many points, and not for a few.
-  source.expectPoints(300);
+  source.expectPoints(1000);
   const PointValues a = source.point(block.points[5].x, block.points[5].y, std::nullopt);
   EXPECT_NE(a.potential, s.evaluate(block.points[5].x, block.points[5].y).potential);
   source.expectPoints(3);
