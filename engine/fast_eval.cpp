@@ -50,8 +50,8 @@ inline double scaleOf(double R) { return R > 0.0 ? R : 1.0; }
 
 }  // namespace
 
-MultipoleTree::MultipoleTree(const Wells& wells, const LineSinks& sinks, const DoubletEdges* doublets,
-                             const MultipoleOptions& options)
+MultipoleTree::MultipoleTree(const Wells& wells, const LineSinks& sinks,
+                             const DoubletEdges* doublets, const MultipoleOptions& options)
     : opt_(options) {
   opt_.terms = std::max(opt_.terms, 1);
   opt_.leafSize = std::max(opt_.leafSize, 1);
@@ -82,9 +82,11 @@ MultipoleTree::MultipoleTree(const Wells& wells, const LineSinks& sinks, const D
     mx[j] = ex[2 * j] = ex[2 * j + 1] = wells.x[j];
     my[j] = ey[2 * j] = ey[2 * j + 1] = wells.y[j];
   }
-  for (int j = 0; j < nl_; ++j) segment(nw_ + j, 1, j, sinks.cx[j], sinks.cy[j], sinks.ihr[j], sinks.ihi[j]);
+  for (int j = 0; j < nl_; ++j)
+    segment(nw_ + j, 1, j, sinks.cx[j], sinks.cy[j], sinks.ihr[j], sinks.ihi[j]);
   for (int j = 0; j < nd_; ++j)
-    segment(nw_ + nl_ + j, 2, j, doublets->cx[j], doublets->cy[j], doublets->ihr[j], doublets->ihi[j]);
+    segment(nw_ + nl_ + j, 2, j, doublets->cx[j], doublets->cy[j], doublets->ihr[j],
+            doublets->ihi[j]);
 
   std::vector<int> items(n);
   for (int i = 0; i < n; ++i) items[i] = i;
@@ -153,9 +155,9 @@ MultipoleTree::MultipoleTree(const Wells& wells, const LineSinks& sinks, const D
 
 // Builds the node of items [b, e) (kept in w0, w1 until the ranges by kind are known)
 // and its children, depth first.
-void MultipoleTree::buildNodes(std::vector<int>& items, const std::vector<double>& mx, const std::vector<double>& my,
-                               const std::vector<double>& ex, const std::vector<double>& ey,
-                               const std::vector<char>& kind) {
+void MultipoleTree::buildNodes(std::vector<int>& items, const std::vector<double>& mx,
+                               const std::vector<double>& my, const std::vector<double>& ex,
+                               const std::vector<double>& ey, const std::vector<char>& kind) {
   struct Task {
     int b, e, node;
   };
@@ -321,15 +323,20 @@ void MultipoleTree::shiftExpansion(int ci, int pi) {
 
 void MultipoleTree::direct(const Node& nd, double x, double y, bool wantW, Field& f) const {
   if (wantW) {
-    if (nd.w1 > nd.w0) wellField(wx_.data() + nd.w0, wy_.data() + nd.w0, wq_.data() + nd.w0, nd.w1 - nd.w0, x, y, f);
+    if (nd.w1 > nd.w0)
+      wellField(wx_.data() + nd.w0, wy_.data() + nd.w0, wq_.data() + nd.w0, nd.w1 - nd.w0, x, y, f);
     if (nd.l1 > nd.l0)
-      lineSinkField(lcx_.data() + nd.l0, lcy_.data() + nd.l0, lihr_.data() + nd.l0, lihi_.data() + nd.l0,
-                    lsc_.data() + nd.l0, lc0_.data() + nd.l0, lsig_.data() + nd.l0, nd.l1 - nd.l0, x, y, f);
+      lineSinkField(lcx_.data() + nd.l0, lcy_.data() + nd.l0, lihr_.data() + nd.l0,
+                    lihi_.data() + nd.l0, lsc_.data() + nd.l0, lc0_.data() + nd.l0,
+                    lsig_.data() + nd.l0, nd.l1 - nd.l0, x, y, f);
   } else {
-    if (nd.w1 > nd.w0) f.phi += wellSum(wx_.data() + nd.w0, wy_.data() + nd.w0, wq_.data() + nd.w0, nd.w1 - nd.w0, x, y);
+    if (nd.w1 > nd.w0)
+      f.phi +=
+          wellSum(wx_.data() + nd.w0, wy_.data() + nd.w0, wq_.data() + nd.w0, nd.w1 - nd.w0, x, y);
     if (nd.l1 > nd.l0)
-      f.phi += lineSinkSum(lcx_.data() + nd.l0, lcy_.data() + nd.l0, lihr_.data() + nd.l0, lihi_.data() + nd.l0,
-                           lsc_.data() + nd.l0, lc0_.data() + nd.l0, lsig_.data() + nd.l0, nd.l1 - nd.l0, x, y);
+      f.phi += lineSinkSum(lcx_.data() + nd.l0, lcy_.data() + nd.l0, lihr_.data() + nd.l0,
+                           lihi_.data() + nd.l0, lsc_.data() + nd.l0, lc0_.data() + nd.l0,
+                           lsig_.data() + nd.l0, nd.l1 - nd.l0, x, y);
   }
   if (nd.d1 > nd.d0) doubletFieldRange(db_, nd.d0, nd.d1, x, y, wantW, f);
 }
@@ -393,8 +400,8 @@ void MultipoleTree::field(double x, double y, bool wantW, Field& f) const {
 
 size_t MultipoleTree::bytes() const {
   const size_t d = sizeof(double);
-  return nodes_.size() * sizeof(Node) + (are_.size() + aim_.size()) * d + (wx_.size() * 3 + lcx_.size() * 7) * d +
-         (size_t)db_.size() * 7 * d;
+  return nodes_.size() * sizeof(Node) + (are_.size() + aim_.size()) * d +
+         (wx_.size() * 3 + lcx_.size() * 7) * d + (size_t)db_.size() * 7 * d;
 }
 
 }  // namespace detail
@@ -418,12 +425,14 @@ bool FieldEvaluator::multipoleFor(const Solution& s, long points) {
 FieldEvaluator::FieldEvaluator(const Solution& s, long points)
     : FieldEvaluator(s, multipoleFor(s, points) ? Path::Multipole : Path::Direct) {}
 
-FieldEvaluator::FieldEvaluator(const Solution& s, Path path, const MultipoleOptions& options) : s_(s) {
+FieldEvaluator::FieldEvaluator(const Solution& s, Path path, const MultipoleOptions& options)
+    : s_(s) {
   if (path != Path::Multipole) return;
   const Solution::State& st = *s.s_;
   detail::MultipoleTree::Wells w{st.wx.data(), st.wy.data(), st.wq.data(), (int)st.wq.size()};
-  detail::MultipoleTree::LineSinks l{st.scx.data(),   st.scy.data(), st.sihr.data(), st.sihi.data(),
-                                     st.sscale.data(), st.sc0.data(), st.ssig.data(), (int)st.ssig.size()};
+  detail::MultipoleTree::LineSinks l{st.scx.data(),  st.scy.data(),      st.sihr.data(),
+                                     st.sihi.data(), st.sscale.data(),   st.sc0.data(),
+                                     st.ssig.data(), (int)st.ssig.size()};
   tree_ = std::make_unique<detail::MultipoleTree>(w, l, &st.dbArr, options);
 }
 
@@ -484,8 +493,8 @@ PointValues FieldEvaluator::evaluate(double x, double y, std::optional<double> z
   return s_.s_->pointValues(x, y, z, field(x, y, true));
 }
 
-std::vector<double> FieldEvaluator::heads(const std::vector<double>& xs, const std::vector<double>& ys) const {
-  if (!tree_) return s_.heads(xs, ys);
+std::vector<double> FieldEvaluator::heads(const std::vector<double>& xs,
+                                          const std::vector<double>& ys) const {
   const size_t m = std::min(xs.size(), ys.size());
   std::vector<double> h(m);
 #pragma omp parallel for schedule(dynamic, 16)

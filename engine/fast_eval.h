@@ -42,9 +42,9 @@
 namespace tarno::engine {
 
 struct MultipoleOptions {
-  int terms = 30;       // p: terms of the Laurent series after the logarithm
-  double theta = 0.5;   // a cluster of radius R is expanded from a distance above R / theta
-  int leafSize = 32;    // elements of a leaf at most
+  int terms = 30;      // p: terms of the Laurent series after the logarithm
+  double theta = 0.5;  // a cluster of radius R is expanded from a distance above R / theta
+  int leafSize = 32;   // elements of a leaf at most
 };
 
 namespace detail {
@@ -57,8 +57,8 @@ class MultipoleTree {
     int n = 0;
   };
   struct LineSinks {
-    const double *cx = nullptr, *cy = nullptr, *ihr = nullptr, *ihi = nullptr, *scale = nullptr, *c0 = nullptr,
-                 *sig = nullptr;
+    const double *cx = nullptr, *cy = nullptr, *ihr = nullptr, *ihi = nullptr, *scale = nullptr,
+                 *c0 = nullptr, *sig = nullptr;
     int n = 0;
   };
   MultipoleTree(const Wells& wells, const LineSinks& sinks, const DoubletEdges* doublets,
@@ -78,10 +78,11 @@ class MultipoleTree {
     double cx = 0, cy = 0, R = 0;  // centre and radius of the disc holding the elements
     int child[2] = {-1, -1};
     int w0 = 0, w1 = 0, l0 = 0, l1 = 0, d0 = 0, d1 = 0;  // ranges of the permuted arrays
-    double a0 = 0;                  // coefficient of the logarithm (real)
+    double a0 = 0;                                       // coefficient of the logarithm (real)
   };
-  void buildNodes(std::vector<int>& items, const std::vector<double>& mx, const std::vector<double>& my,
-                  const std::vector<double>& ex, const std::vector<double>& ey, const std::vector<char>& kind);
+  void buildNodes(std::vector<int>& items, const std::vector<double>& mx,
+                  const std::vector<double>& my, const std::vector<double>& ex,
+                  const std::vector<double>& ey, const std::vector<char>& kind);
   void leafExpansion(int node);
   void shiftExpansion(int child, int parent);
   void direct(const Node& nd, double x, double y, bool wantW, Field& f) const;

@@ -4,6 +4,7 @@
 
 #include "engine/area.h"
 #include "engine/elements.h"
+#include "engine/fast_eval.h"
 #include "engine/fields.h"
 #include "engine/kernels.h"
 #include "engine/lapack.h"
@@ -693,11 +694,9 @@ std::pair<double, double> Solution::discharge(double x, double y) const {
 }
 
 std::vector<double> Solution::heads(const std::vector<double>& xs, const std::vector<double>& ys) const {
-    const size_t m = std::min(xs.size(), ys.size());
-    std::vector<double> h(m);
-#pragma omp parallel for schedule(dynamic, 16)
-    for (long i = 0; i < (long)m; ++i) h[i] = head(xs[i], ys[i]);
-    return h;
+    // Large models and many points: by the multipole expansions (engine/fast_eval.h).
+    const FieldEvaluator evaluator(*this, (long)std::min(xs.size(), ys.size()));
+    return evaluator.heads(xs, ys);
 }
 
 PointValues Solution::evaluate(double x, double y, std::optional<double> z) const {

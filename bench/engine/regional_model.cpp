@@ -14,10 +14,10 @@ namespace tarno::engine::bench {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr double kStep = 200.0;        // segment length
-constexpr double kMainBand = 1200.0;   // tributaries end this far from the main river's axis
-constexpr int kPerString = 100;        // a river is digitised in strings of at most this many segments
-constexpr int kPolygonVertices = 24;   // vertices of an inhomogeneity (2 unknowns each)
+constexpr double kStep = 200.0;       // segment length
+constexpr double kMainBand = 1200.0;  // tributaries end this far from the main river's axis
+constexpr int kPerString = 100;  // a river is digitised in strings of at most this many segments
+constexpr int kPolygonVertices = 24;  // vertices of an inhomogeneity (2 unknowns each)
 
 // Uniform in [0, 1) from the generator's 32 bits: the same on every standard library.
 struct Random {
@@ -70,7 +70,8 @@ class SegmentIndex {
 
 // A meandering river as its vertices, `count` segments of kStep from (x, y) in the
 // direction `dir` (radians), the direction swinging by up to 0.6 rad.
-std::vector<std::pair<double, double>> meander(Random& r, double x, double y, double dir, int count) {
+std::vector<std::pair<double, double>> meander(Random& r, double x, double y, double dir,
+                                               int count) {
   std::vector<std::pair<double, double>> v{{x, y}};
   const double phase = 2.0 * kPi * r.u();
   const double wave = 30.0 + 20.0 * r.u();  // segments per meander
@@ -192,7 +193,8 @@ Model MakeRegionalModel(int unknowns, unsigned seed) {
     for (int k = 0; k < kPolygonVertices; ++k) {
       const double a = 2.0 * kPi * k / kPolygonVertices;
       const double rr = c.R * (1.0 + 0.1 * std::sin(3.0 * a + i));
-      h.vertices.push_back({c.x + rr * std::cos(a), c.y + rr * std::sin(a), h.label + "_" + std::to_string(k)});
+      h.vertices.push_back(
+          {c.x + rr * std::cos(a), c.y + rr * std::sin(a), h.label + "_" + std::to_string(k)});
     }
     m.inhomogeneities.push_back(std::move(h));
   }

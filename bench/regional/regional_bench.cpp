@@ -48,7 +48,8 @@ double loadAverage() {
 void lattice(const Model& m, int side, std::vector<double>& xs, std::vector<double>& ys) {
   xs.clear();
   ys.clear();
-  const double x0 = m.window.x1, y0 = m.window.y1, dx = (m.window.x2 - x0) / side, dy = (m.window.y2 - y0) / side;
+  const double x0 = m.window.x1, y0 = m.window.y1, dx = (m.window.x2 - x0) / side,
+               dy = (m.window.y2 - y0) / side;
   for (int j = 0; j < side; ++j)
     for (int i = 0; i < side; ++i) {
       xs.push_back(x0 + (i + 0.37) * dx);
@@ -63,15 +64,17 @@ void describe(int n) {
   Solution s(m);
   int segs = 0;
   for (const auto& l : m.lineSinks) segs += (int)l.segments.size();
-  std::printf("%8d asked: %8d unknowns, %6zu strings, %7d segments, %5zu wells, %2zu inhomogeneities, "
-              "made in %.3f s, %zu warnings\n",
-              n, s.unknowns(), m.lineSinks.size(), segs, m.wells.size(), m.inhomogeneities.size(), t1 - t0,
-              s.warnings().size());
-  for (size_t i = 0; i < s.warnings().size() && i < 5; ++i) std::printf("   warning: %s\n", s.warnings()[i].c_str());
+  std::printf(
+      "%8d asked: %8d unknowns, %6zu strings, %7d segments, %5zu wells, %2zu inhomogeneities, "
+      "made in %.3f s, %zu warnings\n",
+      n, s.unknowns(), m.lineSinks.size(), segs, m.wells.size(), m.inhomogeneities.size(), t1 - t0,
+      s.warnings().size());
+  for (size_t i = 0; i < s.warnings().size() && i < 5; ++i)
+    std::printf("   warning: %s\n", s.warnings()[i].c_str());
   if (s.unknowns() <= 5000) {
     const SolveReport r = s.solve(SolveOptions{5, 1, false, false});
-    std::printf("         dense solve %.3f s, converged %d, balance closure %.2e\n", r.totalSeconds, (int)r.converged,
-                r.balance.closureError);
+    std::printf("         dense solve %.3f s, converged %d, balance closure %.2e\n", r.totalSeconds,
+                (int)r.converged, r.balance.closureError);
   }
 }
 
@@ -91,7 +94,7 @@ Compare compare(const Solution& s, const std::vector<double>& xs, const std::vec
   std::vector<double> hd;
   if (withDirect) {
     const double t0 = now();
-    hd = s.heads(xs, ys);
+    hd = FieldEvaluator(s, FieldEvaluator::Path::Direct).heads(xs, ys);
     c.direct = now() - t0;
   }
   const double t1 = now();
@@ -119,12 +122,13 @@ Compare compare(const Solution& s, const std::vector<double>& xs, const std::vec
 }
 
 void headsAtPoints(const std::vector<int>& sizes, bool withDirect = true) {
-  std::printf("Heads at 10,000 points (a 100 x 100 lattice over the basin), direct sum and multipole\n"
-              "expansions (p = %d, theta = %.2f). Strengths: random stand-ins, no solve (evaluation\n"
-              "does not depend on the values). threads: OpenMP %d, load average %.2f\n",
-              MultipoleOptions{}.terms, MultipoleOptions{}.theta, omp_get_max_threads(), loadAverage());
-  std::printf("%8s %9s %9s %9s %9s %8s %8s %10s %10s %10s\n", "unknowns", "elements", "direct", "build", "multipole",
-              "speedup", "tree MB", "max|dh|", "max dPhi/Phi", "max dQ/Q");
+  std::printf(
+      "Heads at 10,000 points (a 100 x 100 lattice over the basin), direct sum and multipole\n"
+      "expansions (p = %d, theta = %.2f). Strengths: random stand-ins, no solve (evaluation\n"
+      "does not depend on the values). threads: OpenMP %d, load average %.2f\n",
+      MultipoleOptions{}.terms, MultipoleOptions{}.theta, omp_get_max_threads(), loadAverage());
+  std::printf("%8s %9s %9s %9s %9s %8s %8s %10s %10s %10s\n", "unknowns", "elements", "direct",
+              "build", "multipole", "speedup", "tree MB", "max|dh|", "max dPhi/Phi", "max dQ/Q");
   for (int n : sizes) {
     Model m = bench::MakeRegionalModel(n, 1u);
     Solution s(m);
@@ -133,12 +137,12 @@ void headsAtPoints(const std::vector<int>& sizes, bool withDirect = true) {
     lattice(m, 100, xs, ys);
     const Compare c = compare(s, xs, ys, MultipoleOptions{}, withDirect);
     if (withDirect)
-      std::printf("%8d %9d %8.3fs %8.3fs %8.3fs %8.1f %8.2f %10.2e %10.2e %10.2e\n", s.unknowns(), c.elements,
-                  c.direct, c.build, c.fast, c.direct / (c.build + c.fast), c.bytes / 1048576.0, c.maxHead,
-                  c.maxPhiRel, c.maxQRel);
+      std::printf("%8d %9d %8.3fs %8.3fs %8.3fs %8.1f %8.2f %10.2e %10.2e %10.2e\n", s.unknowns(),
+                  c.elements, c.direct, c.build, c.fast, c.direct / (c.build + c.fast),
+                  c.bytes / 1048576.0, c.maxHead, c.maxPhiRel, c.maxQRel);
     else
-      std::printf("%8d %9d %9s %8.3fs %8.3fs %8s %8.2f\n", s.unknowns(), c.elements, "-", c.build, c.fast, "-",
-                  c.bytes / 1048576.0);
+      std::printf("%8d %9d %9s %8.3fs %8.3fs %8s %8.2f\n", s.unknowns(), c.elements, "-", c.build,
+                  c.fast, "-", c.bytes / 1048576.0);
     std::fflush(stdout);
   }
   std::printf("load average after: %.2f\n", loadAverage());
@@ -148,8 +152,8 @@ void headsAtPoints(const std::vector<int>& sizes, bool withDirect = true) {
 // time per point of each and the time to build the tree, at 1,000 points.
 void crossover() {
   std::printf("Crossover: 1,000 points (the build of the tree included in the multipole time)\n");
-  std::printf("%8s %9s %12s %12s %9s %12s\n", "unknowns", "elements", "direct/pt", "multipole/pt", "build",
-              "break-even");
+  std::printf("%8s %9s %12s %12s %9s %12s\n", "unknowns", "elements", "direct/pt", "multipole/pt",
+              "build", "break-even");
   for (int n : {500, 1000, 2000, 3000, 5000, 10000}) {
     Model m = bench::MakeRegionalModel(n, 1u);
     Solution s(m);
@@ -161,8 +165,8 @@ void crossover() {
     const FieldEvaluator f(s, FieldEvaluator::Path::Multipole);
     char be[32] = "never";
     if (pd > pf) std::snprintf(be, sizeof be, "%.0f points", c.build / (pd - pf));
-    std::printf("%8d %9d %10.2fus %10.2fus %8.4fs %12s\n", s.unknowns(), f.tree()->elements(), 1e6 * pd, 1e6 * pf,
-                c.build, be);
+    std::printf("%8d %9d %10.2fus %10.2fus %8.4fs %12s\n", s.unknowns(), f.tree()->elements(),
+                1e6 * pd, 1e6 * pf, c.build, be);
     std::fflush(stdout);
   }
 }
@@ -173,9 +177,10 @@ void terms(int n) {
   setStandInStrengths(s, 7u);
   std::vector<double> xs, ys;
   lattice(m, 100, xs, ys);
-  std::printf("%d unknowns, 10,000 points: error and time against the terms p and theta\n", s.unknowns());
-  std::printf("%4s %6s %5s %9s %9s %10s %10s %10s\n", "p", "theta", "leaf", "build", "multipole", "max|dh|",
-              "max dPhi/Phi", "max dQ/Q");
+  std::printf("%d unknowns, 10,000 points: error and time against the terms p and theta\n",
+              s.unknowns());
+  std::printf("%4s %6s %5s %9s %9s %10s %10s %10s\n", "p", "theta", "leaf", "build", "multipole",
+              "max|dh|", "max dPhi/Phi", "max dQ/Q");
   bool first = true;
   double direct = 0;
   for (double theta : {0.35, 0.5, 0.65})
@@ -188,8 +193,8 @@ void terms(int n) {
         const Compare c = compare(s, xs, ys, o);
         if (first) direct = c.direct;
         first = false;
-        std::printf("%4d %6.2f %5d %8.3fs %8.3fs %10.2e %10.2e %10.2e\n", p, theta, leaf, c.build, c.fast, c.maxHead,
-                    c.maxPhiRel, c.maxQRel);
+        std::printf("%4d %6.2f %5d %8.3fs %8.3fs %10.2e %10.2e %10.2e\n", p, theta, leaf, c.build,
+                    c.fast, c.maxHead, c.maxPhiRel, c.maxQRel);
         std::fflush(stdout);
       }
   std::printf("direct: %.3f s\n", direct);
@@ -202,8 +207,10 @@ int main(int argc, char** argv) {
   std::string mode;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if (a == "model" || a == "crossover" || a == "terms" || a == "multipole") mode = a;
-    else sizes.push_back(std::atoi(argv[i]));
+    if (a == "model" || a == "crossover" || a == "terms" || a == "multipole")
+      mode = a;
+    else
+      sizes.push_back(std::atoi(argv[i]));
   }
   if (mode == "model") {
     for (int n : sizes.empty() ? std::vector<int>{20000, 50000, 100000} : sizes) describe(n);

@@ -78,7 +78,8 @@ Differences compare(const Solution& s, const FieldEvaluator& f, const Points& pt
     d.q = std::max(d.q, std::hypot(a.qx - b.qx, a.qy - b.qy));
     d.qScale = std::max(d.qScale, std::hypot(a.qx, a.qy));
     // The potential by itself (the sums without W) agrees with the full record.
-    EXPECT_NEAR(f.potential(x, y), b.potential, 1e-12 * std::fabs(b.potential) + 1e-9) << x << " " << y;
+    EXPECT_NEAR(f.potential(x, y), b.potential, 1e-12 * std::fabs(b.potential) + 1e-9)
+        << x << " " << y;
     if (wb) {
       EXPECT_NEAR(f.head(x, y), b.head, 1e-9) << x << " " << y;
     }
@@ -100,8 +101,8 @@ Model wellField(int count, unsigned seed) {
   std::mt19937 rng(seed);
   auto u = [&] { return rng() / 4294967296.0; };
   for (int i = 0; i < count; ++i)
-    m.wells.push_back(well(2000.0 * u(), 2000.0 * u(), i % 10 == 0 ? 35.0 : 100.0 + 400.0 * u(), i % 10 == 0, 0.2,
-                           "W" + std::to_string(i)));
+    m.wells.push_back(well(2000.0 * u(), 2000.0 * u(), i % 10 == 0 ? 35.0 : 100.0 + 400.0 * u(),
+                           i % 10 == 0, 0.2, "W" + std::to_string(i)));
   return m;
 }
 
@@ -109,13 +110,14 @@ Model wellField(int count, unsigned seed) {
 Model stringField() {
   Model m = aquiferModel(0.0, 10.0, 20.0, -5000.0, 0.0, 45.0);
   for (int k = 0; k < 6; ++k) {
-    LineSinkString h = straightString(LineSinkKind::Head, 0.0, 300.0 * k + 10.0, 2000.0, 300.0 * k + 170.0, 25, 38.0,
-                                      33.0, "H" + std::to_string(k));
+    LineSinkString h = straightString(LineSinkKind::Head, 0.0, 300.0 * k + 10.0, 2000.0,
+                                      300.0 * k + 170.0, 25, 38.0, 33.0, "H" + std::to_string(k));
     h.resistance = 2.0;
     h.width = 5.0;
     m.lineSinks.push_back(h);
-    LineSinkString q = straightString(LineSinkKind::Discharge, 150.0 + 300.0 * k, 100.0, 200.0 + 300.0 * k, 1900.0, 20,
-                                      0.05 * (k + 1), -0.02, "Q" + std::to_string(k));
+    LineSinkString q =
+        straightString(LineSinkKind::Discharge, 150.0 + 300.0 * k, 100.0, 200.0 + 300.0 * k, 1900.0,
+                       20, 0.05 * (k + 1), -0.02, "Q" + std::to_string(k));
     m.lineSinks.push_back(q);
   }
   m.wells.push_back(well(1000.0, 1000.0, 800.0, false, 0.2, "WQ"));
@@ -152,11 +154,13 @@ Model doubletField() {
   w.thickness = 1.0;
   w.bottom = 0.0;
   w.label = "WALL";
-  w.vertices = {{900.0, 1000.0, ""}, {1000.0, 1400.0, ""}, {1200.0, 1600.0, ""}, {1600.0, 1700.0, ""}};
+  w.vertices = {
+      {900.0, 1000.0, ""}, {1000.0, 1400.0, ""}, {1200.0, 1600.0, ""}, {1600.0, 1700.0, ""}};
   m.walls.push_back(w);
   m.wells.push_back(well(500.0, 500.0, 300.0, false, 0.2, "WIN"));
   m.wells.push_back(well(1300.0, 1300.0, 600.0, false, 0.2, "WOUT"));
-  LineSinkString h = straightString(LineSinkKind::Head, 100.0, 1800.0, 1900.0, 1850.0, 12, 37.0, 36.0, "RIV");
+  LineSinkString h =
+      straightString(LineSinkKind::Head, 100.0, 1800.0, 1900.0, 1850.0, 12, 37.0, 36.0, "RIV");
   m.lineSinks.push_back(h);
   return m;
 }
@@ -196,7 +200,8 @@ TEST(MultipoleEvaluation, LineSinksOfGivenAndSolvedStrengthAgreeWithDirectSum) {
   const SegmentResult g = s.segmentResults()[7];
   const double cx = 0.5 * (g.x1 + g.x2), cy = 0.5 * (g.y1 + g.y2);
   for (double off : {0.0, 1e-9, -1e-9})
-    EXPECT_NEAR(f.potential(cx, cy + off), s.potential(cx, cy + off), 1e-9 * std::fabs(s.potential(cx, cy)));
+    EXPECT_NEAR(f.potential(cx, cy + off), s.potential(cx, cy + off),
+                1e-9 * std::fabs(s.potential(cx, cy)));
 }
 
 TEST(MultipoleEvaluation, LineDoubletsOfInhomogeneitiesAndWallsAgreeWithDirectSum) {
@@ -230,7 +235,8 @@ TEST(MultipoleEvaluation, ErrorFallsWithTheTermsAndStaysWithinTheBound) {
     const double theta = 0.5;
     const FieldEvaluator f(s, FieldEvaluator::Path::Multipole, smallLeaves(p, theta));
     double err = 0;
-    for (const auto& [x, y] : pts) err = std::max(err, std::fabs(f.potential(x, y) - s.potential(x, y)));
+    for (const auto& [x, y] : pts)
+      err = std::max(err, std::fabs(f.potential(x, y) - s.potential(x, y)));
     const double bound = std::pow(theta, p + 1) / (1.0 - theta) * A;
     EXPECT_LE(err, bound + 1e-10 * A) << "p = " << p;
     EXPECT_LT(err, previous) << "p = " << p;
@@ -245,7 +251,8 @@ TEST(MultipoleEvaluation, ErrorFallsWithTheTermsAndStaysWithinTheBound) {
 TEST(MultipoleEvaluation, ElementsOfZeroStrengthAndACoincidentClusterGiveNothingWrong) {
   // Many wells at one point (a cluster of radius 0) and one of them of zero discharge.
   Model m = aquiferModel(0.0, 10.0, 20.0, -5000.0, 0.0, 40.0);
-  for (int i = 0; i < 9; ++i) m.wells.push_back(well(100.0, 100.0, i == 0 ? 0.0 : 50.0, false, 0.2));
+  for (int i = 0; i < 9; ++i)
+    m.wells.push_back(well(100.0, 100.0, i == 0 ? 0.0 : 50.0, false, 0.2));
   for (int i = 0; i < 9; ++i) m.wells.push_back(well(300.0 + 10.0 * i, 100.0, 40.0, false, 0.2));
   const Solution s = solved(m);
   const FieldEvaluator f(s, FieldEvaluator::Path::Multipole, smallLeaves());
@@ -289,6 +296,14 @@ TEST(MultipoleEvaluation, SmallModelsStayOnTheDirectPathBitForBit) {
     EXPECT_EQ(a.vz, b.vz);
     EXPECT_EQ(s.head(x, y), f.head(x, y));
   }
+  // Heads at many points at once: the direct heads one by one.
+  std::vector<double> xs, ys;
+  for (int i = 0; i < 5000; ++i) {
+    xs.push_back(0.4 * i);
+    ys.push_back(0.37 * i);
+  }
+  const std::vector<double> h = s.heads(xs, ys);
+  for (int i = 0; i < 5000; i += 97) EXPECT_EQ(h[i], s.head(xs[i], ys[i]));
 }
 
 TEST(MultipoleEvaluation, LargeModelsTakeTheExpansionsOnlyForManyPoints) {
@@ -302,11 +317,29 @@ TEST(MultipoleEvaluation, LargeModelsTakeTheExpansionsOnlyForManyPoints) {
   EXPECT_EQ(FieldEvaluator(s, 10L).path(), FieldEvaluator::Path::Direct);
   // Bigger models need fewer points to repay the tree.
   EXPECT_LT(FieldEvaluator::multipolePoints(100000), FieldEvaluator::multipolePoints(3000));
-  EXPECT_EQ(FieldEvaluator::multipolePoints(FieldEvaluator::kMultipoleElements - 1), std::numeric_limits<long>::max());
+  EXPECT_EQ(FieldEvaluator::multipolePoints(FieldEvaluator::kMultipoleElements - 1),
+            std::numeric_limits<long>::max());
+  // Heads at many points at once take the expansions as well.
+  {
+    std::vector<double> xs, ys;
+    const Model& m = s.model();
+    for (int i = 0; i < 2000; ++i) {
+      xs.push_back(m.window.x1 + (m.window.x2 - m.window.x1) * (i % 50 + 0.5) / 50.0);
+      ys.push_back(m.window.y1 + (m.window.y2 - m.window.y1) * (i / 50 + 0.5) / 40.0);
+    }
+    const FieldEvaluator many(s, (long)xs.size());
+    ASSERT_EQ(many.path(), FieldEvaluator::Path::Multipole);
+    const std::vector<double> h = s.heads(xs, ys);
+    for (int i = 0; i < 2000; i += 37) {
+      EXPECT_EQ(h[i], many.head(xs[i], ys[i]));
+      EXPECT_NEAR(h[i], s.head(xs[i], ys[i]), 1e-9);
+    }
+  }
   // Stand-in strengths: the evaluation is the same sum whatever the values.
   const FieldEvaluator f(s, 100000L);
   const Model& m = s.model();
-  const Differences d = compare(s, f, testPoints(s, m.window.x1, m.window.y1, m.window.x2, m.window.y2, 10));
+  const Differences d =
+      compare(s, f, testPoints(s, m.window.x1, m.window.y1, m.window.x2, m.window.y2, 10));
   EXPECT_LT(d.phi, 1e-9 * boundScale(s));
   EXPECT_LT(d.q, 1e-9 * d.qScale);
 }
