@@ -429,6 +429,15 @@ FieldEvaluator::FieldEvaluator(const Solution& s, Path path, const MultipoleOpti
     : s_(s) {
   if (path != Path::Multipole) return;
   const Solution::State& st = *s.s_;
+  // Elements at coordinates that are not finite have no place in a tree: such a model
+  // stays on the direct path, which gives what it gives there.
+  auto finite = [](const std::vector<double>& v) {
+    return std::all_of(v.begin(), v.end(), [](double d) { return std::isfinite(d); });
+  };
+  if (!finite(st.wx) || !finite(st.wy) || !finite(st.scx) || !finite(st.scy) || !finite(st.sihr) ||
+      !finite(st.sihi) || !finite(st.dbArr.cx) || !finite(st.dbArr.cy) || !finite(st.dbArr.ihr) ||
+      !finite(st.dbArr.ihi))
+    return;
   detail::MultipoleTree::Wells w{st.wx.data(), st.wy.data(), st.wq.data(), (int)st.wq.size()};
   detail::MultipoleTree::LineSinks l{st.scx.data(),  st.scy.data(),      st.sihr.data(),
                                      st.sihi.data(), st.sscale.data(),   st.sc0.data(),

@@ -101,7 +101,8 @@ class MultipoleTree {
 
 }  // namespace detail
 
-// Evaluates a solved (or loaded) solution at many points. On the direct path it gives
+// Evaluates a solved (or loaded) solution at many points. A model with an element at a
+// coordinate that is not finite always takes the direct path. On the direct path it gives
 // exactly what the Solution's own evaluation gives; on the multipole path the wells,
 // line-sinks and line-doublets come from a MultipoleTree built once from the current
 // strengths (the evaluator must not outlive a change of the solution).

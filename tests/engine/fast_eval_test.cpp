@@ -344,6 +344,17 @@ TEST(MultipoleEvaluation, LargeModelsTakeTheExpansionsOnlyForManyPoints) {
   EXPECT_LT(d.q, 1e-9 * d.qScale);
 }
 
+TEST(MultipoleEvaluation, ModelWithAnElementAtAnInfiniteCoordinateStaysDirect) {
+  Model m = wellField(50, 2u);
+  m.wells[7].x = std::numeric_limits<double>::infinity();
+  Solution s(m);
+  const FieldEvaluator f(s, FieldEvaluator::Path::Multipole, smallLeaves());
+  EXPECT_EQ(f.path(), FieldEvaluator::Path::Direct);
+  // The direct sum's value there (not finite here), not a crash of the tree.
+  const double a = f.potential(10.0, 20.0), b = s.potential(10.0, 20.0);
+  EXPECT_TRUE(a == b || (std::isnan(a) && std::isnan(b))) << a << " " << b;
+}
+
 // ---- Grids, extracts and pathlines both ways --------------------------------------
 
 TEST(MultipoleEvaluation, GridFileWrittenBothWaysAgrees) {
