@@ -383,6 +383,20 @@ TEST(MultipoleEvaluation, GridFileWrittenBothWaysAgrees) {
   }
 }
 
+TEST(MultipoleEvaluation, GridOfALargeModelTakesTheExpansionsBySize) {
+  Solution s(bench::MakeRegionalModel(FieldEvaluator::kMultipoleElements + 200, 4u));
+  setStandInStrengths(s, 9u);
+  const Model& m = s.model();
+  const auto big = gridGeometry(m.window.x1, m.window.y1, m.window.x2, m.window.y2, 40);
+  const auto small = gridGeometry(m.window.x1, m.window.y1, m.window.x2, m.window.y2, 5);
+  ASSERT_TRUE(big && small);
+  ASSERT_GE((long)big->nx * big->ny, FieldEvaluator::multipolePoints(FieldEvaluator::expandableElements(s)));
+  ASSERT_LT((long)small->nx * small->ny, FieldEvaluator::kMultipolePoints);
+  const FieldEvaluator direct(s, FieldEvaluator::Path::Direct), fast(s, FieldEvaluator::Path::Multipole);
+  EXPECT_EQ(computeGrid(s, *big, GridQuantity::Heads).z, computeGrid(fast, *big, GridQuantity::Heads).z);
+  EXPECT_EQ(computeGrid(s, *small, GridQuantity::Heads).z, computeGrid(direct, *small, GridQuantity::Heads).z);
+}
+
 TEST(MultipoleEvaluation, ExtractOfManyPointsOfALargeModelTakesTheExpansions) {
   Solution s(bench::MakeRegionalModel(FieldEvaluator::kMultipoleElements + 200, 4u));
   setStandInStrengths(s, 9u);
