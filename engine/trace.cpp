@@ -113,6 +113,60 @@ std::vector<WellResult> allWells(const Solution& s) {
   return all;
 }
 
+// The segments of the line-sinks in the cells of a uniform lattice over their extent, so
+// that a step looks only at the segments near it. Each segment is listed in every cell
+// its box overlaps (a segment may come up more than once in a query: the stop rules take
+// a minimum or ask whether any segment qualifies, so repeats change nothing).
+class SegmentCells {
+ public:
+  void build(const std::vector<SinkSegment>& segs) {
+    cells_.clear();
+    if (segs.size() < kFewSegments) return;
+    x0_ = y0_ = std::numeric_limits<double>::infinity();
+    double x1 = -x0_, y1 = -y0_;
+    for (const SinkSegment& g : segs) {
+      x0_ = std::min(x0_, g.xmin);
+      y0_ = std::min(y0_, g.ymin);
+      x1 = std::max(x1, g.xmax);
+      y1 = std::max(y1, g.ymax);
+    }
+    if (!std::isfinite(x0_) || !std::isfinite(y0_) || !std::isfinite(x1) || !std::isfinite(y1)) return;
+    // About two segments per cell.
+    const double area = std::max((x1 - x0_) * (y1 - y0_), 1e-300);
+    size_ = std::sqrt(2.0 * area / static_cast<double>(segs.size()));
+    size_ = std::max({size_, (x1 - x0_) / 4096.0, (y1 - y0_) / 4096.0, 1e-300});
+    nx_ = static_cast<int>((x1 - x0_) / size_) + 1;
+    ny_ = static_cast<int>((y1 - y0_) / size_) + 1;
+    cells_.assign(static_cast<size_t>(nx_) * ny_, {});
+    for (size_t k = 0; k < segs.size(); ++k) {
+      const SinkSegment& g = segs[k];
+      for (int j = cellY(g.ymin); j <= cellY(g.ymax); ++j)
+        for (int i = cellX(g.xmin); i <= cellX(g.xmax); ++i)
+          cells_[static_cast<size_t>(j) * nx_ + i].push_back(static_cast<int>(k));
+    }
+  }
+  bool built() const { return !cells_.empty(); }
+  // Calls f(k) for every segment whose cell overlaps the box; false when the box spans
+  // more cells than there are segments (the caller then looks at all of them).
+  template <class F>
+  bool visit(double bx0, double bx1, double by0, double by1, F&& f) const {
+    const int i0 = cellX(bx0), i1 = cellX(bx1), j0 = cellY(by0), j1 = cellY(by1);
+    if ((static_cast<double>(i1 - i0) + 1) * (j1 - j0 + 1) > kFewSegments) return false;
+    for (int j = j0; j <= j1; ++j)
+      for (int i = i0; i <= i1; ++i)
+        for (int k : cells_[static_cast<size_t>(j) * nx_ + i]) f(k);
+    return true;
+  }
+
+ private:
+  static constexpr size_t kFewSegments = 256;  // fewer: every step looks at all of them
+  int cellX(double x) const { return std::clamp(static_cast<int>(std::floor((x - x0_) / size_)), 0, nx_ - 1); }
+  int cellY(double y) const { return std::clamp(static_cast<int>(std::floor((y - y0_) / size_)), 0, ny_ - 1); }
+  double x0_ = 0, y0_ = 0, size_ = 1;
+  int nx_ = 0, ny_ = 0;
+  std::vector<std::vector<int>> cells_;
+};
+
 // The samples a path is taken to need when the evaluator's path is chosen.
 constexpr long kSamplesOfAPath = 1000000;
 
@@ -132,6 +186,7 @@ class Tracer {
       if (g.strength != 0)
         segments_.push_back(SinkSegment{g.x1, g.y1, g.x2, g.y2, g.strength, std::min(g.x1, g.x2),
                                         std::max(g.x1, g.x2), std::min(g.y1, g.y2), std::max(g.y1, g.y2)});
+    cells_.build(segments_);
     for (const BarrierSegment& b : s.barrierSegments()) {
       const double L = std::hypot(b.x2 - b.x1, b.y2 - b.y1);
       if (!(L > 0)) continue;
@@ -220,13 +275,15 @@ class Tracer {
         const double bx0 = std::min({x, px, ok ? nx : x}), bx1 = std::max({x, px, ok ? nx : x});
         const double by0 = std::min({y, py, ok ? ny : y}), by1 = std::max({y, py, ok ? ny : y});
         double up = 2.0;
-        for (const SinkSegment& g : segments_) {
-          if (g.strength * dir <= 0) continue;
-          if (g.xmax < bx0 || g.xmin > bx1 || g.ymax < by0 || g.ymin > by1) continue;
+        auto crossed = [&](const SinkSegment& g) {
+          if (g.strength * dir <= 0) return;
+          if (g.xmax < bx0 || g.xmin > bx1 || g.ymax < by0 || g.ymin > by1) return;
           double w;
           if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
           if (crossing(x, y, px, py, g, w) && w < up) up = w;
-        }
+        };
+        if (!cells_.built() || !cells_.visit(bx0, bx1, by0, by1, [&](int k) { crossed(segments_[k]); }))
+          for (const SinkSegment& g : segments_) crossed(g);
         // An impermeable wall crossed by either step: the step is cut where it meets the
         // wall, unless a line-sink comes first along the step.
         WallHit wall;
@@ -340,6 +397,7 @@ class Tracer {
   const TraceSettings& st_;
   std::vector<SinkWell> wells_;
   std::vector<SinkSegment> segments_;
+  SegmentCells cells_;  // over segments_
   std::vector<Barrier> barriers_;
   double xmin_ = 0, xmax_ = 0, ymin_ = 0, ymax_ = 0;
 
@@ -386,12 +444,18 @@ class Tracer {
 
   bool onLineSink(double x, double y, int dir, double step) const {
     const double limit = 1e-3 * step;
-    for (const SinkSegment& g : segments_) {
-      if (g.strength * dir <= 0) continue;
+    auto near = [&](const SinkSegment& g) {
+      if (g.strength * dir <= 0) return false;
       // Bounding box first: most segments are far away.
-      if (x < g.xmin - limit || x > g.xmax + limit || y < g.ymin - limit || y > g.ymax + limit) continue;
-      if (squaredDistanceToSegment(x, y, g) <= limit * limit) return true;
-    }
+      if (x < g.xmin - limit || x > g.xmax + limit || y < g.ymin - limit || y > g.ymax + limit) return false;
+      return squaredDistanceToSegment(x, y, g) <= limit * limit;
+    };
+    bool found = false;
+    if (cells_.built() &&
+        cells_.visit(x - limit, x + limit, y - limit, y + limit, [&](int k) { found = found || near(segments_[k]); }))
+      return found;
+    for (const SinkSegment& g : segments_)
+      if (near(g)) return true;
     return false;
   }
 

@@ -390,11 +390,15 @@ TEST(MultipoleEvaluation, GridOfALargeModelTakesTheExpansionsBySize) {
   const auto big = gridGeometry(m.window.x1, m.window.y1, m.window.x2, m.window.y2, 40);
   const auto small = gridGeometry(m.window.x1, m.window.y1, m.window.x2, m.window.y2, 5);
   ASSERT_TRUE(big && small);
-  ASSERT_GE((long)big->nx * big->ny, FieldEvaluator::multipolePoints(FieldEvaluator::expandableElements(s)));
+  ASSERT_GE((long)big->nx * big->ny,
+            FieldEvaluator::multipolePoints(FieldEvaluator::expandableElements(s)));
   ASSERT_LT((long)small->nx * small->ny, FieldEvaluator::kMultipolePoints);
-  const FieldEvaluator direct(s, FieldEvaluator::Path::Direct), fast(s, FieldEvaluator::Path::Multipole);
-  EXPECT_EQ(computeGrid(s, *big, GridQuantity::Heads).z, computeGrid(fast, *big, GridQuantity::Heads).z);
-  EXPECT_EQ(computeGrid(s, *small, GridQuantity::Heads).z, computeGrid(direct, *small, GridQuantity::Heads).z);
+  const FieldEvaluator direct(s, FieldEvaluator::Path::Direct),
+      fast(s, FieldEvaluator::Path::Multipole);
+  EXPECT_EQ(computeGrid(s, *big, GridQuantity::Heads).z,
+            computeGrid(fast, *big, GridQuantity::Heads).z);
+  EXPECT_EQ(computeGrid(s, *small, GridQuantity::Heads).z,
+            computeGrid(direct, *small, GridQuantity::Heads).z);
 }
 
 TEST(MultipoleEvaluation, ExtractOfManyPointsOfALargeModelTakesTheExpansions) {
@@ -475,4 +479,46 @@ TEST(MultipoleEvaluation, PathlinesTracedBothWaysAgree) {
     EXPECT_NEAR(ea.y, eb.y, 1e-4);
     EXPECT_NEAR(ea.time, eb.time, 1e-6 * ea.time);
   }
+}
+
+// With many segments a step looks only at the segments in the cells near it: no path
+// may pass through a line-sink that takes water without ending there.
+TEST(MultipoleEvaluation, PathlinesAmongManySegmentsStopAtTheFirstSinkTheyCross) {
+  Model m = bench::MakeRegionalModel(1500, 3u);
+  const Solution s = solved(m);
+  const std::vector<SegmentResult> segs = s.segmentResults();
+  ASSERT_GT(segs.size(), 1000u);
+  std::vector<Particle> particles;
+  for (int i = 0; i < 12; ++i) {
+    Particle p;
+    p.x = m.window.x1 + (m.window.x2 - m.window.x1) * (0.08 + 0.075 * i);
+    p.y = m.window.y1 + (m.window.y2 - m.window.y1) * (0.9 - 0.07 * i);
+    p.z = 5.0;
+    particles.push_back(p);
+  }
+  TraceSettings st;
+  st.step = 40.0;
+  st.x1 = m.window.x1;
+  st.y1 = m.window.y1;
+  st.x2 = m.window.x2;
+  st.y2 = m.window.y2;
+  auto crosses = [](const PathPoint& a, const PathPoint& b, const SegmentResult& g) {
+    auto side = [](double ax, double ay, double bx, double by, double px, double py) {
+      return (bx - ax) * (py - ay) - (by - ay) * (px - ax);
+    };
+    const double d1 = side(g.x1, g.y1, g.x2, g.y2, a.x, a.y),
+                 d2 = side(g.x1, g.y1, g.x2, g.y2, b.x, b.y);
+    const double d3 = side(a.x, a.y, b.x, b.y, g.x1, g.y1),
+                 d4 = side(a.x, a.y, b.x, b.y, g.x2, g.y2);
+    return d1 * d2 < 0 && d3 * d4 < 0;
+  };
+  int atSinks = 0;
+  for (const Path& p : tracePaths(s, particles, st)) {
+    atSinks += p.end == PathEnd::LineSink;
+    for (size_t k = 0; k + 2 < p.points.size(); ++k)
+      for (const SegmentResult& g : segs)
+        if (g.strength > 0)
+          ASSERT_FALSE(crosses(p.points[k], p.points[k + 1], g)) << g.label << " step " << k;
+  }
+  EXPECT_GE(atSinks, 4);
 }
