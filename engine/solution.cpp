@@ -792,14 +792,21 @@ double Solution::streamFunction(double x, double y) const {
 std::vector<WellResult> Solution::wellResults() const {
     const State& s = *s_;
     std::vector<WellResult> r;
-    for (const auto& e : s.wells) {
+    // The heads at the screens: many wells of a large model by the multipole expansions.
+    std::vector<double> heads(s.wells.size());
+    const FieldEvaluator evaluator(*this, (long)s.wells.size());
+#pragma omp parallel for schedule(dynamic, 8)
+    for (long i = 0; i < (long)s.wells.size(); ++i)
+        if (s.wells[i].partial < 0) heads[i] = evaluator.head(s.wells[i].x + s.wells[i].rw, s.wells[i].y);
+    for (size_t i = 0; i < s.wells.size(); ++i) {
+        const WellEl& e = s.wells[i];
         if (e.partial >= 0) continue;
         WellResult w;
         w.label = s.model.wells[e.model].label;
         w.x = e.x; w.y = e.y; w.radius = e.rw;
         w.headSpecified = e.headSpecified;
         w.discharge = e.q;
-        w.head = head(e.x + e.rw, e.y);
+        w.head = heads[i];
         if (e.headSpecified) {
             w.specifiedHead = e.value;
             w.headError = w.head - e.value;
@@ -813,9 +820,12 @@ std::vector<SegmentResult> Solution::segmentResults() const {
     const State& s = *s_;
     std::vector<SegmentResult> r(s.segs.size());
     std::vector<double> hc(s.segs.size());
+    // The heads at every segment's centre: many points of a large model are taken from
+    // the multipole expansions (engine/fast_eval.h).
+    const FieldEvaluator evaluator(*this, (long)s.segs.size());
 #pragma omp parallel for schedule(dynamic, 8)
     for (long i = 0; i < (long)s.segs.size(); ++i)
-        hc[i] = s.aqOf(s.segs[i].dom).headFromPhi(s.potentialAt(s.scx[i], s.scy[i]));
+        hc[i] = s.aqOf(s.segs[i].dom).headFromPhi(evaluator.potential(s.scx[i], s.scy[i]));
     for (size_t i = 0; i < s.segs.size(); ++i) {
         const SegEl& e = s.segs[i];
         const LineSinkString& ls = s.model.lineSinks[e.string];

@@ -8,6 +8,7 @@
 //                                                   models: where the multipole path wins
 //        tarno-bench-regional terms [unknowns]      error and time against p and theta
 //        tarno-bench-regional multipole [unknowns ...] the multipole path only (no direct sums)
+//        tarno-bench-regional paths [unknowns]      pathline steps both ways (default 100000)
 //
 // Models of this size cannot be solved densely here (100,000 unknowns would need 80 GB
 // for the matrix): the unknowns get random stand-in values of the right size instead.
@@ -15,6 +16,7 @@
 #include "bench/engine/regional_model.h"
 #include "engine/fast_eval.h"
 #include "engine/solution.h"
+#include "engine/trace.h"
 
 #include <omp.h>
 
@@ -200,6 +202,47 @@ void terms(int n) {
   std::printf("direct: %.3f s\n", direct);
 }
 
+// Pathlines: 8 particles of at most 300 steps each, traced with the direct sums and with
+// the expansions (the tree's build included).
+void paths(int n) {
+  Model m = bench::MakeRegionalModel(n, 1u);
+  Solution s(m);
+  setStandInStrengths(s, 7u);
+  std::vector<Particle> particles;
+  for (int i = 0; i < 8; ++i) {
+    Particle p;
+    p.x = m.window.x1 + (m.window.x2 - m.window.x1) * (0.1 + 0.1 * i);
+    p.y = m.window.y1 + (m.window.y2 - m.window.y1) * (0.85 - 0.09 * i);
+    p.z = 5.0;
+    particles.push_back(p);
+  }
+  TraceSettings st;
+  st.step = 100.0;
+  st.maxSteps = 300;
+  st.x1 = m.window.x1;
+  st.y1 = m.window.y1;
+  st.x2 = m.window.x2;
+  st.y2 = m.window.y2;
+  std::printf(
+      "%d unknowns, 8 pathlines of at most 300 steps (stand-in strengths), load average %.2f\n",
+      s.unknowns(), loadAverage());
+  for (auto path : {FieldEvaluator::Path::Multipole, FieldEvaluator::Path::Direct}) {
+    st.evaluation = path;
+    const double ts = now();
+    tracePaths(s, {}, st);  // the set-up alone: the sinks' results, the tree
+    const double setup = now() - ts;
+    const double t0 = now();
+    const std::vector<Path> r = tracePaths(s, particles, st);
+    const double t = now() - t0;
+    long steps = 0;
+    for (const Path& p : r) steps += (long)p.points.size() - 1;
+    std::printf("  %-9s set-up %7.3fs, %8.3fs for %ld steps: %8.1f us a step after the set-up\n",
+                path == FieldEvaluator::Path::Direct ? "direct" : "multipole", setup, t, steps,
+                1e6 * (t - setup) / std::max(1L, steps));
+    std::fflush(stdout);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -207,10 +250,16 @@ int main(int argc, char** argv) {
   std::string mode;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if (a == "model" || a == "crossover" || a == "terms" || a == "multipole")
+    if (a == "model" || a == "crossover" || a == "terms" || a == "multipole" || a == "paths") {
       mode = a;
-    else
+    } else if (std::atoi(argv[i]) >= 1) {
       sizes.push_back(std::atoi(argv[i]));
+    } else {
+      std::fprintf(stderr,
+                   "tarno-bench-regional: \"%s\" is neither a mode nor a number of unknowns\n",
+                   argv[i]);
+      return 2;
+    }
   }
   if (mode == "model") {
     for (int n : sizes.empty() ? std::vector<int>{20000, 50000, 100000} : sizes) describe(n);
@@ -218,6 +267,10 @@ int main(int argc, char** argv) {
   }
   if (mode == "crossover") {
     crossover();
+    return 0;
+  }
+  if (mode == "paths") {
+    paths(sizes.empty() ? 100000 : sizes.front());
     return 0;
   }
   if (mode == "terms") {

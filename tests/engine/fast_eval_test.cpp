@@ -335,6 +335,14 @@ TEST(MultipoleEvaluation, LargeModelsTakeTheExpansionsOnlyForManyPoints) {
       EXPECT_NEAR(h[i], s.head(xs[i], ys[i]), 1e-9);
     }
   }
+  // The heads of the results (every segment's centre, every well's screen) as well.
+  const std::vector<SegmentResult> segs = s.segmentResults();
+  for (size_t k = 0; k < segs.size(); k += 101) {
+    const double cx = 0.5 * (segs[k].x1 + segs[k].x2), cy = 0.5 * (segs[k].y1 + segs[k].y2);
+    EXPECT_NEAR(segs[k].calculatedHead, s.head(cx, cy), 1e-9) << segs[k].label;
+  }
+  for (const WellResult& w : s.wellResults())
+    EXPECT_NEAR(w.head, s.head(w.x + w.radius, w.y), 1e-9) << w.label;
   // Stand-in strengths: the evaluation is the same sum whatever the values.
   const FieldEvaluator f(s, 100000L);
   const Model& m = s.model();
