@@ -133,6 +133,9 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
       out << formatInterfaceRecord(q.x, q.y, z ? fin(*z) : kNotFinite) << '\n';
     }
   };
+  long pointRecords = 0;
+  for (const ExtractPoint& p : block.points) pointRecords += p.kind == ExtractPoint::Kind::Point;
+  source.expectPoints(pointRecords);
   for (const ExtractPoint& p : block.points) {
     interfaceRecordsBefore(p.line);
     switch (p.kind) {

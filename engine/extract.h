@@ -31,6 +31,7 @@
 #include "core/solver_files.h"
 #include "engine/command.h"
 #include "engine/saltwater.h"
+#include "engine/fast_eval.h"
 #include "engine/solution.h"
 
 #include <optional>
@@ -45,6 +46,8 @@ namespace tarno::engine {
 class ExtractSource {
  public:
   virtual ~ExtractSource() = default;
+  // Told before the point records how many there are (a source may prepare for many).
+  virtual void expectPoints(long count) const {}
   virtual PointValues point(double x, double y, std::optional<double> z) const = 0;
   virtual double gageFlow(double x, double y) const = 0;
   // The stage of the lake whose boundary lies nearest the point.
@@ -68,7 +71,14 @@ class ExtractSource {
 class SolutionSource : public ExtractSource {
  public:
   explicit SolutionSource(const Solution& s) : s_(s) {}
-  PointValues point(double x, double y, std::optional<double> z) const override { return s_.evaluate(x, y, z); }
+  // Many points of a large model are evaluated by the multipole expansions (fast_eval.h).
+  void expectPoints(long count) const override {
+    evaluator_.reset();
+    if (FieldEvaluator::multipoleFor(s_, count)) evaluator_ = std::make_unique<FieldEvaluator>(s_, count);
+  }
+  PointValues point(double x, double y, std::optional<double> z) const override {
+    return evaluator_ ? evaluator_->evaluate(x, y, z) : s_.evaluate(x, y, z);
+  }
   double gageFlow(double x, double y) const override { return s_.gageFlow(x, y); }
   double lakeStage(double x, double y) const override { return s_.head(x, y); }
   std::vector<WellResult> wells() const override { return s_.wellResults(); }
@@ -82,6 +92,7 @@ class SolutionSource : public ExtractSource {
 
  private:
   const Solution& s_;
+  mutable std::unique_ptr<FieldEvaluator> evaluator_;
 };
 
 // Exact head texts of the sections (their layout is shared with the front end's reader).

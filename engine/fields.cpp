@@ -174,13 +174,12 @@ namespace {
 
 // Inlined into each version of doubletField, so that it is built for both.
 template <bool WantW>
-[[gnu::always_inline]] inline void doubletLoop(const DoubletEdges& e, double x, double y, Field& f) {
-    const int n = e.size();
+[[gnu::always_inline]] inline void doubletLoop(const DoubletEdges& e, int begin, int n, double x, double y, Field& f) {
     const double *cx = e.cx.data(), *cy = e.cy.data(), *ihr = e.ihr.data(), *ihi = e.ihi.data();
     const double *ca = e.a.data(), *cb = e.b.data(), *cc = e.c.data();
     double phi = 0.0, wr = 0.0, wi = 0.0;
 #pragma omp simd reduction(+ : phi, wr, wi)
-    for (int j = 0; j < n; ++j) {
+    for (int j = begin; j < n; ++j) {
         const double dx = x - cx[j], dy = y - cy[j];
         double X = dx * ihr[j] - dy * ihi[j];
         double Y = dx * ihi[j] + dy * ihr[j];
@@ -220,8 +219,14 @@ template <bool WantW>
 }  // namespace
 
 TARNO_VECTOR_CLONES void doubletField(const DoubletEdges& e, double x, double y, bool wantW, Field& f) {
-    if (wantW) doubletLoop<true>(e, x, y, f);
-    else doubletLoop<false>(e, x, y, f);
+    if (wantW) doubletLoop<true>(e, 0, e.size(), x, y, f);
+    else doubletLoop<false>(e, 0, e.size(), x, y, f);
+}
+
+TARNO_VECTOR_CLONES void doubletFieldRange(const DoubletEdges& e, int begin, int end, double x, double y, bool wantW,
+                                           Field& f) {
+    if (wantW) doubletLoop<true>(e, begin, end, x, y, f);
+    else doubletLoop<false>(e, begin, end, x, y, f);
 }
 
 }  // namespace tarno::engine::detail

@@ -62,5 +62,7 @@ struct DoubletEdges {
 // the sum of val[k] times dbBasis, with the same treatment of points on a segment and
 // at its ends.
 void doubletField(const DoubletEdges& e, double x, double y, bool wantW, Field& f);
+// The same over the edges [begin, end) only.
+void doubletFieldRange(const DoubletEdges& e, int begin, int end, double x, double y, bool wantW, Field& f);
 
 }  // namespace tarno::engine::detail

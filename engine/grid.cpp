@@ -69,6 +69,12 @@ std::optional<double> interfaceElevation(const Aquifer& a, double head, double b
 }
 
 Grid computeGrid(const Solution& solution, const GridGeometry& geometry, GridQuantity quantity) {
+  const FieldEvaluator evaluator(solution, static_cast<long>(geometry.nx) * geometry.ny);
+  return computeGrid(evaluator, geometry, quantity);
+}
+
+Grid computeGrid(const FieldEvaluator& evaluator, const GridGeometry& geometry, GridQuantity quantity) {
+  const Solution& solution = evaluator.solution();
   Grid grid;
   grid.geometry = geometry;
   grid.quantity = quantity;
@@ -84,14 +90,14 @@ Grid computeGrid(const Solution& solution, const GridGeometry& geometry, GridQua
     bool blank = false;
     switch (quantity) {
       case GridQuantity::Heads: {
-        const double h = solution.head(x, y);
+        const double h = evaluator.head(x, y);
         if (h > kDryLimit) v = h;
         else blank = true;
         break;
       }
       case GridQuantity::Potentials:
       case GridQuantity::Discharge: {
-        const PointValues p = solution.evaluate(x, y);
+        const PointValues p = evaluator.evaluate(x, y);
         if (!(p.head > kDryLimit)) blank = true;
         else v = quantity == GridQuantity::Potentials ? p.potential : std::hypot(p.qx, p.qy);
         break;
@@ -101,13 +107,13 @@ Grid computeGrid(const Solution& solution, const GridGeometry& geometry, GridQua
           blank = true;
           break;
         }
-        const PointValues p = solution.evaluate(x, y);
+        const PointValues p = evaluator.evaluate(x, y);
         if (auto z = interfaceElevation(aquifer, p.head, p.base)) v = *z;
         else blank = true;
         break;
       }
       case GridQuantity::Stream: {
-        const double h = solution.head(x, y);
+        const double h = evaluator.head(x, y);
         if (h > kDryLimit) v = solution.streamFunction(x, y);
         else blank = true;
         break;

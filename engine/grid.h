@@ -20,6 +20,7 @@
 // left out of zlo and zhi; a grid of blanks only has zlo = zhi = 0.
 
 #include "core/solver_files.h"
+#include "engine/fast_eval.h"
 #include "engine/solution.h"
 
 #include <optional>
@@ -77,7 +78,12 @@ std::optional<double> interfaceElevation(const Aquifer& aquifer, double head, do
 
 // Computes the grid in parallel (OpenMP) over the points. The value at a point
 // where the head is dry or ignored is blank whatever the quantity.
+// Large models take the values from the multipole expansions of the elements
+// (engine/fast_eval.h: FieldEvaluator chooses by the model's size and the number of
+// points); the stream function is always summed directly.
 Grid computeGrid(const Solution& solution, const GridGeometry& geometry, GridQuantity quantity);
+// The same with the evaluator given (its path chosen by the caller).
+Grid computeGrid(const FieldEvaluator& evaluator, const GridGeometry& geometry, GridQuantity quantity);
 
 // Replaces `grid` by itself minus `kept`. Both must have the same lattice
 // (counts equal, corners equal within 1e-6 of the spacing); a blank in either

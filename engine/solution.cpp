@@ -4,6 +4,7 @@
 
 #include "engine/area.h"
 #include "engine/elements.h"
+#include "engine/fast_eval.h"
 #include "engine/fields.h"
 #include "engine/kernels.h"
 #include "engine/lapack.h"
@@ -231,12 +232,15 @@ void Solution::State::prepare() {
         for (size_t j = 0; j < wells.size(); ++j) kq[j] = wells[j].headSpecified ? 0.0 : wells[j].value;
         for (int j = 0; j < ns; ++j) ks[j] = segs[j].kind == LineSinkKind::Discharge ? segs[j].value : 0.0;
         known.assign(n, 0.0);
+        // Without discharge strings the strings add exactly nothing: skipping their sum
+        // keeps this O(n) per point instead of O(n^2) in all for large models.
+        const int nks = std::any_of(ks.begin(), ks.end(), [](double v) { return v != 0.0; }) ? ns : 0;
 #pragma omp parallel for schedule(static)
         for (int i = 0; i < n; ++i) {
             known[i] = -(A.qx0 * px[i] + A.qy0 * py[i]) + knownAreaPotential(px[i], py[i]) +
                        detail::wellSum(wx.data(), wy.data(), kq.data(), (int)wells.size(), px[i], py[i]) +
                        detail::lineSinkSum(scx.data(), scy.data(), sihr.data(), sihi.data(), sscale.data(),
-                                           sc0.data(), ks.data(), ns, px[i], py[i]);
+                                           sc0.data(), ks.data(), nks, px[i], py[i]);
         }
         // Normal flow of the known elements at the wall points: W of the known elements
         // alone is what wAt gives before any unknown has a value.
@@ -613,19 +617,20 @@ std::pair<double, double> Solution::discharge(double x, double y) const {
 }
 
 std::vector<double> Solution::heads(const std::vector<double>& xs, const std::vector<double>& ys) const {
-    const size_t m = std::min(xs.size(), ys.size());
-    std::vector<double> h(m);
-#pragma omp parallel for schedule(dynamic, 16)
-    for (long i = 0; i < (long)m; ++i) h[i] = head(xs[i], ys[i]);
-    return h;
+    // Large models and many points: by the multipole expansions (engine/fast_eval.h).
+    const FieldEvaluator evaluator(*this, (long)std::min(xs.size(), ys.size()));
+    return evaluator.heads(xs, ys);
 }
 
 PointValues Solution::evaluate(double x, double y, std::optional<double> z) const {
-    const State& s = *s_;
+    return s_->pointValues(x, y, z, s_->fieldAt(x, y));
+}
+
+PointValues Solution::State::pointValues(double x, double y, std::optional<double> z, const detail::Field& f) const {
+    const State& s = *this;
     PointValues p;
     p.x = x;
     p.y = y;
-    const detail::Field f = s.fieldAt(x, y);
     p.potential = f.phi;
     p.qx = f.wr;
     p.qy = -f.wi;
@@ -710,14 +715,21 @@ double Solution::streamFunction(double x, double y) const {
 std::vector<WellResult> Solution::wellResults() const {
     const State& s = *s_;
     std::vector<WellResult> r;
-    for (const auto& e : s.wells) {
+    // The heads at the screens: many wells of a large model by the multipole expansions.
+    std::vector<double> heads(s.wells.size());
+    const FieldEvaluator evaluator(*this, (long)s.wells.size());
+#pragma omp parallel for schedule(dynamic, 8)
+    for (long i = 0; i < (long)s.wells.size(); ++i)
+        if (s.wells[i].partial < 0) heads[i] = evaluator.head(s.wells[i].x + s.wells[i].rw, s.wells[i].y);
+    for (size_t i = 0; i < s.wells.size(); ++i) {
+        const WellEl& e = s.wells[i];
         if (e.partial >= 0) continue;
         WellResult w;
         w.label = s.model.wells[e.model].label;
         w.x = e.x; w.y = e.y; w.radius = e.rw;
         w.headSpecified = e.headSpecified;
         w.discharge = e.q;
-        w.head = head(e.x + e.rw, e.y);
+        w.head = heads[i];
         if (e.headSpecified) {
             w.specifiedHead = e.value;
             w.headError = w.head - e.value;
@@ -731,9 +743,12 @@ std::vector<SegmentResult> Solution::segmentResults() const {
     const State& s = *s_;
     std::vector<SegmentResult> r(s.segs.size());
     std::vector<double> hc(s.segs.size());
+    // The heads at every segment's centre: many points of a large model are taken from
+    // the multipole expansions (engine/fast_eval.h).
+    const FieldEvaluator evaluator(*this, (long)s.segs.size());
 #pragma omp parallel for schedule(dynamic, 8)
     for (long i = 0; i < (long)s.segs.size(); ++i)
-        hc[i] = s.aqOf(s.segs[i].dom).headFromPhi(s.potentialAt(s.scx[i], s.scy[i]));
+        hc[i] = s.aqOf(s.segs[i].dom).headFromPhi(evaluator.potential(s.scx[i], s.scy[i]));
     for (size_t i = 0; i < s.segs.size(); ++i) {
         const SegEl& e = s.segs[i];
         const LineSinkString& ls = s.model.lineSinks[e.string];

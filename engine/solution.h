@@ -244,7 +244,8 @@ public:
     double potential(double x, double y) const;
     double head(double x, double y) const;
     std::pair<double, double> discharge(double x, double y) const;  // (Qx, Qy)
-    // Heads at many points at once (in parallel).
+    // Heads at many points at once (in parallel; large models by the multipole
+    // expansions of engine/fast_eval.h, within its documented tolerance).
     std::vector<double> heads(const std::vector<double>& xs, const std::vector<double>& ys) const;
     // True where a wall of kind outside or inside excludes the point from the model
     // (heads there are kDryHead; grids blank them).
@@ -287,6 +288,9 @@ public:
     struct State;  // internal
 
 private:
+    friend class FieldEvaluator;  // engine/fast_eval.h: the strengths for the expansions
+    friend void setStandInStrengths(Solution& s, unsigned seed);
+
     std::unique_ptr<State> s_;
 };
 

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -257,6 +258,8 @@ struct Solution::State {
     double potentialAt(double x, double y) const;
     std::complex<double> wAt(double x, double y) const;  // Qx - i Qy
     detail::Field fieldAt(double x, double y) const;     // potential and W in one pass
+    // The point record at (x, y) from the potential and W there (f, as fieldAt gives).
+    PointValues pointValues(double x, double y, std::optional<double> z, const detail::Field& f) const;
 };
 
 }  // namespace tarno::engine

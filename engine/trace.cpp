@@ -2,6 +2,7 @@
 
 #include "core/solver_files.h"
 
+#include "engine/fast_eval.h"
 #include "engine/grid.h"
 
 #include <algorithm>
@@ -57,7 +58,7 @@ struct Sample {
   double head = 0, base = 0, thickness = 0;  // base: the bottom of the water (base or interface)
 };
 
-Sample sample(const Solution& s, double x, double y) {
+Sample sample(const FieldEvaluator& s, double x, double y) {
   Sample r;
   const PointValues p = s.evaluate(x, y);
   r.head = p.head;
@@ -66,7 +67,7 @@ Sample sample(const Solution& s, double x, double y) {
   // where it stands above the base, and the top of the saturated zone (p.z): paths keep
   // their relative elevation in it and so stay above the interface.
   r.base = p.base;
-  if (auto zi = interfaceElevation(s.model().aquifer, p.head, p.base)) r.base = *zi;
+  if (auto zi = interfaceElevation(s.solution().model().aquifer, p.head, p.base)) r.base = *zi;
   r.thickness = p.z - r.base;
   const double n = p.porosity;
   if (!(r.thickness > 0) || !(n > 0)) return r;
@@ -112,15 +113,80 @@ std::vector<WellResult> allWells(const Solution& s) {
   return all;
 }
 
+// The segments of the line-sinks in the cells of a uniform lattice over their extent, so
+// that a step looks only at the segments near it. Each segment is listed in every cell
+// its box overlaps (a segment may come up more than once in a query: the stop rules take
+// a minimum or ask whether any segment qualifies, so repeats change nothing).
+class SegmentCells {
+ public:
+  void build(const std::vector<SinkSegment>& segs) {
+    cells_.clear();
+    if (segs.size() < kFewSegments) return;
+    x0_ = y0_ = std::numeric_limits<double>::infinity();
+    double x1 = -x0_, y1 = -y0_;
+    for (const SinkSegment& g : segs) {
+      x0_ = std::min(x0_, g.xmin);
+      y0_ = std::min(y0_, g.ymin);
+      x1 = std::max(x1, g.xmax);
+      y1 = std::max(y1, g.ymax);
+    }
+    if (!std::isfinite(x0_) || !std::isfinite(y0_) || !std::isfinite(x1) || !std::isfinite(y1)) return;
+    // About two segments per cell.
+    const double area = std::max((x1 - x0_) * (y1 - y0_), 1e-300);
+    size_ = std::sqrt(2.0 * area / static_cast<double>(segs.size()));
+    size_ = std::max({size_, (x1 - x0_) / 4096.0, (y1 - y0_) / 4096.0, 1e-300});
+    nx_ = static_cast<int>((x1 - x0_) / size_) + 1;
+    ny_ = static_cast<int>((y1 - y0_) / size_) + 1;
+    cells_.assign(static_cast<size_t>(nx_) * ny_, {});
+    for (size_t k = 0; k < segs.size(); ++k) {
+      const SinkSegment& g = segs[k];
+      for (int j = cellY(g.ymin); j <= cellY(g.ymax); ++j)
+        for (int i = cellX(g.xmin); i <= cellX(g.xmax); ++i)
+          cells_[static_cast<size_t>(j) * nx_ + i].push_back(static_cast<int>(k));
+    }
+  }
+  bool built() const { return !cells_.empty(); }
+  // Calls f(k) for every segment whose cell overlaps the box; false when the box spans
+  // more cells than there are segments (the caller then looks at all of them).
+  template <class F>
+  bool visit(double bx0, double bx1, double by0, double by1, F&& f) const {
+    const int i0 = cellX(bx0), i1 = cellX(bx1), j0 = cellY(by0), j1 = cellY(by1);
+    if ((static_cast<double>(i1 - i0) + 1) * (j1 - j0 + 1) > kFewSegments) return false;
+    for (int j = j0; j <= j1; ++j)
+      for (int i = i0; i <= i1; ++i)
+        for (int k : cells_[static_cast<size_t>(j) * nx_ + i]) f(k);
+    return true;
+  }
+
+ private:
+  static constexpr size_t kFewSegments = 256;  // fewer: every step looks at all of them
+  int cellX(double x) const { return std::clamp(static_cast<int>(std::floor((x - x0_) / size_)), 0, nx_ - 1); }
+  int cellY(double y) const { return std::clamp(static_cast<int>(std::floor((y - y0_) / size_)), 0, ny_ - 1); }
+  double x0_ = 0, y0_ = 0, size_ = 1;
+  int nx_ = 0, ny_ = 0;
+  std::vector<std::vector<int>> cells_;
+};
+
+// The samples a path is taken to need when the evaluator's path is chosen.
+constexpr long kSamplesOfAPath = 1000000;
+
 class Tracer {
  public:
-  Tracer(const Solution& s, const TraceSettings& st) : s_(s), st_(st) {
+  // A path takes hundreds to thousands of samples: unless the settings say, the
+  // evaluator's path follows from the model's size alone.
+  Tracer(const Solution& s, const TraceSettings& st)
+      : s_(s),
+        field_(s, st.evaluation.value_or(FieldEvaluator::multipoleFor(s, kSamplesOfAPath)
+                                             ? FieldEvaluator::Path::Multipole
+                                             : FieldEvaluator::Path::Direct)),
+        st_(st) {
     for (const WellResult& w : allWells(s))
       if (w.radius > 0 || w.discharge != 0) wells_.push_back(SinkWell{w.x, w.y, w.radius, w.discharge});
     for (const SegmentResult& g : s.segmentResults())
       if (g.strength != 0)
         segments_.push_back(SinkSegment{g.x1, g.y1, g.x2, g.y2, g.strength, std::min(g.x1, g.x2),
                                         std::max(g.x1, g.x2), std::min(g.y1, g.y2), std::max(g.y1, g.y2)});
+    cells_.build(segments_);
     for (const BarrierSegment& b : s.barrierSegments()) {
       const double L = std::hypot(b.x2 - b.x1, b.y2 - b.y1);
       if (!(L > 0)) continue;
@@ -142,7 +208,7 @@ class Tracer {
     const int dir = p.direction < 0 ? -1 : 1;
     const double step = st_.step;
     double x = p.x, y = p.y, t = 0.0;
-    Sample cur = sample(s_, x, y);
+    Sample cur = sample(field_, x, y);
     if (!cur.wet) {
       path.points.push_back(PathPoint{x, y, 0.0, p.z, cur.head > kDryLimit ? cur.head : kDryHead});
       path.end = s_.ignored(x, y) ? PathEnd::Ignored : PathEnd::Dry;
@@ -180,17 +246,17 @@ class Tracer {
         };
         double k1x, k1y, k1z, k2x, k2y, k2z, k3x, k3y, k3z, k4x, k4y, k4z;
         f(cur, zeta, k1x, k1y, k1z);
-        const Sample s2 = sample(s_, x + 0.5 * h * k1x, y + 0.5 * h * k1y);
+        const Sample s2 = sample(field_, x + 0.5 * h * k1x, y + 0.5 * h * k1y);
         const double z2 = zeta + 0.5 * h * k1z;
         Sample s3, s4;
         double z3 = 0, z4 = 0;
         if (s2.wet) {
           f(s2, z2, k2x, k2y, k2z);
-          s3 = sample(s_, x + 0.5 * h * k2x, y + 0.5 * h * k2y);
+          s3 = sample(field_, x + 0.5 * h * k2x, y + 0.5 * h * k2y);
           z3 = zeta + 0.5 * h * k2z;
           if (s3.wet) {
             f(s3, z3, k3x, k3y, k3z);
-            s4 = sample(s_, x + h * k3x, y + h * k3y);
+            s4 = sample(field_, x + h * k3x, y + h * k3y);
             z4 = zeta + h * k3z;
             if (s4.wet) {
               f(s4, z4, k4x, k4y, k4z);
@@ -209,13 +275,15 @@ class Tracer {
         const double bx0 = std::min({x, px, ok ? nx : x}), bx1 = std::max({x, px, ok ? nx : x});
         const double by0 = std::min({y, py, ok ? ny : y}), by1 = std::max({y, py, ok ? ny : y});
         double up = 2.0;
-        for (const SinkSegment& g : segments_) {
-          if (g.strength * dir <= 0) continue;
-          if (g.xmax < bx0 || g.xmin > bx1 || g.ymax < by0 || g.ymin > by1) continue;
+        auto crossed = [&](const SinkSegment& g) {
+          if (g.strength * dir <= 0) return;
+          if (g.xmax < bx0 || g.xmin > bx1 || g.ymax < by0 || g.ymin > by1) return;
           double w;
           if (ok && crossing(x, y, nx, ny, g, w) && w < u) u = w;
           if (crossing(x, y, px, py, g, w) && w < up) up = w;
-        }
+        };
+        if (!cells_.built() || !cells_.visit(bx0, bx1, by0, by1, [&](int k) { crossed(segments_[k]); }))
+          for (const SinkSegment& g : segments_) crossed(g);
         // An impermeable wall crossed by either step: the step is cut where it meets the
         // wall, unless a line-sink comes first along the step.
         WallHit wall;
@@ -237,7 +305,7 @@ class Tracer {
             // Cut: the path goes on from the wall, on the side it came from.
             const double side = (b.tx * (y - b.g.y1) - b.ty * (x - b.g.x1)) >= 0 ? 1.0 : -1.0;
             const double cx = ex - side * eps * b.ty, cy = ey + side * eps * b.tx;
-            const Sample c = sample(s_, cx, cy);
+            const Sample c = sample(field_, cx, cy);
             ++path.steps;
             if (!c.wet) return finish(path, PathEnd::Wall);
             t += wall.u * dt;
@@ -268,7 +336,7 @@ class Tracer {
             sx = x + f * (sx - x) - side * eps * o.ty;
             sy = y + f * (sy - y) + side * eps * o.tx;
           }
-          const Sample c = sample(s_, sx, sy);
+          const Sample c = sample(field_, sx, sy);
           ++path.steps;
           if (!c.wet) return finish(path, PathEnd::Wall);
           t += f * dt;
@@ -287,7 +355,7 @@ class Tracer {
           const double ey = onStep ? y + w * (ny - y) : y + w * (py - y);
           const double ez = onStep ? zeta + w * (nz - zeta) : zeta + w * h * k1z;
           ++path.steps;
-          Sample e = sample(s_, ex, ey);
+          Sample e = sample(field_, ex, ey);
           const double zz = std::clamp(ez, 0.0, 1.0);
           if (e.wet) path.points.push_back(PathPoint{ex, ey, t + w * dt, e.base + zz * e.thickness, e.head});
           return finish(path, PathEnd::LineSink);
@@ -305,7 +373,7 @@ class Tracer {
         continue;
       }
       if (!ok) return finish(path, PathEnd::Dry);
-      const Sample next = sample(s_, nx, ny);
+      const Sample next = sample(field_, nx, ny);
       if (!next.wet) return finish(path, s_.ignored(nx, ny) ? PathEnd::Ignored : PathEnd::Dry);
       ++path.steps;
       t += dt;
@@ -325,9 +393,11 @@ class Tracer {
 
  private:
   const Solution& s_;
+  const FieldEvaluator field_;
   const TraceSettings& st_;
   std::vector<SinkWell> wells_;
   std::vector<SinkSegment> segments_;
+  SegmentCells cells_;  // over segments_
   std::vector<Barrier> barriers_;
   double xmin_ = 0, xmax_ = 0, ymin_ = 0, ymax_ = 0;
 
@@ -374,12 +444,18 @@ class Tracer {
 
   bool onLineSink(double x, double y, int dir, double step) const {
     const double limit = 1e-3 * step;
-    for (const SinkSegment& g : segments_) {
-      if (g.strength * dir <= 0) continue;
+    auto near = [&](const SinkSegment& g) {
+      if (g.strength * dir <= 0) return false;
       // Bounding box first: most segments are far away.
-      if (x < g.xmin - limit || x > g.xmax + limit || y < g.ymin - limit || y > g.ymax + limit) continue;
-      if (squaredDistanceToSegment(x, y, g) <= limit * limit) return true;
-    }
+      if (x < g.xmin - limit || x > g.xmax + limit || y < g.ymin - limit || y > g.ymax + limit) return false;
+      return squaredDistanceToSegment(x, y, g) <= limit * limit;
+    };
+    bool found = false;
+    if (cells_.built() &&
+        cells_.visit(x - limit, x + limit, y - limit, y + limit, [&](int k) { found = found || near(segments_[k]); }))
+      return found;
+    for (const SinkSegment& g : segments_)
+      if (near(g)) return true;
     return false;
   }
 

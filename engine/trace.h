@@ -46,10 +46,12 @@
 // - after 100,000 steps.
 
 #include "core/solver_files.h"
+#include "engine/fast_eval.h"
 #include "engine/solution.h"
 
 #include <iosfwd>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,6 +63,8 @@ struct TraceSettings {
   // The window: paths end where they leave it enlarged by half its size.
   double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
   int maxSteps = 100000;
+  // How the velocities are evaluated; none: chosen by the model's size (fast_eval.h).
+  std::optional<FieldEvaluator::Path> evaluation;
 };
 
 struct Particle {

@@ -1,0 +1,23 @@
+#pragma once
+// The regional benchmark model family: a river basin of meandering head-specified
+// line-sink strings with resistance (a main river across the basin and tributaries
+// from both sides running into it), head-specified and discharge wells between the
+// rivers, and a few inhomogeneities with recharge in the gaps between tributaries.
+//
+// The basin grows with the size asked for, so that the density of the elements stays
+// that of a real basin (segments of about 200 m, tributaries about 6 km apart): the
+// side is 1000 m times the square root of `unknowns`. The aquifer is confined at the
+// heads of the rivers, so that one iteration is the whole solution.
+//
+// The number of unknowns of the model (Solution::unknowns()) lies within 1 % of
+// `unknowns` for unknowns >= 1000 (small sizes: within a few unknowns). The same
+// (unknowns, seed) gives the same model on every machine: only integer arithmetic
+// drives the random choices (std::mt19937 and our own conversion to [0, 1)).
+
+#include "engine/model.h"
+
+namespace tarno::engine::bench {
+
+Model MakeRegionalModel(int unknowns, unsigned seed);
+
+}  // namespace tarno::engine::bench
