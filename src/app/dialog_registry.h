@@ -32,6 +32,7 @@
 #include "elements/well_dialog.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
+#include "solver/result_views.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
 
@@ -63,6 +64,7 @@ using ShownDialogs =
                Scenarios,            // scenarios
                MapBrowser, BaseMapBrowserOptions, ViewShape, ViewGraphics,  // base maps
                ReprojectMapsDialog, MapTargetDialog,  // reprojection of maps
-               PestDialog, UcodeDialog, TemplatePrompt, OptWeight>;  // estimation files
+               PestDialog, UcodeDialog, TemplatePrompt, OptWeight,  // estimation files
+               LSInfo, INInfo, Lakeinfo, ResultViewer>;              // result views
 
 }  // namespace tarno

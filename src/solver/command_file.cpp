@@ -17,6 +17,7 @@
 #include "elements/element_store.h"
 #include "elements/extents.h"
 #include "elements/inhomogeneity.h"
+#include "solver/results_loader.h"
 #include "elements/lake.h"
 #include "elements/linesink.h"
 #include "elements/observation.h"
@@ -133,6 +134,7 @@ void ToolsWriteTARNOElements(std::ostream& out, Database& db, const ElementWrite
       db.Execute("DELETE * FROM LSResults;");
       db.Execute("DELETE * FROM INResults;");
       db.Execute("DELETE * FROM NFResults;");
+      ClearLakeResults(db);
     }
     // Each kind's block from its unit of the element layer, its elements read once
     // (LoadAllRows for the strings and polygons, whose menus stand as soon as their
