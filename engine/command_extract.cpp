@@ -19,8 +19,11 @@ bool Reader::readExtractCommand(const std::string& w) {
   }
   if (w == "interface" || w == "cell_leakage") {
     double v[2];
-    if (!numbers(1, 2, v)) report("\"" + w + "\" needs two numbers (x y); line skipped");
-    else extract_.interfacePoints.push_back(InterfacePointInput{lineNo_, v[0], v[1], w == "cell_leakage"});
+    if (!numbers(1, 2, v))
+      report("\"" + w + "\" needs two numbers (x y); line skipped");
+    else
+      extract_.interfacePoints.push_back(
+          InterfacePointInput{lineNo_, v[0], v[1], w == "cell_leakage"});
     return true;
   }
   if (w == "flux") {

@@ -101,8 +101,8 @@ std::string formatInterfaceRecord(double x, double y, double elevation) {
 }
 
 std::string formatCellLeakageRecord(double x, double y, double rate) {
-  return formatWordRecord(layout::word_record::kCellLeakageWordFormat, layout::word_record::kCellLeakageWord, x, y,
-                          rate, "");
+  return formatWordRecord(layout::word_record::kCellLeakageWordFormat,
+                          layout::word_record::kCellLeakageWord, x, y, rate, "");
 }
 
 double SolutionSource::leakageRate(double x, double y) const {
@@ -286,13 +286,15 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
         // The lakes' balances, in the order of the message log's.
         const std::vector<LakeResult> lakes = source.lakes();
         if (!lakes.empty()) {
-          out << layout::kHeadLakeBalances << '\n';
+          out << kHeadLakeBalances << '\n';
           for (const LakeResult& l : lakes) {
             out << layout::kRecordMark << cleanLabel(l.label) << layout::kFieldSeparator << ' '
-                << cleanLabel(l.firstLabel) << layout::kFieldSeparator << ' ' << cleanLabel(l.lastLabel);
-            for (double v : {l.polygonArea, l.surfaceArea, l.volume, l.dry ? kDryHead : l.stage, l.aquiferHead,
-                             l.precipitation, l.groundwaterIn, l.overlandIn, l.streamIn, l.totalIn, l.evaporation,
-                             l.groundwaterOut, l.overlandOut, l.streamOut, l.totalOut, l.error, l.errorPercent}) {
+                << cleanLabel(l.firstLabel) << layout::kFieldSeparator << ' '
+                << cleanLabel(l.lastLabel);
+            for (double v : {l.polygonArea, l.surfaceArea, l.volume, l.dry ? kDryHead : l.stage,
+                             l.aquiferHead, l.precipitation, l.groundwaterIn, l.overlandIn,
+                             l.streamIn, l.totalIn, l.evaporation, l.groundwaterOut, l.overlandOut,
+                             l.streamOut, l.totalOut, l.error, l.errorPercent}) {
               std::string num;
               appendFormatted(num, layout::kSectionNumberFormat, fin(v));
               out << layout::kFieldSeparator << ' ' << num;

@@ -67,7 +67,6 @@ struct LakeResult {
   double errorPercent = 0.0;  // 100 |error| / max(totalIn, totalOut)
 };
 
-
 // Where the extract file's values come from: the solution, or a stand-in in tests.
 class ExtractSource {
  public:
@@ -131,6 +130,7 @@ inline constexpr const char* kHeadInhomogeneities = solver_files::kHeadInhomogen
 inline constexpr const char* kHeadWalls = solver_files::kHeadWalls;
 inline constexpr const char* kHeadFluxLines = solver_files::kHeadFluxLines;
 inline constexpr const char* kHeadStreamLinkages = solver_files::kHeadStreamLinkages;
+inline constexpr const char* kHeadLakeBalances = solver_files::kHeadLakeBalances;
 
 // Record formatters (one line each, without line end).
 std::string formatPointRecord(const PointValues& v, const std::string& label);

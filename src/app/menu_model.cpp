@@ -25,8 +25,8 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
   return MenuEntry{key, parent, caption, K::Command, need, built, shortcut, sep};
 }
 // An entry of a feature this version does not have yet: printing, base maps,
-// import and export,
-// calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
+// import and export, calibration, PEST and UCODE, MODFLOW, search, scenarios and
+// the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
 }

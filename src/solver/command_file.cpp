@@ -17,12 +17,12 @@
 #include "elements/element_store.h"
 #include "elements/extents.h"
 #include "elements/inhomogeneity.h"
-#include "solver/results_loader.h"
 #include "elements/lake.h"
 #include "elements/linesink.h"
 #include "elements/observation.h"
 #include "elements/well.h"
 #include "solver/model_settings.h"
+#include "solver/results_loader.h"
 #include "store/database.h"
 
 namespace tarno {

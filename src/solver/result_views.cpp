@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <limits>
 
 #include "core/format.h"
 #include "elements/element_store.h"
+#include "elements/linesink.h"
 #include "elements/solver_label.h"
 #include "solver/results_loader.h"
 #include "store/database.h"
@@ -19,13 +21,6 @@ bool SameNoCase(std::string_view a, std::string_view b) {
            return std::tolower(static_cast<unsigned char>(x)) ==
                   std::tolower(static_cast<unsigned char>(y));
          });
-}
-
-bool TableExists(Database& db, const char* table) {
-  Statement t = db.PrepareRaw(
-      "select count(*) from sqlite_master where type='table' and name=? collate nocase");
-  t.Bind(1, table);
-  return t.Step() && t.GetInt64(0) > 0;
 }
 
 const ResultTableDef& TableDef(std::string_view table) {
@@ -46,8 +41,8 @@ std::string CellText(const Statement& st, int column) {
 
 // Fills the lines of an information dialog from the row of `label` in the viewer's
 // columns of `table`. False when there is no such row.
-bool FillFromRow(Database& db, const char* table, const std::string& label, ResultInfoDialog& d) {
-  if (!TableExists(db, table)) return false;
+bool FillFromRow(Database& db, const char* table, const std::string& label, ResultInfo& d) {
+  if (!db.TableExists(table)) return false;
   Statement st = db.PrepareRaw(std::string("select * from ") + table +
                                " where TARNOLabel = ? collate nocase order by rowid limit 1");
   st.Bind(1, label);
@@ -71,13 +66,13 @@ bool FillFromRow(Database& db, const char* table, const std::string& label, Resu
 
 }  // namespace
 
-const InfoLine* ResultInfoDialog::Line(std::string_view field) const {
+const InfoLine* ResultInfo::Line(std::string_view field) const {
   for (const InfoLine& l : Lines)
     if (SameNoCase(l.field, field)) return &l;
   return nullptr;
 }
 
-double ResultInfoDialog::Value(std::string_view field) const {
+double ResultInfo::Value(std::string_view field) const {
   const InfoLine* l = Line(field);
   return l ? l->value : std::numeric_limits<double>::quiet_NaN();
 }
@@ -127,7 +122,9 @@ const std::vector<ResultTableDef>& ResultTables() {
         {"ParabStrPotJump", "Parabolic Strength Potential Jump"},
         {"DeltaFlowCntr", "Delta Flow Center %"},
         {"DeltaFlowNode", "Delta Flow Node %"}}},
-      {"FIResults", "Flux Inspection Lines", {{"Label", "Label"}, {"PID", "PID"}, {"TotalFlux", "Flux"}}},
+      {"FIResults",
+       "Flux Inspection Lines",
+       {{"Label", "Label"}, {"PID", "PID"}, {"TotalFlux", "Flux"}}},
       {"TPResults",
        "Test Points",
        {{"Label", "Label"},
@@ -199,6 +196,25 @@ std::optional<INInfo> LoadINInfo(Database& db, const std::string& tarnoLabel) {
   INInfo d;
   d.Title = INInfo::kTitle;
   if (!FillFromRow(db, "INResults", tarnoLabel, d)) return std::nullopt;
+  // The viewer shows the table's own field names; the dialog of one element says
+  // what they mean.
+  static const std::pair<const char*, const char*> kCaptions[] = {
+      {"TARNOLabel", "TARNO Label"},
+      {"BottomElev", "Bottom Elevation"},
+      {"ExtractRate", "Extraction Rate"},
+      {"DomainArea", "Domain Area"},
+      {"AvgPotJump", "Average Potential Jump"},
+      {"StrPotJumpNode", "Strength Potential Jump Node"},
+      {"ParabStrPotJump", "Parabolic Strength Potential Jump"},
+      {"RealStrExtrNode", "Extraction Strength Node (Real)"},
+      {"ImagStrExtrNode", "Extraction Strength Node (Imaginary)"},
+      {"RealStrExtrCntr", "Extraction Strength Center (Real)"},
+      {"Tfac", "Transmissivity Factor"},
+      {"DeltaPNode", "Potential Error Node"},
+      {"DeltaPCntr", "Potential Error Center"}};
+  for (InfoLine& l : d.Lines)
+    for (const auto& [field, caption] : kCaptions)
+      if (l.field == field) l.caption = caption;
   return d;
 }
 
@@ -240,13 +256,16 @@ InfoShown ShowResultInfo(Database& db, UserInterface& ui, ElementKind kind, cons
   };
   switch (kind) {
     case ElementKind::Linesink: {
-      // The segment that starts at the vertex: the last vertex of a string has none.
+      // The segment that starts at the vertex, labelled by the Seq of its end vertex:
+      // the last vertex of a string starts none.
       const std::vector<Vertex> vertices = LoadVertices(db, v.PID);
-      if (vertices.empty() || vertices.back().VID == v.VID) {
+      const auto at = std::find_if(vertices.begin(), vertices.end(),
+                                   [&](const Vertex& o) { return o.VID == v.VID; });
+      if (at == vertices.end() || std::next(at) == vertices.end()) {
         ui.MessageBox(kNoLinesinkTitle, {kNoLinesinkLine1, kNoLinesinkLine2});
         return InfoShown::Message;
       }
-      const std::string label = SolverVertexLabel("LS_", v.PID, v.Seq);
+      const std::string label = LinesinkSegmentLabel(v.PID, std::next(at)->Seq);
       auto d = LoadLSInfo(db, label);
       if (!d) return noResults("the line-sink", label);
       ui.ShowModal(*d);
@@ -279,7 +298,7 @@ void ResultViewer::Load(Database& db) {
     t.table = def.table;
     t.caption = def.caption;
     for (const ResultColumn& c : def.columns) t.headers.emplace_back(c.caption);
-    if (TableExists(db, def.table)) {
+    if (db.TableExists(def.table)) {
       Statement st = db.PrepareRaw(std::string("select * from ") + def.table + " order by rowid");
       std::vector<int> columns;
       for (const ResultColumn& c : def.columns) columns.push_back(st.FindColumn(c.field));

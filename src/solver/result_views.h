@@ -35,8 +35,7 @@ struct InfoLine {
 
 // What the three information dialogs share: a title, the element's label and
 // solver label, and the lines in the order shown.
-class ResultInfoDialog : public DialogModel {
- public:
+struct ResultInfo {
   std::string Title;
   std::string Label;       // the element's label
   std::string TARNOLabel;  // the solver's label of the row shown
@@ -48,7 +47,7 @@ class ResultInfoDialog : public DialogModel {
 };
 
 // A line-sink segment: every column of its LSResults row.
-class LSInfo : public ResultInfoDialog {
+class LSInfo : public DialogModel, public ResultInfo {
  public:
   static constexpr const char* kName = "LSInfo";
   static constexpr const char* kTitle = "Linesink Results";
@@ -57,7 +56,7 @@ class LSInfo : public ResultInfoDialog {
 
 // An inhomogeneity at one of its vertices: the element's values and the vertex's
 // row of INResults.
-class INInfo : public ResultInfoDialog {
+class INInfo : public DialogModel, public ResultInfo {
  public:
   static constexpr const char* kName = "INInfo";
   static constexpr const char* kTitle = "Inhomogeneity Results";
@@ -67,7 +66,7 @@ class INInfo : public ResultInfoDialog {
 // The balance of a lake, from LKResults (solver/results_loader.h). Inflows and
 // outflows are rates (L^3/T); DataError is DataTotalIn less DataTotalOut and
 // DataErrorPercent its share of the larger total, in percent.
-class Lakeinfo : public ResultInfoDialog {
+class Lakeinfo : public DialogModel, public ResultInfo {
  public:
   static constexpr const char* kName = "Lakeinfo";
   static constexpr const char* kTitle = "Lake Balance";
@@ -76,8 +75,8 @@ class Lakeinfo : public ResultInfoDialog {
   double DataArea = 0;
   double DataLakeStage = 0;  // -9999: the lake is dry
   std::string DataFirstTarnoLabel, DataLastTarnoLabel;
-  double DataPrecipitation = 0, dataGroundwaterIn = 0, DataOverlandFlowIn = 0,
-         DataStreamFlowIn = 0, DataTotalIn = 0;
+  double DataPrecipitation = 0, dataGroundwaterIn = 0, DataOverlandFlowIn = 0, DataStreamFlowIn = 0,
+         DataTotalIn = 0;
   double DataEvapotranspiration = 0, DataGroundwaterOut = 0, DataOverlandFlowOut = 0,
          DataStreamFlowOut = 0, DataTotalOut = 0;
   double DataError = 0, DataErrorPercent = 0;

@@ -49,20 +49,20 @@ int SectionOfHeadLine(const std::string& headText) {
 }
 
 void EnsureLakeResultsTable(Database& db) {
-  db.ExecuteRaw(
-      "CREATE TABLE IF NOT EXISTS LKResults (Label TEXT COLLATE NOCASE, TARNOLabel TEXT COLLATE "
-      "NOCASE, FirstTarnoLabel TEXT COLLATE NOCASE, LastTarnoLabel TEXT COLLATE NOCASE, Area "
-      "DOUBLE DEFAULT 0, SurfaceArea DOUBLE DEFAULT 0, Volume DOUBLE DEFAULT 0, LakeStage DOUBLE "
-      "DEFAULT 0, AquiferHead DOUBLE DEFAULT 0, Precipitation DOUBLE DEFAULT 0, GroundwaterIn "
-      "DOUBLE DEFAULT 0, OverlandFlowIn DOUBLE DEFAULT 0, StreamFlowIn DOUBLE DEFAULT 0, TotalIn "
-      "DOUBLE DEFAULT 0, Evapotranspiration DOUBLE DEFAULT 0, GroundwaterOut DOUBLE DEFAULT 0, "
-      "OverlandFlowOut DOUBLE DEFAULT 0, StreamFlowOut DOUBLE DEFAULT 0, TotalOut DOUBLE DEFAULT "
-      "0, Error DOUBLE DEFAULT 0, ErrorPercent DOUBLE DEFAULT 0)");
+  // The labels are text, every other field a number with the default 0.
+  std::string sql = "CREATE TABLE IF NOT EXISTS LKResults (";
+  for (std::size_t i = 0; i < std::size(kLakeResultsFields); ++i) {
+    if (i > 0) sql += ", ";
+    sql += kLakeResultsFields[i];
+    sql += i < 4 ? " TEXT COLLATE NOCASE" : " DOUBLE DEFAULT 0";
+  }
+  db.ExecuteRaw(sql + ")");
 }
 
+bool HasLakeResultsTable(Database& db) { return db.TableExists(kLakeResultsTable); }
+
 void ClearLakeResults(Database& db) {
-  Statement t = db.PrepareRaw("select count(*) from sqlite_master where type='table' and name='LKResults'");
-  if (t.Step() && t.GetInt64(0) > 0) db.ExecuteRaw("DELETE FROM LKResults");
+  if (HasLakeResultsTable(db)) db.ExecuteRaw("DELETE FROM LKResults");
 }
 
 std::filesystem::path FindExtractFile(const std::filesystem::path& directory,
@@ -237,7 +237,8 @@ class Loader {
     // The lakes' balances replace those of the last load.
     EnsureLakeResultsTable(db_);
     db_.ExecuteRaw("DELETE FROM LKResults");
-    for (const Element& l : LoadAllRows(db_, ElementKind::Lake)) lakeLabels_.emplace(l.key, l.Label());
+    for (const Element& l : LoadAllRows(db_, ElementKind::Lake))
+      lakeLabels_.emplace(l.key, l.Label());
     for (const Element& l : LoadAllRows(db_, ElementKind::Linesink))
       if (l.row.Integer("Lake") != 0) shoreLabels_.emplace(l.key, l.Label());
     lake_ = db_.PrepareRaw(
@@ -251,7 +252,8 @@ class Loader {
   // The element label of a lake's balance: the Lakes row of an "LK_" label, or the
   // line-sink string of a shore, found by its first segment's label. Nothing when
   // the project has no such element.
-  std::optional<std::string> LakeElementLabel(const std::string& label, const std::string& first) const {
+  std::optional<std::string> LakeElementLabel(const std::string& label,
+                                              const std::string& first) const {
     if (const auto p = ParseSolverLabel(label); p && p->prefix == "LK_") {
       const auto it = lakeLabels_.find(p->key);
       if (it != lakeLabels_.end()) return it->second;

@@ -53,6 +53,14 @@ enum XtrSection : int {
 // StreamFlowIn, TotalIn, Evapotranspiration, GroundwaterOut, OverlandFlowOut,
 // StreamFlowOut, TotalOut, Error, ErrorPercent.
 inline constexpr const char* kLakeResultsTable = "LKResults";
+inline constexpr const char* kLakeResultsFields[] = {
+    "Label",          "TARNOLabel",      "FirstTarnoLabel", "LastTarnoLabel", "Area",
+    "SurfaceArea",    "Volume",          "LakeStage",       "AquiferHead",    "Precipitation",
+    "GroundwaterIn",  "OverlandFlowIn",  "StreamFlowIn",    "TotalIn",        "Evapotranspiration",
+    "GroundwaterOut", "OverlandFlowOut", "StreamFlowOut",   "TotalOut",       "Error",
+    "ErrorPercent"};
+// Whether the file has LKResults (a project solved without lakes since may lack it).
+bool HasLakeResultsTable(Database& db);
 void EnsureLakeResultsTable(Database& db);
 // Empties LKResults where the file has it (a solution made invalid).
 void ClearLakeResults(Database& db);

@@ -376,7 +376,6 @@ TEST(InspectFilesTest, TraceFileNamesItsLogsThePointAndTheDirection) {
             std::string::npos);
 }
 
-
 // A project with a leakage grid: 2 x 2 cells of 20 over (100..140, 50..90), each of
 // its own rate. The box has a "Leakage" line after the head with the rate of the cell
 // under the point; without the grid there is none.
@@ -421,7 +420,8 @@ TEST_F(InspectTest, WithALeakageGridTheBoxShowsTheLeakageOfTheCellUnderThePoint)
   r = ModelInspectResults(ctx_, inspector, 135, 85);
   ui_.Verify();
   EXPECT_FALSE(r.point.leakage.has_value());
-  for (const std::string& line : r.lines) EXPECT_EQ(line.rfind("Leakage", 0), std::string::npos) << line;
+  for (const std::string& line : r.lines)
+    EXPECT_EQ(line.rfind("Leakage", 0), std::string::npos) << line;
   EXPECT_EQ(ReadFile(Dir() / "_INSPECT.DAT").find("cell_leakage"), std::string::npos);
 }
 
@@ -429,7 +429,8 @@ TEST(InspectRecords, TheCellLeakageRecordIsReadAndNoOtherRecordPassesForIt) {
   EXPECT_EQ(ParseCellLeakageRecord("@ cell_leakage,  1.00000E+01,  2.00000E+01,  2.50000E-03,"),
             std::optional<double>(2.5e-3));
   EXPECT_FALSE(ParseCellLeakageRecord("@    interface,  1.00000E+01,  2.00000E+01, -9.99900E+03,"));
-  EXPECT_FALSE(ParseCellLeakageRecord("@         gage,  1.00000E+01,  2.00000E+01,  2.50000E-03,TG_1"));
+  EXPECT_FALSE(
+      ParseCellLeakageRecord("@         gage,  1.00000E+01,  2.00000E+01,  2.50000E-03,TG_1"));
   EXPECT_FALSE(ParseCellLeakageRecord(" cell_leakage,  1.00000E+01,  2.00000E+01,  2.50000E-03,"));
   InspectedPoint p;
   p.leakage = 0.5;

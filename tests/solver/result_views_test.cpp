@@ -82,16 +82,21 @@ TEST_F(LakeResultsTest, TheLakeBalanceOfTheSolveClosesAndFillsLakeinfo) {
   // The exchange is uniform over the bottom: here the lake takes water from the aquifer.
   EXPECT_GT(d->dataGroundwaterIn, 0);
   EXPECT_EQ(d->DataGroundwaterOut, 0);
-  EXPECT_EQ(d->DataStreamFlowIn + d->DataStreamFlowOut + d->DataOverlandFlowIn + d->DataOverlandFlowOut, 0);
+  EXPECT_EQ(
+      d->DataStreamFlowIn + d->DataStreamFlowOut + d->DataOverlandFlowIn + d->DataOverlandFlowOut,
+      0);
   // The totals are the sums of their terms, the error their difference, and it closes.
-  EXPECT_NEAR(d->DataTotalIn,
-              d->DataPrecipitation + d->dataGroundwaterIn + d->DataOverlandFlowIn + d->DataStreamFlowIn, 1e-9);
+  EXPECT_NEAR(
+      d->DataTotalIn,
+      d->DataPrecipitation + d->dataGroundwaterIn + d->DataOverlandFlowIn + d->DataStreamFlowIn,
+      1e-9);
   EXPECT_NEAR(d->DataTotalOut,
-              d->DataEvapotranspiration + d->DataGroundwaterOut + d->DataOverlandFlowOut + d->DataStreamFlowOut,
+              d->DataEvapotranspiration + d->DataGroundwaterOut + d->DataOverlandFlowOut +
+                  d->DataStreamFlowOut,
               1e-9);
   EXPECT_NEAR(d->DataError, d->DataTotalIn - d->DataTotalOut, 1e-9);
-  const double largest = std::max({d->DataPrecipitation, d->dataGroundwaterIn, d->DataEvapotranspiration,
-                                   d->DataTotalIn, d->DataTotalOut});
+  const double largest = std::max({d->DataPrecipitation, d->dataGroundwaterIn,
+                                   d->DataEvapotranspiration, d->DataTotalIn, d->DataTotalOut});
   EXPECT_LE(std::fabs(d->DataError), 1e-6 * largest);
   EXPECT_LE(std::fabs(d->DataErrorPercent), 1e-4);
   // The exchange N = (h - s) / c: the aquifer under the lake stands above the stage.
@@ -141,8 +146,9 @@ TEST_F(LakeResultsTest, TheViewerShowsEveryTableAndCopiesTheShownOne) {
                                                "Flux Inspection Lines", "Test Points",
                                                "Inhomogeneities", "Lakes"));
   const auto& wells = viewer.Tables[1];
-  EXPECT_THAT(wells.headers, ::testing::ElementsAre("Label", "TARNO Label", "X", "Y", "Radius",
-                                                    "Specified Head", "Calculated Head", "Discharge"));
+  EXPECT_THAT(wells.headers,
+              ::testing::ElementsAre("Label", "TARNO Label", "X", "Y", "Radius", "Specified Head",
+                                     "Calculated Head", "Discharge"));
   ASSERT_EQ(wells.rows.size(), 1u);
   EXPECT_EQ(wells.rows[0][0], "W1");
   EXPECT_EQ(wells.rows[0][2], "100");
@@ -157,7 +163,8 @@ TEST_F(LakeResultsTest, TheViewerShowsEveryTableAndCopiesTheShownOne) {
   ASSERT_EQ(clipboard.texts.size(), 1u);
   const auto lines = SplitLines(clipboard.texts[0]);
   ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "Label\tTARNO Label\tX\tY\tRadius\tSpecified Head\tCalculated Head\tDischarge");
+  EXPECT_EQ(lines[0],
+            "Label\tTARNO Label\tX\tY\tRadius\tSpecified Head\tCalculated Head\tDischarge");
   EXPECT_EQ(lines[1].rfind("W1\tWL_", 0), 0u) << lines[1];
   EXPECT_EQ(std::count(lines[1].begin(), lines[1].end(), '\t'), 7);
   // An empty table copies its captions alone.
@@ -181,9 +188,11 @@ TEST_F(LakeResultsTest, TheLoaderReadsTheLakeBalanceSection) {
       << "* data points\r\n* lake balances\r\n"
       << " " << label << ", " << SolverVertexLabel("LK_", lake_, 0) << ", "
       << SolverVertexLabel("LK_", lake_, 300)
-      << ", 4.0E+02, 4.0E+02, 0.0E+00, 9.5E+00, 1.0E+01, 4.0E-01, 8.0E-01, 0.0E+00, 0.0E+00, 1.2E+00, "
+      << ", 4.0E+02, 4.0E+02, 0.0E+00, 9.5E+00, 1.0E+01, 4.0E-01, 8.0E-01, 0.0E+00, 0.0E+00, "
+         "1.2E+00, "
          "1.2E+00, 0.0E+00, 0.0E+00, 0.0E+00, 1.2E+00, 0.0E+00, 0.0E+00\r\n"
-      << " LK_999999_0000, LK_999999_0000, LK_999999_0300, 1, 1, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
+      << " LK_999999_0000, LK_999999_0000, LK_999999_0300, 1, 1, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, "
+         "0, "
          "0, 0, 0\r\n"
       << " " << label << ", 4.0E+02\r\n";
   ui_.ExpectMessage("Import error",

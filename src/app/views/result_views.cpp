@@ -14,7 +14,7 @@ namespace tarno {
 
 using views::Q;
 
-ResultInfoView::ResultInfoView(const ResultInfoDialog& model, QWidget* parent) : QDialog(parent) {
+ResultInfoView::ResultInfoView(const ResultInfo& model, QWidget* parent) : QDialog(parent) {
   setWindowTitle(Q(model.Title));
   auto* layout = new QVBoxLayout(this);
   auto* grid = new QGridLayout;
@@ -42,7 +42,23 @@ ResultInfoView::ResultInfoView(const ResultInfoDialog& model, QWidget* parent) :
   buttons->addWidget(ok_);
   layout->addLayout(buttons);
   connect(ok_, &QPushButton::clicked, this, [this] { done(1); });
+  // The values are only to be read: the focus starts on OK, so Enter closes.
+  ok_->setFocus();
 }
+
+namespace {
+
+// A cell of the grid: numbers stand to the right, so that their digits line up.
+QTableWidgetItem* Cell(const std::string& text) {
+  auto* item = new QTableWidgetItem(Q(text));
+  bool number = false;
+  item->text().toDouble(&number);
+  item->setTextAlignment(number ? (Qt::AlignRight | Qt::AlignVCenter)
+                                : (Qt::AlignLeft | Qt::AlignVCenter));
+  return item;
+}
+
+}  // namespace
 
 void QtClipboard::SetText(const std::string& text) {
   QGuiApplication::clipboard()->setText(Q(text));
@@ -55,7 +71,8 @@ ResultViewerView::ResultViewerView(ResultViewer& model, ClipboardPort& clipboard
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
   for (const ResultViewer::Table& t : model_.Tables) {
-    auto* grid = new QTableWidget(static_cast<int>(t.rows.size()), static_cast<int>(t.headers.size()));
+    auto* grid =
+        new QTableWidget(static_cast<int>(t.rows.size()), static_cast<int>(t.headers.size()));
     grid->setObjectName(QStringLiteral("gridTable"));
     grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grid->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -64,7 +81,7 @@ ResultViewerView::ResultViewerView(ResultViewer& model, ClipboardPort& clipboard
     grid->setHorizontalHeaderLabels(headers);
     for (size_t r = 0; r < t.rows.size(); ++r)
       for (size_t c = 0; c < t.rows[r].size(); ++c)
-        grid->setItem(static_cast<int>(r), static_cast<int>(c), new QTableWidgetItem(Q(t.rows[r][c])));
+        grid->setItem(static_cast<int>(r), static_cast<int>(c), Cell(t.rows[r][c]));
     grid->resizeColumnsToContents();
     grids_.push_back(grid);
     tabs_->addTab(grid, Q(t.caption));

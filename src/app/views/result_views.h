@@ -16,7 +16,7 @@ namespace tarno {
 
 class ResultInfoView : public QDialog {
  public:
-  ResultInfoView(const ResultInfoDialog& model, QWidget* parent = nullptr);
+  ResultInfoView(const ResultInfo& model, QWidget* parent = nullptr);
   // The value fields in the order of the model's lines.
   const std::vector<QLineEdit*>& values() const { return values_; }
   QPushButton* okButton() const { return ok_; }
