@@ -239,6 +239,11 @@ std::optional<Lakeinfo> LoadLakeinfo(Database& db, const std::string& tarnoLabel
   d.DataTotalOut = v("TotalOut");
   d.DataError = v("Error");
   d.DataErrorPercent = v("ErrorPercent");
+  // Three columns: the lake, its inflows, its outflows with the balance.
+  for (const char* first : {"Precipitation", "Evapotranspiration"}) {
+    const InfoLine* l = d.Line(first);
+    if (l) d.ColumnStarts.push_back(static_cast<std::size_t>(l - d.Lines.data()));
+  }
   // A dry lake has no stage: the line says so instead of showing the mark.
   if (d.Dry())
     for (InfoLine& l : d.Lines)

@@ -40,6 +40,9 @@ struct ResultInfo {
   std::string Label;       // the element's label
   std::string TARNOLabel;  // the solver's label of the row shown
   std::vector<InfoLine> Lines;
+  // Where the view starts a new column of lines (indexes into Lines); empty: two
+  // columns of equal length.
+  std::vector<std::size_t> ColumnStarts;
   // The line of a column (case-blind); nullptr when the dialog has none.
   const InfoLine* Line(std::string_view field) const;
   // The number of a column; NaN when the dialog has no such line.

@@ -2,6 +2,7 @@
 // models, that nothing in them can be edited, and the viewer's copy.
 #include <gtest/gtest.h>
 
+#include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -46,6 +47,31 @@ TEST(ResultInfoViewTest, ShowsEveryLineReadOnlyUnderTheModelsTitle) {
   EXPECT_TRUE(view.values()[0]->alignment() & Qt::AlignLeft);
   view.okButton()->click();
   EXPECT_EQ(view.result(), 1);
+}
+
+TEST(ResultInfoViewTest, TheModelsColumnStartsPlaceTheLines) {
+  EnsureApplication();
+  Lakeinfo model = SomeLake();
+  model.ColumnStarts = {1, 3};  // Label | Area, Lake Stage | Total In
+  ResultInfoView view(model);
+  auto* grid = view.findChild<QGridLayout*>();
+  ASSERT_NE(grid, nullptr);
+  auto cellOf = [&](QWidget* w) {
+    int row = 0, column = 0, rs = 0, cs = 0;
+    grid->getItemPosition(grid->indexOf(w), &row, &column, &rs, &cs);
+    return std::make_pair(row, column);
+  };
+  EXPECT_EQ(cellOf(view.values()[0]), std::make_pair(0, 1));
+  EXPECT_EQ(cellOf(view.values()[1]), std::make_pair(0, 3));
+  EXPECT_EQ(cellOf(view.values()[2]), std::make_pair(1, 3));
+  EXPECT_EQ(cellOf(view.values()[3]), std::make_pair(0, 5));
+  // Without them: two columns of equal length.
+  model.ColumnStarts.clear();
+  ResultInfoView halves(model);
+  auto* g2 = halves.findChild<QGridLayout*>();
+  int row = 0, column = 0, rs = 0, cs = 0;
+  g2->getItemPosition(g2->indexOf(halves.values()[2]), &row, &column, &rs, &cs);
+  EXPECT_EQ(std::make_pair(row, column), std::make_pair(0, 3));
 }
 
 TEST(ResultViewerViewTest, OneReadOnlyGridPerTableAndTheCopyOfTheShownTab) {

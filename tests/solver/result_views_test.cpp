@@ -103,6 +103,10 @@ TEST_F(LakeResultsTest, TheLakeBalanceOfTheSolveClosesAndFillsLakeinfo) {
   EXPECT_GT(d->Value("AquiferHead"), d->DataLakeStage);
   EXPECT_NEAR((d->Value("AquiferHead") - d->DataLakeStage) / 2 * 400, d->dataGroundwaterIn,
               1e-4 * d->dataGroundwaterIn);
+  // The view's columns: the lake, the inflows, the outflows and the balance.
+  ASSERT_EQ(d->ColumnStarts.size(), 2u);
+  EXPECT_EQ(d->Lines[d->ColumnStarts[0]].field, "Precipitation");
+  EXPECT_EQ(d->Lines[d->ColumnStarts[1]].field, "Evapotranspiration");
   // Every line of the dialog shows its value.
   const InfoLine* stage = d->Line("LakeStage");
   ASSERT_NE(stage, nullptr);

@@ -18,21 +18,25 @@ ResultInfoView::ResultInfoView(const ResultInfo& model, QWidget* parent) : QDial
   setWindowTitle(Q(model.Title));
   auto* layout = new QVBoxLayout(this);
   auto* grid = new QGridLayout;
-  int row = 0;
-  for (const InfoLine& line : model.Lines) {
+  // The columns: where the model starts them, else two of equal length.
+  std::vector<std::size_t> starts = model.ColumnStarts;
+  if (starts.empty()) starts.push_back((model.Lines.size() + 1) / 2);
+  starts.insert(starts.begin(), 0);
+  for (std::size_t i = 0; i < model.Lines.size(); ++i) {
+    const InfoLine& line = model.Lines[i];
+    int c = 0;
+    while (c + 1 < static_cast<int>(starts.size()) && i >= starts[static_cast<std::size_t>(c) + 1])
+      ++c;
+    const int r = static_cast<int>(i - starts[static_cast<std::size_t>(c)]);
     auto* caption = new QLabel(Q(line.caption));
     auto* value = new QLineEdit(Q(line.text));
     value->setReadOnly(true);
     value->setAlignment(line.isText ? Qt::AlignLeft : Qt::AlignRight);
     value->setMinimumWidth(160);
     caption->setBuddy(value);
-    // Two columns of captioned values, so that a long list fits on the screen.
-    const int half = (static_cast<int>(model.Lines.size()) + 1) / 2;
-    const int r = row % half, c = row / half;
     grid->addWidget(caption, r, 2 * c);
     grid->addWidget(value, r, 2 * c + 1);
     values_.push_back(value);
-    ++row;
   }
   layout->addLayout(grid);
   auto* buttons = new QHBoxLayout;
