@@ -2,7 +2,9 @@
 // models, that nothing in them can be edited, and the viewer's copy.
 #include <gtest/gtest.h>
 
+#include <QClipboard>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -106,6 +108,13 @@ TEST(ResultViewerViewTest, OneReadOnlyGridPerTableAndTheCopyOfTheShownTab) {
   EXPECT_EQ(clipboard.texts[1], "Label\tPID\tFlux\r\n");
   view.closeButton()->click();
   EXPECT_EQ(view.result(), 1);
+}
+
+TEST(ResultViewerViewTest, TheDesktopClipboardTakesTheText) {
+  EnsureApplication();
+  QtClipboard clipboard;
+  clipboard.SetText("Label\tFlux\r\nFL1\t12.5\r\n");
+  EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "Label\tFlux\r\nFL1\t12.5\r\n");
 }
 
 }  // namespace
