@@ -106,6 +106,9 @@ struct FluxLineInput {
 struct InterfacePointInput {
   int line = 0;
   double x = 0, y = 0;
+  // A ` cell_leakage x y` line: the leakage rate of the grid cell under the point
+  // instead of the interface's elevation.
+  bool cellLeakage = false;
 };
 
 struct ExtractInput {

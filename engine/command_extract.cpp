@@ -17,10 +17,13 @@ bool Reader::readExtractCommand(const std::string& w) {
     if (extract_.file.empty()) report("no file name after \"file\"; line skipped");
     return true;
   }
-  if (w == "interface") {
+  if (w == "interface" || w == "cell_leakage") {
     double v[2];
-    if (!numbers(1, 2, v)) report("\"interface\" needs two numbers (x y); line skipped");
-    else extract_.interfacePoints.push_back(InterfacePointInput{lineNo_, v[0], v[1]});
+    if (!numbers(1, 2, v))
+      report("\"" + w + "\" needs two numbers (x y); line skipped");
+    else
+      extract_.interfacePoints.push_back(
+          InterfacePointInput{lineNo_, v[0], v[1], w == "cell_leakage"});
     return true;
   }
   if (w == "flux") {

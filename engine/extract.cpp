@@ -1,5 +1,7 @@
 #include "engine/extract.h"
 
+#include "engine/area.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -98,6 +100,18 @@ std::string formatInterfaceRecord(double x, double y, double elevation) {
                           elevation, "");
 }
 
+std::string formatCellLeakageRecord(double x, double y, double rate) {
+  return formatWordRecord(layout::word_record::kCellLeakageWordFormat,
+                          layout::word_record::kCellLeakageWord, x, y, rate, "");
+}
+
+double SolutionSource::leakageRate(double x, double y) const {
+  // Cells do not overlap; a point on a shared edge belongs to the cell on its upper right.
+  for (const LeakageCell& c : s_.model().leakage)
+    if (detail::insideLeakageCell(c, x, y)) return c.rate;
+  return 0.0;
+}
+
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label) {
   std::string s(1, layout::kRecordMark);
   for (double v : values) {
@@ -129,6 +143,10 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
     for (; nextInterface < block.interfacePoints.size() && block.interfacePoints[nextInterface].line < line;
          ++nextInterface) {
       const InterfacePointInput& q = block.interfacePoints[nextInterface];
+      if (q.cellLeakage) {
+        out << formatCellLeakageRecord(q.x, q.y, fin(source.leakageRate(q.x, q.y))) << '\n';
+        continue;
+      }
       const std::optional<double> z = source.interfaceElevation(q.x, q.y);
       out << formatInterfaceRecord(q.x, q.y, z ? fin(*z) : kNotFinite) << '\n';
     }
@@ -267,6 +285,25 @@ void writeExtract(std::ostream& out, const ExtractInput& block, const ExtractSou
                                                     fin(n.jumpParabolic), fin(n.flowErrorCentre), fin(n.flowErrorNode),
                                                     fin(n.headDifferenceCentre)})
                 << '\n';
+        }
+        // The lakes' balances, in the order of the message log's.
+        const std::vector<LakeResult> lakes = source.lakes();
+        if (!lakes.empty()) {
+          out << kHeadLakeBalances << '\n';
+          for (const LakeResult& l : lakes) {
+            out << layout::kRecordMark << cleanLabel(l.label) << layout::kFieldSeparator << ' '
+                << cleanLabel(l.firstLabel) << layout::kFieldSeparator << ' '
+                << cleanLabel(l.lastLabel);
+            for (double v : {l.polygonArea, l.surfaceArea, l.volume, l.dry ? kDryHead : l.stage,
+                             l.aquiferHead, l.precipitation, l.groundwaterIn, l.overlandIn,
+                             l.streamIn, l.totalIn, l.evaporation, l.groundwaterOut, l.overlandOut,
+                             l.streamOut, l.totalOut, l.error, l.errorPercent}) {
+              std::string num;
+              appendFormatted(num, layout::kSectionNumberFormat, fin(v));
+              out << layout::kFieldSeparator << ' ' << num;
+            }
+            out << '\n';
+          }
         }
         break;
       }

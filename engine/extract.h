@@ -23,10 +23,14 @@
 // there is no interface under the point (no interface data, no fresh water, or
 // fresh water down to the base). Interface and point records keep the order of
 // their lines in the command file.
+// Cell leakage record (` cell_leakage x y`): as the interface record, with the word
+// "cell_leakage" and the leakage rate of the grid cell under the point (0 outside it).
 // Section records: numbers as %.8E separated by ", ".
 // Inhomogeneities: per element a header " label, K, B, N, P, area, average jump" (7 fields)
 // and per vertex a node record of 14 fields; walls: a header " label, K, T, P, bottom"
 // (5 fields) and per segment a node record of 10 fields (see InhomogeneityNode, WallNode).
+// Lake balances (with the inhomogeneities, when the model has lakes): per lake one record
+// of label, first and last vertex label and 17 numbers (core/solver_files.h, lake_balance).
 
 #include "core/solver_files.h"
 #include "engine/command.h"
@@ -41,6 +45,28 @@
 #include <vector>
 
 namespace tarno::engine {
+
+// A lake's balance, as the lake information of the front end shows it. Inflows and
+// outflows are rates (L^3/T), all >= 0. Groundwater in/out is the net exchange through
+// the bottom (the exchange is uniform over the bottom, so it is either in or out).
+struct LakeResult {
+  std::string label;
+  std::string firstLabel, lastLabel;  // labels of the first and last vertex
+  // Overland flow straight into a lake has no command of its own: both terms are 0 (the
+  // overland flow of an inlet string reaches the lake as part of its stream flow).
+  double polygonArea = 0.0;
+  double surfaceArea = 0.0;  // water surface at the stage
+  double volume = 0.0;       // from the stage table (0 without one)
+  bool hasTable = false;     // the lake has a stage table (the volume is its)
+  double stage = 0.0;        // kDryHead when dry
+  double aquiferHead = 0.0;  // head of the aquifer under the lake
+  bool dry = false;
+  double precipitation = 0.0, groundwaterIn = 0.0, overlandIn = 0.0, streamIn = 0.0, totalIn = 0.0;
+  double evaporation = 0.0, groundwaterOut = 0.0, overlandOut = 0.0, streamOut = 0.0,
+         totalOut = 0.0;
+  double error = 0.0;         // totalIn - totalOut
+  double errorPercent = 0.0;  // 100 |error| / max(totalIn, totalOut)
+};
 
 // Where the extract file's values come from: the solution, or a stand-in in tests.
 class ExtractSource {
@@ -64,6 +90,10 @@ class ExtractSource {
   // The last leakage check of the run: the total leakage of the cells' rates, the total
   // integrated from the heads (when known) and the relative difference (none: no check).
   virtual std::optional<std::vector<double>> leakageCheck() const { return std::nullopt; }
+  // The balances of the lakes (none: a model without lakes).
+  virtual std::vector<LakeResult> lakes() const { return {}; }
+  // The leakage rate of the leakage grid's cell under the point (0 outside the grid).
+  virtual double leakageRate(double, double) const { return 0.0; }
 };
 
 // The source backed by a solved Solution. This version has no lakes: a lake
@@ -88,6 +118,7 @@ class SolutionSource : public ExtractSource {
   std::vector<WallResult> walls() const override { return s_.wallResults(); }
   std::vector<PartialWellResult> partialWells() const override { return s_.partialWellResults(); }
   std::vector<TheisWellResult> theisWells() const override { return s_.theisWellResults(); }
+  double leakageRate(double x, double y) const override;
   std::optional<double> interfaceElevation(double x, double y) const override { return interfaceElevationAt(s_, x, y); }
 
  private:
@@ -110,12 +141,14 @@ inline constexpr const char* kHeadInhomogeneities = solver_files::kHeadInhomogen
 inline constexpr const char* kHeadWalls = solver_files::kHeadWalls;
 inline constexpr const char* kHeadFluxLines = solver_files::kHeadFluxLines;
 inline constexpr const char* kHeadStreamLinkages = solver_files::kHeadStreamLinkages;
+inline constexpr const char* kHeadLakeBalances = solver_files::kHeadLakeBalances;
 
 // Record formatters (one line each, without line end).
 std::string formatPointRecord(const PointValues& v, const std::string& label);
 std::string formatGageRecord(double x, double y, double flow, const std::string& label);
 std::string formatLakeStageRecord(double x, double y, double head, const std::string& label);
 std::string formatInterfaceRecord(double x, double y, double elevation);
+std::string formatCellLeakageRecord(double x, double y, double rate);
 // " v1, v2, ..., label": numbers as %.8E.
 std::string formatSectionRecord(const std::vector<double>& values, const std::string& label);
 // " label, v1, v2, ...": the records of inhomogeneities and walls, label first.

@@ -684,6 +684,8 @@ double LakeSolutionSource::lakeStage(double x, double y) const {
   return std::isnan(s) ? s_.head(x, y) : s;
 }
 
+std::vector<LakeResult> LakeSolutionSource::lakes() const { return lakeResults(s_); }
+
 std::vector<InhomogeneityResult> LakeSolutionSource::inhomogeneities() const {
   std::vector<InhomogeneityResult> all = s_.inhomogeneityResults();
   const auto& lakes = s_.model().lakes;

@@ -67,27 +67,7 @@ double stageArea(const std::vector<StageRow>& table, double stage);
 // last area above it).
 double stageVolume(const std::vector<StageRow>& table, double stage);
 
-// A lake's balance, as the lake information of the front end shows it. Inflows and
-// outflows are rates (L^3/T), all >= 0. Groundwater in/out is the net exchange through
-// the bottom (the exchange is uniform over the bottom, so it is either in or out).
-struct LakeResult {
-  std::string label;
-  std::string firstLabel, lastLabel;  // labels of the first and last vertex
-  // Overland flow straight into a lake has no command of its own: both terms are 0 (the
-  // overland flow of an inlet string reaches the lake as part of its stream flow).
-  double polygonArea = 0.0;
-  double surfaceArea = 0.0;  // water surface at the stage
-  double volume = 0.0;       // from the stage table (0 without one)
-  bool hasTable = false;     // the lake has a stage table (the volume is its)
-  double stage = 0.0;        // kDryHead when dry
-  double aquiferHead = 0.0;  // head of the aquifer under the lake
-  bool dry = false;
-  double precipitation = 0.0, groundwaterIn = 0.0, overlandIn = 0.0, streamIn = 0.0, totalIn = 0.0;
-  double evaporation = 0.0, groundwaterOut = 0.0, overlandOut = 0.0, streamOut = 0.0,
-         totalOut = 0.0;
-  double error = 0.0;         // totalIn - totalOut
-  double errorPercent = 0.0;  // 100 |error| / max(totalIn, totalOut)
-};
+// LakeResult (a lake's balance) is declared in engine/extract.h, which writes it.
 
 // The model as the engine solves it: each lake with three or more vertices appended to
 // the inhomogeneities (its label, interior conductivity, extraction = its exchange).
@@ -128,6 +108,7 @@ class LakeSolutionSource : public SolutionSource {
   explicit LakeSolutionSource(const Solution& s) : SolutionSource(s), s_(s) {}
   double lakeStage(double x, double y) const override;
   std::vector<InhomogeneityResult> inhomogeneities() const override;
+  std::vector<LakeResult> lakes() const override;
 
  private:
   const Solution& s_;

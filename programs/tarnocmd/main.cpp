@@ -2,7 +2,7 @@
 //
 //   tarnocmd new <path> [--description TEXT] [--map-units meters|feet]
 //                       [--model-units meters|feet] [--base-name NAME] [--yes | --no]
-//   tarnocmd info <path>
+//   tarnocmd info <path> [<x> <y>]
 //   tarnocmd settings <path> [--description TEXT] [--base-name NAME] [--path DIR]
 //                            [--yes | --no]
 //   tarnocmd solve <path> [--regrid] [--continue N] [--yes | --no]
@@ -105,7 +105,14 @@ int main(int argc, char** argv) {
   if (command == "help" || command == "--help" || command == "-h") return Usage(std::cout, 0);
 
   if (command == "info") {
-    if (args.size() != 2) return BadUsage("info takes exactly one project path");
+    if (args.size() == 4) {
+      const auto x = ParseNumberArg(args[2]);
+      const auto y = ParseNumberArg(args[3]);
+      if (!x || !y) return BadUsage("invalid coordinates \"" + args[2] + " " + args[3] + "\"");
+      return tarno::cmd::ResultInfo(args[1], *x, *y, std::cout, std::cerr);
+    }
+    if (args.size() != 2)
+      return BadUsage("info takes a project path, and optionally the map coordinates x and y");
     return tarno::cmd::Info(args[1], std::cout, std::cerr);
   }
 

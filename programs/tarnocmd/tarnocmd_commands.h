@@ -80,6 +80,13 @@ struct InspectCommandOptions {
 // none was made (no solution, a fatal run, a bad record).
 int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostream& err);
 
+// tarnocmd info <path> <x> <y>: the right click on the map in the select state with a
+// solution: the result dialog (LSInfo, INInfo or Lakeinfo) of the element whose
+// vertex lies nearest the map point (x, y), within the search radius of the stored
+// map window, printed as its title and one "caption: value" line per value. No
+// vertex near, an element of another kind, or no results: a message and status 1.
+int ResultInfo(const std::string& path, double x, double y, std::ostream& out, std::ostream& err);
+
 // Prints the eight residual statistics of each kind of observation (piezometers,
 // gages, lake stages) from TPResults; a kind with fewer than two observations
 // says so instead.

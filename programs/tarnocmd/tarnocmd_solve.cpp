@@ -14,6 +14,7 @@
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"
 #include "solver/process.h"
+#include "solver/results_loader.h"
 #include "solver/solve_controller.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
@@ -221,15 +222,15 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
 
 int Results(const std::string& path, const std::string& table, std::ostream& out,
             std::ostream& err) {
-  static const char* const kTables[] = {"WLResults", "LSResults", "INResults",
-                                        "NFResults", "TPResults", "FIResults"};
+  static const char* const kTables[] = {"WLResults", "LSResults", "INResults", "NFResults",
+                                        "TPResults", "FIResults", "LKResults"};
   std::string name;
   for (const char* t : kTables)
     if (Lower(t) == Lower(table)) name = t;
   if (name.empty()) {
     err << "tarnocmd: \"" << table
         << "\" is not a result table (WLResults, LSResults, INResults, NFResults, TPResults, "
-           "FIResults)\n";
+           "FIResults, LKResults)\n";
     return 2;
   }
   const ProjectFileProbe probe = ProbeProjectFile(path);
@@ -239,6 +240,13 @@ int Results(const std::string& path, const std::string& table, std::ostream& out
   }
   try {
     Database db = Database::OpenReadOnly(path);
+    // The lakes' table is made by the first load of results: before it, no rows.
+    if (name == kLakeResultsTable && !HasLakeResultsTable(db)) {
+      for (std::size_t c = 0; c < std::size(kLakeResultsFields); ++c)
+        out << (c ? "," : "") << kLakeResultsFields[c];
+      out << "\n";
+      return 0;
+    }
     Statement st = db.PrepareRaw("select * from " + name + " order by rowid");
     for (int c = 0; c < st.ColumnCount(); ++c) out << (c ? "," : "") << CsvField(st.ColumnName(c));
     out << "\n";

@@ -34,6 +34,7 @@
 #include "exchange/vector_import.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
+#include "solver/result_views.h"
 #include "solver/solve_dialogs.h"
 #include "store/dialogs.h"
 
@@ -67,6 +68,7 @@ using ShownDialogs =
                ReprojectMapsDialog, MapTargetDialog,  // reprojection of maps
                PestDialog, UcodeDialog, TemplatePrompt, OptWeight,  // estimation files
                exchange::VectorExport, exchange::ExportShapefile,  // geometry exports
-               exchange::VectorImport>;                              // element exchange
+               exchange::VectorImport,                               // element exchange
+               LSInfo, INInfo, Lakeinfo, ResultViewer>;              // result views
 
 }  // namespace tarno

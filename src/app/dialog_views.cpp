@@ -21,6 +21,7 @@
 #include "app/views/project_settings_view.h"
 #include "app/views/reproject_view.h"
 #include "app/views/restore_window_view.h"
+#include "app/views/result_views.h"
 #include "app/views/scenario_view.h"
 #include "app/views/solve_views.h"
 #include "app/views/stats_view.h"
@@ -193,6 +194,27 @@ auto MakeView(exchange::ExportShapefile& m, const ViewContext& c, QWidget* paren
 }
 auto MakeView(exchange::VectorImport& m, const ViewContext& c, QWidget* parent) {
   return std::make_unique<VectorImportView>(m, *c.port, parent);
+}
+auto MakeView(LSInfo& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ResultInfoView>(m, parent);
+}
+auto MakeView(INInfo& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ResultInfoView>(m, parent);
+}
+auto MakeView(Lakeinfo& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ResultInfoView>(m, parent);
+}
+// The viewer copies to the desktop's clipboard.
+class ViewerWithClipboard : public ResultViewerView {
+ public:
+  ViewerWithClipboard(ResultViewer& m, QWidget* parent)
+      : ResultViewerView(m, clipboard_, parent) {}
+
+ private:
+  QtClipboard clipboard_;
+};
+auto MakeView(ResultViewer& m, const ViewContext&, QWidget* parent) {
+  return std::make_unique<ViewerWithClipboard>(m, parent);
 }
 
 }  // namespace

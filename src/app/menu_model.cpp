@@ -25,8 +25,8 @@ MenuEntry Cmd(const char* key, const char* parent, const char* caption, MenuNeed
   return MenuEntry{key, parent, caption, K::Command, need, built, shortcut, sep};
 }
 // An entry of a feature this version does not have yet: printing, base maps,
-// import and export, result tables,
-// calibration, PEST and UCODE, MODFLOW, search, scenarios and the repair of a file. Each stands in its menu, disabled, until its work is done.
+// import and export, calibration, PEST and UCODE, MODFLOW, search, scenarios and
+// the repair of a file. Each stands in its menu, disabled, until its work is done.
 MenuEntry Later(const char* key, const char* parent, const char* caption, bool sep = false) {
   return MenuEntry{key, parent, caption, K::Command, N::Project, false, "", sep};
 }
@@ -122,7 +122,7 @@ std::vector<MenuEntry> BuildEntries() {
   e.push_back(Cmd("MODEL_CMDS(9)", "MODELMENU", "Add a FarField Boundary"));
   e.push_back(Cmd("MODEL_CMDS(10)", "MODELMENU", "Add a Model Boundary"));
   e.push_back(Cmd("ModelSize", "MODELMENU", "Model &Size...", N::Project, true, "", true));
-  e.push_back(Later("RESULTS_TABLE", "MODELMENU", "View Results Table"));
+  e.push_back(Cmd("RESULTS_TABLE", "MODELMENU", "View Results Table", N::Solution));
   e.push_back(Cmd("CALIBRATION_STATS", "MODELMENU", "View Calibration Statistics"));
   e.push_back(Sub("MODELRUNFILES", "MODELMENU", "View Model Run Files...", N::SolverFiles));
   for (const auto& f : MenuModel::RunFiles("")) {

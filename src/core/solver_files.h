@@ -69,6 +69,11 @@ inline constexpr const char* kLakeStageWordFormat = "%19s";
 inline constexpr const char* kInterfaceWord = "interface";
 inline constexpr const char* kInterfaceWordFormat = "%13s";
 inline constexpr const char* kNumberFormat = "%13.5E";
+// The leakage rate of the leakage grid's cell under a point (` cell_leakage x y`): the
+// rate per unit area, > 0 leaving the aquifer downwards, 0 outside the grid; the label
+// is empty. It stands among the point records as an interface record does.
+inline constexpr const char* kCellLeakageWord = "cell_leakage";
+inline constexpr const char* kCellLeakageWordFormat = "%13s";
 inline constexpr int kGageWordWidth = 13;
 inline constexpr int kLakeStageWordWidth = 19;
 inline constexpr int kNumberWidth = 13;
@@ -103,6 +108,9 @@ inline constexpr const char* kHeadInhomogeneities = "* transmissivity inhomogene
 inline constexpr const char* kHeadWalls = "* slurry walls";
 inline constexpr const char* kHeadFluxLines = "* flux inspection lines";
 inline constexpr const char* kHeadStreamLinkages = "* stream linkages";
+// The balances of the lakes (polygon lakes and lakes drawn by their shores), written
+// with the inhomogeneities when the model has lakes.
+inline constexpr const char* kHeadLakeBalances = "* lake balances";
 
 // The names the front end looks for in a head line, in the order it tests them.
 namespace head_name {
@@ -120,6 +128,7 @@ inline constexpr const char* kDischargePartialWells =
     "discharge specified partially penetrating wells";
 inline constexpr const char* kTheisWells = "Theis wells";
 inline constexpr const char* kStreamLinkages = "stream linkages";
+inline constexpr const char* kLakeBalances = "lake balances";
 }  // namespace head_name
 
 // Fields of the section records (label last unless said otherwise).
@@ -158,6 +167,17 @@ namespace flux_line {  // label first
 inline constexpr int kLabel = 1, kFlux = 2;
 inline constexpr int kFields = 2;
 }  // namespace flux_line
+// A lake's balance: its label, the labels of its first and last vertex, then the
+// numbers. Rates are L^3/T and not negative; the stage is -9999 for a dry lake. The
+// error is total in less total out, its percentage of the larger total.
+namespace lake_balance {  // label first
+inline constexpr int kLabel = 1, kFirstLabel = 2, kLastLabel = 3, kArea = 4, kSurfaceArea = 5,
+                     kVolume = 6, kStage = 7, kAquiferHead = 8, kPrecipitation = 9,
+                     kGroundwaterIn = 10, kOverlandFlowIn = 11, kStreamFlowIn = 12, kTotalIn = 13,
+                     kEvapotranspiration = 14, kGroundwaterOut = 15, kOverlandFlowOut = 16,
+                     kStreamFlowOut = 17, kTotalOut = 18, kError = 19, kErrorPercent = 20;
+inline constexpr int kFields = 20;
+}  // namespace lake_balance
 namespace stream_link {
 inline constexpr int kLabel = 1, kDownstreamLabel = 2;
 }  // namespace stream_link

@@ -22,6 +22,7 @@
 #include "elements/observation.h"
 #include "elements/well.h"
 #include "solver/model_settings.h"
+#include "solver/results_loader.h"
 #include "store/database.h"
 
 namespace tarno {
@@ -133,6 +134,7 @@ void ToolsWriteTARNOElements(std::ostream& out, Database& db, const ElementWrite
       db.Execute("DELETE * FROM LSResults;");
       db.Execute("DELETE * FROM INResults;");
       db.Execute("DELETE * FROM NFResults;");
+      ClearLakeResults(db);
     }
     // Each kind's block from its unit of the element layer, its elements read once
     // (LoadAllRows for the strings and polygons, whose menus stand as soon as their

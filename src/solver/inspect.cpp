@@ -130,6 +130,10 @@ std::optional<std::vector<InspectedPoint>> ReadInspection(const fs::path& file, 
       if (!points.empty()) points.back().interfaceElevation = *z;
       continue;
     }
+    if (const auto rate = ParseCellLeakageRecord(line)) {
+      if (!points.empty()) points.back().leakage = *rate;
+      continue;
+    }
     const auto p = ParseInspectedPoint(line);
     if (!p) {
       ui.MessageBox(
@@ -244,6 +248,16 @@ std::optional<double> ParseInterfaceRecord(const std::string& line) {
   return Val(TrimST(f[wr::kValue]));
 }
 
+std::optional<double> ParseCellLeakageRecord(const std::string& line) {
+  namespace wr = layout::word_record;
+  if (line.empty() || line[0] != layout::kPointMark) return std::nullopt;
+  int n = 0;
+  std::vector<std::string> f;
+  ParseString(line.substr(1), std::string(1, layout::kFieldSeparator), f, n);
+  if (n < wr::kValue || TrimST(f[wr::kWord]) != wr::kCellLeakageWord) return std::nullopt;
+  return Val(TrimST(f[wr::kValue]));
+}
+
 std::string InspectCommandText(const InspectRequest& r) {
   std::ostringstream out;
   Header(out, std::string("* Written by TARNO for Windows ") + kTarnoVersion, "error_insp.log",
@@ -261,6 +275,9 @@ std::string InspectCommandText(const InspectRequest& r) {
   Put(out, point);
   if (r.interfacePoint)
     Put(out, " interface " + F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00 "));
+  if (r.leakagePoint)
+    Put(out, std::string(" ") + layout::word_record::kCellLeakageWord + " " +
+                 F(r.x, "0.0000000E+00 ") + F(r.y, "0.0000000E+00 "));
   if (r.neighbours) {
     const double d = r.step;
     const double c[6][3] = {{r.x + d, r.y, r.neighbourZ}, {r.x - d, r.y, r.neighbourZ},
@@ -275,11 +292,10 @@ std::string InspectCommandText(const InspectRequest& r) {
 }
 
 std::vector<std::string> ModelResultsLines(const InspectedPoint& p, double xMap, double yMap) {
-  // The leakage of a MODFLOW grid has a line of its own after the head; the
-  // coupling to MODFLOW is not built yet, so it is left out.
   std::vector<std::string> lines = {"X       " + Field(xMap), "Y       " + Field(yMap),
                                     "Z       " + Field(p.z), "Head" + Field(p.head)};
   if (p.interfaceElevation) lines.push_back("Interface Elevation " + Field(*p.interfaceElevation));
+  if (p.leakage) lines.push_back("Leakage" + Field(*p.leakage));
   const std::vector<std::string> rest = {
           "Porosity" + Field(p.porosity),
           "Conductivity" + Field(p.conductivity),
@@ -342,6 +358,7 @@ InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& in
     r.y = WToM_Y(frame, yMap);
     if (!inspector.InspectAtTop) r.z = inspector.Elevation;
     r.interfacePoint = s.chkAddSaltwaterInterface;
+    r.leakagePoint = ctx.modflow.GridPresent;
     r.step = inspector.StepSize * s.BasemapConvert;
     const bool integrity = inspector.IntegrityCheck;
     ui.PleaseWaitShow("Inspecting...", 0);
@@ -361,6 +378,7 @@ InspectReport ModelInspectResults(SolveContext& ctx, const InspectorSettings& in
           // neighbours are asked for around it in a second run.
           InspectRequest n = r;
           n.interfacePoint = false;
+          n.leakagePoint = false;
           n.neighbours = true;
           n.neighbourZ = points->front().z;
           n.z = points->front().z;

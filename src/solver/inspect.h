@@ -76,11 +76,17 @@ struct InspectedPoint {
   // The elevation of the salt water interface under the point, from the interface
   // record that follows the point when the interface is on (-9999: none there).
   std::optional<double> interfaceElevation;
+  // The leakage rate of the leakage grid's cell under the point, from the cell
+  // leakage record that follows the point when the project has a leakage grid.
+  std::optional<double> leakage;
 };
 
 // The elevation of an interface record ("@", "interface", X, Y, the elevation);
 // nothing when the line is no interface record.
 std::optional<double> ParseInterfaceRecord(const std::string& line);
+// The rate of a cell leakage record ("@", "cell_leakage", X, Y, the rate); nothing
+// when the line is no such record.
+std::optional<double> ParseCellLeakageRecord(const std::string& line);
 
 // Reads a point record ("@" and its fields, core/solver_files.h); nothing when the
 // line is no point record or has too few fields.
@@ -93,6 +99,9 @@ struct InspectRequest {
   double x = 0, y = 0;
   std::optional<double> z;  // nothing: at the top of the saturated zone
   bool interfacePoint = false;
+  // The project has a leakage grid (ModflowTarno.GridPresent): the leakage of the
+  // cell under the point is asked for too.
+  bool leakagePoint = false;
   // The six neighbours of the integrity check: +-step along X, Y and Z.
   bool neighbours = false;
   double step = 0;        // model units
@@ -104,7 +113,9 @@ std::string InspectCommandText(const InspectRequest& request);
 
 // The lines of the "Model Results" box for a point whose map coordinates are
 // (xMap, yMap). Values go through " 0.0000E+00"; a value of 1E+05 or more in size
-// through "########.0", since the exponent form would drop its units.
+// through "########.0", since the exponent form would drop its units. The
+// "Leakage" line stands after the head (and the interface) when the point carries
+// the leakage of a grid cell.
 std::vector<std::string> ModelResultsLines(const InspectedPoint& p, double xMap, double yMap);
 
 // The integrity check from the centre and its six neighbours (order: x+, x-, y+,

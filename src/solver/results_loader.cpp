@@ -41,10 +41,28 @@ int SectionOfHeadLine(const std::string& headText) {
       {hn::kDischargePartialWells, kSectionDischargePPWells},
       {hn::kTheisWells, kSectionTheisWells},
       {hn::kStreamLinkages, kSectionStreamLinks},
+      {hn::kLakeBalances, kSectionLakeBalances},
   };
   for (const auto& [name, section] : kNames)
     if (headText.find(name) != std::string::npos) return section;
   return kSectionNone;
+}
+
+void EnsureLakeResultsTable(Database& db) {
+  // The labels are text, every other field a number with the default 0.
+  std::string sql = "CREATE TABLE IF NOT EXISTS LKResults (";
+  for (std::size_t i = 0; i < std::size(kLakeResultsFields); ++i) {
+    if (i > 0) sql += ", ";
+    sql += kLakeResultsFields[i];
+    sql += i < 4 ? " TEXT COLLATE NOCASE" : " DOUBLE DEFAULT 0";
+  }
+  db.ExecuteRaw(sql + ")");
+}
+
+bool HasLakeResultsTable(Database& db) { return db.TableExists(kLakeResultsTable); }
+
+void ClearLakeResults(Database& db) {
+  if (HasLakeResultsTable(db)) db.ExecuteRaw("DELETE FROM LKResults");
 }
 
 std::filesystem::path FindExtractFile(const std::filesystem::path& directory,
@@ -114,6 +132,8 @@ const char* BadRecordName(int section) {
       return "Bad Horizontal Barrier record: Record ";
     case kSectionFlux:
       return "Bad FLUX INSPECTOR record: Record ";
+    case kSectionLakeBalances:
+      return "Bad LAKE BALANCE record: Record ";
     default:
       return "Bad DATA record: Record ";
   }
@@ -214,6 +234,35 @@ class Loader {
         "XC=?, YC=?, StrPotJumpNode=?, ParabStrPotJump=?, DeltaFlowCntr=?, DeltaFlowNode=? where "
         "rowid=?");
     flux_ = db_.PrepareRaw("insert into FIResults (Label, PID, TotalFlux) values (?, ?, ?)");
+    // The lakes' balances replace those of the last load.
+    EnsureLakeResultsTable(db_);
+    db_.ExecuteRaw("DELETE FROM LKResults");
+    for (const Element& l : LoadAllRows(db_, ElementKind::Lake))
+      lakeLabels_.emplace(l.key, l.Label());
+    for (const Element& l : LoadAllRows(db_, ElementKind::Linesink))
+      if (l.row.Integer("Lake") != 0) shoreLabels_.emplace(l.key, l.Label());
+    lake_ = db_.PrepareRaw(
+        "insert into LKResults (Label, TARNOLabel, FirstTarnoLabel, LastTarnoLabel, Area, "
+        "SurfaceArea, Volume, LakeStage, AquiferHead, Precipitation, GroundwaterIn, "
+        "OverlandFlowIn, StreamFlowIn, TotalIn, Evapotranspiration, GroundwaterOut, "
+        "OverlandFlowOut, StreamFlowOut, TotalOut, Error, ErrorPercent) values (?, ?, ?, ?, ?, "
+        "?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  }
+
+  // The element label of a lake's balance: the Lakes row of an "LK_" label, or the
+  // line-sink string of a shore, found by its first segment's label. Nothing when
+  // the project has no such element.
+  std::optional<std::string> LakeElementLabel(const std::string& label,
+                                              const std::string& first) const {
+    if (const auto p = ParseSolverLabel(label); p && p->prefix == "LK_") {
+      const auto it = lakeLabels_.find(p->key);
+      if (it != lakeLabels_.end()) return it->second;
+    }
+    if (const auto p = ParseSolverLabel(first); p && p->prefix == "LS_") {
+      const auto it = shoreLabels_.find(p->key);
+      if (it != shoreLabels_.end()) return it->second;
+    }
+    return std::nullopt;
   }
 
   void Bad(int section, LoadSummary& summary, const std::string& line) {
@@ -392,6 +441,19 @@ class Loader {
         Run(lsLink_);
         return true;
       }
+      case kSectionLakeBalances: {
+        namespace lb = layout::lake_balance;
+        if (n < lb::kFields) return false;
+        const std::string label = TrimST(f[lb::kLabel]);
+        const std::string first = TrimST(f[lb::kFirstLabel]);
+        const auto element = LakeElementLabel(label, first);
+        if (!element) return Unmatched();
+        lake_.Reset();
+        lake_.Bind(1, *element).Bind(2, label).Bind(3, first).Bind(4, TrimST(f[lb::kLastLabel]));
+        for (int i = lb::kArea; i <= lb::kErrorPercent; ++i) lake_.Bind(i + 1, Val(f[i]));
+        Run(lake_);
+        return true;
+      }
       default:
         return true;  // a record before any known section is skipped
     }
@@ -416,7 +478,8 @@ class Loader {
   std::optional<LabelIndex> wl_, ls_, in_, nf_;
   std::map<std::int64_t, std::int64_t> tp_;  // VID -> first row
   Statement tpFlow_, tpHead_, headWell_, dischargeWell_, lsFull_, lsDischarge_, lsLink_, inNode_,
-      nfNode_, flux_;
+      nfNode_, flux_, lake_;
+  std::map<std::int64_t, std::string> lakeLabels_, shoreLabels_;  // PID -> element label
   double baseFlow_ = 0.0;
   double overlandFlow_ = 0.0;
   double inHeader_[6] = {0, 0, 0, 0, 0, 0};

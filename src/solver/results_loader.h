@@ -1,6 +1,6 @@
 // The results loader: reads the solver's extract file (<base>.xtr in the project's
 // directory) into the result tables TPResults, FIResults, WLResults, LSResults,
-// INResults and NFResults, matching each record to the blank row that the command
+// INResults, NFResults and LKResults, matching each record to the blank row that the command
 // file writer prepared through the column TARNOLabel, and classifies every line-sink
 // result row by its string (SearchType).
 //
@@ -40,7 +40,30 @@ enum XtrSection : int {
   kSectionTheisWells = 11,
   kSectionGalleries = 12,
   kSectionStreamLinks = 13,
+  kSectionLakeBalances = 14,
 };
+
+// The table of the lakes' balances, LKResults: one row per lake of the last
+// solution (polygon lakes and lakes drawn by their shores), keyed by TARNOLabel
+// ("LK_000012_0000", or a shore string's label). Unlike the other result tables it
+// is no part of the stored schema of a project: the loader makes it in the file on
+// first use, so that a project of any age takes lake results. Fields: Label (the
+// element's), TARNOLabel, FirstTarnoLabel, LastTarnoLabel, Area, SurfaceArea, Volume,
+// LakeStage (-9999 dry), AquiferHead, Precipitation, GroundwaterIn, OverlandFlowIn,
+// StreamFlowIn, TotalIn, Evapotranspiration, GroundwaterOut, OverlandFlowOut,
+// StreamFlowOut, TotalOut, Error, ErrorPercent.
+inline constexpr const char* kLakeResultsTable = "LKResults";
+inline constexpr const char* kLakeResultsFields[] = {
+    "Label",          "TARNOLabel",      "FirstTarnoLabel", "LastTarnoLabel", "Area",
+    "SurfaceArea",    "Volume",          "LakeStage",       "AquiferHead",    "Precipitation",
+    "GroundwaterIn",  "OverlandFlowIn",  "StreamFlowIn",    "TotalIn",        "Evapotranspiration",
+    "GroundwaterOut", "OverlandFlowOut", "StreamFlowOut",   "TotalOut",       "Error",
+    "ErrorPercent"};
+// Whether the file has LKResults (a project solved without lakes since may lack it).
+bool HasLakeResultsTable(Database& db);
+void EnsureLakeResultsTable(Database& db);
+// Empties LKResults where the file has it (a solution made invalid).
+void ClearLakeResults(Database& db);
 
 // The section a head line selects (the text after the "*"), or kSectionNone when it
 // names none; the names are tested in a fixed order and the first found wins.

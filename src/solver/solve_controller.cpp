@@ -18,6 +18,7 @@
 #include "solver/model_settings.h"
 #include "solver/plot_files.h"
 #include "solver/process.h"
+#include "solver/results_loader.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "store/dialogs.h"
@@ -513,6 +514,7 @@ bool InvalidateSolution(SolveContext& ctx, bool ask, bool redraw) {
     for (const char* table :
          {"NFResults", "TPResults", "FIResults", "INResults", "WLResults", "LSResults"})
       db.Execute(std::string("DELETE * FROM ") + table + ";");
+    ClearLakeResults(db);
     // Drawn once the results are gone, so that the map shows no part of the removed
     // solution (the wells and test points are drawn by their results).
     if (redraw && ctx.hooks.redraw) ctx.hooks.redraw();

@@ -252,7 +252,8 @@ UndoHistory::~UndoHistory() {
 
 bool UndoHistory::IsResultTable(std::string_view table) {
   static constexpr std::string_view kResults[] = {"WLResults", "LSResults", "INResults",
-                                                  "NFResults", "TPResults", "FIResults"};
+                                                  "NFResults", "TPResults", "FIResults",
+                                                  "LKResults"};
   return std::any_of(std::begin(kResults), std::end(kResults),
                      [&](std::string_view r) { return EqualsNoCase(r, table); });
 }

@@ -35,8 +35,8 @@
 // by a transaction leave nothing (the logs are rolled back with them).
 //
 // What is left out: the solver's result tables (WLResults, LSResults, INResults,
-// NFResults, TPResults, FIResults) by default, as a solve is no edit; SetTableFilter
-// changes the choice. Writes made outside an operation (a solve, the map window's
+// NFResults, TPResults, FIResults, and the lakes' LKResults) by default, as a solve
+// is no edit; SetTableFilter changes the choice. Writes made outside an operation (a solve, the map window's
 // position) are not recorded; they do not stop an undo unless they changed the same
 // fields of the same rows.
 //

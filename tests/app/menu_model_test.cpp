@@ -163,7 +163,6 @@ TEST(MenuAvailability, FeaturesBuiltLaterStayDisabledInEveryState) {
   }
   EXPECT_FALSE(MenuModel::Entry("FILE_CMDS(6)").built);  // printing
   EXPECT_FALSE(MenuModel::Entry("EDIT_CMDS(4)").built);  // Delete All
-  EXPECT_FALSE(MenuModel::Entry("RESULTS_TABLE").built);
 }
 
 TEST(MenuAvailability, AddingEntriesNeedAProjectAndTheSelectionEntriesASelection) {

@@ -49,10 +49,20 @@ std::string trimmed(const std::string& s) {
 
 // Section numbers of the front end, in the order its tests run.
 const std::vector<std::pair<std::string, int>> kSectionNames = {
-    {"discharge specified wells", 2}, {"head specified wells", 1}, {"discharge specified line sinks", 4},
-    {"drain", 7}, {"galleries", 12}, {"head specified line sinks", 3}, {"trans", 5}, {"slurry", 6}, {"flux", 8},
-    {"head specified partially penetrating wells", 10}, {"discharge specified partially penetrating wells", 9},
-    {"Theis wells", 11}, {"stream linkages", 13}};
+    {"discharge specified wells", 2},
+    {"head specified wells", 1},
+    {"discharge specified line sinks", 4},
+    {"drain", 7},
+    {"galleries", 12},
+    {"head specified line sinks", 3},
+    {"trans", 5},
+    {"slurry", 6},
+    {"flux", 8},
+    {"head specified partially penetrating wells", 10},
+    {"discharge specified partially penetrating wells", 9},
+    {"Theis wells", 11},
+    {"stream linkages", 13},
+    {"lake balances", 14}};
 
 int sectionOf(const std::string& head, int current) {
   std::string text = head.substr(1);
@@ -327,11 +337,11 @@ TEST(ExtractFile, WholeFileReadsBackUnderTheFrontEndsRules) {
 
 TEST(ExtractFile, EverySectionHeadSelectsItsOwnSection) {
   const std::vector<std::pair<const char*, int>> expected = {
-      {kHeadDischargeWells, 2},        {kHeadHeadWells, 1},        {kHeadDischargePartialWells, 9},
-      {kHeadHeadPartialWells, 10},     {kHeadTheisWells, 11},      {kHeadDischargeLineSinks, 4},
-      {kHeadHeadLineSinks, 3},         {kHeadDrains, 7},           {kHeadGalleries, 12},
-      {kHeadInhomogeneities, 5},       {kHeadWalls, 6},            {kHeadFluxLines, 8},
-      {kHeadStreamLinkages, 13}};
+      {kHeadDischargeWells, 2},    {kHeadHeadWells, 1},    {kHeadDischargePartialWells, 9},
+      {kHeadHeadPartialWells, 10}, {kHeadTheisWells, 11},  {kHeadDischargeLineSinks, 4},
+      {kHeadHeadLineSinks, 3},     {kHeadDrains, 7},       {kHeadGalleries, 12},
+      {kHeadInhomogeneities, 5},   {kHeadWalls, 6},        {kHeadFluxLines, 8},
+      {kHeadStreamLinkages, 13},   {kHeadLakeBalances, 14}};
   for (const auto& [head, number] : expected) EXPECT_EQ(sectionOf(head, -1), number) << head;
   EXPECT_EQ(sectionOf(kHeadDataPoints, -1), -1);  // selects nothing
 }
@@ -370,4 +380,68 @@ TEST(ExtractFile, DryAndNonFiniteValuesKeepTheLayout) {
   EXPECT_DOUBLE_EQ(val(rb.dataRecords[1][3]), -9999.0);
   EXPECT_EQ(out.str().find("nan"), std::string::npos);
   EXPECT_EQ(out.str().find("inf"), std::string::npos);
+}
+
+// The lake balances follow the walls in the inhomogeneity request, one record per lake
+// (a dry lake's stage is the dry mark); the cell leakage record stands among the point
+// records by its line, as an interface record does.
+TEST(ExtractFile, LakeBalancesAndCellLeakageRecords) {
+  struct LakeSource : FakeSource {
+    std::vector<LakeResult> lakes() const override {
+      LakeResult wet;
+      wet.label = "LK_000007_0000";
+      wet.firstLabel = "LK_000007_0000";
+      wet.lastLabel = "LK_000007_0300";
+      wet.polygonArea = 400;
+      wet.surfaceArea = 380;
+      wet.stage = 9.5;
+      wet.aquiferHead = 10;
+      wet.precipitation = 0.4;
+      wet.groundwaterIn = 0.8;
+      wet.totalIn = 1.2;
+      wet.evaporation = 1.2;
+      wet.totalOut = 1.2;
+      LakeResult dry = wet;
+      dry.label = "Shore, east";  // a shore string's label, comma and all
+      dry.dry = true;
+      return {wet, dry};
+    }
+    double leakageRate(double x, double) const override { return x > 0 ? 2.5e-3 : 0.0; }
+  } src;
+  ExtractInput x;
+  x.points.push_back({1, ExtractPoint::Kind::Point, 5, 5, std::nullopt, ""});
+  x.interfacePoints.push_back({2, 5.0, 5.0, true});
+  x.interfacePoints.push_back({3, -5.0, 5.0, true});
+  x.requests = {ExtractRequest::Inhomogeneity};
+  std::ostringstream out;
+  writeExtract(out, x, src);
+  const std::string text = out.str();
+  ReadBack rb = readBack(text);
+  ASSERT_EQ(rb.dataRecords.size(), 3u);
+  EXPECT_EQ(rb.dataRecords[1][0], " cell_leakage");
+  EXPECT_DOUBLE_EQ(val(rb.dataRecords[1][3]), 2.5e-3);
+  EXPECT_DOUBLE_EQ(val(rb.dataRecords[2][3]), 0.0);
+  ASSERT_EQ(rb.heads.back(), kHeadLakeBalances);
+  const auto tail = text.substr(text.find(kHeadLakeBalances));
+  std::istringstream lines(tail);
+  std::string line;
+  std::getline(lines, line);
+  std::vector<std::vector<std::string>> records;
+  while (std::getline(lines, line)) records.push_back(parseFields(line, ','));
+  ASSERT_EQ(records.size(), 2u);
+  namespace lb = tarno::solver_files::lake_balance;
+  for (const auto& r : records) ASSERT_EQ(r.size(), static_cast<size_t>(lb::kFields));
+  EXPECT_EQ(trimmed(records[0][lb::kLabel - 1]), "LK_000007_0000");
+  EXPECT_EQ(trimmed(records[0][lb::kLastLabel - 1]), "LK_000007_0300");
+  EXPECT_DOUBLE_EQ(val(records[0][lb::kStage - 1]), 9.5);
+  EXPECT_DOUBLE_EQ(val(records[0][lb::kGroundwaterIn - 1]), 0.8);
+  EXPECT_DOUBLE_EQ(val(records[0][lb::kTotalOut - 1]), 1.2);
+  EXPECT_EQ(trimmed(records[1][lb::kLabel - 1]), "Shore_ east");
+  EXPECT_DOUBLE_EQ(val(records[1][lb::kStage - 1]), kDryHead);
+
+  // Without lakes there is no section at all.
+  FakeSource plain;
+  std::ostringstream none;
+  writeExtract(none, x, plain);
+  EXPECT_EQ(none.str().find(kHeadLakeBalances), std::string::npos);
 }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "core/solver_files.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -632,7 +634,21 @@ TEST(ProgramRun, LakesAreSolvedWithTheirTablesAndStreams) {
   for (std::string f; std::getline(record, f, ',');) fields.push_back(f);
   ASSERT_EQ(fields.size(), 15u);
   EXPECT_DOUBLE_EQ(std::strtod(fields[11].c_str(), nullptr), 1000.0);
-  for (const auto& l : xtr) EXPECT_EQ(l.find("LK_00000"), std::string::npos) << l;
+  // The lakes stand only in their own section, with balances that close.
+  const auto balances = std::find(xtr.begin(), xtr.end(), std::string(tarno::solver_files::kHeadLakeBalances));
+  ASSERT_NE(balances, xtr.end());
+  for (auto it = xtr.begin(); it != balances; ++it) EXPECT_EQ(it->find("LK_00000"), std::string::npos) << *it;
+  ASSERT_EQ(xtr.end() - balances, 3);
+  for (auto it = balances + 1; it != xtr.end(); ++it) {
+    std::vector<std::string> b;
+    std::stringstream r(*it);
+    for (std::string f; std::getline(r, f, ',');) b.push_back(f);
+    ASSERT_EQ(b.size(), 20u) << *it;
+    auto num = [&](int field) { return std::strtod(b[static_cast<size_t>(field - 1)].c_str(), nullptr); };
+    namespace lb = tarno::solver_files::lake_balance;
+    EXPECT_NEAR(num(lb::kError), num(lb::kTotalIn) - num(lb::kTotalOut), 1e-6 * num(lb::kTotalIn));
+    EXPECT_LE(std::fabs(num(lb::kError)), 1e-6 * std::max(num(lb::kTotalIn), num(lb::kTotalOut)));
+  }
   // The output report ends with the lakes' balances.
   const std::string out = readAll(dir.Path() / "lakes.OUT");
   const size_t lakesAt = out.find("\nLakes\n=====\n");

@@ -2,6 +2,7 @@
 // and solved with the programs of the build.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -197,6 +198,39 @@ TEST_F(Examples, ContoursPathlinesAndAreaElements) {
     EXPECT_GT(Count(db, "select count(*) from NFResults where Width > 0"), 0);
     EXPECT_EQ(Count(db, "select count(*) from WLResults join Wells on WLResults.Label = "
                         "Wells.Label where Wells.PPWell=1 and WLResults.Discharge = 0"), 0);
+  }
+}
+
+// tarnocmd info at a map point: the result dialog of the element whose vertex lies
+// nearest, as a right click shows it, with the values of its row.
+TEST_F(Examples, InfoAtAPointPrintsTheResultsOfTheSegmentThere) {
+  for (const Example& e : kExamples) {
+    SCOPED_TRACE(e.file);
+    const fs::path project = dir_ / e.file;
+    ASSERT_EQ(Tarnocmd({"solve", project.string()}).status, 0);
+    Database db = Database::OpenReadOnly(project);
+    // A segment whose first vertex has no other vertex within 1 map unit: a click there
+    // shows the segment that starts at it.
+    Statement st = db.PrepareRaw(
+        "select r.TARNOLabel, r.X1, r.Y1 from LSResults r where (select count(*) from Vertices o "
+        "where abs(o.X - r.X1) < 1 and abs(o.Y - r.Y1) < 1) = 1 limit 1");
+    ASSERT_TRUE(st.Step());
+    const std::string label = st.GetText(0);
+    char x[40], y[40];
+    std::snprintf(x, sizeof x, "%.6f", st.GetDouble(1));
+    std::snprintf(y, sizeof y, "%.6f", st.GetDouble(2));
+    const RunResult r = Tarnocmd({"info", project.string(), x, y});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out.rfind("Linesink Results: ", 0), 0u) << r.out;
+    EXPECT_TRUE(Contains(r.out, "\nTARNO Label: " + label + "\n")) << r.out;
+    EXPECT_TRUE(Contains(r.out, "\nDischarge: ")) << r.out;
+    EXPECT_TRUE(Contains(r.out, "\nSearchType: ")) << r.out;
+
+    // Far from every vertex: nothing there.
+    const RunResult none = Tarnocmd({"info", project.string(), "1e9", "1e9"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_TRUE(Contains(none.err, "no line-sink, inhomogeneity or lake vertex near")) << none.err;
+    EXPECT_EQ(Tarnocmd({"info", project.string(), "east", "1"}).status, 2);
   }
 }
 

@@ -7,9 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <optional>
@@ -18,20 +19,23 @@
 
 #include "app/help_model.h"
 #include "app/shell_models.h"
-#include "calibration/stats_model.h"
 #include "calibration/scenario_dialog.h"
+#include "calibration/stats_model.h"
 #include "core/error_trap.h"
 #include "core/file_find.h"
 #include "display/map_fixture.h"
 #include "display/navigation.h"
 #include "elements/element_store.h"
 #include "elements/inhomogeneity_dialog.h"
+#include "elements/linesink.h"
 #include "elements/linesink_dialog.h"
+#include "elements/solver_label.h"
 #include "elements/test_point_dialog.h"
 #include "elements/well_dialog.h"
 #include "exchange/vector_import.h"
 #include "solver/command_file.h"
 #include "solver/inspect.h"
+#include "solver/result_views.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 #include "support/program_runner.h"
@@ -836,6 +840,173 @@ TEST_F(ShellControllerTest, TheGeoPackageExportAndTheGisImportRunFromTheMenus) {
   EXPECT_FALSE(Exists("example.SOL"));
   Database db = Database::Open(project_);
   EXPECT_EQ(CountElements(db, ElementKind::Well), 10);
+}
+
+// The result views on both examples, solved: every row of LSResults and INResults
+// fills its dialog with the row's values; a right click in the select state on a
+// line-sink or inhomogeneity vertex shows the dialog of that element (the last
+// vertex of a string has no segment); without a solution the right click shows
+// nothing; View Results Table shows the tables with all their rows.
+TEST_F(ShellControllerTest, ResultViewsOfBothExamplesShowTheirTableRows) {
+  struct Ex {
+    const char* file;
+    const char* base;
+    const char* description;
+    const char* modelUnits;
+    const char* sql;
+  };
+  const Ex examples[] = {
+      {"example.trn", "example", "Vincennes, Indiana Example", "meters", "vincennes.sql"},
+      {"basin and range.trn", "basinrng", "Basin and Range Example", "feet",
+       "basin-and-range.sql"}};
+  for (const Ex& e : examples) {
+    SCOPED_TRACE(e.file);
+    const std::string project = (work_ / e.file).string();
+    if (project != project_) {
+      test::RunOptions made;
+      made.cwd = work_;
+      made.env = {"TARNO_CONFIG_DIR=" + (temp_->Path() / "config").string()};
+      ASSERT_EQ(
+          test::RunProgram("tarnocmd",
+                           {"new", project, "--yes", "--description", e.description, "--map-units",
+                            "meters", "--model-units", e.modelUnits, "--base-name", e.base},
+                           made)
+              .status,
+          0);
+      test::RunOptions script;
+      script.input = fs::path(TARNO_SOURCE_DIR) / "examples" / e.sql;
+      ASSERT_EQ(test::RunExecutable("sqlite3", {"-bail", project}, script).status, 0);
+    }
+    ASSERT_TRUE(shell_->OpenProject(project)) << Describe();
+    MapEditor& editor = shell_->Editor();
+    auto rightClickAt = [&](double x, double y) {
+      const DevicePoint p = shell_->Layer().vgGDIWorldToDevice(x, y);
+      shell_->SyncSolutionView();
+      editor.MouseDown(kRightButton, 0, p.x, p.y);
+    };
+    Database db = Database::Open(project);
+    const std::vector<Element> strings = LoadAllRows(db, ElementKind::Linesink);
+    ASSERT_FALSE(strings.empty());
+    const std::vector<Vertex> first = LoadVertices(db, strings[0].key);
+
+    // No solution yet: the right click asks nothing.
+    ui_.ClearRecord();
+    rightClickAt(first[0].X, first[0].Y);
+    EXPECT_TRUE(ui_.Calls().empty()) << Describe();
+
+    SolveExample();
+    ui_.ClearRecord();
+
+    // Every row fills its dialog with its own values.
+    auto checkRow = [&](const char* table, const ResultInfo& d, const std::string& label) {
+      Statement row = db.PrepareRaw(std::string("select * from ") + table + " where TARNOLabel=?");
+      row.Bind(1, label);
+      ASSERT_TRUE(row.Step()) << label;
+      EXPECT_EQ(d.TARNOLabel, label);
+      EXPECT_EQ(d.Label, row.GetText("Label"));
+      ASSERT_FALSE(d.Lines.empty());
+      for (const InfoLine& l : d.Lines) {
+        if (l.isText)
+          EXPECT_EQ(l.text, row.GetText(l.field)) << label << " " << l.field;
+        else
+          EXPECT_DOUBLE_EQ(l.value, row.GetDouble(l.field)) << label << " " << l.field;
+      }
+    };
+    int lsRows = 0, inRows = 0;
+    {
+      Statement st = db.PrepareRaw("select TARNOLabel from LSResults");
+      while (st.Step()) {
+        const auto d = LoadLSInfo(db, st.GetText(0));
+        ASSERT_TRUE(d.has_value());
+        checkRow("LSResults", *d, st.GetText(0));
+        EXPECT_TRUE(std::isfinite(d->Value("Discharge")));
+        ++lsRows;
+      }
+      Statement in = db.PrepareRaw("select TARNOLabel from INResults");
+      while (in.Step()) {
+        const auto d = LoadINInfo(db, in.GetText(0));
+        ASSERT_TRUE(d.has_value());
+        checkRow("INResults", *d, in.GetText(0));
+        ++inRows;
+      }
+    }
+    EXPECT_GT(lsRows, 5);
+    EXPECT_GT(inRows, 2);
+
+    // Right clicks on vertices that no other vertex lies near on the screen.
+    std::vector<Vertex> all;
+    {
+      Statement v = db.PrepareRaw("select VID, PID, Seq, X, Y from Vertices");
+      while (v.Step())
+        all.push_back(
+            Vertex{v.GetInt64(0), v.GetInt64(1), v.GetInt64(2), v.GetDouble(3), v.GetDouble(4)});
+    }
+    auto alone = [&](const Vertex& at) {
+      const DevicePoint p = shell_->Layer().vgGDIWorldToDevice(at.X, at.Y);
+      if (p.x < 0 || p.y < 0 || p.x >= RecordingHost::kWidth || p.y >= RecordingHost::kHeight)
+        return false;
+      for (const Vertex& o : all) {
+        if (o.VID == at.VID) continue;
+        const DevicePoint q = shell_->Layer().vgGDIWorldToDevice(o.X, o.Y);
+        if (std::abs(q.x - p.x) <= 4 && std::abs(q.y - p.y) <= 4) return false;
+      }
+      return true;
+    };
+    int segments = 0, lastVertices = 0, inhomogeneities = 0;
+    for (const Element& s : strings) {
+      const std::vector<Vertex> v = LoadVertices(db, s.key);
+      for (size_t i = 0; i < v.size(); ++i) {
+        if (!alone(v[i])) continue;
+        if (i + 1 == v.size()) {
+          ui_.ExpectMessage(kNoLinesinkTitle, {kNoLinesinkLine1, kNoLinesinkLine2});
+          rightClickAt(v[i].X, v[i].Y);
+          ++lastVertices;
+        } else {
+          LSInfo shown;
+          ui_.ExpectModal<LSInfo>(LSInfo::kName, [&](LSInfo& d) { shown = d; });
+          rightClickAt(v[i].X, v[i].Y);
+          EXPECT_EQ(editor.LastResultInfo(), static_cast<int>(InfoShown::LSInfo));
+          // The segment from this vertex to the next, labelled by the next one's Seq.
+          EXPECT_EQ(shown.TARNOLabel, LinesinkSegmentLabel(s.key, v[i + 1].Seq));
+          // Back from the solver's units (feet in one example): to a hundredth.
+          EXPECT_NEAR(shown.Value("X1"), v[i].X, 0.01);
+          EXPECT_NEAR(shown.Value("Y1"), v[i].Y, 0.01);
+          checkRow("LSResults", shown, shown.TARNOLabel);
+          ++segments;
+        }
+        ui_.Verify();
+      }
+    }
+    for (const Element& h : LoadAllRows(db, ElementKind::Inhomogeneity)) {
+      for (const Vertex& v : LoadVertices(db, h.key)) {
+        if (!alone(v)) continue;
+        INInfo shown;
+        ui_.ExpectModal<INInfo>(INInfo::kName, [&](INInfo& d) { shown = d; });
+        rightClickAt(v.X, v.Y);
+        ui_.Verify();
+        EXPECT_EQ(shown.TARNOLabel, SolverVertexLabel("IN_", h.key, v.Seq));
+        checkRow("INResults", shown, shown.TARNOLabel);
+        ++inhomogeneities;
+      }
+    }
+    EXPECT_GT(segments, 0);
+    EXPECT_GT(lastVertices, 0);
+    EXPECT_GT(inhomogeneities, 0);
+    // The right click leaves the select state and the selection as they were.
+    EXPECT_EQ(editor.MouseState(), kStateSelect);
+
+    // The results viewer over the same tables.
+    ResultViewer viewer;
+    ui_.ExpectModal<ResultViewer>(ResultViewer::kName, [&](ResultViewer& v) { viewer = v; });
+    ASSERT_TRUE(shell_->Commands().Run("RESULTS_TABLE"));
+    ui_.Verify();
+    ASSERT_EQ(viewer.Tables.size(), ResultTables().size());
+    EXPECT_EQ(static_cast<int>(viewer.Tables[0].rows.size()), lsRows);
+    EXPECT_EQ(static_cast<int>(viewer.Tables[5].rows.size()), inRows);
+    EXPECT_EQ(viewer.Tables[4].rows.size(), 7u);  // the test points
+    EXPECT_EQ(viewer.Tables[0].headers.size(), 18u);
+    ASSERT_TRUE(shell_->CloseProject());
+  }
 }
 
 }  // namespace

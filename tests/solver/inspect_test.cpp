@@ -376,5 +376,69 @@ TEST(InspectFilesTest, TraceFileNamesItsLogsThePointAndTheDirection) {
             std::string::npos);
 }
 
+// A project with a leakage grid: 2 x 2 cells of 20 over (100..140, 50..90), each of
+// its own rate. The box has a "Leakage" line after the head with the rate of the cell
+// under the point; without the grid there is none.
+TEST_F(InspectTest, WithALeakageGridTheBoxShowsTheLeakageOfTheCellUnderThePoint) {
+  // Rows from the top: the top row is y 70..90, its second cell x 120..140.
+  std::ofstream(Dir() / "golden.del") << "2\n20 20\n2\n20 20\n";
+  std::ofstream(Dir() / "golden.vlk") << "1.0e-03  2.5e-03\n3.0e-03  4.0e-03\n";
+  SolveContext& ctx = Context();
+  ctx.modflow.GridPresent = true;
+  ctx.modflow.IncludeLeakage = true;
+  ctx.modflow.LeakageX = 100;
+  ctx.modflow.LeakageY = 50;
+  Solve();
+  ASSERT_TRUE(ctx_.modflow.GridPresent);
+  InspectorSettings inspector;
+  ui_.ExpectMessageTitled("Model Results");
+  InspectReport r = ModelInspectResults(ctx_, inspector, 135, 85);
+  ui_.Verify();
+  ASSERT_TRUE(r.ran);
+  ASSERT_TRUE(r.point.leakage.has_value());
+  EXPECT_DOUBLE_EQ(*r.point.leakage, 2.5e-3);
+  // The cell's leakage leaves the aquifer: the local recharge is its negative.
+  EXPECT_DOUBLE_EQ(r.point.recharge, -2.5e-3);
+  ASSERT_GE(r.lines.size(), 5u);
+  EXPECT_EQ(r.lines[4], "Leakage 2.5000E-03");
+  EXPECT_EQ(r.lines[5].rfind("Porosity", 0), 0u);
+
+  // A point of the lower left cell, and one off the grid (0 there).
+  ui_.ExpectMessageTitled("Model Results");
+  r = ModelInspectResults(ctx_, inspector, 105, 55);
+  ASSERT_TRUE(r.point.leakage.has_value());
+  EXPECT_DOUBLE_EQ(*r.point.leakage, 3.0e-3);
+  ui_.ExpectMessageTitled("Model Results");
+  r = ModelInspectResults(ctx_, inspector, 145, 95);
+  ASSERT_TRUE(r.point.leakage.has_value());
+  EXPECT_DOUBLE_EQ(*r.point.leakage, 0.0);
+  ui_.Verify();
+
+  // Without the grid the question is not asked and the line is absent.
+  ctx_.modflow.GridPresent = false;
+  ui_.ExpectMessageTitled("Model Results");
+  r = ModelInspectResults(ctx_, inspector, 135, 85);
+  ui_.Verify();
+  EXPECT_FALSE(r.point.leakage.has_value());
+  for (const std::string& line : r.lines)
+    EXPECT_EQ(line.rfind("Leakage", 0), std::string::npos) << line;
+  EXPECT_EQ(ReadFile(Dir() / "_INSPECT.DAT").find("cell_leakage"), std::string::npos);
+}
+
+TEST(InspectRecords, TheCellLeakageRecordIsReadAndNoOtherRecordPassesForIt) {
+  EXPECT_EQ(ParseCellLeakageRecord("@ cell_leakage,  1.00000E+01,  2.00000E+01,  2.50000E-03,"),
+            std::optional<double>(2.5e-3));
+  EXPECT_FALSE(ParseCellLeakageRecord("@    interface,  1.00000E+01,  2.00000E+01, -9.99900E+03,"));
+  EXPECT_FALSE(
+      ParseCellLeakageRecord("@         gage,  1.00000E+01,  2.00000E+01,  2.50000E-03,TG_1"));
+  EXPECT_FALSE(ParseCellLeakageRecord(" cell_leakage,  1.00000E+01,  2.00000E+01,  2.50000E-03,"));
+  InspectedPoint p;
+  p.leakage = 0.5;
+  const auto lines = ModelResultsLines(p, 0, 0);
+  ASSERT_GE(lines.size(), 5u);
+  EXPECT_EQ(lines[3].rfind("Head", 0), 0u);
+  EXPECT_EQ(lines[4], "Leakage 5.0000E-01");
+}
+
 }  // namespace
 }  // namespace tarno::testing

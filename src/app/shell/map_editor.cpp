@@ -19,6 +19,7 @@
 #include "elements/linesink.h"
 #include "elements/uniform_flow_dialog.h"
 #include "elements/well.h"
+#include "solver/result_views.h"
 #include "store/undo_history.h"
 
 namespace tarno {
@@ -278,6 +279,18 @@ void MapEditor::ShiftClick(int shift, double px, double py) {
     host_.TraceStreamlineAt(x, y);
 }
 
+void MapEditor::ResultInfoAt(double px, double py) {
+  double x = 0, y = 0;
+  if (!ToMap(px, py, x, y, false)) return;
+  Query("Map_MouseDown", [&](Database& db) {
+    // The nearest vertex, without stepping on the selection's cycle.
+    const FoundVertex found = FindVertex(db, search_, x, y, false);
+    if (!found.Found() || found.vid < 0 || found.vertex.PID <= 0) return;
+    const std::optional<ElementKind> kind = OwnerOfString(db, found.vertex.PID);
+    if (kind) lastInfo_ = static_cast<int>(ShowResultInfo(db, ui_, *kind, found.vertex));
+  });
+}
+
 void MapEditor::MouseDown(int button, int shift, double px, double py) {
   if (!state_.ProjectOpen || !mouseEnabled_ || host_.Solving()) return;
   if (button == kLeftButton && (shift & kShiftMask) != 0) {
@@ -288,9 +301,11 @@ void MapEditor::MouseDown(int button, int shift, double px, double py) {
   if (button == kRightButton) {
     // Ends a drawing mode and the modes that end so (text, delete particle, the
     // repeated particle, the navigation modes). In the select state with a solution
-    // the right button opens the result dialogs of a line-sink or inhomogeneity
-    // vertex, which come with the result views.
-    if (state_.mouseState != kStateSelect && tool != nullptr) tool->RightClick();
+    // the right button opens the result dialog of the element under the pointer.
+    if (state_.mouseState != kStateSelect && tool != nullptr)
+      tool->RightClick();
+    else if (state_.mouseState == kStateSelect && state_.solution.valid)
+      ResultInfoAt(px, py);
     return;
   }
   if (button != kLeftButton) return;

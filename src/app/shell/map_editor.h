@@ -169,6 +169,9 @@ class MapEditor {
   bool StringStarted() const { return stringStarted_; }
   double LastClickX() const { return lastClickX_; }
   double LastClickY() const { return lastClickY_; }
+  // What the last right click in the select state showed (InfoShown of
+  // solver/result_views.h, as a number: 0 nothing).
+  int LastResultInfo() const { return lastInfo_; }
   // TurnOffMenus is in force (a string or a move is under way).
   bool MenusOff() const { return menusOff_; }
   // EDIT_CMDS(0) to (4): Properties, Move, Delete, Refine, Delete All.
@@ -236,6 +239,9 @@ class MapEditor {
   void SyncSearch();
   bool ToMap(double px, double py, double& x, double& y, bool clip) const;
   void ShiftClick(int shift, double px, double py);
+  // The right click in the select state with a solution: the result dialog of the
+  // element whose vertex is nearest (solver/result_views.h).
+  void ResultInfoAt(double px, double py);
   void SelectFound(Database& db, const FoundVertex& found);
   // Draws the selected element over the map as it stands: highlighted (mode 2) or
   // normal again (mode 1). False for a kind that a full redraw shows instead.
@@ -255,6 +261,7 @@ class MapEditor {
   UserInterface& ui_;
   EditorHost& host_;
   bool mouseEnabled_ = true;
+  int lastInfo_ = 0;
   bool vertexDrag_ = false;
   bool dragPressed_ = false;  // the button went down during a move
   // The selected vertex (map units), where a move's rubber line starts.

@@ -26,6 +26,7 @@
 #include "display/residual_scaling.h"
 #include "elements/extents.h"
 #include "solver/process.h"
+#include "solver/result_views.h"
 #include "solver/solve_dialogs.h"
 #include "store/database.h"
 
@@ -188,6 +189,8 @@ void ShellController::RegisterCommands() {
   c.Register("SET_TIME", [this] { SetTimeCommand(); });
   c.Register("InspectorSettings", [this] { InspectorSettingsCommand(); });
   c.Register("SolverIntegrityCheck", [this] { SolverIntegrityCheckCommand(); });
+  c.Register(
+      "RESULTS_TABLE", [this] { ResultsTableCommand(); }, "RESULTS_TABLE_Click");
   c.Register("CALIBRATION_STATS",
              [this] { ShowCalibrationStatistics(port_, session_->Settings().DBName); });
   // The scales of the residual marks: the choice, then a redraw.
@@ -534,6 +537,16 @@ void ShellController::ReprojectCommand() {
   PollingWaiter waiter([this] { host_.ProcessEvents(); }, std::chrono::milliseconds(30));
   ConvertContext ctx = ConvertContextFor(&waiter);
   RunOperation(port_, "REPROJECT_Click", [&] { REPROJECT_Click(ctx); });
+}
+
+void ShellController::ResultsTableCommand() {
+  // The tables as they stand now; the viewer reads them once and shows them read-only.
+  ResultViewer viewer;
+  {
+    Database db = Database::Open(session_->Settings().DBName);
+    viewer.Load(db);
+  }
+  port_.ShowModal(viewer);
 }
 
 void ShellController::SolverIntegrityCheckCommand() {

@@ -122,6 +122,8 @@ class ShellController : public SessionHooks {
   // Tools menu: the Instant Inspector's settings, and the switch of the integrity check.
   void InspectorSettingsCommand();
   void SolverIntegrityCheckCommand();
+  // View Results Table: the results viewer over the result tables.
+  void ResultsTableCommand();
   // The Tools menu's CONVERT entries ("CONVERT(0)" to "CONVERT(5)") and Reproject Maps.
   void ConvertCommand(const std::string& key);
   void ReprojectCommand();
