@@ -284,4 +284,57 @@ void HMatrix::multiply(const double* x, double* y) const {
   for (int p = 0; p < m; ++p) y[rt_.perm[p]] = yt(p);
 }
 
+namespace {
+
+// The rows of M (in the order of idx) summed by group: ids gets the groups met, S their
+// sums (weighted by w where given).
+void sumByGroup(const int* idx, int len, const std::vector<int>& group, const std::vector<double>* w,
+                const Eigen::MatrixXd& M, std::vector<int>& ids, Eigen::MatrixXd& S) {
+  std::vector<std::pair<int, int>> gi;
+  for (int a = 0; a < len; ++a)
+    if (group[idx[a]] >= 0) gi.emplace_back(group[idx[a]], a);
+  std::sort(gi.begin(), gi.end());
+  ids.clear();
+  for (size_t k = 0; k < gi.size(); ++k)
+    if (ids.empty() || ids.back() != gi[k].first) ids.push_back(gi[k].first);
+  S.setZero((Eigen::Index)ids.size(), M.cols());
+  size_t at = 0;
+  for (size_t k = 0; k < gi.size(); ++k) {
+    if (gi[k].first != ids[at]) ++at;
+    const double f = w ? (*w)[idx[gi[k].second]] : 1.0;
+    if (f != 0.0) S.row(at) += f * M.row(gi[k].second);
+  }
+}
+
+}  // namespace
+
+void HMatrix::aggregate(const std::vector<int>& rowGroup, const std::vector<double>& rowWeight,
+                        const std::vector<int>& colGroup, Eigen::MatrixXd& E) const {
+  std::vector<int> ri, ci;
+  Eigen::MatrixXd Su, Sv;
+  for (const Block& b : blocks_) {
+    const ClusterTree::Node& R = rt_.nodes[b.rowNode];
+    const ClusterTree::Node& C = ct_.nodes[b.colNode];
+    const int* rows = rt_.perm.data() + R.begin;
+    const int* cols = ct_.perm.data() + C.begin;
+    if (b.lowRank) {
+      if (b.U.cols() == 0) continue;
+      sumByGroup(rows, R.size(), rowGroup, &rowWeight, b.U, ri, Su);
+      sumByGroup(cols, C.size(), colGroup, nullptr, b.V, ci, Sv);
+      const Eigen::MatrixXd G = Su * Sv.transpose();
+      for (size_t a = 0; a < ri.size(); ++a)
+        for (size_t c = 0; c < ci.size(); ++c) E(ri[a], ci[c]) += G(a, c);
+    } else {
+      for (int c = 0; c < C.size(); ++c) {
+        const int h = colGroup[cols[c]];
+        if (h < 0) continue;
+        for (int r = 0; r < R.size(); ++r) {
+          const int g = rowGroup[rows[r]];
+          if (g >= 0) E(g, h) += rowWeight[rows[r]] * b.D(r, c);
+        }
+      }
+    }
+  }
+}
+
 }  // namespace tarno::engine::hmat

@@ -87,6 +87,11 @@ class HMatrix {
   int cols() const { return (int)ct_.perm.size(); }
   // y = A x (original numbering; y has rows() entries, x cols()).
   void multiply(const double* x, double* y) const;
+  // Sums of the entries by groups of rows and of columns (original numbering; group -1:
+  // left out): E(g, h) += sum of rowWeight(i) A(i, j) over rowGroup(i) = g, colGroup(j) = h.
+  // One pass over the blocks, as cheap as a product: the coarse matrix of a preconditioner.
+  void aggregate(const std::vector<int>& rowGroup, const std::vector<double>& rowWeight,
+                 const std::vector<int>& colGroup, Eigen::MatrixXd& E) const;
   const Stats& stats() const { return stats_; }
   const ClusterTree& rowTree() const { return rt_; }
   const ClusterTree& colTree() const { return ct_; }

@@ -181,6 +181,58 @@ void IterativeSolve::fillBlock(const std::vector<int>& I, Eigen::MatrixXd& B) co
   }
 }
 
+void IterativeSolve::buildCoarse(int groups) {
+  hasCoarse = false;
+  if (settings.coarse == CompressedSettings::Coarse::None || groups < 2) return;
+  Eigen::MatrixXd C = Eigen::MatrixXd::Zero(groups, groups);
+  std::vector<int> rg(hRows.size()), cg(hCols.size());
+  std::vector<double> w(hRows.size());
+  for (size_t r = 0; r < hRows.size(); ++r) {
+    rg[r] = groupOf[hRows[r]];
+    w[r] = own->rowScale[hRows[r]];
+  }
+  for (size_t c = 0; c < hCols.size(); ++c) cg[c] = groupOf[hCols[c]];
+  if (H) H->aggregate(rg, w, cg, C);
+  const int n = (int)rowOfH.size();
+  for (int i = 0; i < n; ++i) {
+    const int g = groupOf[i];
+    if (constant >= 0 && rowOfH[i] >= 0) C(g, groupOf[constant]) += own->rowScale[i];
+    for (const auto& [j, v] : own->entries[i]) C(g, groupOf[j]) += v;
+    const auto& d = own->dense[i];
+    for (int j = 0; j < (int)d.size(); ++j) C(g, groupOf[j]) += d[j];
+  }
+  E.compute(C);
+  const auto& U = E.matrixLU();
+  const double scale = C.cwiseAbs().maxCoeff();
+  for (Eigen::Index i = 0; i < U.rows(); ++i)
+    if (!(std::fabs(U(i, i)) > 1e-14 * scale)) return;  // singular: no coarse correction
+  hasCoarse = true;
+}
+
+void IterativeSolve::precondition(const double* r, double* z) const {
+  const int n = (int)rowOfH.size();
+  if (!hasCoarse) {
+    precond.apply(r, z);
+    return;
+  }
+  const int ng = (int)E.rows();
+  Eigen::VectorXd c = Eigen::VectorXd::Zero(ng);
+  for (int i = 0; i < n; ++i) c(groupOf[i]) += r[i];
+  const Eigen::VectorXd e = E.solve(c);
+  if (settings.coarse == CompressedSettings::Coarse::Additive) {
+    precond.apply(r, z);
+    for (int i = 0; i < n; ++i) z[i] += e(groupOf[i]);
+    return;
+  }
+  // Coarse first, then the blocks on what is left of the residual.
+  std::vector<double> z1(n), r2(n);
+  for (int i = 0; i < n; ++i) z1[i] = e(groupOf[i]);
+  apply(z1.data(), r2.data());
+  for (int i = 0; i < n; ++i) r2[i] = r[i] - r2[i];
+  precond.apply(r2.data(), z);
+  for (int i = 0; i < n; ++i) z[i] += z1[i];
+}
+
 size_t IterativeSolve::bytes() const {
   size_t b = H ? H->stats().bytes() : 0;
   if (own) {
@@ -317,8 +369,14 @@ void assembleCompressed(Solution::State& s, const LineSink& log) {
   s.assembleAreaRows(*own);
   own->finish();
   it.own = std::move(own);
-  it.precond = krylov::BlockJacobi(s.n, preconditionerGroups(s, it, it.settings.blockSize),
+  auto groups = preconditionerGroups(s, it, it.settings.blockSize);
+  it.groupOf.assign(s.n, -1);
+  for (size_t g = 0; g < groups.size(); ++g)
+    for (int j : groups[g]) it.groupOf[j] = (int)g;
+  const int ng = (int)groups.size();
+  it.precond = krylov::BlockJacobi(s.n, std::move(groups),
                                    [&it](const std::vector<int>& I, Eigen::MatrixXd& B) { it.fillBlock(I, B); });
+  it.buildCoarse(ng);
   it.assembled = true;
   if (log && it.precond.singularBlocks() > 0)
     log("Preconditioner: " + std::to_string(it.precond.singularBlocks()) + " of " +
@@ -331,7 +389,7 @@ std::vector<double> solveCompressed(Solution::State& s, const std::vector<double
   for (double& v : x)
     if (!std::isfinite(v)) v = 0.0;
   const auto op = [&it](const double* in, double* out) { it.apply(in, out); };
-  const auto pc = [&it](const double* in, double* out) { it.precond.apply(in, out); };
+  const auto pc = [&it](const double* in, double* out) { it.precondition(in, out); };
   const auto progress = [&log](int k, double r) {
     if (log) log("  GMRES iteration " + std::to_string(k) + ": relative residual " + fmt("%.3E", r));
   };

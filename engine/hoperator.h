@@ -66,6 +66,9 @@ struct CompressedSettings {
   hmat::Options h;
   krylov::GmresOptions gmres;
   int blockSize = 256;  // largest preconditioner block of gathered small groups and string pieces
+  // The coarse correction over the blocks (one unknown per block: its strengths all
+  // alike): none, added to the block-Jacobi step, or before it (one more product).
+  enum class Coarse { None, Additive, Multiplicative } coarse = Coarse::Multiplicative;
 };
 
 struct IterativeSolve {
@@ -78,6 +81,9 @@ struct IterativeSolve {
   int constant = -1;              // the constant's unknown (a column of ones outside H)
   std::unique_ptr<SparseRowSink> own;
   krylov::BlockJacobi precond;
+  std::vector<int> groupOf;                 // per unknown: its block of the preconditioner
+  Eigen::PartialPivLU<Eigen::MatrixXd> E;   // the coarse matrix Z^T A Z, Z the blocks' indicators
+  bool hasCoarse = false;
   bool assembled = false;
   double compressSeconds = 0.0;
   int lastIterations = 0;
@@ -85,6 +91,10 @@ struct IterativeSolve {
 
   // y = A x with the present S, W and rowScale.
   void apply(const double* x, double* y) const;
+  // z = M^{-1} r: the block-Jacobi step with the coarse correction.
+  void precondition(const double* r, double* z) const;
+  // The coarse matrix for the present groups, S, W and rowScale.
+  void buildCoarse(int groups);
   // The dense block A(I, I) (I sorted).
   void fillBlock(const std::vector<int>& I, Eigen::MatrixXd& B) const;
   // Bytes held by P, S, W and the preconditioner.

@@ -2,6 +2,7 @@
 // its block preconditioner (engine/krylov.h) and the compressed collocation operator
 // (engine/hoperator.h). The compressed solve must give the dense solve's answer: the
 // unknowns within 1e-8 relative, heads within 1e-6, and a closed water balance.
+#include "engine/command.h"
 #include "engine/hmatrix.h"
 #include "engine/hoperator.h"
 #include "engine/krylov.h"
@@ -332,6 +333,7 @@ TEST(CompressedOperator, AppliesTheDenseMatrixInEveryStateOfTheRows) {
     CompressedSettings cs;
     cs.h.leafSize = leaf;
     cs.h.tol = tol;
+    cs.blockSize = 16;  // several blocks: a coarse level
     compressInfluence(s, cs, {});
     if (leaf < 100) ASSERT_GT(s.iterative->H->stats().lowRankBlocks, 0);
     assembleCompressed(s, {});
@@ -345,6 +347,14 @@ TEST(CompressedOperator, AppliesTheDenseMatrixInEveryStateOfTheRows) {
             << "row " << i << " (" << elementOf(s, i).describe(s, i) << "), leaf size " << leaf;
     }
   }
+  // The coarse matrix is Z^T A Z for the indicators Z of the preconditioner's blocks.
+  ASSERT_TRUE(s.iterative->hasCoarse);
+  const int ng = (int)s.iterative->E.rows();
+  Eigen::MatrixXd Z = Eigen::MatrixXd::Zero(s.n, ng);
+  for (int i = 0; i < s.n; ++i) Z(i, s.iterative->groupOf[i]) = 1.0;
+  const Eigen::MatrixXd coarse = Z.transpose() * A * Z;
+  const Eigen::MatrixXd got = s.iterative->E.reconstructedMatrix();
+  EXPECT_LE((got - coarse).norm(), 1e-5 * coarse.norm());
   // The preconditioner's blocks are the diagonal blocks of the same matrix.
   for (const auto& I : preconditionerGroups(s, *s.iterative, 16)) {
     Eigen::MatrixXd B;
@@ -561,6 +571,20 @@ TEST(CompressedSolve, SecondSolveContinuesFromThePreviousSolution) {
     diff = std::max(diff, std::fabs(xd[i] - xs[i]));
   }
   EXPECT_LE(diff, 1e-8 * scale);
+}
+
+TEST(CompressedSolve, CommandFileChoosesTheMethodAfterTheFourNumbers) {
+  const CommandFile f = parseCommandFile(
+      " solve 5 3 0 1 dense\n solve 5 3 0 1 Compressed\n solve 5 3 0 1\n solve 5 3 0 1 quickly\n"
+      " solve conjunctive 5 3 0 1 compressed\n");
+  std::vector<SolveCommand::Method> got;
+  for (const Step& s : f.steps)
+    if (const auto* c = std::get_if<SolveCommand>(&s.data)) got.push_back(c->method);
+  using M = SolveCommand::Method;
+  EXPECT_EQ(got, (std::vector<M>{M::Dense, M::Compressed, M::Automatic, M::Automatic, M::Compressed}));
+  ASSERT_EQ(f.problems.size(), 1u);  // the unknown word, taken as automatic
+  EXPECT_EQ(f.problems[0].line, 4);
+  EXPECT_NE(f.problems[0].message.find("quickly"), std::string::npos);
 }
 
 }  // namespace
