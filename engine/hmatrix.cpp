@@ -259,7 +259,8 @@ void HMatrix::multiply(const double* x, double* y) const {
   const int m = rows(), n = cols();
   Eigen::VectorXd xt(n), yt = Eigen::VectorXd::Zero(m);
   for (int p = 0; p < n; ++p) xt(p) = x[ct_.perm[p]];
-#pragma omp parallel
+  // Small matrices are multiplied by one thread: a parallel region costs more there.
+#pragma omp parallel if (stats_.denseEntries + stats_.lowRankEntries >= (size_t)4000000)
   {
     Eigen::VectorXd local = Eigen::VectorXd::Zero(m);
     Eigen::VectorXd tmp;

@@ -143,7 +143,8 @@ void IterativeSolve::apply(const double* x, double* y) const {
   for (size_t c = 0; c < hCols.size(); ++c) xh[c] = x[hCols[c]];
   if (H) H->multiply(xh.data(), yh.data());
   const double xc = constant >= 0 ? x[constant] : 0.0;
-#pragma omp parallel for schedule(static, 1024)
+  // The sparse part is a few entries a row: not worth the threads' start (on a loaded
+  // machine each parallel region costs a time slice of the slowest thread).
   for (int i = 0; i < n; ++i) {
     double v = 0.0;
     const double sc = own->rowScale[i];

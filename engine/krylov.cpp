@@ -127,7 +127,7 @@ BlockJacobi::BlockJacobi(int n, std::vector<std::vector<int>> groups, const Bloc
 
 void BlockJacobi::apply(const double* r, double* z) const {
   for (int i = 0; i < n_; ++i) z[i] = r[i];
-#pragma omp parallel for schedule(dynamic, 4)
+#pragma omp parallel for schedule(dynamic, 4) if (n_ >= 20000)
   for (long g = 0; g < (long)groups_.size(); ++g) {
     if (!used_[g]) continue;
     const auto& idx = groups_[g];

@@ -12,11 +12,17 @@
 #include "engine/kernels.h"
 #include "engine/state.h"
 #include "helpers.h"
+#include "support/program_runner.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -585,6 +591,79 @@ TEST(CompressedSolve, CommandFileChoosesTheMethodAfterTheFourNumbers) {
   ASSERT_EQ(f.problems.size(), 1u);  // the unknown word, taken as automatic
   EXPECT_EQ(f.problems[0].line, 4);
   EXPECT_NE(f.problems[0].message.find("quickly"), std::string::npos);
+}
+
+// ---- The solver program -----------------------------------------------------------------
+
+namespace fs = std::filesystem;
+
+std::string readFile(const fs::path& p) {
+  std::ifstream f(p, std::ios::binary);
+  std::stringstream s;
+  s << f.rdbuf();
+  return s.str();
+}
+
+// Runs tarno1 on a well beside a river of 160 segments and an extract of two points with
+// the given method word; returns the message log and the extract file.
+std::pair<std::string, std::string> runProgram(const std::string& methodWord) {
+  tarno::test::TempDir dir;
+  std::vector<std::string> m = {" error error.log", " yes", " message message.log", " yes", " picture off", " quit",
+                                " bfname  demo", " aquifer", " base 0", " permeability 10", " thickness 50",
+                                " reference -20000 0 10", " quit", " well", " discharge",
+                                "  200 0 500 .1 WL_000001", " quit", " linesink", " head", " resistance 0",
+                                " width 0  0", " depth 0"};
+  for (int i = 0; i < 160; ++i) {
+    char buf[160];
+    std::snprintf(buf, sizeof buf, "  0 %.1f 0 %.1f 10 LS_000002_%04d", -8000.0 + 100.0 * i, -7900.0 + 100.0 * i, i);
+    m.push_back(buf);
+  }
+  for (const char* l : {" quit", " layout", " window -1000 -1000 1000 1000", " quit"}) m.push_back(l);
+  m.push_back(" solve 1 1 0 1 " + methodWord);
+  for (const char* l : {" extract", " file demo", " y", "  100 0 TP_000003", "  400 300 TP_000004", " quit", " stop"})
+    m.push_back(l);
+  {
+    std::ofstream f(dir.Path() / "DEMO.DAT", std::ios::binary);
+    for (const auto& l : m) f << l << "\r\n";
+  }
+  tarno::test::RunOptions options;
+  options.cwd = dir.Path();
+  EXPECT_EQ(tarno::test::RunProgram("tarno1", {"61", "demo"}, options).status, 0) << methodWord;
+  return {readFile(dir.Path() / "message.log"), readFile(dir.Path() / "demo.XTR")};
+}
+
+TEST(CompressedSolve, SolverProgramTakesTheMethodWord) {
+  const auto [denseLog, denseXtr] = runProgram("dense");
+  const auto [compLog, compXtr] = runProgram("compressed");
+  EXPECT_EQ(denseLog.find("GMRES"), std::string::npos);
+  EXPECT_NE(compLog.find("Solution method: compressed influence matrix and GMRES"), std::string::npos) << compLog;
+  EXPECT_NE(compLog.find("GMRES iteration"), std::string::npos);
+  // The extract's records (heads, discharges) are the same to their printed digits,
+  // within a unit in the last place.
+  ASSERT_FALSE(denseXtr.empty());
+  std::vector<std::string> a, b;
+  for (std::stringstream s(denseXtr); s.good();) a.emplace_back(), std::getline(s, a.back());
+  for (std::stringstream s(compXtr); s.good();) b.emplace_back(), std::getline(s, b.back());
+  ASSERT_EQ(a.size(), b.size());
+  int records = 0;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (!a[i].empty() && a[i][0] == '@') {
+      ++records;
+      std::string ra = a[i], rb = b[i];
+      std::replace(ra.begin(), ra.end(), ',', ' ');
+      std::replace(rb.begin(), rb.end(), ',', ' ');
+      std::stringstream sa(ra), sb(rb);
+      for (std::string wa, wb; sa >> wa && sb >> wb;) {
+        char* end = nullptr;
+        const double va = std::strtod(wa.c_str(), &end);
+        if (*end != '\0' || wa == "@") {
+          EXPECT_EQ(wa, wb);
+          continue;
+        }
+        EXPECT_NEAR(va, std::strtod(wb.c_str(), nullptr), 1e-6 * (1.0 + std::fabs(va))) << a[i] << "\n" << b[i];
+      }
+    }
+  EXPECT_EQ(records, 2);
 }
 
 }  // namespace
