@@ -597,10 +597,10 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
         say("Partially penetrating wells: " + std::to_string(rep.partialWells) + " (" + std::to_string(headPartial) +
             " head specified)");
     say("Equations: " + std::to_string(s.n));
-    if (o.storeOnDisk) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
-
     const bool compressed =
         o.method == SolveMethod::Compressed || (o.method == SolveMethod::Automatic && s.n >= o.crossover);
+    if (o.storeOnDisk && !compressed) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
+
     if (compressed) {
         // The large-model path: the influence matrix compressed once, GMRES in each iteration.
         say("Solution method: compressed influence matrix and GMRES" +

@@ -47,7 +47,7 @@ struct SolveOptions {
     int crossover = kDefaultCrossover;            // Automatic: compressed from this many equations on
     // Where the compressed path is measured to win on the machines it is built for
     // (tarno-bench-hsolve; see docs/solver.md).
-    static constexpr int kDefaultCrossover = 8000;
+    static constexpr int kDefaultCrossover = 5000;
     // Compressed path: accuracy of the low-rank blocks and the residual GMRES stops at.
     double compressionTolerance = 1e-11;
     double gmresTolerance = 1e-13;
