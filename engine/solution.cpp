@@ -597,7 +597,7 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
         say("Partially penetrating wells: " + std::to_string(rep.partialWells) + " (" + std::to_string(headPartial) +
             " head specified)");
     say("Equations: " + std::to_string(s.n));
-    const bool compressed =
+    bool compressed =
         o.method == SolveMethod::Compressed || (o.method == SolveMethod::Automatic && s.n >= o.crossover);
     if (o.storeOnDisk && !compressed) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
 
@@ -648,10 +648,27 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             }
             buildRhs(s);
             std::vector<double> b = s.rhs;
+            bool done = false;
             if (compressed) {
-                b = solveCompressed(s, b, log);
-                rep.krylovIterations += s.iterative->lastIterations;
-            } else {
+                try {
+                    b = solveCompressed(s, b, log);
+                    rep.krylovIterations += s.iterative->lastIterations;
+                    done = true;
+                } catch (const FatalError&) {
+                    // Chosen automatically: the dense path takes over (it is exact); asked
+                    // for in the command file: the message says what to do.
+                    if (o.method != SolveMethod::Automatic) throw;
+                    rep.krylovIterations += s.iterative->lastIterations;
+                    s.warn("the iterative solution did not converge (relative residual " +
+                           fmt("%.3E", s.iterative->lastResidual) + "); the dense method is used from here on");
+                    compressed = false;
+                    s.iterative->assembled = false;
+                    assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
+                    it.refactorised = true;
+                    b = s.rhs;
+                }
+            }
+            if (!done) {
                 int info = 0, one = 1;
                 const char tr = 'N';
                 dgetrs_(&tr, &s.n, &one, s.lu.data(), &s.n, s.ipiv.data(), b.data(), &s.n, &info, 1);
@@ -708,7 +725,7 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             say("  " + std::to_string(steadyT) + " schedule lines give a start head at or below the base: their "
                 "transmissivity is that of the steady head at the well");
     }
-    if (compressed) rep.compressedBytes = (double)s.iterative->bytes();
+    if (rep.compressed) rep.compressedBytes = (double)s.iterative->bytes();
     rep.balance = waterBalance();
     for (const auto& l : formatBalance(rep.balance)) say(l);
     rep.totalSeconds = seconds(tStart);

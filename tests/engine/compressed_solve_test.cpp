@@ -553,6 +553,32 @@ TEST(CompressedSolve, AutomaticChoiceFollowsTheCrossover) {
                           [](const std::string& l) { return l.find("Compressed influence matrix") == 0; }));
 }
 
+TEST(CompressedSolve, UnconvergedIterationsFallBackToDenseOnlyWhenChosenAutomatically) {
+  // A tolerance no residual can reach makes GMRES stop short of it.
+  const Model m = riversAndWells(6, 80, 5);
+  SolveOptions o = method(SolveMethod::Compressed, 1);
+  o.gmresTolerance = 1e-30;
+  Solution forced(m);
+  try {
+    forced.solve(o);
+    ADD_FAILURE() << "no error";
+  } catch (const FatalError& e) {
+    EXPECT_NE(std::string(e.what()).find("did not converge"), std::string::npos) << e.what();
+    EXPECT_NE(std::string(e.what()).find("dense"), std::string::npos) << e.what();
+  }
+  o.method = SolveMethod::Automatic;
+  o.crossover = 10;
+  Solution automatic(m), dense(m);
+  const SolveReport r = automatic.solve(o);
+  dense.solve(method(SolveMethod::Dense, 1));
+  EXPECT_TRUE(r.compressed);
+  EXPECT_TRUE(r.iterations.front().refactorised);
+  EXPECT_TRUE(std::any_of(automatic.warnings().begin(), automatic.warnings().end(), [](const std::string& w) {
+    return w.find("the dense method is used from here on") != std::string::npos;
+  }));
+  EXPECT_EQ(automatic.unknownValues(), dense.unknownValues());  // the dense path's answer, bit for bit
+}
+
 TEST(CompressedSolve, SecondSolveContinuesFromThePreviousSolution) {
   // Several preconditioner blocks, so that GMRES has iterations to save; unconfined, so
   // that the second solve has a change to make.
