@@ -26,7 +26,7 @@ run: build
 
 bench: build
 	@for b in tarno-bench tarno-bench-frontend tarno-bench-contour tarno-bench-display \
-	         tarno-bench-basemaps tarno-bench-edit tarno-bench-edit-map tarno-bench-regional; do \
+	         tarno-bench-basemaps tarno-bench-edit tarno-bench-edit-map tarno-bench-regional tarno-bench-hsolve; do \
 	  if [ -x $(BUILD)/bin/$$b ]; then echo "== $$b"; $(BUILD)/bin/$$b || exit 1; fi; \
 	done
 

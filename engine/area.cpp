@@ -800,8 +800,7 @@ void Solution::State::setKnownFlows() {
         if (rowEdge[i] >= 0 && edges[rowEdge[i]].wall) knownQn[i] = normalFlow(edges[rowEdge[i]], wAt(px[i], py[i]));
 }
 
-void Solution::State::assembleAreaRows(double* A) {
-    const size_t N = (size_t)n;
+void Solution::State::assembleAreaRows(RowSink& A) {
     for (int i = 0; i < n; ++i) {
         if (rowEdge[i] < 0) continue;
         const DbEdge& d = edges[rowEdge[i]];
@@ -811,10 +810,10 @@ void Solution::State::assembleAreaRows(double* A) {
         const auto& aL = aqOf(d.dl);
         const auto& aR = aqOf(d.dr);
         if (rowDropped[i]) {
-            for (int j = 0; j < n; ++j) A[i + j * N] = 0.0;
+            A.clearRow(i);
             // Zero mean jump over the wall's nodes (its level is otherwise free).
             for (int e = 0; e < (int)edges.size(); ++e)
-                if (edges[e].wall && edges[e].owner == d.owner && edges[e].u[0] >= 0) A[i + (size_t)edges[e].u[0] * N] = 1.0;
+                if (edges[e].wall && edges[e].owner == d.owner && edges[e].u[0] >= 0) A.set(i, edges[e].u[0], 1.0);
             continue;
         }
         if (!d.wall) {
@@ -822,15 +821,15 @@ void Solution::State::assembleAreaRows(double* A) {
             const double tl = aL.transmissivity(h), tr = aR.transmissivity(h);
             const double slope = 2.0 * (tl - tr) / (tl + tr);
             rowCoef[i] = slope;
-            for (int j = 0; j < n; ++j) A[i + j * N] *= -slope;
+            A.scaleRow(i, -slope);
         } else {
             const double hm = 0.5 * (aL.headFromPhiExtended(phiAvg + 0.5 * mu) + aR.headFromPhiExtended(phiAvg - 0.5 * mu));
             rowCoef[i] = wallConductance(d, aL, hm) / aL.transmissivity(hm);
-            for (int j = 0; j < n; ++j) A[i + j * N] = normalFlow(d, unitW(j, px[i], py[i]));
+            A.setRow(i, [&](int j) { return normalFlow(d, unitW(j, px[i], py[i])); });
         }
         const double sgn = d.wall ? -rowCoef[i] : 1.0;
         for (int k = 0; k < 3; ++k)
-            if (d.u[k] >= 0) A[i + (size_t)d.u[k] * N] += sgn * basisCoef(k, X);
+            if (d.u[k] >= 0) A.add(i, d.u[k], sgn * basisCoef(k, X));
     }
 }
 

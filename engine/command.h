@@ -191,6 +191,8 @@ struct PictureCommand { std::string setting; };
 struct SolveCommand {
   int inner = 1, outer = 3, store = 0, full = 1;
   bool conjunctive = false;
+  // The word after the four numbers: how the linear systems are solved.
+  enum class Method { Automatic, Dense, Compressed } method = Method::Automatic;
 };
 struct TimeCommand { double time = 0; };
 struct SaveCommand { std::string name; };

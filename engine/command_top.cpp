@@ -123,6 +123,16 @@ void Reader::readSolve() {
            "; clipped to " + std::to_string(kMaxOuter));
     c.outer = kMaxOuter;
   }
+  // An optional word after the numbers chooses the method of the linear solution.
+  if (const size_t at = from + 4; at < items_.size()) {
+    const std::string m = lower(items_[at]);
+    if (m == "dense") c.method = SolveCommand::Method::Dense;
+    else if (m == "compressed") c.method = SolveCommand::Method::Compressed;
+    else if (m == "automatic") c.method = SolveCommand::Method::Automatic;
+    else
+      report("the method \"" + std::string(items_[at]) +
+             "\" of \"solve\" is not dense, compressed or automatic; taken as automatic");
+  }
   pushStep(lineNo_, c);
 }
 

@@ -191,9 +191,9 @@ class WellElement final : public UnknownElement {
   }
   // A partially penetrating well in head mode: the head in the well is that of the field
   // less the loss of the partial screen, Phi - loss Q = Phi(h).
-  void assembleRow(const Solution::State& s, int i, double* A) const override {
+  void assembleRow(const Solution::State& s, int i, RowSink& A) const override {
     const WellEl& w = s.wells[s.uowner[i]];
-    if (w.partial >= 0) A[i + (size_t)i * s.n] -= w.loss;
+    if (w.partial >= 0) A.add(i, i, -w.loss);
   }
   std::string describe(const Solution::State& s, int j) const override {
     return "the discharge of well " + s.wellLabel(s.wells[s.uowner[j]]);
@@ -260,24 +260,23 @@ class SegmentElement final : public UnknownElement {
     // Head part.
     return aq.phiFromHead(e.value) - s.known[i];
   }
-  void assembleRow(const Solution::State& s, int i, double* A) const override {
-    const int n = s.n;
+  void assembleRow(const Solution::State& s, int i, RowSink& A) const override {
     const int k = s.uowner[i];
     const SegEl& e = s.segs[k];
     if (!segment_conditions::potentialForm(e)) {
       // A fixed strength: the identity row; a limited reach: the flow that reaches it.
-      for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
-      A[i + (size_t)i * n] = 1.0;
+      A.clearRow(i);
+      A.set(i, i, 1.0);
       if (e.state == SegState::Limited && e.kind == LineSinkKind::Stream) {
         std::vector<std::pair<int, double>> coef;
         segment_conditions::limitedRow(s, k, coef);
-        A[i + (size_t)i * n] = 0.0;
-        for (const auto& [j, c] : coef) A[i + (size_t)j * n] += c;
+        A.set(i, i, 0.0);
+        for (const auto& [j, c] : coef) A.add(i, j, c);
       }
       return;
     }
-    if (e.resist) A[i + (size_t)i * n] -= e.a;
-    if (followsGallery(e)) A[i + (size_t)s.galleries[e.gallery].unknown * n] = -1.0;
+    if (e.resist) A.add(i, i, -e.a);
+    if (followsGallery(e)) A.set(i, s.galleries[e.gallery].unknown, -1.0);
   }
   int update(Solution::State& s, int i, double& residual) const override {
     SegEl& e = s.segs[s.uowner[i]];
@@ -348,16 +347,15 @@ class GalleryElement final : public UnknownElement {
     for (int k : g.segs) hmin = std::min(hmin, s.segs[k].value);
     return g.segs.empty() ? 0.0 : s.aqOf(s.segs[g.segs.front()].dom).phiFromHead(hmin);
   }
-  void assembleRow(const Solution::State& s, int i, double* A) const override {
-    const int n = s.n;
+  void assembleRow(const Solution::State& s, int i, RowSink& A) const override {
     const GalleryEl& g = s.galleries[s.uowner[i]];
-    for (int j = 0; j < n; ++j) A[i + (size_t)j * n] = 0.0;
+    A.clearRow(i);
     if (g.allHeld) {
-      A[i + (size_t)i * n] = 1.0;
+      A.set(i, i, 1.0);
     } else {
       for (int k : g.segs) {
         const SegEl& e = s.segs[k];
-        A[i + (size_t)e.unknown * n] = std::hypot(e.x2 - e.x1, e.y2 - e.y1);
+        A.set(i, e.unknown, std::hypot(e.x2 - e.x1, e.y2 - e.y1));
       }
     }
   }

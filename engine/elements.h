@@ -22,12 +22,49 @@
 
 #include <algorithm>
 #include <complex>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tarno::engine {
+
+// Where the elements write their own entries of the rows (assembleRow, assembleAreaRows),
+// after the potentials of the columns are in place: the dense matrix of the direct solve,
+// or the sparse part of the compressed operator (engine/hoperator.h), whose rows start as
+// the potential rows of the compressed influence matrix.
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+  virtual void clearRow(int i) = 0;                 // every entry of row i to 0
+  virtual void add(int i, int j, double v) = 0;     // A(i, j) += v
+  virtual void set(int i, int j, double v) = 0;     // A(i, j) = v
+  virtual void scaleRow(int i, double f) = 0;       // row i *= f
+  // A(i, j) = value(j) for every column j, in the order of the columns.
+  virtual void setRow(int i, const std::function<double(int)>& value) = 0;
+};
+
+// The dense n x n column-major matrix of the direct solve.
+class DenseRowSink final : public RowSink {
+ public:
+  DenseRowSink(double* A, int n) : A_(A), n_(n) {}
+  void clearRow(int i) override {
+    for (int j = 0; j < n_; ++j) A_[i + (size_t)j * n_] = 0.0;
+  }
+  void add(int i, int j, double v) override { A_[i + (size_t)j * n_] += v; }
+  void set(int i, int j, double v) override { A_[i + (size_t)j * n_] = v; }
+  void scaleRow(int i, double f) override {
+    for (int j = 0; j < n_; ++j) A_[i + (size_t)j * n_] *= f;
+  }
+  void setRow(int i, const std::function<double(int)>& value) override {
+    for (int j = 0; j < n_; ++j) A_[i + (size_t)j * n_] = value(j);
+  }
+
+ private:
+  double* A_;
+  int n_;
+};
 
 class UnknownElement {
  public:
@@ -52,10 +89,10 @@ class UnknownElement {
   // The residual in head of row i's condition, phi the potential at its point (0 where
   // the element's own update checks it).
   virtual double residual(const Solution::State& s, int i, double phi) const { return 0.0; }
-  // Writes the element's own entries of row i into the assembled matrix A (n x n,
-  // column-major) after the columns: rows that fix or sum strengths, and the terms of a
-  // potential row besides the potentials (a resistance, a loss, a common potential).
-  virtual void assembleRow(const Solution::State& s, int i, double* A) const {}
+  // Writes the element's own entries of row i into the assembled matrix after the
+  // columns: rows that fix or sum strengths, and the terms of a potential row besides the
+  // potentials (a resistance, a loss, a common potential).
+  virtual void assembleRow(const Solution::State& s, int i, RowSink& A) const {}
   // The nonlinear update of row i's condition after a solve: switches the element's
   // state where its condition changes form (a drain shut off or back on, a reach that
   // starts or stops percolating, gallery segments held or released), raises `residual`

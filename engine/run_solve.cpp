@@ -22,6 +22,9 @@ void Runner::apply(int line, const SolveCommand& c) {
   opt.outerIterations = c.outer;
   opt.storeOnDisk = c.store != 0;
   opt.fullFactorisation = c.full != 0;
+  opt.method = c.method == SolveCommand::Method::Dense        ? SolveMethod::Dense
+               : c.method == SolveCommand::Method::Compressed ? SolveMethod::Compressed
+                                                              : SolveMethod::Automatic;
   logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
                 " outer iterations at most");
   SolveReport r;
@@ -52,6 +55,9 @@ void Runner::solveLakes(int line, const SolveCommand& c) {
   opt.outerIterations = c.outer;
   opt.storeOnDisk = c.store != 0;
   opt.fullFactorisation = c.full != 0;
+  opt.method = c.method == SolveCommand::Method::Dense        ? SolveMethod::Dense
+               : c.method == SolveCommand::Method::Compressed ? SolveMethod::Compressed
+                                                              : SolveMethod::Automatic;
   logs_.message("Solve (" + where(line) + "): " + std::to_string(c.inner) + " inner, " + std::to_string(c.outer) +
                 " outer iterations at most, with " + std::to_string(lakeCount()) + " lakes");
   // The lakes start from the exchange of the present solution, when there is one.

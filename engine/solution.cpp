@@ -6,6 +6,7 @@
 #include "engine/elements.h"
 #include "engine/fast_eval.h"
 #include "engine/fields.h"
+#include "engine/hoperator.h"
 #include "engine/kernels.h"
 #include "engine/lapack.h"
 #include "engine/saltwater.h"
@@ -392,6 +393,18 @@ const std::vector<std::string>& Solution::warnings() const { return s_->warnings
 bool Solution::solved() const { return s_->solved; }
 void Solution::setTime(double t) { s_->model.time = t; }
 int Solution::unknowns() const { return s_->n; }
+const std::vector<double>& Solution::unknownValues() const { return s_->x; }
+
+// Resistance coefficients follow the transmissivity at the current aquifer head.
+static void updateResistanceCoefficients(Solution::State& s) {
+    for (auto& e : s.segs) {
+        if (!e.resist || e.unknown < 0) continue;
+        const double phi = s.phiPts[e.unknown];
+        const auto& aq = s.aqOf(e.dom);
+        const double h = std::isfinite(phi) ? aq.headFromPhiExtended(phi) : e.value;
+        e.a = e.c * aq.transmissivity(h) / e.w;
+    }
+}
 
 namespace {
 
@@ -406,21 +419,15 @@ void assembleAndFactor(Solution::State& s, double& tAssemble, double& tFactor) {
         throw FatalError("Not enough memory for the " + std::to_string(n) + " equations of this model.");
     }
     double* A = s.lu.data();
-    // Resistance coefficients follow the transmissivity at the current aquifer head.
-    for (auto& e : s.segs) {
-        if (!e.resist || e.unknown < 0) continue;
-        const double phi = s.phiPts[e.unknown];
-        const auto& aq = s.aqOf(e.dom);
-        const double h = std::isfinite(phi) ? aq.headFromPhiExtended(phi) : e.value;
-        e.a = e.c * aq.transmissivity(h) / e.w;
-    }
+    updateResistanceCoefficients(s);
 #pragma omp parallel for schedule(dynamic, 4)
     for (int j = 0; j < n; ++j)
         elementOf(s, j).column(s, j, s.px.data(), s.py.data(), n, A + (size_t)j * n);
     // Each element's own entries of its row: the rows that fix or sum strengths, the
     // resistance, loss and common-potential terms of potential rows; then the doublets'.
-    for (int i = 0; i < n; ++i) elementOf(s, i).assembleRow(s, i, A);
-    s.assembleAreaRows(A);
+    DenseRowSink sink(A, n);
+    for (int i = 0; i < n; ++i) elementOf(s, i).assembleRow(s, i, sink);
+    s.assembleAreaRows(sink);
     tAssemble += seconds(t0);
 
     const auto t1 = std::chrono::steady_clock::now();
@@ -517,7 +524,31 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
         say("Partially penetrating wells: " + std::to_string(rep.partialWells) + " (" + std::to_string(headPartial) +
             " head specified)");
     say("Equations: " + std::to_string(s.n));
-    if (o.storeOnDisk) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
+    bool compressed =
+        o.method == SolveMethod::Compressed || (o.method == SolveMethod::Automatic && s.n >= o.crossover);
+    if (o.storeOnDisk && !compressed) say("Matrix kept in memory (" + fmt("%.1f", 8.0 * s.n * (double)s.n / 1048576.0) + " MB)");
+
+    if (compressed) {
+        // The large-model path: the influence matrix compressed once, GMRES in each iteration.
+        say("Solution method: compressed influence matrix and GMRES" +
+            std::string(o.method == SolveMethod::Automatic ? " (" + std::to_string(s.n) + " equations, from " +
+                                                                 std::to_string(o.crossover) + " on)"
+                                                           : ""));
+        CompressedSettings cs;
+        cs.h.tol = o.compressionTolerance;
+        cs.gmres.tol = o.gmresTolerance;
+        const auto tc = std::chrono::steady_clock::now();
+        const bool had = s.iterative && s.iterative->H;
+        compressInfluence(s, cs, log);
+        if (!had) rep.compressSeconds = seconds(tc);
+        rep.assemblySeconds += rep.compressSeconds;
+        s.iterative->settings.gmres.tol = o.gmresTolerance;
+        if (!s.iterative->assembled) s.factorsValid = false;
+        rep.compressed = true;
+    } else if (s.iterative && s.iterative->assembled) {
+        s.iterative->assembled = false;  // the last factors are those of the compressed path
+        s.factorsValid = false;
+    }
 
     const int outerMax = std::max(1, o.outerIterations);
     const int innerMax = std::max(1, o.innerIterations);
@@ -531,14 +562,44 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             it.outer = outer;
             it.inner = inner;
             if (!s.factorsValid || o.fullFactorisation) {
-                assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
+                if (compressed) {
+                    const auto tp = std::chrono::steady_clock::now();
+                    updateResistanceCoefficients(s);
+                    assembleCompressed(s, log);
+                    s.factorsValid = true;
+                    rep.factorSeconds += seconds(tp);
+                } else {
+                    assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
+                }
                 it.refactorised = true;
             }
             buildRhs(s);
             std::vector<double> b = s.rhs;
-            int info = 0, one = 1;
-            const char tr = 'N';
-            dgetrs_(&tr, &s.n, &one, s.lu.data(), &s.n, s.ipiv.data(), b.data(), &s.n, &info, 1);
+            bool done = false;
+            if (compressed) {
+                try {
+                    b = solveCompressed(s, b, log);
+                    rep.krylovIterations += s.iterative->lastIterations;
+                    done = true;
+                } catch (const FatalError&) {
+                    // Chosen automatically: the dense path takes over (it is exact); asked
+                    // for in the command file: the message says what to do.
+                    if (o.method != SolveMethod::Automatic) throw;
+                    rep.krylovIterations += s.iterative->lastIterations;
+                    s.warn("the iterative solution did not converge (relative residual " +
+                           fmt("%.3E", s.iterative->lastResidual) + "); the dense method is used from here on");
+                    compressed = false;
+                    s.iterative->assembled = false;
+                    assembleAndFactor(s, rep.assemblySeconds, rep.factorSeconds);
+                    it.refactorised = true;
+                    b = s.rhs;
+                }
+            }
+            if (!done) {
+                int info = 0, one = 1;
+                const char tr = 'N';
+                dgetrs_(&tr, &s.n, &one, s.lu.data(), &s.n, s.ipiv.data(), b.data(), &s.n, &info, 1);
+            }
             for (double v : b)
                 if (!std::isfinite(v))
                     throw FatalError("The solution of the system of equations is not finite; the system is singular or badly scaled.");
@@ -591,6 +652,7 @@ SolveReport Solution::solve(const SolveOptions& o, const LineSink& log) {
             say("  " + std::to_string(steadyT) + " schedule lines give a start head at or below the base: their "
                 "transmissivity is that of the steady head at the well");
     }
+    if (rep.compressed) rep.compressedBytes = (double)s.iterative->bytes();
     rep.balance = waterBalance();
     for (const auto& l : formatBalance(rep.balance)) say(l);
     rep.totalSeconds = seconds(tStart);

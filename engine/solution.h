@@ -33,11 +33,24 @@ public:
 // The head reported for a dry point.
 inline constexpr double kDryHead = -9999.0;
 
+// How the linear system of each iteration is solved: a dense LU factorisation, or a
+// compressed influence matrix and GMRES (engine/hoperator.h); automatically the dense one
+// below `crossover` equations.
+enum class SolveMethod { Automatic, Dense, Compressed };
+
 struct SolveOptions {
     int innerIterations = 5;       // I of " solve I O S F": at most this many inner iterations
     int outerIterations = 1;       // O: bounds the outer loop of stream routing
     bool storeOnDisk = false;      // S: accepted; the matrix is always kept in memory
     bool fullFactorisation = false;// F: true refactorises the matrix in every iteration
+    SolveMethod method = SolveMethod::Automatic;  // the word after F: dense, compressed, automatic
+    int crossover = kDefaultCrossover;            // Automatic: compressed from this many equations on
+    // Where the compressed path is measured to win on the machines it is built for
+    // (tarno-bench-hsolve; see docs/solver.md).
+    static constexpr int kDefaultCrossover = 5000;
+    // Compressed path: accuracy of the low-rank blocks and the residual GMRES stops at.
+    double compressionTolerance = 1e-11;
+    double gmresTolerance = 1e-13;
 };
 
 // One line of the message log per call.
@@ -88,6 +101,13 @@ struct SolveReport {
     double assemblySeconds = 0.0;
     double factorSeconds = 0.0;
     double totalSeconds = 0.0;
+    // The compressed path (compressed true): the time to build the compressed matrix (in
+    // assemblySeconds as well), its memory with the sparse part and the preconditioner,
+    // and the GMRES iterations of all solves.
+    bool compressed = false;
+    double compressSeconds = 0.0;
+    double compressedBytes = 0.0;
+    int krylovIterations = 0;
 };
 
 // The twelve numbers of a point record (after X and Y).
@@ -284,6 +304,8 @@ public:
 
     // The number of unknowns (= equations) of the current model.
     int unknowns() const;
+    // Their values after the last solve, in the order of the equations.
+    const std::vector<double>& unknownValues() const;
 
     struct State;  // internal
 

@@ -9,12 +9,16 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tarno::engine {
+
+class RowSink;        // engine/elements.h
+struct IterativeSolve;  // engine/hoperator.h: the compressed operator and its preconditioner
 
 enum class SegState : std::uint8_t {
     Free = 0,         // its own condition holds (head, resistance, common gallery head)
@@ -196,6 +200,10 @@ struct Solution::State {
     std::vector<double> lu;
     std::vector<int> ipiv;
     bool factorsValid = false;
+    // The large-model path: the compressed influence matrix (built once, the geometry does
+    // not change), the sparse own entries and the preconditioner (rebuilt where the dense
+    // path would refactorise).
+    std::shared_ptr<IterativeSolve> iterative;
 
     // Arrays for evaluation (all segments, discharge ones included)
     std::vector<double> scx, scy, sihr, sihi, sscale, sc0, ssig;
@@ -231,7 +239,7 @@ struct Solution::State {
     // Rows of the doublets in the assembled matrix (A column-major, n x n) and the
     // right-hand side; the state update after a solve (residual in head). Returns true
     // when the linearisation moved so far that the matrix should be rebuilt.
-    void assembleAreaRows(double* A);
+    void assembleAreaRows(RowSink& A);
     double areaRhs(int i) const;
     bool updateArea(double& residual);
     // Copies the unknowns into the strength arrays. With applyFixed, segments whose row

@@ -125,7 +125,8 @@ int main(int argc, char** argv) {
     for (int n : sizes) {
         Model m = generate(n, 42u + n);
         Solution s(m);
-        const SolveReport r = s.solve(SolveOptions{1, 1, false, false});
+        // The dense path, against a bare dgetrf (the compressed one: tarno-bench-hsolve).
+        const SolveReport r = s.solve(SolveOptions{1, 1, false, false, SolveMethod::Dense});
         const double lu = bareDgetrf(s.unknowns());
         double headsTime = -1.0;
         if (n == 5000 || sizes.size() == 1) {
