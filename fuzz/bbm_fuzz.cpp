@@ -14,6 +14,7 @@
 
 #include "basemaps/bbm.h"
 #include "core/error.h"
+#include "core/silent_ui.h"
 #include "display/canvas.h"
 #include "display/vgraph.h"
 
@@ -22,30 +23,7 @@ using namespace tarno;
 namespace {
 
 // A port that answers every box with its first button and keeps nothing.
-class NullUi : public UserInterface {
- public:
-  Answer MessageBox(const std::string&, const std::vector<std::string>&, Buttons, Icon) override {
-    return Answer::OK;
-  }
-  std::optional<std::string> InputBox(const std::string&, const std::string&,
-                                      const std::string&) override {
-    return std::nullopt;
-  }
-  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override {
-    return std::nullopt;
-  }
-  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override {
-    return std::nullopt;
-  }
-  std::vector<std::string> OpenFilesDialog(const FileDialogRequest&) override { return {}; }
-  std::optional<std::uint32_t> ColourDialog(std::uint32_t) override { return std::nullopt; }
-  void ShowModal(DialogModel&) override {}
-  void PleaseWaitShow(const std::string&, int) override {}
-  void PleaseWaitHide() override {}
-  void ShowTextFile(const std::string&) override {}
-  void Activity(const std::string&) override {}
-  void Feedback(const std::string&) override {}
-};
+using NullUi = SilentUserInterface;
 
 std::string ScratchPath() {
   const char* dir = std::getenv("TMPDIR");

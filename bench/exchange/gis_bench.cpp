@@ -21,17 +21,14 @@
 #include "exchange/vector_import.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "../support/timing.h"
 
 namespace fs = std::filesystem;
 using namespace tarno;
 
 namespace {
 
-double Seconds(const std::function<void()>& f) {
-  const auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+using tarno::bench::Seconds;
 
 void BuildModel(const fs::path& path, int wells, int strings, int vertices) {
   Database db = Database::Open(path);

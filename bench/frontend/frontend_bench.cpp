@@ -29,17 +29,14 @@
 #include "solver/results_loader.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "../support/timing.h"
 
 namespace fs = std::filesystem;
 using namespace tarno;
 
 namespace {
 
-double Seconds(const std::function<void()>& f) {
-  const auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+using tarno::bench::Seconds;
 
 double Best(int repeats, const std::function<void()>& f) {
   double best = 1e300;

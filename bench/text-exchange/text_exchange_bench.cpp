@@ -24,17 +24,14 @@
 #include "exchange/text_exchange.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "../support/timing.h"
 
 namespace fs = std::filesystem;
 using namespace tarno;
 
 namespace {
 
-double Seconds(const std::function<void()>& f) {
-  const auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+using tarno::bench::Seconds;
 
 std::string NewProject(const fs::path& dir, const std::string& name) {
   const fs::path p = dir / name;

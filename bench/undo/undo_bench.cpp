@@ -25,17 +25,14 @@
 #include "store/database.h"
 #include "store/schema.h"
 #include "store/undo_history.h"
+#include "../support/timing.h"
 
 namespace fs = std::filesystem;
 using namespace tarno;
 
 namespace {
 
-double Seconds(const std::function<void()>& f) {
-  const auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+using tarno::bench::Seconds;
 
 void BuildModel(const std::string& path, int wells) {
   Database db = Database::Open(path);

@@ -22,6 +22,7 @@
 #include "exchange/xml_elements.h"
 #include "store/database.h"
 #include "store/schema.h"
+#include "../support/timing.h"
 
 namespace fs = std::filesystem;
 using namespace tarno;
@@ -29,11 +30,7 @@ using namespace tarno::exchange;
 
 namespace {
 
-double Seconds(const std::function<void()>& f) {
-  const auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+using tarno::bench::Seconds;
 
 }  // namespace
 

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "basemaps/gdal_support.h"
+#include "core/silent_ui.h"
 #include "core/error.h"
 #include "core/error_trap.h"
 #include "core/text.h"
@@ -84,7 +85,7 @@ std::string KindPlural(ElementKind kind) {
 // A port that answers for the element checks during an import: it keeps what they
 // say, so that a refusal becomes the reason in the report, and answers each
 // question with its first button.
-class CollectingPort : public UserInterface {
+class CollectingPort : public SilentUserInterface {
  public:
   Answer MessageBox(const std::string& title, const std::vector<std::string>& lines,
                     Buttons buttons, Icon) override {
@@ -94,24 +95,6 @@ class CollectingPort : public UserInterface {
     said.push_back(text);
     return AnswersOf(buttons).front();
   }
-  std::optional<std::string> InputBox(const std::string&, const std::string&,
-                                      const std::string&) override {
-    return std::nullopt;
-  }
-  std::optional<std::string> OpenFileDialog(const FileDialogRequest&) override {
-    return std::nullopt;
-  }
-  std::optional<std::string> SaveFileDialog(const FileDialogRequest&) override {
-    return std::nullopt;
-  }
-  std::vector<std::string> OpenFilesDialog(const FileDialogRequest&) override { return {}; }
-  std::optional<std::uint32_t> ColourDialog(std::uint32_t) override { return std::nullopt; }
-  void ShowModal(DialogModel&) override {}
-  void PleaseWaitShow(const std::string&, int) override {}
-  void PleaseWaitHide() override {}
-  void ShowTextFile(const std::string&) override {}
-  void Activity(const std::string&) override {}
-  void Feedback(const std::string&) override {}
 
   std::vector<std::string> said;
 };
