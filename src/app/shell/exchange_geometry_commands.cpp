@@ -1,6 +1,7 @@
 #include "app/shell/exchange_geometry_commands.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "app/shell/shell_controller.h"
 #include "exchange/geometry_export.h"
@@ -21,35 +22,25 @@ exchange::GeometryExportContext ContextOf(ShellController& shell) {
 }  // namespace
 
 void RegisterGeometryExportCommands(ShellController& shell) {
-  CommandRegistry& c = shell.Commands();
-  c.Register(
-      "EXPORT(10)",
-      [&shell] {
-        auto ctx = ContextOf(shell);
-        exchange::ToolsExportDXF(ctx);
-      },
-      "ToolsExportDXF");
-  c.Register(
-      "EXPORT(11)",
-      [&shell] {
-        auto ctx = ContextOf(shell);
-        exchange::ToolsExportBLN(ctx);
-      },
-      "ToolsExportBLN");
-  c.Register(
-      "EXPORT(12)",
-      [&shell] {
-        auto ctx = ContextOf(shell);
-        exchange::ToolsExportGrid(ctx);
-      },
-      "ToolsExportGrid");
-  c.Register(
-      "EXPORT(13)",
-      [&shell] {
-        auto ctx = ContextOf(shell);
-        exchange::ToolsExportShape(ctx);
-      },
-      "ToolsExportShape");
+  // Each export reports its outcome in its own boxes; the result is not needed here.
+  using Export = std::function<void(exchange::GeometryExportContext&)>;
+  const struct {
+    const char* key;
+    Export run;
+    const char* operation;
+  } kExports[] = {{"EXPORT(10)", exchange::ToolsExportDXF, "ToolsExportDXF"},
+                  {"EXPORT(11)", exchange::ToolsExportBLN, "ToolsExportBLN"},
+                  {"EXPORT(12)", exchange::ToolsExportGrid, "ToolsExportGrid"},
+                  {"EXPORT(13)", exchange::ToolsExportShape, "ToolsExportShape"}};
+  for (const auto& e : kExports) {
+    shell.Commands().Register(
+        e.key,
+        [&shell, run = e.run] {
+          auto ctx = ContextOf(shell);
+          run(ctx);
+        },
+        e.operation);
+  }
 }
 
 }  // namespace tarno
