@@ -63,5 +63,34 @@ TEST(ExchangeRoundTripScript, TheCopyHasTheHeadsOfTheOriginalAndTheExportsOpen) 
   EXPECT_TRUE(fs::exists(temp.Path() / "copy" / "copy.XTR")) << "the copy was solved itself";
 }
 
+// An export into a folder that does not exist (a typing slip in a script) is named
+// as such before anything is written, not reported as an "Unhandled Error" with the
+// advice to restart the program.
+TEST(ExchangeRoundTripScript, AnExportIntoAMissingFolderNamesTheFolder) {
+  TempDir temp("tarno-missing-folder");
+  RunOptions options;
+  options.env = {"TARNO_CONFIG_DIR=" + (temp.Path() / "config").string()};
+  options.cwd = temp.Path();
+  const fs::path project = temp.Path() / "p.trn";
+  ASSERT_EQ(RunProgram("tarnocmd", {"new", project.string(), "--yes"}, options).status, 0);
+  ASSERT_EQ(RunProgram("tarnocmd",
+                       {"add", project.string(), "well", "100", "200", "--set", "Label=W1"}, options)
+                .status,
+            0);
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{"export", project.string(), "brr.xml", "nodir/b.brr.xml"},
+        std::vector<std::string>{"export", project.string(), "wl", "nodir/w.wl", "discharge"},
+        std::vector<std::string>{"export", project.string(), "gpkg", "nodir/p.gpkg"}}) {
+    SCOPED_TRACE(args[2]);
+    const RunResult r = RunProgram("tarnocmd", args, options);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("tarnocmd: the folder nodir of " + args[3] + " does not exist"),
+              std::string::npos)
+        << r.err;
+    EXPECT_EQ(r.err.find("Unhandled"), std::string::npos) << r.err;
+  }
+  EXPECT_FALSE(fs::exists(temp.Path() / "nodir"));
+}
+
 }  // namespace
 }  // namespace tarno::test
