@@ -60,8 +60,7 @@ int Export(const std::vector<std::string>& args, std::ostream& out, std::ostream
   const std::filesystem::path folder = std::filesystem::path(o.file).parent_path();
   std::error_code ec;
   if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
-    err << "tarnocmd: the folder " << folder.string() << " of " << o.file
-        << " does not exist\n";
+    err << "tarnocmd: the folder " << folder.string() << " of " << o.file << " does not exist\n";
     return 1;
   }
   const std::string& f = o.format;

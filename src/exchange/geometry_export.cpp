@@ -47,8 +47,9 @@ std::optional<fs::path> AskFile(GeometryExportContext& ctx, FileDialogRequest re
   // directory memory, where a first DXF export used to start).
   if (directoryKey != nullptr) {
     const fs::path project = ctx.projectFile.parent_path();
-    request.initialDirectory = StartDirectoryIn(
-        DefFile(ctx), directoryKey, project.empty() ? fs::current_path(ec).string() : project.string());
+    request.initialDirectory =
+        StartDirectoryIn(DefFile(ctx), directoryKey,
+                         project.empty() ? fs::current_path(ec).string() : project.string());
   }
   const std::optional<std::string> chosen = ctx.ui.SaveFileDialog(request);
   if (!chosen || chosen->empty()) return std::nullopt;

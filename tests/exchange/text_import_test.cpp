@@ -80,11 +80,12 @@ TEST_F(TextImportTest, AScreenOutsideTheAquiferTakesTheDefaultNotAnUpsideDownOne
             "300,200,500,0.3,Below,90,80\n"
             "500,200,500,0.3,Inside,130,110\n");
   ScriptedUserInterface ui;
-  ui.ExpectMessage("Import Complete",
-                   {"3 wells were read in.", "Screen above aquifer top in line1 Set to aquifer top.",
-                    "Zero screen length in line1 Screen set to default.",
-                    "Screen below aquifer bottom in line2 Set to aquifer bottom.",
-                    "Zero screen length in line2 Screen set to default."});
+  ui.ExpectMessage(
+      "Import Complete",
+      {"3 wells were read in.", "Screen above aquifer top in line1 Set to aquifer top.",
+       "Zero screen length in line1 Screen set to default.",
+       "Screen below aquifer bottom in line2 Set to aquifer bottom.",
+       "Zero screen length in line2 Screen set to default."});
   exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Discharge);
   ui.Verify();
   std::map<std::string, std::pair<double, double>> screen;

@@ -73,10 +73,11 @@ TEST(ExchangeRoundTripScript, AnExportIntoAMissingFolderNamesTheFolder) {
   options.cwd = temp.Path();
   const fs::path project = temp.Path() / "p.trn";
   ASSERT_EQ(RunProgram("tarnocmd", {"new", project.string(), "--yes"}, options).status, 0);
-  ASSERT_EQ(RunProgram("tarnocmd",
-                       {"add", project.string(), "well", "100", "200", "--set", "Label=W1"}, options)
-                .status,
-            0);
+  ASSERT_EQ(
+      RunProgram("tarnocmd", {"add", project.string(), "well", "100", "200", "--set", "Label=W1"},
+                 options)
+          .status,
+      0);
   for (const std::vector<std::string>& args :
        {std::vector<std::string>{"export", project.string(), "brr.xml", "nodir/b.brr.xml"},
         std::vector<std::string>{"export", project.string(), "wl", "nodir/w.wl", "discharge"},

@@ -257,11 +257,12 @@ TEST_F(ShellControllerTest, XmlElementFileEntriesExportImportAndUndo) {
 TEST_F(ShellControllerTest, AnImportIntoAWindowShowingNothingZoomsToTheExtents) {
   OpenExample();
   const std::string brr = (work_ / "far.brr.xml").string();
-  ASSERT_TRUE(test::WriteFile(brr, "<?xml version='1.0'?>\n<HorizontalBarriersFile version=\"1\">"
-                                   "<HorizontalBarrier><Label>FarWall</Label><HydCond>0.1</HydCond>"
-                                   "<Vertices><Vertex><X>450000</X><Y>4390000</Y></Vertex>"
-                                   "<Vertex><X>451000</X><Y>4391000</Y></Vertex></Vertices>"
-                                   "</HorizontalBarrier></HorizontalBarriersFile>"));
+  ASSERT_TRUE(test::WriteFile(brr,
+                              "<?xml version='1.0'?>\n<HorizontalBarriersFile version=\"1\">"
+                              "<HorizontalBarrier><Label>FarWall</Label><HydCond>0.1</HydCond>"
+                              "<Vertices><Vertex><X>450000</X><Y>4390000</Y></Vertex>"
+                              "<Vertex><X>451000</X><Y>4391000</Y></Vertex></Vertices>"
+                              "</HorizontalBarrier></HorizontalBarriersFile>"));
   auto inside = [&](double x, double y) {
     const WorldWindow& w = shell_->State().Window;
     return x >= std::min(w.Left, w.Right) && x <= std::max(w.Left, w.Right) &&
