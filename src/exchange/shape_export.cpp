@@ -11,7 +11,7 @@
 //   particles         ID (C, the VID), ELEVATION, SATDTHICK, FORWARD (N)
 //   test points       LABEL, TYPE (C), OBSHEAD, OBSFLOW, PESTWEIGHT, UCODEWT (N)
 //   wells             LABEL (C), HEADSPEC, HEAD, RADIUS, TOPELEV, BOTTOMELEV,
-//                     PPWELL, PARTICLES (N)
+//                     PPWELL, PARTICLES, POND (N)
 //   inhomogeneities   LABEL (C), HYDCOND, BOTTOMELEV, RECHARGE, POROSITY, AVGHEAD,
 //                     CHANGEK, CHANGEB, CHANGER, CHANGEP, CHANGEA (N)
 //   line sinks        LABEL, KIND (C, as the DXF layers name it), HEADSPEC,
@@ -233,6 +233,9 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.Number("BOTTOMELEV", e.row.Number("BottomElev"));
         t.Whole("PPWELL", e.row.Number("PPWell"));
         t.Whole("PARTICLES", e.row.Number("NParticles"));
+        // A pond is a well whose HEAD is a recharge rate: without the flag it would
+        // come back through the GIS import as a well pumping that rate.
+        t.Whole("POND", e.row.Number("Pond"));
       }
       break;
     case ShapeKind::Inhomogeneities:

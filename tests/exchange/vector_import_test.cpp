@@ -408,6 +408,7 @@ TEST_F(VectorImportTest, TheWellsShapefileOfTheExportComesBackWithItsKindsOfWell
   const auto mapping = exchange::ProposedMapping(ElementKind::Well, infos[0]);
   EXPECT_EQ(mapping.at("HeadSpecified"), "HEADSPEC");
   EXPECT_EQ(mapping.at("NParticles"), "PARTICLES");
+  EXPECT_EQ(mapping.at("Pond"), "POND");
   EXPECT_EQ(mapping.at("head"), "HEAD");
   const VectorImportReport r = Import(shp, ElementKind::Well, mapping);
   EXPECT_TRUE(r.skipped.empty()) << (r.skipped.empty() ? "" : r.skipped[0].reason);
@@ -419,7 +420,7 @@ TEST_F(VectorImportTest, TheWellsShapefileOfTheExportComesBackWithItsKindsOfWell
                                 [&](const Element& e) { return e.Label() == b.Label(); });
     ASSERT_NE(a, after.end());
     for (const char* field :
-         {"HeadSpecified", "Head", "Radius", "TopElev", "BottomElev", "PPWell", "NParticles"})
+         {"HeadSpecified", "Head", "Radius", "TopElev", "BottomElev", "PPWell", "NParticles", "Pond"})
       EXPECT_EQ(a->row.Normalised(field, a->row.Get(field)),
                 b.row.Normalised(field, b.row.Get(field)))
           << field;
