@@ -419,8 +419,8 @@ TEST_F(VectorImportTest, TheWellsShapefileOfTheExportComesBackWithItsKindsOfWell
     const auto a = std::find_if(after.begin(), after.end(),
                                 [&](const Element& e) { return e.Label() == b.Label(); });
     ASSERT_NE(a, after.end());
-    for (const char* field :
-         {"HeadSpecified", "Head", "Radius", "TopElev", "BottomElev", "PPWell", "NParticles", "Pond"})
+    for (const char* field : {"HeadSpecified", "Head", "Radius", "TopElev", "BottomElev", "PPWell",
+                              "NParticles", "Pond"})
       EXPECT_EQ(a->row.Normalised(field, a->row.Get(field)),
                 b.row.Normalised(field, b.row.Get(field)))
           << field;
