@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 namespace tarno::cmd {
 
@@ -54,6 +55,14 @@ int Export(const std::vector<std::string>& args, std::ostream& out, std::ostream
   o.format = Lower(positional[1]);
   o.file = positional[2];
   if (positional.size() == 4) o.what = Lower(positional[3]);
+  // A file dialog shows only folders that exist; here a mistyped folder would end in
+  // the "Unhandled Error" box of a failed write, so it is named before anything runs.
+  const std::filesystem::path folder = std::filesystem::path(o.file).parent_path();
+  std::error_code ec;
+  if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
+    err << "tarnocmd: the folder " << folder.string() << " of " << o.file << " does not exist\n";
+    return 1;
+  }
   const std::string& f = o.format;
   if (f == "lss.xml" || f == "inh.xml" || f == "brr.xml") return ExportXml(o, out, err);
   if (f == "lss" || f == "inh" || f == "huc" || f == "wl" || f == "tp" || f == "tx") return ExportText(o, out, err);

@@ -251,6 +251,14 @@ std::vector<std::string> QtUserInterface::ViewNames() const {
   return names;
 }
 
+int MessageTextWidth(int widestLine, int screenWidth) {
+  // Qt's limit for the whole box, and what its icon, spacing and margins take.
+  const int boxLimit = screenWidth <= 1024 ? screenWidth : std::min(screenWidth - 480, 1000);
+  constexpr int kIconAndMargins = 100;
+  const int room = std::min(screenWidth * 3 / 4, boxLimit - kIconAndMargins);
+  return std::max(0, std::min(widestLine, room));
+}
+
 Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<std::string>& lines,
                                    Buttons buttons, Icon icon) {
   QStringList text;
@@ -267,10 +275,10 @@ Answer QtUserInterface::MessageBox(const std::string& title, const std::vector<s
     const QScreen* screen = parent_ != nullptr && parent_->screen() != nullptr
                                 ? parent_->screen()
                                 : QGuiApplication::primaryScreen();
-    const int room = screen != nullptr ? screen->availableGeometry().width() * 3 / 4 : 1200;
-    label->setMinimumWidth(std::min(widest + label->contentsMargins().left() +
-                                        label->contentsMargins().right() + 2,
-                                    room));
+    const int screenWidth = screen != nullptr ? screen->availableGeometry().width() : 1600;
+    label->setMinimumWidth(MessageTextWidth(
+        widest + label->contentsMargins().left() + label->contentsMargins().right() + 2,
+        screenWidth));
   }
   const int pressed = box.exec();
   QAbstractButton* clicked = box.clickedButton();

@@ -104,4 +104,10 @@ std::string FilterExtension(const QString& qtFilter);
 // are no extension: "site 2.5" becomes "site 2.5.trn".
 std::string WithDefaultExtension(const std::string& path, const std::string& extension);
 
+// The width a message box's text asks for: its longest line, but no more than the
+// box can hold. Qt fixes a message box at most min(screen - 480, 1000) pixels wide
+// (the whole width on a screen of 1024 or less); a text wider than that, less the
+// icon and the margins, ran past the box's edge and was cut off instead of wrapping.
+int MessageTextWidth(int widestLine, int screenWidth);
+
 }  // namespace tarno

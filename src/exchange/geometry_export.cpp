@@ -43,9 +43,14 @@ std::string DefFile(const GeometryExportContext& ctx) {
 std::optional<fs::path> AskFile(GeometryExportContext& ctx, FileDialogRequest request,
                                 const char* directoryKey) {
   std::error_code ec;
-  if (directoryKey != nullptr)
-    request.initialDirectory = DefaultDirectoriesIn(DefFile(ctx), directoryKey, DirectoryMode::Read,
-                                                    fs::current_path(ec).string());
+  // The folder remembered for the key, else the project's (not the folder of the
+  // directory memory, where a first DXF export used to start).
+  if (directoryKey != nullptr) {
+    const fs::path project = ctx.projectFile.parent_path();
+    request.initialDirectory =
+        StartDirectoryIn(DefFile(ctx), directoryKey,
+                         project.empty() ? fs::current_path(ec).string() : project.string());
+  }
   const std::optional<std::string> chosen = ctx.ui.SaveFileDialog(request);
   if (!chosen || chosen->empty()) return std::nullopt;
   fs::path file = *chosen;

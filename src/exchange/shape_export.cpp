@@ -11,7 +11,7 @@
 //   particles         ID (C, the VID), ELEVATION, SATDTHICK, FORWARD (N)
 //   test points       LABEL, TYPE (C), OBSHEAD, OBSFLOW, PESTWEIGHT, UCODEWT (N)
 //   wells             LABEL (C), HEADSPEC, HEAD, RADIUS, TOPELEV, BOTTOMELEV,
-//                     PPWELL, PARTICLES (N)
+//                     PPWELL, PARTICLES, POND (N)
 //   inhomogeneities   LABEL (C), HYDCOND, BOTTOMELEV, RECHARGE, POROSITY, AVGHEAD,
 //                     CHANGEK, CHANGEB, CHANGER, CHANGEP, CHANGEA (N)
 //   line sinks        LABEL, KIND (C, as the DXF layers name it), HEADSPEC,
@@ -22,7 +22,9 @@
 // Polygons are written with their first point repeated and the ring clockwise, as
 // the format wants an outer ring; closed barriers repeat their first point too.
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
+#include <variant>
 
 #include "basemaps/dbf.h"
 #include "basemaps/shapefile.h"
@@ -62,6 +64,8 @@ constexpr ShapeKindInfo kInfos[] = {
      "No-Flow Boundary Export Failed - "},
 };
 
+constexpr const char* kUpToTenDecimals = "0.0#########";
+
 // The columns and shapes of one file before it is written.
 struct ShapeTable {
   ShapeType type = ShapeType::Point;
@@ -80,7 +84,7 @@ struct ShapeTable {
   }
   // Numbers keep up to ten decimals (the field's decimals come from the mask, and a
   // field without decimals would read back as whole numbers).
-  void Number(const std::string& name, double v, const std::string& mask = "0.0#########") {
+  void Number(const std::string& name, double v, const std::string& mask = kUpToTenDecimals) {
     Column(name, "N", mask).Values.emplace_back(std::in_place_type<double>, v);
   }
   // A flag or a count: a whole number.
@@ -229,6 +233,9 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
         t.Number("BOTTOMELEV", e.row.Number("BottomElev"));
         t.Whole("PPWELL", e.row.Number("PPWell"));
         t.Whole("PARTICLES", e.row.Number("NParticles"));
+        // A pond is a well whose HEAD is a recharge rate: without the flag it would
+        // come back through the GIS import as a well pumping that rate.
+        t.Whole("POND", e.row.Number("Pond"));
       }
       break;
     case ShapeKind::Inhomogeneities:
@@ -292,6 +299,30 @@ ShapeTable Build(const GeometryProject& p, ShapeKind kind, double timeMarkStep) 
   return t;
 }
 
+// A column of up to ten decimals gets as many as its values need, all written
+// alike: the field's width is its longest value and its decimals those of the mask,
+// so "0.0#########" gave fields like "N 6.10" (2500.0 in a field of six with ten
+// decimals), which dBASE readers take for a broken header.
+std::vector<DbfColumn> FittedDecimals(std::vector<DbfColumn> columns) {
+  for (DbfColumn& c : columns) {
+    if (c.Type != "N" || c.Format != kUpToTenDecimals) continue;
+    std::size_t decimals = 1;
+    for (const auto& value : c.Values) {
+      const double* v = std::get_if<double>(&value);
+      if (v == nullptr) continue;
+      char buffer[64];
+      std::snprintf(buffer, sizeof buffer, "%.10f", *v);
+      std::string text = buffer;
+      const std::size_t dot = text.find('.');
+      if (dot == std::string::npos) continue;
+      const std::size_t last = text.find_last_not_of('0');
+      if (last != std::string::npos && last > dot) decimals = std::max(decimals, last - dot);
+    }
+    c.Format = "0." + std::string(decimals, '0');
+  }
+  return columns;
+}
+
 void WriteShapes(const fs::path& shp, const ShapeTable& t) {
   fs::path dbf = shp;
   dbf.replace_extension(".dbf");
@@ -300,7 +331,7 @@ void WriteShapes(const fs::path& shp, const ShapeTable& t) {
   CShapeFile file;
   file.SetFileSpec(CFileName(shp.string()), CShapeFile::kCreate, t.type);
   for (const auto& s : t.shapes) file.Add(*s);
-  WriteDBFColumns(dbf, t.columns, static_cast<int>(t.shapes.size()));
+  WriteDBFColumns(dbf, FittedDecimals(t.columns), static_cast<int>(t.shapes.size()));
 }
 
 }  // namespace

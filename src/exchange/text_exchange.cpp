@@ -694,6 +694,14 @@ TextImportResult ImportWells(Database& db, UserInterface& ui, const std::string&
         bottom = base;
         notes.push_back("Screen below aquifer bottom in line" + n + " Set to aquifer bottom.");
       }
+      // A screen wholly above the aquifer's top or below its base (a well file read
+      // into a project whose aquifer is not yet set) has nothing left after those
+      // corrections, or is upside down: it takes the default, as a screen of no length.
+      if (top <= bottom) {
+        top = aquifer.Top();
+        bottom = base;
+        notes.push_back("Zero screen length in line" + n + " Screen set to default.");
+      }
       const bool identical = std::any_of(wells.begin(), wells.end(), [&](const Element& e) {
         return e.X() == w->x && e.Y() == w->y;
       });

@@ -235,6 +235,31 @@ std::optional<ElementKind> KindForLayer(const VectorLayerInfo& layer) {
   return KindForGeometry(layer.geometry);
 }
 
+namespace {
+
+// The columns of the shapefile export (dBASE names, ten letters at most) that stand
+// for a field of another name. Without them a wells file of the export would come
+// back with HEAD taken by the "head" role, every well head-specified, and HEADSPEC
+// unused.
+struct ShapeColumnAlias {
+  ElementKind kind;
+  const char* field;
+  const char* column;
+};
+constexpr ShapeColumnAlias kShapeColumnAliases[] = {
+    {ElementKind::Well, "HeadSpecified", "HEADSPEC"},
+    {ElementKind::Well, "NParticles", "PARTICLES"},
+    {ElementKind::Linesink, "HeadSpecified", "HEADSPEC"},
+    {ElementKind::Linesink, "StartingHead", "STARTHEAD"},
+    {ElementKind::Linesink, "EndingHead", "ENDHEAD"},
+    {ElementKind::Linesink, "Resistance", "RESIST"},
+    {ElementKind::Inhomogeneity, "BottomElevation", "BOTTOMELEV"},
+    {ElementKind::Inhomogeneity, "AverageHead", "AVGHEAD"},
+    {ElementKind::Barrier, "BottomElevation", "BOTTOMELEV"},
+};
+
+}  // namespace
+
 std::map<std::string, std::string> ProposedMapping(ElementKind kind, const VectorLayerInfo& layer) {
   std::map<std::string, std::string> mapping;
   for (const FieldRole& role : RolesOf(kind)) {
@@ -242,6 +267,18 @@ std::map<std::string, std::string> ProposedMapping(ElementKind kind, const Vecto
       if (EqualsIgnoreCase(a, role.role) || (role.fields.size() == 1 && role.alsoSets.empty() &&
                                              EqualsIgnoreCase(a, role.fields.front()))) {
         mapping[role.role] = a;
+        break;
+      }
+    }
+  }
+  // A field role the names left unmapped takes the shapefile export's column for it.
+  for (const ShapeColumnAlias& alias : kShapeColumnAliases) {
+    if (alias.kind != kind) continue;
+    const std::optional<FieldRole> role = FindRole(kind, alias.field);
+    if (!role || mapping.count(role->role) > 0) continue;
+    for (const std::string& a : layer.attributes) {
+      if (EqualsIgnoreCase(a, alias.column)) {
+        mapping[role->role] = a;
         break;
       }
     }

@@ -69,10 +69,13 @@ std::string DefFile(const XmlExchangeContext& ctx) {
   return ctx.defaultDirectoriesFile.empty() ? DefaultDirectoriesFile() : ctx.defaultDirectoriesFile;
 }
 
+// The folder remembered for the key, else the project's: a first export or import
+// starts beside the project, not in the folder of the directory memory.
 std::string StartDirectory(const XmlExchangeContext& ctx, const char* key) {
   std::error_code ec;
-  return DefaultDirectoriesIn(DefFile(ctx), key, DirectoryMode::Read,
-                              fs::current_path(ec).string());
+  const fs::path project = fs::path(ctx.projectPath).parent_path();
+  return StartDirectoryIn(DefFile(ctx), key,
+                          project.empty() ? fs::current_path(ec).string() : project.string());
 }
 
 void Remember(const XmlExchangeContext& ctx, const char* key, const std::string& file) {

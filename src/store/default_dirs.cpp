@@ -134,6 +134,17 @@ std::string DefaultDirectoriesIn(const std::string& defFile, const std::string& 
   return WithClosingSeparator(currentDirectory);
 }
 
+std::string StartDirectoryIn(const std::string& defFile, const std::string& key,
+                             const std::string& fallback) {
+  std::vector<std::string> lines;
+  if (ReadLines(defFile, lines)) {
+    const int i = FindKey(lines, key);
+    if (i >= 0 && lines[i].size() > key.size() + 3)
+      return WithClosingSeparator(lines[i].substr(key.size() + 3));
+  }
+  return WithClosingSeparator(fallback);
+}
+
 std::string DefaultDirectories(const std::string& key, DirectoryMode mode) {
   return DefaultDirectoriesIn(DefaultDirectoriesFile(), key, mode, CurrentDirectory());
 }

@@ -50,6 +50,12 @@ std::string DefaultDirectories(const std::string& key, DirectoryMode mode);
 std::string DefaultDirectoriesIn(const std::string& defFile, const std::string& key,
                                  DirectoryMode mode, const std::string& currentDirectory);
 
+// Where a file dialog of `key` starts: the directory stored for it in `defFile`, else
+// `fallback` (the project's folder, say) rather than the folder of TARNO.def, which
+// holds no files of the user's. Reads only: a missing file or key is not written.
+std::string StartDirectoryIn(const std::string& defFile, const std::string& key,
+                             const std::string& fallback);
+
 // Adds a closing '/' to a directory that lacks one (an empty text stays empty).
 std::string WithClosingSeparator(const std::string& directory);
 

@@ -232,6 +232,44 @@ TEST_F(QtPortTest, MessageBoxAsksForTheWidthOfItsLongestLine) {
   EXPECT_LE(asked, std::max(room, widest + 40));
 }
 
+// A line longer than the box may be (the GIS import's "Feature 0: Bad Entry: Top of
+// Screen must be between ..." lines) wraps inside the box: the text asks for no more
+// than Qt lets the box be, min(screen - 480, 1000) wide, less the icon and margins.
+// It asked for three quarters of the screen, 1050 pixels on a screen of 1400 in a box
+// held at 920, and the line ends were cut off.
+TEST(MessageTextWidthTest, TheTextFitsTheWidestBoxQtAllows) {
+  EXPECT_EQ(MessageTextWidth(300, 1400), 300) << "a short text asks for its own width";
+  for (int screen : {800, 1024, 1280, 1400, 1920, 2560, 3840}) {
+    SCOPED_TRACE(screen);
+    const int box = screen <= 1024 ? screen : std::min(screen - 480, 1000);
+    const int asked = MessageTextWidth(5000, screen);
+    EXPECT_LE(asked + 64, box) << "room for the icon and the margins";
+    EXPECT_GE(asked, std::min(box - 100, screen * 3 / 4));
+  }
+}
+
+TEST_F(QtPortTest, AVeryLongLineStaysInsideTheMessageBox) {
+  QtUserInterface ui;
+  const std::string longLine =
+      "Feature 0: Bad Entry: Top of Screen must be between the local base and the aquifer "
+      "top. The local base is 0 and the aquifer top is 1. Please enter a new value. " +
+      std::string(200, 'x');
+  int labelRight = 0, boxWidth = 0;
+  bool wraps = false;
+  OnNextDialog<QMessageBox>([&](QMessageBox* box) {
+    if (auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+      labelRight = label->geometry().right();
+      wraps = label->wordWrap();
+    }
+    boxWidth = box->width();
+    box->button(QMessageBox::Ok)->click();
+  });
+  ui.MessageBox("GIS Import", {"Imported 0 wells.", longLine}, Buttons::OK);
+  ASSERT_GT(boxWidth, 0);
+  EXPECT_TRUE(wraps);
+  EXPECT_LT(labelRight, boxWidth);
+}
+
 TEST_F(QtPortTest, InputBoxGivesTheTextOrNothingOnCancel) {
   QtUserInterface ui;
   QString title, label, shown;

@@ -284,6 +284,29 @@ TEST_F(GeometryExportTest, DxfContoursStandInMapCoordinatesOnTheNamedLayerAtThei
   EXPECT_NE(text.find(" 38\r\n102.5\r\n"), std::string::npos);
 }
 
+// The first DXF export starts beside the project, not in the configuration folder
+// that holds TARNO.def; then where the last drawing went.
+TEST_F(GeometryExportTest, AFirstDxfExportStartsInTheProjectsFolder) {
+  AddStrings();
+  std::filesystem::create_directories(dir_ / "config");
+  std::filesystem::create_directories(dir_ / "cad");
+  auto ctx = Context();
+  ctx.defaultDirectoriesFile = (dir_ / "config" / "TARNO.def").string();
+  ASSERT_TRUE(test::WriteFile(ctx.defaultDirectoriesFile, "Open Project Path = /elsewhere\n"));
+  ui_.ExpectSaveFile((dir_ / "cad" / "e1.dxf").string());
+  ui_.ExpectMessageTitled(gt::kCompleteTitle);
+  ui_.ExpectSaveFile((dir_ / "cad" / "e2.dxf").string());
+  ui_.ExpectMessageTitled(gt::kCompleteTitle);
+  ASSERT_TRUE(ExportDxf(ctx, VectorMode::Elements, ""));
+  ASSERT_TRUE(ExportDxf(ctx, VectorMode::Elements, ""));
+  ui_.Verify();
+  const auto saves = ui_.CallsOf(UiCallKind::SaveFile);
+  EXPECT_EQ(std::filesystem::path(saves.at(0).file.initialDirectory),
+            std::filesystem::path(dir_.string() + "/"));
+  EXPECT_EQ(std::filesystem::path(saves.at(1).file.initialDirectory),
+            std::filesystem::path((dir_ / "cad").string() + "/"));
+}
+
 TEST_F(GeometryExportTest, DxfElementsGoToTheirLayersAndAClosedBarrierKeepsItsLastSegment) {
   AddStrings();
   Add(ElementKind::Well, "W1", Point(10, 20));
@@ -507,6 +530,26 @@ TEST_F(GeometryExportTest, EveryElementKindGoesToAShapefileWithItsAttributes) {
   EXPECT_DOUBLE_EQ(std::stod(wells[0].fields.at("HEAD")), 12.5);
   const DbfTable table = ReadDBF(dir_ / "k_wells.dbf");
   EXPECT_EQ(table.Fields.at(0).Type, 'C') << "the first column is a character column";
+  // A numeric field is wide enough for its decimals, the point and a digit before it
+  // (HEAD was "N 4.10": 12.5 in four places with ten decimals), and each value has
+  // them all.
+  for (const char* dbf : {"k_wells.dbf", "k_testpts.dbf", "k_ptcls.dbf", "k_inhomos.dbf",
+                          "k_lines.dbf", "k_noflows.dbf", "k_whps.dbf"}) {
+    const DbfTable t = ReadDBF(dir_ / dbf);
+    for (std::size_t f = 0; f < t.Fields.size(); ++f) {
+      const DbfField& field = t.Fields[f];
+      if (field.Type != 'N' || field.Decimals == 0) continue;
+      SCOPED_TRACE(std::string(dbf) + " " + field.Name);
+      EXPECT_GE(field.Length, field.Decimals + 2);
+      for (const auto& record : t.Records) {
+        const std::string value = record.at(f);
+        const std::size_t dot = value.find('.');
+        ASSERT_NE(dot, std::string::npos) << value;
+        EXPECT_EQ(value.size() - dot - 1, static_cast<std::size_t>(field.Decimals)) << value;
+      }
+    }
+  }
+  EXPECT_EQ(table.Records.at(0).at(table.FieldIndex("HEAD")), "12.5");
 
   EXPECT_DOUBLE_EQ(std::stod(ReadFeatures(dir_ / "k_testpts.shp").at(0).fields.at("OBSHEAD")),
                    101.25);

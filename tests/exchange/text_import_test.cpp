@@ -71,6 +71,31 @@ TEST_F(TextImportTest, ScreensAreCorrectedWithANoteForEachLine) {
   EXPECT_EQ(screen["Low"], std::make_pair(130.0, 100.0));
 }
 
+// A well file read before the aquifer is set: the screen lies wholly above the top
+// (or below the base), and clipping one end alone left it upside down (top 1 above a
+// bottom of 100 in a new project). It takes the default screen instead.
+TEST_F(TextImportTest, AScreenOutsideTheAquiferTakesTheDefaultNotAnUpsideDownOne) {
+  WriteText("w.wl",
+            "100,200,500,0.3,Above,150,140\n"
+            "300,200,500,0.3,Below,90,80\n"
+            "500,200,500,0.3,Inside,130,110\n");
+  ScriptedUserInterface ui;
+  ui.ExpectMessage(
+      "Import Complete",
+      {"3 wells were read in.", "Screen above aquifer top in line1 Set to aquifer top.",
+       "Zero screen length in line1 Screen set to default.",
+       "Screen below aquifer bottom in line2 Set to aquifer bottom.",
+       "Zero screen length in line2 Screen set to default."});
+  exchange::ImportWells(target_, ui, File("w.wl"), WellKind::Discharge);
+  ui.Verify();
+  std::map<std::string, std::pair<double, double>> screen;
+  for (const Element& w : Wells())
+    screen[w.Label()] = {w.row.Number("TopElev"), w.row.Number("BottomElev")};
+  EXPECT_EQ(screen["Above"], std::make_pair(135.0, 100.0));
+  EXPECT_EQ(screen["Below"], std::make_pair(135.0, 100.0));
+  EXPECT_EQ(screen["Inside"], std::make_pair(130.0, 110.0));
+}
+
 TEST_F(TextImportTest, TheLocalBaseOfAnInhomogeneityBoundsTheScreen) {
   Element inh =
       NewElement(ElementKind::Inhomogeneity,

@@ -7,6 +7,7 @@
 
 #include "elements/element_ops.h"
 #include "elements/element_store.h"
+#include "exchange/geometry_export.h"
 #include "exchange/gpkg_export.h"
 #include "exchange/vector_import.h"
 #include "gis_test_support.h"
@@ -382,6 +383,47 @@ TEST_F(VectorImportTest, ARoundTripThroughTheGeoPackageKeepsGeometryAndFields) {
             << field;
       }
     }
+  }
+}
+
+// The wells shapefile of Tools > Export > Shapefiles comes back through the dialog's
+// proposal as the wells it was written from: HEADSPEC tells a discharge from a head,
+// PARTICLES is the count of particles. Before, HEAD went to the "head" role alone and
+// every well came back head-specified, the pumping rates read as heads.
+TEST_F(VectorImportTest, TheWellsShapefileOfTheExportComesBackWithItsKindsOfWell) {
+  LoadExample("vincennes.sql");
+  const auto shp = dir_ / "wells.shp";
+  ScriptedUserInterface ui;
+  ui.ExpectSaveFile(shp.string());
+  ui.ExpectMessageTitled("Export Complete");
+  exchange::GeometryExportContext ctx{ui, ProjectPath(), std::nullopt, 0.0, ""};
+  ASSERT_EQ(exchange::ExportShapeKinds(ctx, {exchange::ShapeKind::Wells}), 1);
+  const std::vector<Element> before = LoadAll(db_, ElementKind::Well);
+  ASSERT_EQ(before.size(), 5u);
+  db_.ExecuteRaw("delete from Wells; delete from Vertices where PID=-1;");
+
+  const auto infos = exchange::ReadVectorLayers(shp.string());
+  ASSERT_EQ(infos.size(), 1u);
+  ASSERT_EQ(exchange::KindForLayer(infos[0]), ElementKind::Well);
+  const auto mapping = exchange::ProposedMapping(ElementKind::Well, infos[0]);
+  EXPECT_EQ(mapping.at("HeadSpecified"), "HEADSPEC");
+  EXPECT_EQ(mapping.at("NParticles"), "PARTICLES");
+  EXPECT_EQ(mapping.at("Pond"), "POND");
+  EXPECT_EQ(mapping.at("head"), "HEAD");
+  const VectorImportReport r = Import(shp, ElementKind::Well, mapping);
+  EXPECT_TRUE(r.skipped.empty()) << (r.skipped.empty() ? "" : r.skipped[0].reason);
+  const std::vector<Element> after = LoadAll(db_, ElementKind::Well);
+  ASSERT_EQ(after.size(), before.size());
+  for (const Element& b : before) {
+    SCOPED_TRACE(b.Label());
+    const auto a = std::find_if(after.begin(), after.end(),
+                                [&](const Element& e) { return e.Label() == b.Label(); });
+    ASSERT_NE(a, after.end());
+    for (const char* field : {"HeadSpecified", "Head", "Radius", "TopElev", "BottomElev", "PPWell",
+                              "NParticles", "Pond"})
+      EXPECT_EQ(a->row.Normalised(field, a->row.Get(field)),
+                b.row.Normalised(field, b.row.Get(field)))
+          << field;
   }
 }
 

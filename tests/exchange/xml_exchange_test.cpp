@@ -438,6 +438,36 @@ TEST_F(XmlExchangeTest, AnImportIntoAProjectOfOtherUnitsConvertsTheLengths) {
   EXPECT_EQ(CountElements(other, ElementKind::Linesink), 0);
 }
 
+// A first export starts beside the project, not in the folder of the directory
+// memory (the user's configuration folder, which holds none of the user's files);
+// the next one starts where the last file went.
+TEST_F(XmlExchangeTest, AFirstExportStartsInTheProjectsFolderThenInTheRememberedOne) {
+  Barrier("B1", At({{0, 0}, {1, 1}}));
+  fs::create_directories(dir_ / "config");
+  fs::create_directories(dir_ / "xml");
+  ScriptedUserInterface ui;
+  XmlExchangeContext ctx{ui, ProjectPath().string(), kSchemas};
+  ctx.defaultDirectoriesFile = (dir_ / "config" / "TARNO.def").string();
+  std::ofstream(ctx.defaultDirectoriesFile) << "Open Project Path = " << dir_.string() << "\n";
+  ui.ExpectSaveFile((dir_ / "xml" / "all").string());
+  ui.ExpectMessageTitled("XML Export");
+  ToolsExportAllElements(ctx);
+  ui.ExpectSaveFile((dir_ / "xml" / "b.brr.xml").string());
+  ui.ExpectMessageTitled("BRR.XML Export");
+  ToolsExportBarriers(ctx);
+  ui.Verify();
+  const auto requests = ui.CallsOf(UiCallKind::SaveFile);
+  ASSERT_EQ(requests.size(), 2u);
+  EXPECT_EQ(fs::path(requests[0].file.initialDirectory), fs::path(dir_.string() + "/"));
+  EXPECT_EQ(fs::path(requests[1].file.initialDirectory), fs::path(dir_.string() + "/"))
+      << "the barriers' own key is not yet remembered";
+  ui.ExpectSaveFile((dir_ / "xml" / "c.brr.xml").string());
+  ui.ExpectMessageTitled("BRR.XML Export");
+  ToolsExportBarriers(ctx);
+  EXPECT_EQ(fs::path(ui.CallsOf(UiCallKind::SaveFile).at(2).file.initialDirectory),
+            fs::path((dir_ / "xml").string() + "/"));
+}
+
 TEST_F(XmlExchangeTest, ExportAsksBeforeOverwritingAndEndsWithItsMessage) {
   Barrier("B1", At({{0, 0}, {1, 1}}));
   ScriptedUserInterface ui;

@@ -254,6 +254,46 @@ TEST_F(ShellControllerTest, XmlElementFileEntriesExportImportAndUndo) {
   EXPECT_EQ(barriers(), 0) << Describe();
 }
 
+// Elements read into a window that shows none of the project (a new project's window
+// lies about the origin, the elements at their map coordinates) brought an empty map
+// and the box "8 elements imported.": the import now zooms to the extents. A window
+// that shows the project keeps its place.
+TEST_F(ShellControllerTest, AnImportIntoAWindowShowingNothingZoomsToTheExtents) {
+  OpenExample();
+  const std::string brr = (work_ / "far.brr.xml").string();
+  ASSERT_TRUE(test::WriteFile(brr,
+                              "<?xml version='1.0'?>\n<HorizontalBarriersFile version=\"1\">"
+                              "<HorizontalBarrier><Label>FarWall</Label><HydCond>0.1</HydCond>"
+                              "<Vertices><Vertex><X>450000</X><Y>4390000</Y></Vertex>"
+                              "<Vertex><X>451000</X><Y>4391000</Y></Vertex></Vertices>"
+                              "</HorizontalBarrier></HorizontalBarriersFile>"));
+  auto inside = [&](double x, double y) {
+    const WorldWindow& w = shell_->State().Window;
+    return x >= std::min(w.Left, w.Right) && x <= std::max(w.Left, w.Right) &&
+           y >= std::min(w.Bottom, w.Top) && y <= std::max(w.Bottom, w.Top);
+  };
+  // The window of the project as it opened shows its elements: an import leaves it.
+  const WorldWindow opened = shell_->State().Window;
+  ASSERT_TRUE(inside(457300, 4393400));
+  ui_.ExpectOpenFiles({brr});
+  ui_.ExpectMessage("BRR.XML Import", {"Import of Elements complete!", "1 elements imported."});
+  ASSERT_TRUE(shell_->Commands().Run("IMPORT(0)"));
+  ui_.Verify();
+  EXPECT_EQ(shell_->State().Window, opened);
+  ASSERT_TRUE(shell_->Commands().Run("EDIT_UNDO"));
+
+  // A window about the origin, as a new project has.
+  shell_->Zoom(kZoomRedraw);
+  shell_->State().Window = WorldWindow{0, 1000, 1000, 0};
+  ASSERT_FALSE(inside(450000, 4390000));
+  ui_.ExpectOpenFiles({brr});
+  ui_.ExpectMessage("BRR.XML Import", {"Import of Elements complete!", "1 elements imported."});
+  ASSERT_TRUE(shell_->Commands().Run("IMPORT(0)"));
+  ui_.Verify();
+  EXPECT_TRUE(inside(450000, 4390000)) << "the imported barrier is in the window";
+  EXPECT_TRUE(inside(457300, 4393400)) << "and the rest of the project";
+}
+
 TEST_F(ShellControllerTest, WithoutAProjectOnlyProjectAndHelpCommandsAreOffered) {
   shell_->StartUp("", false);
   EXPECT_FALSE(host_.menus.projectOpen);

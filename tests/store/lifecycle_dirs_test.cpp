@@ -49,6 +49,20 @@ TEST_F(DefaultDirectoriesTest, ReadFindsTheKeyAndAddsTheClosingSeparator) {
   EXPECT_EQ(DefaultDirectories("Default select", DirectoryMode::Read), P("config") + "/");
 }
 
+// Where an exchange dialog starts: the remembered folder, else the one it is given
+// (the project's), never the folder of TARNO.def; and it writes nothing.
+TEST_F(DefaultDirectoriesTest, AStartDirectoryFallsBackToTheGivenFolderAndWritesNothing) {
+  EXPECT_EQ(StartDirectoryIn(Def(), "Default DXF conversion path", "/proj"), "/proj/");
+  EXPECT_FALSE(std::filesystem::exists(Def())) << "a missing memory is not created";
+  WriteDef({"Open Project Path = /proj", "Default DXF conversion path = /cad\r",
+            "Default Export Elements path = "});
+  EXPECT_EQ(StartDirectoryIn(Def(), "Default DXF conversion path", "/proj"), "/cad/");
+  EXPECT_EQ(StartDirectoryIn(Def(), "Default Export Elements path", "/proj"), "/proj/")
+      << "an empty entry is none";
+  EXPECT_EQ(StartDirectoryIn(Def(), "Default Export Barriers path", "/proj"), "/proj/");
+  EXPECT_EQ(Lines().size(), 3u);
+}
+
 TEST_F(DefaultDirectoriesTest, OnlyTheFirstFiftyLinesAreLookedAt) {
   std::vector<std::string> lines;
   for (int i = 0; i < 49; ++i) lines.push_back("Filler " + std::to_string(i) + " = /f");

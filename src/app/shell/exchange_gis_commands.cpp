@@ -14,7 +14,7 @@ void ImportGisVectorCommand(ShellController& shell) {
   if (!exchange::ToolsImportVector(shell.Port(), project)) return;
   // New elements make a present solution another model's.
   shell.InvalidateSolution(false);
-  shell.Zoom(kZoomRedraw);
+  shell.ZoomAfterImport();
   shell.ApplyMenus();
 }
 

@@ -51,7 +51,7 @@ void TextExchangeCommand(ShellController& shell, const std::string& key) {
   // the other files change the flow.
   const bool actsOnFlow = key != "IMPORT(9)" && key != "IMPORT(10)";
   if (result.read > 0 && actsOnFlow) shell.InvalidateSolution(false);
-  if (result.read > 0 || result.filesRead > 0) shell.Zoom(kZoomRedraw);
+  if (result.read > 0 || result.filesRead > 0) shell.ZoomAfterImport();
 }
 
 }  // namespace tarno

@@ -223,7 +223,7 @@ void ShellController::RegisterCommands() {
         [this, key] {
           RunXmlExchangeCommand(
               key, port_, session_->Settings().DBName, ProgramDirectory(),
-              [this] { InvalidateSolution(false); }, [this] { Zoom(kZoomRedraw); });
+              [this] { InvalidateSolution(false); }, [this] { ZoomAfterImport(); });
         },
         XmlExchangeOperation(key));
   }
@@ -832,6 +832,22 @@ void ShellController::Zoom(int action, double x1, double y1, double x2, double y
   });
   host_.ReportPointer();
   host_.RepaintMap();
+}
+
+void ShellController::ZoomAfterImport() {
+  if (closing_ || session_ == nullptr || !session_->ProjectOpen()) return;
+  bool outside = false;
+  RunOperation(port_, "ZoomActions", [&] {
+    Database db = Database::OpenReadOnly(session_->Settings().DBName);
+    const VertexSummary vertices = SummariseVertices(db);
+    if (!vertices.box) return;
+    const WorldWindow& w = state_.Window;
+    const double left = std::min(w.Left, w.Right), right = std::max(w.Left, w.Right);
+    const double bottom = std::min(w.Bottom, w.Top), top = std::max(w.Bottom, w.Top);
+    const ModelExtents& box = *vertices.box;
+    outside = box.MaxX < left || box.MinX > right || box.MaxY < bottom || box.MinY > top;
+  });
+  Zoom(outside ? kZoomExtents : kZoomRedraw);
 }
 
 void ShellController::ZoomActions(bool first) {

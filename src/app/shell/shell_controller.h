@@ -142,6 +142,10 @@ class ShellController : public SessionHooks {
   void NavigationButton(const std::string& key);
   // ZoomActions through the error trap, followed by a repaint of the map.
   void Zoom(int action, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0);
+  // The redraw after an import: when the window shows none of the project's vertices
+  // (elements read into a new project, whose window lies elsewhere) it zooms to the
+  // extents, so that what came in is seen; otherwise it redraws the window as it is.
+  void ZoomAfterImport();
   // The map's mouse: the end of a rectangle or a click of a navigation mode; the
   // wheel's new window; a new size of the map.
   void MouseZoom(int action, double x1, double y1, double x2, double y2);
