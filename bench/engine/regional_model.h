@@ -35,7 +35,8 @@ namespace tarno::engine::bench {
 // "compressed", "automatic" or empty) and an extract file `<name>.XTR` with the points
 // given (labelled TP_<k>), the wells and the line sinks. Only the kinds of element this
 // family uses are written.
-void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name, const std::string& method,
+void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name,
+                      const std::string& method,
                       const std::vector<std::pair<double, double>>& points);
 
 }  // namespace tarno::engine::bench

@@ -120,11 +120,12 @@ Run solveOnce(const Model& m, SolveMethod method) {
 
 void printRun(const char* path, const Run& r) {
   const SolveReport& p = r.rep;
-  const double matrixMB =
-      p.compressed ? p.compressedBytes / 1048576.0 : 8.0 * p.unknowns * (double)p.unknowns / 1048576.0;
-  std::printf("%8d %-10s %9.2fs %9.2fs %9.2fs %6d %10.1f %9.1f %9.3fs %9.1e  %4.1f\n", p.unknowns, path,
-              p.compressed ? p.compressSeconds : p.assemblySeconds, p.factorSeconds, r.seconds,
-              p.krylovIterations, matrixMB, r.peak, r.headsSeconds, p.balance.closureError, loadAverage());
+  const double matrixMB = p.compressed ? p.compressedBytes / 1048576.0
+                                       : 8.0 * p.unknowns * (double)p.unknowns / 1048576.0;
+  std::printf("%8d %-10s %9.2fs %9.2fs %9.2fs %6d %10.1f %9.1f %9.3fs %9.1e  %4.1f\n", p.unknowns,
+              path, p.compressed ? p.compressSeconds : p.assemblySeconds, p.factorSeconds,
+              r.seconds, p.krylovIterations, matrixMB, r.peak, r.headsSeconds,
+              p.balance.closureError, loadAverage());
   std::fflush(stdout);
 }
 
@@ -137,17 +138,24 @@ void compare(const Run& c, const Run& d) {
     dx = std::max(dx, std::fabs(c.x[i] - d.x[i]));
   }
   for (size_t i = 0; i < d.heads.size(); ++i) dh = std::max(dh, std::fabs(c.heads[i] - d.heads[i]));
-  std::printf("         compressed against dense: unknowns %.2e relative (target 1e-8), heads %.2e m (target 1e-6)\n",
-              scale > 0 ? dx / scale : 0.0, dh);
+  std::printf(
+      "         compressed against dense: unknowns %.2e relative (target 1e-8), heads %.2e m "
+      "(target 1e-6)\n",
+      scale > 0 ? dx / scale : 0.0, dh);
   std::fflush(stdout);
 }
 
 void header() {
-  std::printf("threads: OpenMP %d; model: MakeRegionalModel(n, 1); heads: 100 x 100 lattice over the window\n",
-              omp_get_max_threads());
-  std::printf("%8s %-10s %10s %10s %10s %6s %10s %9s %10s %9s  %4s\n", "unknowns", "path", "compress",
-              "factor/pc", "solve", "gmres", "matrix MB", "peak MB", "heads10k", "balance", "load");
-  std::printf("         (compress: the compressed matrix's build, or the dense assembly; solve: the whole solve)\n");
+  std::printf(
+      "threads: OpenMP %d; model: MakeRegionalModel(n, 1); heads: 100 x 100 lattice over the "
+      "window\n",
+      omp_get_max_threads());
+  std::printf("%8s %-10s %10s %10s %10s %6s %10s %9s %10s %9s  %4s\n", "unknowns", "path",
+              "compress", "factor/pc", "solve", "gmres", "matrix MB", "peak MB", "heads10k",
+              "balance", "load");
+  std::printf(
+      "         (compress: the compressed matrix's build, or the dense assembly; solve: the whole "
+      "solve)\n");
 }
 
 // The heads of an extract file by label: the points (the head in columns 123-136), the
@@ -169,12 +177,15 @@ std::map<std::string, double> extractHeads(const std::string& path) {
       h[line.substr(sp + 1)] = std::strtod(line.substr(122, 14).c_str(), nullptr);
       continue;
     }
-    const int at = section == "* discharge specified wells" ? 4 : section == "* head specified line sinks" ? 5 : -1;
+    const int at = section == "* discharge specified wells"   ? 4
+                   : section == "* head specified line sinks" ? 5
+                                                              : -1;
     if (at < 0) continue;
     std::vector<std::string> fields;
     std::stringstream s(line);
     for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
-    if ((int)fields.size() > at + 1) h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
+    if ((int)fields.size() > at + 1)
+      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
   }
   return h;
 }
@@ -186,7 +197,8 @@ int tarno1Check(const char* argv0, int n) {
     std::fprintf(stderr, "tarno-bench-hsolve: no tarno1 at %s\n", tarno1.c_str());
     return 2;
   }
-  const fs::path dir = fs::temp_directory_path() / ("tarno-bench-hsolve-" + std::to_string(getpid()));
+  const fs::path dir =
+      fs::temp_directory_path() / ("tarno-bench-hsolve-" + std::to_string(getpid()));
   fs::create_directories(dir);
   const Model m = tarno::engine::bench::MakeRegionalModel(n, 1u);
   std::vector<std::pair<double, double>> points;
@@ -195,20 +207,22 @@ int tarno1Check(const char* argv0, int n) {
   for (size_t i = 0; i < xs.size(); i += 100) points.push_back({xs[i], ys[i]});
   std::map<std::string, double> heads[2];
   const char* methods[2] = {"compressed", "dense"};
-  std::printf("tarno1 on the regional model of %d unknowns asked (%s), load %.1f\n", n, dir.c_str(), loadAverage());
+  std::printf("tarno1 on the regional model of %d unknowns asked (%s), load %.1f\n", n, dir.c_str(),
+              loadAverage());
   for (int k = 0; k < 2; ++k) {
     const std::string name = std::string("REG") + (k ? "D" : "C");
     {
       std::ofstream f(dir / (name + ".DAT"), std::ios::binary);
       tarno::engine::bench::WriteCommandFile(m, f, name, methods[k], points);
     }
-    const std::string cmd = "cd '" + dir.string() + "' && '" + tarno1.string() + "' 61 " + name + " > /dev/null 2>&1";
+    const std::string cmd =
+        "cd '" + dir.string() + "' && '" + tarno1.string() + "' 61 " + name + " > /dev/null 2>&1";
     const double t0 = now();
     const int rc = std::system(cmd.c_str());
     const double t = now() - t0;
     heads[k] = extractHeads((dir / (name + ".XTR")).string());
-    std::printf("  %-10s exit %d, %7.2f s, %zu heads in the extract file, load %.1f\n", methods[k], rc, t,
-                heads[k].size(), loadAverage());
+    std::printf("  %-10s exit %d, %7.2f s, %zu heads in the extract file, load %.1f\n", methods[k],
+                rc, t, heads[k].size(), loadAverage());
     std::fflush(stdout);
     if (rc != 0) return 1;
   }
@@ -227,9 +241,11 @@ int tarno1Check(const char* argv0, int n) {
       worst = label;
     }
   }
-  std::printf("  compressed against dense, %zu heads: points %.2e m (printed to 1e-5), wells and line sinks %.2e m "
-              "(at %s; target 1e-6)\n",
-              matched, dp, dw, worst.c_str());
+  std::printf(
+      "  compressed against dense, %zu heads: points %.2e m (printed to 1e-5), wells and line "
+      "sinks %.2e m "
+      "(at %s; target 1e-6)\n",
+      matched, dp, dw, worst.c_str());
   fs::remove_all(dir);
   return matched == heads[1].size() && !heads[1].empty() ? 0 : 1;
 }
@@ -257,7 +273,8 @@ int main(int argc, char** argv) {
     } else if (std::atoi(a.c_str()) >= 1) {
       sizes.push_back(std::atoi(a.c_str()));
     } else {
-      std::fprintf(stderr, "tarno-bench-hsolve: \"%s\" is neither an option nor a number of unknowns\n",
+      std::fprintf(stderr,
+                   "tarno-bench-hsolve: \"%s\" is neither an option nor a number of unknowns\n",
                    a.c_str());
       return 2;
     }
@@ -267,7 +284,8 @@ int main(int argc, char** argv) {
     denseUpTo = 1 << 30;
   }
   if (sizes.empty()) sizes = {20000, 50000, 100000};
-  if (!resetPeak()) std::printf("(peak memory cannot be reset here: each peak is the run's so far)\n");
+  if (!resetPeak())
+    std::printf("(peak memory cannot be reset here: each peak is the run's so far)\n");
   header();
   for (int n : sizes) {
     const Model m = tarno::engine::bench::MakeRegionalModel(n, 1u);

@@ -56,15 +56,19 @@ std::map<std::string, double> extractHeads(const fs::path& path) {
       continue;
     }
     if (line[0] == '@' && line.size() > 136) {
-      h[line.substr(line.find_last_of(' ') + 1)] = std::strtod(line.substr(122, 14).c_str(), nullptr);
+      h[line.substr(line.find_last_of(' ') + 1)] =
+          std::strtod(line.substr(122, 14).c_str(), nullptr);
       continue;
     }
-    const int at = section == "* discharge specified wells" ? 4 : section == "* head specified line sinks" ? 5 : -1;
+    const int at = section == "* discharge specified wells"   ? 4
+                   : section == "* head specified line sinks" ? 5
+                                                              : -1;
     if (at < 0) continue;
     std::vector<std::string> fields;
     std::stringstream s(line);
     for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
-    if ((int)fields.size() > at + 1) h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
+    if ((int)fields.size() > at + 1)
+      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
   }
   return h;
 }
@@ -132,8 +136,9 @@ TEST(RegionalModel, Tarno1ChoosesTheCompressedPathAboveTheCrossoverAndAgreesWith
   }
   // The file carries the model in memory: the same equations.
   EXPECT_NE(logs[0].find("Equations: " + std::to_string(unknowns)), std::string::npos);
-  EXPECT_NE(logs[0].find("Solution method: compressed influence matrix and GMRES (" + std::to_string(unknowns) +
-                         " equations, from " + std::to_string(SolveOptions::kDefaultCrossover) + " on)"),
+  EXPECT_NE(logs[0].find("Solution method: compressed influence matrix and GMRES (" +
+                         std::to_string(unknowns) + " equations, from " +
+                         std::to_string(SolveOptions::kDefaultCrossover) + " on)"),
             std::string::npos)
       << logs[0];
   EXPECT_EQ(logs[1].find("Solution method: compressed"), std::string::npos);
