@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -231,6 +232,73 @@ Model MakeRegionalModel(int unknowns, unsigned seed) {
   }
   m.window = {true, -0.05 * S, -0.05 * S, 1.05 * S, 1.05 * S};
   return m;
+}
+
+namespace {
+
+// Numbers in full precision, so that the file's model is the model in memory.
+std::string num(double v) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%.17g", v);
+  return buf;
+}
+
+}  // namespace
+
+void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name,
+                      const std::string& method,
+                      const std::vector<std::pair<double, double>>& points) {
+  const char* eol = "\r\n";
+  out << "* " << m.title << eol << " error error.log" << eol << " message message.log" << eol
+      << " echo echo.log" << eol << " bfname " << name << eol << " title " << m.title << eol;
+  const Aquifer& a = m.aquifer;
+  out << " aquifer" << eol << " base " << num(a.base) << eol << " permeability "
+      << num(a.conductivity) << eol << " thickness " << num(a.thickness) << eol << " porosity "
+      << num(a.porosity) << eol;
+  if (a.hasReference)
+    out << " reference " << num(a.referenceX) << ' ' << num(a.referenceY) << ' '
+        << num(a.referenceHead) << eol;
+  out << " quit" << eol;
+  if (m.window.given)
+    out << " layout" << eol << " window " << num(m.window.x1) << ' ' << num(m.window.y1) << ' '
+        << num(m.window.x2) << ' ' << num(m.window.y2) << eol << " quit" << eol;
+  for (bool head : {false, true}) {
+    bool any = false;
+    for (const Well& w : m.wells) any = any || w.headSpecified == head;
+    if (!any) continue;
+    out << " well" << eol << (head ? " head" : " discharge") << eol;
+    for (const Well& w : m.wells)
+      if (w.headSpecified == head)
+        out << "  " << num(w.x) << ' ' << num(w.y) << ' ' << num(w.value) << ' ' << num(w.radius)
+            << ' ' << w.label << eol;
+    out << " quit" << eol;
+  }
+  if (!m.lineSinks.empty()) {
+    out << " linesink" << eol;
+    for (const LineSinkString& ls : m.lineSinks) {
+      // This family has head-specified strings only.
+      out << " head" << eol << " resistance " << num(ls.resistance) << eol << " width "
+          << num(ls.width) << " 0" << eol << " depth " << num(ls.depth) << eol;
+      for (const Segment& g : ls.segments)
+        out << "  " << num(g.x1) << ' ' << num(g.y1) << ' ' << num(g.x2) << ' ' << num(g.y2) << ' '
+            << num(g.value) << ' ' << g.label << eol;
+    }
+    out << " quit" << eol;
+  }
+  for (const Inhomogeneity& h : m.inhomogeneities) {
+    out << " inhomogeneity" << eol << " transmissivity " << num(h.conductivity) << ' '
+        << num(h.base) << ' ' << num(h.averageHead) << ' ' << num(h.extraction) << ' '
+        << num(h.porosity) << ' ' << h.label << eol;
+    for (const Vertex& v : h.vertices)
+      out << "  " << num(v.x) << ' ' << num(v.y) << ' ' << v.label << eol;
+    out << " quit" << eol;
+  }
+  out << " time 0" << eol << " solve 1 1 0 1" << (method.empty() ? "" : " " + method) << eol;
+  out << " extract" << eol << " file " << name << eol << " y" << eol;
+  for (size_t k = 0; k < points.size(); ++k)
+    out << "  " << num(points[k].first) << ' ' << num(points[k].second) << " TP_" << k << eol;
+  out << " well discharge" << eol << " well head" << eol << " linesink head" << eol << " quit"
+      << eol << " stop" << eol;
 }
 
 }  // namespace tarno::engine::bench

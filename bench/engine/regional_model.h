@@ -21,3 +21,22 @@ namespace tarno::engine::bench {
 Model MakeRegionalModel(int unknowns, unsigned seed);
 
 }  // namespace tarno::engine::bench
+
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarno::engine::bench {
+
+// Writes a model of this family as a command file for tarno1 (the aquifer with its
+// reference point, the wells, the head-specified line-sink strings with resistance and
+// width, the inhomogeneities), then ` solve 1 1 0 1 <method>` (method "dense",
+// "compressed", "automatic" or empty) and an extract file `<name>.XTR` with the points
+// given (labelled TP_<k>), the wells and the line sinks. Only the kinds of element this
+// family uses are written.
+void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name,
+                      const std::string& method,
+                      const std::vector<std::pair<double, double>>& points);
+
+}  // namespace tarno::engine::bench

@@ -1,15 +1,24 @@
-// Benchmark of the large-model path of the solver: the compressed influence matrix and
-// GMRES on a regional model family (meandering head strings with resistance, head and
+// Benchmark of the large-model path of the solver on the regional model family
+// (bench/engine/regional_model.h: meandering head strings with resistance, head and
 // discharge wells, a few inhomogeneities), with the dense path beside it where it fits.
-// Per size: compression time, memory, GMRES iterations, solve time, heads at 10,000
-// points, and against the dense solve the largest differences in the unknowns and heads.
+// Per size and path: compression (or assembly) time, the matrix's bytes and the peak
+// resident memory of the solve, GMRES iterations, solve time, heads at 10,000 points
+// through Solution::heads (the multipole evaluator on large models) and their time, the
+// balance closure; where dense ran, the largest relative difference of the unknowns and
+// the largest difference of the heads.
 //
-// Usage: tarno-bench-hsolve [--dense-up-to N] [unknowns ...]
-//        (default 5000 10000 20000 50000 100000, dense beside up to 20000)
+// Usage: tarno-bench-hsolve [--no-dense | --dense-up-to N] [--compress-tol T] [--gmres-tol T]
+//                           [unknowns ...]
+//        (default 20000 50000 100000, dense beside up to 20000)
 //        tarno-bench-hsolve crossover   (both paths at 2000 ... 12000: where they cross)
+//        tarno-bench-hsolve tarno1 [unknowns]  (default 20000) the model written as a command
+//               file and solved by tarno1 (beside this program) with "compressed", then
+//               "dense": times and the largest difference of the heads in the extract
+//               file (100 points, the discharge wells, the line sinks' calculated heads)
 //
-// The model family is this program's own until the shared regional model of the bench
-// (MakeRegionalModel) lands; it is built the same way (see regionalModel below).
+// Peak memory is the process's high-water mark (VmHWM), reset before each solve
+// (/proc/self/clear_refs), so each row's peak is that solve's own.
+#include "bench/engine/regional_model.h"
 #include "engine/model.h"
 #include "engine/solution.h"
 
@@ -20,10 +29,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <random>
+#include <map>
+#include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 using namespace tarno::engine;
@@ -34,11 +44,22 @@ double now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-double residentMB() {
-  std::ifstream f("/proc/self/statm");
-  long pages = 0, resident = 0;
-  f >> pages >> resident;
-  return resident * (double)sysconf(_SC_PAGESIZE) / 1048576.0;
+// The peak resident memory of the process (kB in /proc/self/status), in MB.
+double peakMB() {
+  std::ifstream f("/proc/self/status");
+  std::string line;
+  while (std::getline(f, line))
+    if (line.rfind("VmHWM:", 0) == 0) return std::atof(line.c_str() + 6) / 1024.0;
+  return -1;
+}
+
+// Resets the high-water mark to the memory resident now (Linux 4.0 on); false where
+// the kernel does not allow it (the peaks are then those of the whole run so far).
+bool resetPeak() {
+  std::ofstream f("/proc/self/clear_refs");
+  f << "5";
+  f.flush();
+  return (bool)f;
 }
 
 double loadAverage() {
@@ -48,125 +69,49 @@ double loadAverage() {
   return l;
 }
 
-struct Extent {
-  double w = 0, h = 0;
-};
-
-// Strings of 100 segments of 50 m (5 km long) laid out in rows 500 m apart, as many
-// columns of them as make the region about square; 1 % head wells, 1 % discharge wells,
-// three inhomogeneities of 24 vertices. Confined, so that one iteration solves it.
-Model regionalModel(int unknowns, unsigned seed, Extent& ext) {
-  std::mt19937 rng(seed);
-  std::uniform_real_distribution<double> u(0.0, 1.0);
-  const int headWells = unknowns / 100;
-  const int inhoVerts = 24, inhos = 3;
-  const int segments = std::max(100, unknowns - headWells - 1 - inhos * 2 * inhoVerts);
-  const int perString = 100;
-  const double step = 50.0, rowGap = 500.0, colWidth = perString * step + 500.0;
-  const int strings = (segments + perString - 1) / perString;
-  const int cols = std::max(1, (int)std::ceil(std::sqrt(strings * rowGap / colWidth)));
-  const int rows = (strings + cols - 1) / cols;
-  ext.w = cols * colWidth;
-  ext.h = (rows + 1) * rowGap;
-  Model m;
-  m.aquifer.base = 0.0;
-  m.aquifer.conductivity = 10.0;
-  m.aquifer.thickness = 20.0;
-  m.aquifer.porosity = 0.25;
-  m.aquifer.qx0 = 0.5;
-  m.aquifer.hasReference = true;
-  m.aquifer.referenceX = -2.0 * ext.w;
-  m.aquifer.referenceY = 0.5 * ext.h;
-  m.aquifer.referenceHead = 80.0;
-  auto regionalHead = [&](double x) { return 60.0 - 15.0 * x / ext.w; };
-  for (int i = 0; i < headWells; ++i) {
-    Well w;
-    w.x = ext.w * u(rng);
-    w.y = ext.h * u(rng);
-    w.radius = 0.2;
-    w.value = regionalHead(w.x) - 3.0 * u(rng);
-    w.headSpecified = true;
-    w.label = "WL_H" + std::to_string(i);
-    m.wells.push_back(w);
-  }
-  for (int i = 0; i < unknowns / 100; ++i) {
-    Well w;
-    w.x = ext.w * u(rng);
-    w.y = ext.h * u(rng);
-    w.radius = 0.2;
-    w.value = 500.0 * u(rng);
-    w.label = "WL_Q" + std::to_string(i);
-    m.wells.push_back(w);
-  }
-  int made = 0;
-  for (int s = 0; made < segments; ++s) {
-    LineSinkString ls;
-    ls.kind = LineSinkKind::Head;
-    ls.resistance = 5.0;
-    ls.width = 10.0;
-    ls.label = "LS_" + std::to_string(s);
-    double x = (s % cols) * colWidth + 250.0, y = (s / cols + 1) * rowGap;
-    const int n = std::min(perString, segments - made);
-    for (int k = 0; k < n; ++k) {
-      const double dir = 0.8 * std::sin(0.15 * k + s) + 0.3 * (u(rng) - 0.5);
-      Segment g;
-      g.x1 = x;
-      g.y1 = y;
-      x += step * std::cos(dir);
-      y += 0.4 * step * std::sin(dir);
-      g.x2 = x;
-      g.y2 = y;
-      g.value = regionalHead(0.5 * (g.x1 + g.x2)) - 1.0;
-      g.label = ls.label + "_" + std::to_string(k);
-      ls.segments.push_back(g);
-    }
-    made += n;
-    m.lineSinks.push_back(std::move(ls));
-  }
-  for (int i = 0; i < inhos; ++i) {
-    Inhomogeneity in;
-    in.conductivity = i % 2 ? 5.0 : 30.0;
-    in.label = "HB_" + std::to_string(i);
-    const double cx = ext.w * (0.25 + 0.25 * i), cy = ext.h * (0.3 + 0.2 * i);
-    const double r = 0.08 * std::min(ext.w, ext.h) + 300.0;
-    for (int k = 0; k < inhoVerts; ++k) {
-      const double a = 2.0 * M_PI * k / inhoVerts;
-      const double rr = r * (1.0 + 0.15 * std::sin(3.0 * a + i));
-      in.vertices.push_back({cx + rr * std::cos(a), cy + rr * std::sin(a), "v" + std::to_string(k)});
-    }
-    m.inhomogeneities.push_back(in);
-  }
-  return m;
-}
+// The compressed path's tolerances (0: the solver's defaults), set by --compress-tol and
+// --gmres-tol to see which of them bounds the difference from the dense solve.
+double compressTol = 0, gmresTol = 0;
 
 SolveOptions options(SolveMethod method) {
   SolveOptions o;
+  if (compressTol > 0) o.compressionTolerance = compressTol;
+  if (gmresTol > 0) o.gmresTolerance = gmresTol;
   o.innerIterations = 1;
   o.outerIterations = 1;
   o.method = method;
   return o;
 }
 
+// A 100 x 100 lattice over the model's window, shifted off the elements' round
+// coordinates.
+void lattice(const Model& m, std::vector<double>& xs, std::vector<double>& ys) {
+  const double x0 = m.window.x1, y0 = m.window.y1, dx = (m.window.x2 - x0) / 100,
+               dy = (m.window.y2 - y0) / 100;
+  for (int j = 0; j < 100; ++j)
+    for (int i = 0; i < 100; ++i) {
+      xs.push_back(x0 + (i + 0.37) * dx);
+      ys.push_back(y0 + (j + 0.61) * dy);
+    }
+}
+
 struct Run {
   SolveReport rep;
-  double seconds = 0, headsSeconds = 0, rssMB = 0;
+  double seconds = 0, headsSeconds = 0, peak = 0;
   std::vector<double> x, heads;
 };
 
-Run solveOnce(const Model& m, const Extent& ext, SolveMethod method) {
+Run solveOnce(const Model& m, SolveMethod method) {
   Run r;
+  resetPeak();
   Solution s(m);
   const double t0 = now();
   r.rep = s.solve(options(method));
   r.seconds = now() - t0;
-  r.rssMB = residentMB();
+  r.peak = peakMB();
   r.x = s.unknownValues();
   std::vector<double> xs, ys;
-  for (int i = 0; i < 100; ++i)
-    for (int j = 0; j < 100; ++j) {
-      xs.push_back(ext.w * (i + 0.37) / 100.0);
-      ys.push_back(ext.h * (j + 0.61) / 100.0);
-    }
+  lattice(m, xs, ys);
   const double t1 = now();
   r.heads = s.heads(xs, ys);
   r.headsSeconds = now() - t1;
@@ -174,13 +119,18 @@ Run solveOnce(const Model& m, const Extent& ext, SolveMethod method) {
 }
 
 void printRun(const char* path, const Run& r) {
-  std::printf("%8d %-10s %9.2fs %9.2fs %9.2fs %6d %10.1f %9.1f %9.2fs %9.1e   load %.1f\n", r.rep.unknowns, path,
-              r.rep.compressed ? r.rep.compressSeconds : r.rep.assemblySeconds, r.rep.factorSeconds, r.seconds,
-              r.rep.krylovIterations, r.rep.compressed ? r.rep.compressedBytes / 1048576.0 : 8e-6 * r.rep.unknowns * (double)r.rep.unknowns / 1.048576,
-              r.rssMB, r.headsSeconds, r.rep.balance.closureError, loadAverage());
+  const SolveReport& p = r.rep;
+  const double matrixMB = p.compressed ? p.compressedBytes / 1048576.0
+                                       : 8.0 * p.unknowns * (double)p.unknowns / 1048576.0;
+  std::printf("%8d %-10s %9.2fs %9.2fs %9.2fs %6d %10.1f %9.1f %9.3fs %9.1e  %4.1f\n", p.unknowns,
+              path, p.compressed ? p.compressSeconds : p.assemblySeconds, p.factorSeconds,
+              r.seconds, p.krylovIterations, matrixMB, r.peak, r.headsSeconds,
+              p.balance.closureError, loadAverage());
   std::fflush(stdout);
 }
 
+// The largest difference of the unknowns relative to the largest unknown, and the
+// largest difference of the heads (m).
 void compare(const Run& c, const Run& d) {
   double scale = 0, dx = 0, dh = 0;
   for (size_t i = 0; i < d.x.size(); ++i) {
@@ -188,13 +138,116 @@ void compare(const Run& c, const Run& d) {
     dx = std::max(dx, std::fabs(c.x[i] - d.x[i]));
   }
   for (size_t i = 0; i < d.heads.size(); ++i) dh = std::max(dh, std::fabs(c.heads[i] - d.heads[i]));
-  std::printf("         compressed against dense: unknowns %.2e relative, heads %.2e\n", dx / scale, dh);
+  std::printf(
+      "         compressed against dense: unknowns %.2e relative (target 1e-8), heads %.2e m "
+      "(target 1e-6)\n",
+      scale > 0 ? dx / scale : 0.0, dh);
+  std::fflush(stdout);
 }
 
 void header() {
-  std::printf("threads: OpenMP %d\n", omp_get_max_threads());
-  std::printf("%8s %-10s %10s %10s %10s %6s %10s %9s %10s %9s\n", "unknowns", "path", "assem/comp", "factor/pc",
-              "solve", "gmres", "matrix MB", "RSS MB", "heads10k", "balance");
+  std::printf(
+      "threads: OpenMP %d; model: MakeRegionalModel(n, 1); heads: 100 x 100 lattice over the "
+      "window\n",
+      omp_get_max_threads());
+  std::printf("%8s %-10s %10s %10s %10s %6s %10s %9s %10s %9s  %4s\n", "unknowns", "path",
+              "compress", "factor/pc", "solve", "gmres", "matrix MB", "peak MB", "heads10k",
+              "balance", "load");
+  std::printf(
+      "         (compress: the compressed matrix's build, or the dense assembly; solve: the whole "
+      "solve)\n");
+}
+
+// The heads of an extract file by label: the points (the head in columns 123-136), the
+// discharge wells (the fifth number) and the head-specified line sinks (the sixth, the
+// calculated head).
+std::map<std::string, double> extractHeads(const std::string& path) {
+  std::map<std::string, double> h;
+  std::ifstream f(path);
+  std::string line, section;
+  while (std::getline(f, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty()) continue;
+    if (line[0] == '*') {
+      section = line;
+      continue;
+    }
+    if (line[0] == '@' && line.size() > 136) {
+      const size_t sp = line.find_last_of(' ');
+      h[line.substr(sp + 1)] = std::strtod(line.substr(122, 14).c_str(), nullptr);
+      continue;
+    }
+    const int at = section == "* discharge specified wells"   ? 4
+                   : section == "* head specified line sinks" ? 5
+                                                              : -1;
+    if (at < 0) continue;
+    std::vector<std::string> fields;
+    std::stringstream s(line);
+    for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
+    if ((int)fields.size() > at + 1)
+      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
+  }
+  return h;
+}
+
+int tarno1Check(const char* argv0, int n) {
+  namespace fs = std::filesystem;
+  const fs::path tarno1 = fs::absolute(argv0).parent_path() / "tarno1";
+  if (!fs::exists(tarno1)) {
+    std::fprintf(stderr, "tarno-bench-hsolve: no tarno1 at %s\n", tarno1.c_str());
+    return 2;
+  }
+  const fs::path dir =
+      fs::temp_directory_path() / ("tarno-bench-hsolve-" + std::to_string(getpid()));
+  fs::create_directories(dir);
+  const Model m = tarno::engine::bench::MakeRegionalModel(n, 1u);
+  std::vector<std::pair<double, double>> points;
+  std::vector<double> xs, ys;
+  lattice(m, xs, ys);
+  for (size_t i = 0; i < xs.size(); i += 100) points.push_back({xs[i], ys[i]});
+  std::map<std::string, double> heads[2];
+  const char* methods[2] = {"compressed", "dense"};
+  std::printf("tarno1 on the regional model of %d unknowns asked (%s), load %.1f\n", n, dir.c_str(),
+              loadAverage());
+  for (int k = 0; k < 2; ++k) {
+    const std::string name = std::string("REG") + (k ? "D" : "C");
+    {
+      std::ofstream f(dir / (name + ".DAT"), std::ios::binary);
+      tarno::engine::bench::WriteCommandFile(m, f, name, methods[k], points);
+    }
+    const std::string cmd =
+        "cd '" + dir.string() + "' && '" + tarno1.string() + "' 61 " + name + " > /dev/null 2>&1";
+    const double t0 = now();
+    const int rc = std::system(cmd.c_str());
+    const double t = now() - t0;
+    heads[k] = extractHeads((dir / (name + ".XTR")).string());
+    std::printf("  %-10s exit %d, %7.2f s, %zu heads in the extract file, load %.1f\n", methods[k],
+                rc, t, heads[k].size(), loadAverage());
+    std::fflush(stdout);
+    if (rc != 0) return 1;
+  }
+  double dp = 0, dw = 0;
+  std::string worst;
+  size_t matched = 0;
+  for (const auto& [label, h] : heads[1]) {
+    auto it = heads[0].find(label);
+    if (it == heads[0].end()) continue;
+    ++matched;
+    const double d = std::fabs(it->second - h);
+    if (label.rfind("TP_", 0) == 0) {
+      dp = std::max(dp, d);
+    } else if (d > dw) {
+      dw = d;
+      worst = label;
+    }
+  }
+  std::printf(
+      "  compressed against dense, %zu heads: points %.2e m (printed to 1e-5), wells and line "
+      "sinks %.2e m "
+      "(at %s; target 1e-6)\n",
+      matched, dp, dw, worst.c_str());
+  fs::remove_all(dir);
+  return matched == heads[1].size() && !heads[1].empty() ? 0 : 1;
 }
 
 }  // namespace
@@ -205,23 +258,41 @@ int main(int argc, char** argv) {
   bool crossover = false;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if (a == "--dense-up-to" && i + 1 < argc) denseUpTo = std::atoi(argv[++i]);
-    else if (a == "crossover") crossover = true;
-    else sizes.push_back(std::atoi(a.c_str()));
+    if (a == "--dense-up-to" && i + 1 < argc) {
+      denseUpTo = std::atoi(argv[++i]);
+    } else if (a == "--compress-tol" && i + 1 < argc) {
+      compressTol = std::atof(argv[++i]);
+    } else if (a == "--gmres-tol" && i + 1 < argc) {
+      gmresTol = std::atof(argv[++i]);
+    } else if (a == "--no-dense") {
+      denseUpTo = -1;
+    } else if (a == "tarno1") {
+      return tarno1Check(argv[0], i + 1 < argc ? std::atoi(argv[i + 1]) : 20000);
+    } else if (a == "crossover") {
+      crossover = true;
+    } else if (std::atoi(a.c_str()) >= 1) {
+      sizes.push_back(std::atoi(a.c_str()));
+    } else {
+      std::fprintf(stderr,
+                   "tarno-bench-hsolve: \"%s\" is neither an option nor a number of unknowns\n",
+                   a.c_str());
+      return 2;
+    }
   }
   if (crossover) {
-    sizes = {2000, 4000, 6000, 8000, 10000, 12000};
+    if (sizes.empty()) sizes = {2000, 4000, 6000, 8000, 10000, 12000};
     denseUpTo = 1 << 30;
   }
-  if (sizes.empty()) sizes = {5000, 10000, 20000, 50000, 100000};
+  if (sizes.empty()) sizes = {20000, 50000, 100000};
+  if (!resetPeak())
+    std::printf("(peak memory cannot be reset here: each peak is the run's so far)\n");
   header();
   for (int n : sizes) {
-    Extent ext;
-    const Model m = regionalModel(n, 42u + n, ext);
-    const Run c = solveOnce(m, ext, SolveMethod::Compressed);
+    const Model m = tarno::engine::bench::MakeRegionalModel(n, 1u);
+    const Run c = solveOnce(m, SolveMethod::Compressed);
     printRun("compressed", c);
     if (n <= denseUpTo) {
-      const Run d = solveOnce(m, ext, SolveMethod::Dense);
+      const Run d = solveOnce(m, SolveMethod::Dense);
       printRun("dense", d);
       compare(c, d);
     }
