@@ -535,7 +535,9 @@ std::optional<TextLabelRecord> ParseTextLabelLine(std::string_view line) {
   t.x = numbers[0];
   t.y = numbers[1];
   t.labelType = static_cast<int>(numbers[2]);
-  t.text = TrimST(line.substr(std::min(pos, line.size())));
+  // The text as it would be written again: line ends stand as blanks, and blanks at
+  // either end do not count (a text of line ends alone is no text).
+  t.text = TrimST(OneLine(line.substr(std::min(pos, line.size()))));
   if (t.text.empty()) return std::nullopt;
   return t;
 }
