@@ -5,6 +5,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -299,6 +302,35 @@ void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name
     out << "  " << num(points[k].first) << ' ' << num(points[k].second) << " TP_" << k << eol;
   out << " well discharge" << eol << " well head" << eol << " linesink head" << eol << " quit"
       << eol << " stop" << eol;
+}
+
+std::map<std::string, double> ExtractHeads(const std::string& path) {
+  std::map<std::string, double> h;
+  std::ifstream f(path);
+  std::string line, section;
+  while (std::getline(f, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty()) continue;
+    if (line[0] == '*') {
+      section = line;
+      continue;
+    }
+    if (line[0] == '@' && line.size() > 136) {
+      const size_t sp = line.find_last_of(' ');
+      h[line.substr(sp + 1)] = std::strtod(line.substr(122, 14).c_str(), nullptr);
+      continue;
+    }
+    const int at = section == "* discharge specified wells"   ? 4
+                   : section == "* head specified line sinks" ? 5
+                                                              : -1;
+    if (at < 0) continue;
+    std::vector<std::string> fields;
+    std::stringstream s(line);
+    for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
+    if ((int)fields.size() > at + 1)
+      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
+  }
+  return h;
 }
 
 }  // namespace tarno::engine::bench

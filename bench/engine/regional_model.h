@@ -14,20 +14,17 @@
 // (unknowns, seed) gives the same model on every machine: only integer arithmetic
 // drives the random choices (std::mt19937 and our own conversion to [0, 1)).
 
-#include "engine/model.h"
-
-namespace tarno::engine::bench {
-
-Model MakeRegionalModel(int unknowns, unsigned seed);
-
-}  // namespace tarno::engine::bench
-
+#include <map>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "engine/model.h"
+
 namespace tarno::engine::bench {
+
+Model MakeRegionalModel(int unknowns, unsigned seed);
 
 // Writes a model of this family as a command file for tarno1 (the aquifer with its
 // reference point, the wells, the head-specified line-sink strings with resistance and
@@ -38,5 +35,10 @@ namespace tarno::engine::bench {
 void WriteCommandFile(const Model& m, std::ostream& out, const std::string& name,
                       const std::string& method,
                       const std::vector<std::pair<double, double>>& points);
+
+// The heads of an extract file written for this family, by label: the points (the head
+// in columns 123-136), the discharge wells (the fifth number) and the head-specified line
+// sinks (the sixth, the calculated head).
+std::map<std::string, double> ExtractHeads(const std::string& path);
 
 }  // namespace tarno::engine::bench

@@ -158,38 +158,6 @@ void header() {
       "solve)\n");
 }
 
-// The heads of an extract file by label: the points (the head in columns 123-136), the
-// discharge wells (the fifth number) and the head-specified line sinks (the sixth, the
-// calculated head).
-std::map<std::string, double> extractHeads(const std::string& path) {
-  std::map<std::string, double> h;
-  std::ifstream f(path);
-  std::string line, section;
-  while (std::getline(f, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.empty()) continue;
-    if (line[0] == '*') {
-      section = line;
-      continue;
-    }
-    if (line[0] == '@' && line.size() > 136) {
-      const size_t sp = line.find_last_of(' ');
-      h[line.substr(sp + 1)] = std::strtod(line.substr(122, 14).c_str(), nullptr);
-      continue;
-    }
-    const int at = section == "* discharge specified wells"   ? 4
-                   : section == "* head specified line sinks" ? 5
-                                                              : -1;
-    if (at < 0) continue;
-    std::vector<std::string> fields;
-    std::stringstream s(line);
-    for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
-    if ((int)fields.size() > at + 1)
-      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
-  }
-  return h;
-}
-
 int tarno1Check(const char* argv0, int n) {
   namespace fs = std::filesystem;
   const fs::path tarno1 = fs::absolute(argv0).parent_path() / "tarno1";
@@ -220,7 +188,7 @@ int tarno1Check(const char* argv0, int n) {
     const double t0 = now();
     const int rc = std::system(cmd.c_str());
     const double t = now() - t0;
-    heads[k] = extractHeads((dir / (name + ".XTR")).string());
+    heads[k] = tarno::engine::bench::ExtractHeads((dir / (name + ".XTR")).string());
     std::printf("  %-10s exit %d, %7.2f s, %zu heads in the extract file, load %.1f\n", methods[k],
                 rc, t, heads[k].size(), loadAverage());
     std::fflush(stdout);

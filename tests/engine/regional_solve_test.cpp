@@ -42,37 +42,6 @@ std::string readAll(const fs::path& p) {
   return s.str();
 }
 
-// Heads by label from an extract file: the points (columns 123-136), the discharge wells
-// (the fifth number) and the head-specified line sinks (the sixth: the calculated head).
-std::map<std::string, double> extractHeads(const fs::path& path) {
-  std::map<std::string, double> h;
-  std::ifstream f(path);
-  std::string line, section;
-  while (std::getline(f, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.empty()) continue;
-    if (line[0] == '*') {
-      section = line;
-      continue;
-    }
-    if (line[0] == '@' && line.size() > 136) {
-      h[line.substr(line.find_last_of(' ') + 1)] =
-          std::strtod(line.substr(122, 14).c_str(), nullptr);
-      continue;
-    }
-    const int at = section == "* discharge specified wells"   ? 4
-                   : section == "* head specified line sinks" ? 5
-                                                              : -1;
-    if (at < 0) continue;
-    std::vector<std::string> fields;
-    std::stringstream s(line);
-    for (std::string x; std::getline(s, x, ',');) fields.push_back(x);
-    if ((int)fields.size() > at + 1)
-      h[fields.back().substr(1)] = std::strtod(fields[at].c_str(), nullptr);
-  }
-  return h;
-}
-
 }  // namespace
 
 // The accuracy of the low-rank blocks bounds how far the compressed solution lies from
@@ -132,7 +101,7 @@ TEST(RegionalModel, Tarno1ChoosesTheCompressedPathAboveTheCrossoverAndAgreesWith
     ASSERT_EQ(tarno::test::RunProgram("tarno1", {"61", names[k]}, ro).status, 0) << names[k];
     EXPECT_EQ(readAll(dir.Path() / "error.log"), "*\n") << names[k];
     logs[k] = readAll(dir.Path() / "message.log");
-    heads[k] = extractHeads(dir.Path() / (std::string(names[k]) + ".XTR"));
+    heads[k] = bench::ExtractHeads((dir.Path() / (std::string(names[k]) + ".XTR")).string());
   }
   // The file carries the model in memory: the same equations.
   EXPECT_NE(logs[0].find("Equations: " + std::to_string(unknowns)), std::string::npos);
