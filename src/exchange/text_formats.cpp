@@ -517,18 +517,26 @@ std::string TestPointLine(const TestPointRecord& t) {
 }
 
 std::optional<TextLabelRecord> ParseTextLabelLine(std::string_view line) {
-  // Three numbers, each ended by a blank, a tab or a comma; the rest is the text.
+  // Three numbers, each ended by a blank, a tab or a comma; the rest is the text. The
+  // first number tells the delimiter: a comma after it (blanks allowed) makes a comma
+  // line, where a comma after each number is the delimiter; in a line of blanks a comma
+  // belongs to the text, so that a text that begins with one reads back as written.
   std::size_t pos = 0;
   double numbers[3] = {};
-  for (double& n : numbers) {
+  bool commas = false;
+  for (int k = 0; k < 3; ++k) {
     while (pos < line.size() && (line[pos] == ' ' || line[pos] == '\t')) ++pos;
     const std::size_t start = pos;
     while (pos < line.size() && line[pos] != ' ' && line[pos] != '\t' && line[pos] != ',') ++pos;
     const auto v = WholeNumber(line.substr(start, pos - start));
     if (!v) return std::nullopt;
-    n = *v;
-    while (pos < line.size() && (line[pos] == ' ' || line[pos] == '\t')) ++pos;
-    if (pos < line.size() && line[pos] == ',') ++pos;
+    numbers[k] = *v;
+    std::size_t after = pos;
+    while (after < line.size() && (line[after] == ' ' || line[after] == '\t')) ++after;
+    if (k == 0) commas = after < line.size() && line[after] == ',';
+    if (commas && after < line.size() && line[after] == ',') pos = after + 1;
+    else if (k < 2) pos = after;
+    else pos = std::min(pos + 1, line.size());  // the blank that ends the type
   }
   if (numbers[2] != 0 && numbers[2] != 1) return std::nullopt;
   TextLabelRecord t;
