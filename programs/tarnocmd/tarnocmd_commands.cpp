@@ -6,6 +6,7 @@
 #include "tarnocmd_scenario.h"
 
 #include <cctype>
+#include <cstdlib>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
@@ -381,6 +382,30 @@ void LoadBatchProject(Database& db, BatchProject& project) {
   project.state.ContoursPresent = present(".GRD");
   project.state.PathsPresent = present(".PTH");
   project.state.ContourLinesPresent = present(".CTR");
+}
+
+std::filesystem::path BatchProgramDirectory() {
+  const char* dir = std::getenv("TARNO_PROGRAM_DIR");
+  return dir != nullptr && *dir != '\0' ? std::filesystem::path(dir) : ProgramDirectory();
+}
+
+bool OpenBatchRun(const std::string& path, UserInterface& ui, BatchRun& run, std::ostream& err,
+                  MapWindow (*window)(Database&)) {
+  try {
+    Database db = Database::Open(path);
+    LoadBatchProject(db, run.project);
+    if (window != nullptr) run.ctx.window = window(db);
+  } catch (const std::exception& e) {
+    err << "tarnocmd: cannot read " << path << ": " << e.what() << "\n";
+    return false;
+  }
+  run.ctx.projectPath = path;
+  run.ctx.settings = &run.project.settings;
+  run.ctx.state = &run.project.state;
+  run.ctx.ui = &ui;
+  run.ctx.waiter = &run.waiter;
+  run.ctx.programDirectory = BatchProgramDirectory();
+  return true;
 }
 
 MapWindow ProjectWindow(Database& db) {

@@ -8,6 +8,8 @@
 
 #include "solver/command_file.h"
 #include "solver/model_settings.h"
+#include "solver/process.h"
+#include "solver/solve_controller.h"
 
 namespace tarno {
 class UserInterface;
@@ -122,6 +124,23 @@ struct BatchProject {
 };
 // Reads it from the open project file; throws the store's errors.
 void LoadBatchProject(Database& db, BatchProject& project);
+
+// The folder of tarno1 and contour: $TARNO_PROGRAM_DIR where it is set, else the
+// folder of this program.
+std::filesystem::path BatchProgramDirectory();
+
+// A project made ready for a run of the solver: its settings and state, a waiter that
+// blocks, and the solve context that points at them (so a BatchRun stays where it is
+// made). OpenBatchRun reads the project and fills the context: the project path, the
+// port, the program folder and, where `window` is given, the map window it reads.
+// Says why on `err` and answers false when the project cannot be read.
+struct BatchRun {
+  BatchProject project;
+  BlockingWaiter waiter;
+  SolveContext ctx;
+};
+bool OpenBatchRun(const std::string& path, UserInterface& ui, BatchRun& run, std::ostream& err,
+                  MapWindow (*window)(Database&));
 
 // tarnocmd pest: writes the PEST files of the project (<base>.tpl, .ins, .pst,
 // T-PEST.bat, T-PEST.sh) and prints their paths. 1 without scenarios or on an error.

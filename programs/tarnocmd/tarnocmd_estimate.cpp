@@ -22,24 +22,9 @@ int Estimate(const EstimateCommandOptions& options, std::ostream& out, std::ostr
     return 1;
   }
   ConsoleUserInterface ui(err, Answer::OK);
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  BatchProject project;
-  try {
-    Database db = Database::Open(options.path);
-    LoadBatchProject(db, project);
-    ctx.window = ProjectWindow(db);
-  } catch (const std::exception& e) {
-    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
-    return 1;
-  }
-  ctx.projectPath = options.path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
-  ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
+  BatchRun run;
+  if (!OpenBatchRun(options.path, ui, run, err, ProjectWindow)) return 1;
+  SolveContext& ctx = run.ctx;
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
   ui.SetModalHandler("Iterations", [](DialogModel& m) {

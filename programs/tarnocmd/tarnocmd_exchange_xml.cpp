@@ -20,11 +20,7 @@ namespace fs = std::filesystem;
 using exchange::XmlExchangeContext;
 using exchange::XmlOperationResult;
 
-fs::path SchemaDirectory() {
-  const char* env = std::getenv("TARNO_PROGRAM_DIR");
-  if (env != nullptr && *env != '\0') return env;
-  return ProgramDirectory();
-}
+fs::path SchemaDirectory() { return BatchProgramDirectory(); }
 
 std::string Absolute(const std::string& path) {
   std::error_code ec;

@@ -49,24 +49,10 @@ int Inspect(const InspectCommandOptions& options, std::ostream& out, std::ostrea
     return 1;
   }
   InspectPort ui(out, err);
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  BatchProject project;
-  try {
-    Database db = Database::Open(options.path);
-    LoadBatchProject(db, project);
-  } catch (const std::exception& e) {
-    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
-    return 1;
-  }
-  project.state.SolutionTime = options.time;
-  ctx.projectPath = options.path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
-  ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
+  BatchRun run;
+  if (!OpenBatchRun(options.path, ui, run, err, nullptr)) return 1;
+  SolveContext& ctx = run.ctx;
+  run.project.state.SolutionTime = options.time;
   ctx.programOutput = "/dev/null";
   ctx.solverErrors = "/dev/null";
 

@@ -33,24 +33,9 @@ bool IsProject(const std::string& path, std::ostream& err) {
 int Pest(const std::string& path, std::ostream& out, std::ostream& err) {
   if (!IsProject(path, err)) return 1;
   ConsoleUserInterface ui(err, Answer::OK);
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  BatchProject project;
-  try {
-    Database db = Database::Open(path);
-    LoadBatchProject(db, project);
-    ctx.window = ProjectWindow(db);
-  } catch (const std::exception& e) {
-    err << "tarnocmd: cannot read " << path << ": " << e.what() << "\n";
-    return 1;
-  }
-  ctx.projectPath = path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
-  ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
+  BatchRun run;
+  if (!OpenBatchRun(path, ui, run, err, ProjectWindow)) return 1;
+  SolveContext& ctx = run.ctx;
   try {
     // No prompt and no closing message: the written files are listed here.
     const auto written = WritePestFiles(ctx, nullptr, false);

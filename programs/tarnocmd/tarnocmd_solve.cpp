@@ -100,26 +100,12 @@ int Solve(const SolveCommandOptions& options, std::ostream& out, std::ostream& e
     return 1;
   }
   ConsoleUserInterface ui(err, Answer::OK);
-  BlockingWaiter waiter;
-  SolveContext ctx;
-  BatchProject project;
-  try {
-    Database db = Database::Open(options.path);
-    LoadBatchProject(db, project);
-    ctx.window = WindowOf(db);
-  } catch (const std::exception& e) {
-    err << "tarnocmd: cannot read " << options.path << ": " << e.what() << "\n";
-    return 1;
-  }
+  BatchRun run;
+  if (!OpenBatchRun(options.path, ui, run, err, WindowOf)) return 1;
+  SolveContext& ctx = run.ctx;
+  BatchProject& project = run.project;
   // A base name or a folder that cannot take the solver files is told by the
   // solve itself ("Cannot Write Solver Files"), before it deletes anything.
-  ctx.projectPath = options.path;
-  ctx.settings = &project.settings;
-  ctx.state = &project.state;
-  ctx.ui = &ui;
-  ctx.waiter = &waiter;
-  const char* programDir = std::getenv("TARNO_PROGRAM_DIR");
-  ctx.programDirectory = programDir && *programDir ? fs::path(programDir) : ProgramDirectory();
   ctx.programOutput = "/dev/null";
   // The solver's own complaints on standard error repeat TARNO.OPS, which the fatal
   // message shows.
